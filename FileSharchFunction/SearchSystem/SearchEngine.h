@@ -1,0 +1,216 @@
+#pragma once
+
+#include "FileSharchFunction/SearchSystem/ResultMessage.h"
+#include "FileSharchFunction/SearchSystem/ResultPool.h"
+#include "FileSharchFunction/SearchSystem/SearchItem.h"
+#include "FileSharchFunction/SearchSystem/SearchSystem.h"
+#include "platform/foundation/NSLock.h"
+#include "platform/foundation/NSNotificationCenter.h"
+#include "platform/foundation/NSObject.h"
+#include "platform/foundation/NSString.h"
+#include "platform/foundation/NSThread.h"
+#include "platform/foundation/Perform.h"
+#include "platform/foundation/Ref.h"
+#include "platform/foundation/TextPattern.h"
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <vector>
+
+/// The object that runs a search: it checks the request, chooses the strategy, judges candidates,
+/// delivers results, and tells when all of it has ended. There is at most one at a time, made by
+/// the first start or cancel and released by the end process.
+///
+/// Ownership: borrows the request record until the end process. Pending performs, timers and
+/// workers hold references to the engine, which gives them back on the main thread.
+/// Threads: main, but for the workers' bodies and what they call, where that is said.
+class SearchEngine final : public NSObject {
+public:
+  /// The engine, made if there is none; null when memory is short. It stays the class's.
+  static SearchEngine *sharedSearchEngine() noexcept;
+
+  /// Takes the engine, if there is one, out of the class and gives back its reference. What is
+  /// still on its way to it finds nobody who listens.
+  static void releaseSharedSearchEngine() noexcept;
+
+  /// Whether the system has a metadata index that the host allows to be used.
+  static char isAvailableSpotlight() noexcept;
+
+  /// Starts a search; while one runs, or its end is on the way, cancels that instead.
+  void startFileSearch(const SearchPredicate *predicate) noexcept;
+
+  /// Sets the cancel flag, which workers poll, and stops a running query.
+  void setSearchCancel(char flag) noexcept;
+
+  /// Whether the request names a condition at all.
+  [[nodiscard]] char checkSearchParam() const noexcept;
+
+  /// Whether the request has a condition on EXIF text, on PDF text, on shooting dates. Any thread.
+  [[nodiscard]] char isExifSearch() const noexcept;
+  [[nodiscard]] char isPDFSearch() const noexcept;
+  [[nodiscard]] char isTokenDateSearch() const noexcept;
+
+  /// The Core Foundation encoding in which PDF text is searched. Any thread.
+  [[nodiscard]] std::uint32_t getSearchEncoding() const noexcept;
+
+  /// Takes one message from a producer: applies the content conditions that all candidates must
+  /// meet, hands what is left to the host, and finds out whether the search is over. Null is
+  /// ignored. A message that arrives while another is handled, as from a main loop that the host's
+  /// callback runs, waits until that is done.
+  void searchResultDistribution(const ResultMessage *message) noexcept;
+
+  /// 1 when the path has not been delivered in this search, or memory is too short to tell.
+  [[nodiscard]] char checkDuplicatePath(const NSString *path) noexcept;
+
+  /// 1 for an alias, a link, the root of a mounted file system, and what cannot be examined.
+  /// Any thread.
+  [[nodiscard]] char isAlias(const NSString *path) const noexcept;
+
+  /// 1 for a visible file with an extension of the class `type` (0 tif and jpg, 1 pdf, 2 pdf and
+  /// jpg, 3 tif, jpg, pdf and pct; any other nothing). `*isFolder` becomes 1 for a folder that may
+  /// be searched, which is never accepted itself, else 0. Throws `std::bad_alloc`. Any thread.
+  char defaultFilter(const NSString *path, int type, char *isFolder) const;
+
+  /// Whether the item's own modification date lies in the range, both ends included; null leaves an
+  /// end open, and an item without a date passes. Any thread.
+  [[nodiscard]] char fileModDateSearch(const NSString *path, const NSDate *startDate,
+                                       const NSDate *endDate) const noexcept;
+
+  /// Whether the keyword occurs in the text; an empty one never does, and nothing in a null text.
+  /// Throws `std::bad_alloc`. Any thread.
+  [[nodiscard]] char keyWordSearch(const NSString *text, const NSString *keyword,
+                                   char isDistinct) const;
+
+  /// Searches through the metadata index.
+  void spotlightSearch() noexcept;
+  /// The query has new results.
+  void getSpotlightResult(const NSNotification *notification) noexcept;
+  /// The query has ended (with its notification), or is to end now (with null).
+  void stopSpotlight(const NSNotification *notification) noexcept;
+
+  /// Searches by walking the folder, or through the request's list of files.
+  void manuallyFileSearch() noexcept;
+  /// Queues a folder for the walk, or, with null, takes note that a worker has ended.
+  void manualSearchPool(const NSString *folder) noexcept;
+  /// A worker's body: searches one folder. Worker thread.
+  void manualSearchThread(const NSString *folder) noexcept;
+
+  /// Searches one folder, or the list, for files of a class that meet every condition, or any one.
+  /// Worker thread.
+  void andSearch(const NSString *folder, int type) noexcept;
+  void orSearch(const NSString *folder, int type) noexcept;
+
+  /// Looks for the content keyword in the EXIF text of a file, and for its shooting date in the
+  /// range. Both results are always written. Any thread.
+  void exifSearch(const NSString *path, char *outKeywordResult, char *outTokenDateResult) const;
+  /// Whether the content keyword occurs in the text of a PDF file. Any thread.
+  [[nodiscard]] char PDFSearch(const NSString *path) const;
+
+private:
+  friend class SearchEngineProbe;
+
+  /// A worker thread of the engine, reserved with it so that it can always be reported.
+  class Worker final : public ThreadJob {
+  public:
+    using Body = void (SearchEngine::*)(const NSString *) noexcept;
+
+    [[nodiscard]] bool isFree() const noexcept { return engine_ == nullptr; }
+    void start(SearchEngine &engine, Ref<const NSString> folder, Body body) noexcept;
+
+  private:
+    void main() override;
+    void ended() noexcept override;
+
+    Ref<SearchEngine> engine_;
+    Ref<const NSString> folder_;
+    Body body_ = nullptr;
+  };
+
+  /// What a worker needs for one folder.
+  struct FolderSearch {
+    FolderSearch(const SearchPredicate &request, int filterType);
+
+    const SearchPredicate &record;
+    const int type;
+    std::optional<TextPattern> name;
+    ResultMessage message;
+  };
+  using Conditions = bool (SearchEngine::*)(FolderSearch &, SearchItem &) const;
+
+  /// What has to wait until the host's callback has returned.
+  struct Deferred {
+    /// The message, or none for the stop of the query.
+    std::optional<ResultMessage> message;
+  };
+
+  SearchEngine();
+  ~SearchEngine() override;
+
+  char defaultFilter(SearchItem &item, int type, char *isFolder) const;
+  [[nodiscard]] static char isAlias(SearchItem &item) noexcept;
+  [[nodiscard]] static char fileModDateSearch(SearchItem &item, const NSDate *startDate,
+                                              const NSDate *endDate) noexcept;
+
+  [[nodiscard]] static unsigned keywordOptions(char isDistinct) noexcept;
+  [[nodiscard]] bool hasContentKeyword() const noexcept;
+
+  void searchEntries(const NSString *folder, int type, Conditions conditions) noexcept;
+  void searchItem(FolderSearch &search, SearchItem &item, Conditions conditions) noexcept;
+  [[nodiscard]] bool meetsAll(FolderSearch &search, SearchItem &item) const;
+  [[nodiscard]] bool meetsAny(FolderSearch &search, SearchItem &item) const;
+
+  [[nodiscard]] bool startWorker(const Ref<const NSString> &folder, Worker::Body body) noexcept;
+  void queueFolder(const NSString *folder) noexcept;
+  void walkEnded();
+
+  void defer(Deferred deferred) noexcept;
+  void distribute(const ResultMessage &message) noexcept;
+  /// Whether a file meets all the conditions on its content; `testsPDF` tells whether one on PDF
+  /// text alone counts among them. Any thread.
+  [[nodiscard]] bool meetsContentConditions(const NSString *path, bool testsPDF) const;
+  [[nodiscard]] bool shouldDeliver(const NSString *path);
+  void deliver(const NSString *path) noexcept;
+
+  static SearchEngine *sSharedSearchEngine;
+
+  // Main thread, but for what is atomic. A worker reads the request and the flags of its search,
+  // which stay as they are until every worker has ended.
+  Ref<NSObject> _metaQuery;
+  char _isSearching = 0;
+  std::atomic<char> _bCancel{0};
+  char _isUseSpotlight = 0;
+  char _isSearchSpotlight = 0;
+  [[maybe_unused]] char _isExifSearch = 0;
+  char _isEndWait = 0;
+  char _isStopSpotligth = 0;
+  const SearchPredicate *_searchPredicate = nullptr;
+  [[maybe_unused]] int _resultCheckCount = 0;
+  ResultPool _resultPoolArray;
+  [[maybe_unused]] const NSString *_defaultPath = nullptr;
+  [[maybe_unused]] char _isCheckSubFolder = 0;
+  NSLock _lock;
+  [[maybe_unused]] std::vector<Ref<const NSString>> _subDirList;
+  int _endCount = 0;
+  std::atomic<int> _returnCount{0};
+  int _getCount = 0;
+  int _threadCount = 0;
+  std::deque<Ref<const NSString>> _dirPool;
+  [[maybe_unused]] int _pdfThreadCount = 0;
+  [[maybe_unused]] std::deque<Ref<const NSString>> _pdfPool;
+
+  /// What a worker of an explicit list is started on.
+  const Ref<const NSString> listFolder_;
+  /// One more than can run: a worker that reports its end is still in its place when the next is
+  /// started.
+  std::array<Worker, 6> workers_;
+  ReservedPerform<SearchEngine> walkEnd_{*this, &SearchEngine::walkEnded};
+
+  /// How many deferred messages other than results there can be, for which room is kept.
+  static constexpr std::size_t reservedDeferrals = 8;
+  /// A message is being handled; others, and the stop of the query, wait in `deferred_`.
+  bool isDistributing_ = false;
+  std::vector<Deferred> deferred_;
+};

@@ -1,0 +1,126 @@
+#include "FileSharchFunction/SearchSystem/HostCallback.h"
+#include "FileSharchFunction/SearchSystem/SearchController.h"
+#include "FileSharchFunction/SearchSystem/SearchEngine.h"
+
+#include <cassert>
+#include <utility>
+
+namespace {
+
+constexpr double delayOfEnd = 0.5;
+
+} // namespace
+
+void SearchEngine::searchResultDistribution(const ResultMessage *message) noexcept {
+  assert(MainRunLoop::shared().isMainThread());
+  if (message == nullptr)
+    return;
+  if (isDistributing_) {
+    defer({*message});
+    return;
+  }
+  // The host's callback may run the main loop, and that the end process.
+  const Ref<SearchEngine> self(this);
+  isDistributing_ = true;
+  distribute(*message);
+  for (std::size_t next = 0; next < deferred_.size(); ++next) {
+    const Deferred deferred = std::move(deferred_[next]);
+    if (deferred.message)
+      distribute(*deferred.message);
+    else if (_isSearchSpotlight != 0)
+      stopSpotlight(nullptr);
+  }
+  deferred_.clear();
+  isDistributing_ = false;
+}
+
+void SearchEngine::defer(Deferred deferred) noexcept {
+  const bool isResult = deferred.message && deferred.message->ResultData;
+  try {
+    if (isResult && deferred_.capacity() - deferred_.size() <= reservedDeferrals)
+      deferred_.reserve(deferred_.capacity() * 2);
+    deferred_.push_back(std::move(deferred));
+  } catch (...) {
+    // The result is lost, and the end must not wait for it.
+    if (isResult)
+      --_returnCount;
+  }
+}
+
+void SearchEngine::distribute(const ResultMessage &message) noexcept {
+  if (_searchPredicate == nullptr)
+    return;
+  int state = message.SearchState;
+  {
+    const LockGuard guard(_lock);
+    if (const NSString *const path = message.ResultData.get()) {
+      ++_getCount;
+      if (shouldDeliver(path))
+        deliver(path);
+    }
+  }
+  if (_searchPredicate == nullptr)
+    return;
+  const bool hasTwoProducers =
+      _isUseSpotlight != 0 && _searchPredicate->isAndSearch == 0 &&
+      (isExifSearch() != 0 || isPDFSearch() != 0 || isTokenDateSearch() != 0);
+  if (hasTwoProducers) {
+    if (state == 0)
+      ++_endCount;
+    if (_endCount <= 1)
+      return;
+  }
+  if (_isEndWait != 0)
+    state = 0;
+  if (state == 0 && _returnCount != _getCount) {
+    _isEndWait = 1;
+    state = 1;
+  }
+  if (state != 0)
+    return;
+  _isSearching = 0;
+  SearchController::scheduleEndSearchProcess(this, delayOfEnd);
+}
+
+bool SearchEngine::shouldDeliver(const NSString *path) {
+  if (_searchPredicate->isAndSearch != 0)
+    return meetsContentConditions(path, isPDFSearch() != 0);
+  return _isUseSpotlight == 0 || isExifSearch() == 0 || checkDuplicatePath(path) != 0;
+}
+
+bool SearchEngine::meetsContentConditions(const NSString *path, bool testsPDF) const {
+  const SearchPredicate &record = *_searchPredicate;
+  char hasKeyword = 0;
+  char hasDate = 0;
+  if (isPDFSearch() != 0 && isExifSearch() != 0) {
+    exifSearch(path, &hasKeyword, &hasDate);
+    if (PDFSearch(path) == 0 && hasKeyword == 0)
+      return false;
+    return isTokenDateSearch() == 0 || hasDate != 0;
+  }
+  if (testsPDF && PDFSearch(path) == 0)
+    return false;
+  if (isExifSearch() == 0 && isTokenDateSearch() == 0)
+    return true;
+  exifSearch(path, &hasKeyword, &hasDate);
+  if (record.searchExifText != 0 && hasContentKeyword() && hasKeyword == 0)
+    return false;
+  return isTokenDateSearch() == 0 || hasDate != 0;
+}
+
+void SearchEngine::deliver(const NSString *path) noexcept {
+  callHost(_searchPredicate->resultCallback, path, 1);
+  try {
+    _resultPoolArray.add(Ref<const NSString>(path));
+  } catch (...) {
+    // It has been delivered; only a later duplicate would go unnoticed.
+  }
+}
+
+char SearchEngine::checkDuplicatePath(const NSString *path) noexcept {
+  try {
+    return _resultPoolArray.contains(*path) ? 0 : 1;
+  } catch (...) {
+    return 1;
+  }
+}

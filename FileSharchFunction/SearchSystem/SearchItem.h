@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/foundation/FileItem.h"
+#include "platform/foundation/NSString.h"
+#include "platform/foundation/Ref.h"
+
+/// One item that a search meets: what the filters and conditions ask about it, and its full path,
+/// which is put together only when it is needed.
+///
+/// Ownership: borrows what it is made from. Threads: one at a time.
+class SearchItem {
+public:
+  explicit SearchItem(const NSString &path) noexcept : file(path), pathOrFolder_(path) {}
+
+  SearchItem(const NSString &folder, DirectoryListing &listing,
+             const DirectoryEntry &entry) noexcept
+      : file(listing, entry), pathOrFolder_(folder), isEntry_(true) {}
+
+  /// Throws `std::bad_alloc`.
+  [[nodiscard]] const Ref<const NSString> &path() {
+    if (!path_)
+      path_ = isEntry_ ? pathOrFolder_.stringByAppendingPathComponent(file.name())
+                       : Ref<const NSString>(&pathOrFolder_);
+    return path_;
+  }
+
+  FileItem file;
+
+private:
+  const NSString &pathOrFolder_;
+  const bool isEntry_ = false;
+  Ref<const NSString> path_;
+};

@@ -1,0 +1,148 @@
+#ifndef FILESHARCHFUNCTION_SEARCHSYSTEM_SEARCHSYSTEM_H
+#define FILESHARCHFUNCTION_SEARCHSYSTEM_SEARCHSYSTEM_H
+
+/* Searching for image and document files: the whole interface of libSearchSystem.so.
+ *
+ * A host fills a SearchPredicate, calls SS_SearchStart, and lets the main loop run
+ * (platform/foundation/CoreFoundation.h, or MainLoop.h for a host with a loop of its own). The
+ * callback in the record is then called on the main thread with (path, 1) for each matching file
+ * and, when all is over, exactly once with (NULL, 0). Nothing is ever reported from inside
+ * SS_SearchStart or SS_SearchCancel.
+ *
+ *     static void found(CFStringRef path, int32_t state) {
+ *       if (state == 1)
+ *         puts(CFStringGetCStringPtr(path, kCFStringEncodingUTF8));
+ *       else
+ *         CFRunLoopStop(CFRunLoopGetMain());
+ *     }
+ *
+ * All three functions belong to the main thread, which is the process's first unless
+ * PFMainLoopBindToCurrentThread has named another.
+ *
+ * Searched are files whose extension is tif, jpg, pdf or pct, in any case; the longer spellings
+ * (jpeg, tiff, pict) are not. Names that begin with a dot, links to folders, packages, and the
+ * roots of other file systems mounted below the folder are left out with all that they hold. */
+
+#include "platform/foundation/CoreFoundation.h"
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(__GNUC__)
+#define SEARCHSYSTEM_EXPORT __attribute__((visibility("default")))
+#else
+#define SEARCHSYSTEM_EXPORT
+#endif
+
+/* What a search reports. `state` is 1 for a matching file, whose full path is valid during the call
+ * only (CFRetain keeps it), and 0 for the end, with NULL for the path. Always called on the main
+ * thread. It may start or cancel searches and may run the main loop; results that arrive
+ * meanwhile wait until it has returned. What it throws is dropped. */
+typedef void (*SearchResultCallback)(CFStringRef path, int32_t state);
+
+/* One search. The host owns the record and everything that it points to, and keeps all of it
+ * unchanged until the end has been reported; the library copies nothing, and keeps nothing after
+ * that. A field that does not matter is NULL or 0.
+ *
+ * At least one condition must be given (an empty nameKeyword is one); a record without any ends
+ * after 0.1 seconds with no result. */
+typedef struct SearchPredicate {
+  /* Text that occurs in the file's name. With isAndSearch an empty text is met by every file,
+   * without it by none. */
+  CFStringRef nameKeyword;
+  /* Text that occurs in the file, where searchExifText and searchPDFText say. */
+  CFStringRef contentKeyword;
+  /* The range of modification dates, both ends included; NULL leaves an end open. A search through
+   * the metadata index excludes both ends and ignores a range with only one. */
+  CFDateRef modDateStart;
+  CFDateRef modDateEnd;
+  /* The range of shooting dates, both ends included; NULL leaves an end open. */
+  CFDateRef exifDateStart;
+  CFDateRef exifDateEnd;
+  /* 1: look for contentKeyword in the EXIF text of JPEG and TIFF files. */
+  signed char searchExifText;
+  /* 1: look for contentKeyword in the text of PDF files. */
+  signed char searchPDFText;
+  /* 1: search the folders below searchFolder too. */
+  signed char checkSubFolder;
+  /* 1: texts must agree to the letter, case included. */
+  signed char isDistinct;
+  /* 1: a file must meet every condition; 0: one is enough.
+   *
+   * When every condition must hold, conditions on the content narrow the kinds of file looked at:
+   * a PDF keyword to pdf; an EXIF keyword or a shooting date to tif and jpg; both together to pdf
+   * and jpg, without tif. Through the metadata index an EXIF condition narrows to jpg alone. */
+  signed char isAndSearch;
+  /* The paths of the only files to look at, or NULL to search searchFolder. An empty list finds
+   * nothing. A list is never searched through the metadata index.
+   *
+   * A list must not hold a folder while checkSubFolder is 1: such a search looks through the list
+   * again for every folder in it, reports its files again each time, and goes on until it is
+   * cancelled. */
+  CFArrayRef fileList;
+  /* For the host; the library never looks at it. */
+  int32_t hostValue;
+  /* The path of the folder to search. Results begin with it as it is given here. */
+  CFStringRef searchFolder;
+  /* Where results and the end are reported; NULL has the search run for nobody. */
+  SearchResultCallback resultCallback;
+} SearchPredicate;
+
+/* Whether a search may use the system's metadata index: 1 at the start. Set it with useSpotlight.
+ */
+extern SEARCHSYSTEM_EXPORT signed char gbSpotlight;
+
+/* The record of the most recent start; NULL before the first. It is not cleared when a search has
+ * ended. For the host to read only. */
+extern SEARCHSYSTEM_EXPORT SearchPredicate *gSearchPredicate;
+
+/* Allows (non-zero) or forbids (0) the use of the system's metadata index, from the next start on.
+ */
+SEARCHSYSTEM_EXPORT void useSpotlight(signed char isAllowed);
+
+/* Starts a search and returns at once, always with 1; how it went is told by the callback alone.
+ *
+ * One search runs at a time. A start before the end of the one before has been reported starts
+ * nothing: it cancels the running search, and the one end notification goes to the callback of the
+ * newer record. So a host that wants to search for something else cancels, waits for the end, and
+ * starts then; the end callback is a good place for it. A NULL record is ignored. */
+SEARCHSYSTEM_EXPORT int32_t SS_SearchStart(SearchPredicate *predicate);
+
+/* Asks the running search to stop, and returns at once, always with 1. Results that are on their
+ * way may still arrive; the end is reported as always, within about 1.5 seconds. Without a search
+ * nothing is reported. */
+SEARCHSYSTEM_EXPORT int32_t SS_SearchCancel(void);
+
+#ifdef __cplusplus
+}
+#define SEARCHSYSTEM_LAYOUT_CHECK(condition) static_assert(condition, "layout of SearchPredicate")
+#else
+#define SEARCHSYSTEM_LAYOUT_CHECK(condition) _Static_assert(condition, "layout of SearchPredicate")
+#endif
+
+#if UINTPTR_MAX == 0xFFFFFFFF
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, nameKeyword) == 0);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, contentKeyword) == 4);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, modDateStart) == 8);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, modDateEnd) == 12);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, exifDateStart) == 16);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, exifDateEnd) == 20);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, searchExifText) == 24);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, searchPDFText) == 25);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, checkSubFolder) == 26);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, isDistinct) == 27);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, isAndSearch) == 28);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, fileList) == 32);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, hostValue) == 36);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, searchFolder) == 40);
+SEARCHSYSTEM_LAYOUT_CHECK(offsetof(SearchPredicate, resultCallback) == 44);
+SEARCHSYSTEM_LAYOUT_CHECK(sizeof(SearchPredicate) == 48);
+#endif
+
+#undef SEARCHSYSTEM_LAYOUT_CHECK
+
+#endif

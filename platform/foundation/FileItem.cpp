@@ -1,0 +1,67 @@
+#include "platform/foundation/FileItem.h"
+
+#include "platform/foundation/PathComponents.h"
+#include "platform/foundation/SystemCalls.h"
+
+#include <array>
+#include <cstring>
+#include <fcntl.h>
+#include <string>
+#include <unistd.h>
+
+FileItem::FileItem(const NSString &path) noexcept
+    : listing_(nullptr), folder_(currentFolder), path_(path.UTF8String()),
+      name_(lastPathComponent(path.view())), listedKind_(FileKind::Unknown), isNameable_(true) {}
+
+FileItem::FileItem(DirectoryListing &listing, const DirectoryEntry &entry) noexcept
+    : listing_(&listing), folder_(listing.descriptor()), path_(entry.name.data()),
+      name_(entry.name), listedKind_(entry.kind), isNameable_(listing.canNameEntry(entry.name)) {}
+
+FileItem::Existence FileItem::existence() noexcept {
+  if (!isNameable_)
+    return Existence::None;
+  switch (listedKind_) {
+  case FileKind::Regular:
+  case FileKind::Other:
+    return listing_->canReachEntries() ? Existence::File : Existence::None;
+  case FileKind::Folder:
+    return status() ? Existence::Folder : Existence::None;
+  case FileKind::Unknown:
+  case FileKind::Link:
+    break;
+  }
+  const std::optional<FileStatus> target = fileStatus(folder_, path_, FollowLink::Yes);
+  if (!target)
+    return Existence::None;
+  return target->kind == FileKind::Folder ? Existence::Folder : Existence::File;
+}
+
+const std::optional<FileStatus> &FileItem::status() noexcept {
+  if (!isExamined_) {
+    isExamined_ = true;
+    if (isNameable_)
+      status_ = fileStatus(folder_, path_, FollowLink::No);
+  }
+  return status_;
+}
+
+bool FileItem::holds(std::string_view path) const {
+  const std::string inside = std::string(path_).append(path);
+  return isNameable_ && fileStatus(folder_, inside.c_str(), FollowLink::Yes).has_value();
+}
+
+bool FileItem::isBookmarkFile() noexcept {
+  if (!status() || status_->kind != FileKind::Regular)
+    return false;
+  const int file = systemCalls().openAt(folder_, path_,
+                                        O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+  if (file < 0)
+    return false;
+  // "book", the size of what follows or zero, "mark".
+  std::array<char, 12> header{};
+  const ssize_t size = systemCalls().read(file, header.data(), header.size());
+  close(file);
+  return size == static_cast<ssize_t>(header.size()) &&
+         std::memcmp(header.data(), "book", 4) == 0 &&
+         std::memcmp(header.data() + 8, "mark", 4) == 0;
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/foundation/DirectoryListing.h"
+#include "platform/foundation/FileStatus.h"
+#include "platform/foundation/NSString.h"
+
+#include <optional>
+#include <string_view>
+
+/// One item of the file system, named by its path or by an entry of an open listing. It asks the
+/// system for nothing that the listing has told already, and for nothing twice; by either name it
+/// gives the same answers.
+///
+/// Ownership: borrows the path, or the listing and the entry's name. Threads: one at a time.
+class FileItem {
+public:
+  explicit FileItem(const NSString &path) noexcept;
+  FileItem(DirectoryListing &listing, const DirectoryEntry &entry) noexcept;
+
+  /// The last component of the path.
+  [[nodiscard]] std::string_view name() const noexcept { return name_; }
+
+  /// Whether a listing has told that the item is no folder. A link is none.
+  [[nodiscard]] bool isListedAsNoFolder() const noexcept {
+    return listedKind_ != FileKind::Unknown && listedKind_ != FileKind::Folder;
+  }
+
+  /// Whether the item exists, links followed, and if so as a folder or as something else.
+  enum class Existence { None, Folder, File };
+  [[nodiscard]] Existence existence() noexcept;
+
+  /// The item's own status, links not followed; none when it cannot be examined.
+  [[nodiscard]] const std::optional<FileStatus> &status() noexcept;
+
+  /// Whether the item is a folder that holds something at `path`, which begins with a slash.
+  /// Throws `std::bad_alloc`.
+  [[nodiscard]] bool holds(std::string_view path) const;
+
+  /// Whether the item is a regular file that begins with a Mac bookmark's header.
+  [[nodiscard]] bool isBookmarkFile() noexcept;
+
+private:
+  DirectoryListing *const listing_;
+  const int folder_;
+  const char *const path_;
+  const std::string_view name_;
+  const FileKind listedKind_;
+  const bool isNameable_;
+  bool isExamined_ = false;
+  std::optional<FileStatus> status_;
+};

@@ -1,0 +1,54 @@
+#include "platform/foundation/FileStatus.h"
+
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/SystemCalls.h"
+
+#include <climits>
+#include <fcntl.h>
+#include <string>
+#include <sys/sysmacros.h>
+
+const int currentFolder = AT_FDCWD;
+const std::size_t longestPath = PATH_MAX - 1;
+
+namespace {
+
+FileKind kindOfMode(unsigned mode) noexcept {
+  if (S_ISREG(mode))
+    return FileKind::Regular;
+  if (S_ISDIR(mode))
+    return FileKind::Folder;
+  return S_ISLNK(mode) ? FileKind::Link : FileKind::Other;
+}
+
+std::uint64_t deviceOf(const struct statx &status) noexcept {
+  return makedev(status.stx_dev_major, status.stx_dev_minor);
+}
+
+/// For a kernel that does not tell mount points: a folder on another device than its parent.
+bool isOnOtherDeviceThanParent(int folder, const char *path, std::uint64_t device) {
+  struct statx parent {};
+  const std::string parentPath = std::string(path) + "/..";
+  return systemCalls().statusAt(folder, parentPath.c_str(), AT_NO_AUTOMOUNT, &parent) == 0 &&
+         deviceOf(parent) != device;
+}
+
+} // namespace
+
+std::optional<FileStatus> fileStatus(int folder, const char *path, FollowLink follow) noexcept {
+  struct statx status {};
+  const int flags = AT_NO_AUTOMOUNT | (follow == FollowLink::No ? AT_SYMLINK_NOFOLLOW : 0);
+  if (systemCalls().statusAt(folder, path, flags, &status) != 0)
+    return std::nullopt;
+  FileStatus result;
+  result.kind = kindOfMode(status.stx_mode);
+  result.modificationTime =
+      NSDate::intervalOfFileTime(status.stx_mtime.tv_sec, status.stx_mtime.tv_nsec);
+  result.size = status.stx_size;
+  result.device = deviceOf(status);
+  if ((status.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0)
+    result.isMountRoot = (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+  else if (result.kind == FileKind::Folder)
+    result.isMountRoot = isOnOtherDeviceThanParent(folder, path, result.device);
+  return result;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+/// What kind of thing a file system entry is.
+enum class FileKind : std::uint8_t { Unknown, Regular, Folder, Link, Other };
+
+/// Whether a status is that of a link itself or of what it leads to.
+enum class FollowLink : bool { No, Yes };
+
+/// What the file system says about one entry.
+struct FileStatus {
+  FileKind kind = FileKind::Unknown;
+  /// The root of a mounted file system.
+  bool isMountRoot = false;
+  /// Seconds since 2001-01-01 00:00 UTC, in whole microseconds.
+  double modificationTime = 0;
+  std::uint64_t size = 0;
+  /// The file system that the entry is on.
+  std::uint64_t device = 0;
+};
+
+/// A descriptor that stands for the current folder.
+extern const int currentFolder;
+
+/// The status of `path`, relative to the open folder `folder`; none when it cannot be had.
+/// `path` ends with a NUL. Any thread.
+[[nodiscard]] std::optional<FileStatus> fileStatus(int folder, const char *path,
+                                                   FollowLink follow) noexcept;
+
+/// The longest path that the system takes, in bytes without the NUL.
+extern const std::size_t longestPath;

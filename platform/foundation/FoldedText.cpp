@@ -1,0 +1,101 @@
+#include "platform/foundation/FoldedText.h"
+
+#include <algorithm>
+#include <array>
+#include <utf8proc.h>
+
+namespace {
+
+bool continuesHangulSyllable(std::int32_t before, std::int32_t codePoint) noexcept {
+  const int previous = utf8proc_get_property(before)->boundclass;
+  switch (utf8proc_get_property(codePoint)->boundclass) {
+  case UTF8PROC_BOUNDCLASS_V:
+    return previous == UTF8PROC_BOUNDCLASS_L || previous == UTF8PROC_BOUNDCLASS_V;
+  case UTF8PROC_BOUNDCLASS_T:
+    return previous == UTF8PROC_BOUNDCLASS_V || previous == UTF8PROC_BOUNDCLASS_T;
+  default:
+    return false;
+  }
+}
+
+/// Whether `codePoint` belongs to the composed character that `before` begins or continues.
+bool continuesCharacter(std::int32_t before, std::int32_t codePoint) noexcept {
+  constexpr std::int32_t firstMark = 0x300;
+  if (codePoint < firstMark || codePoint >= FoldedText::firstByteUnit)
+    return false;
+  const utf8proc_category_t category = utf8proc_category(codePoint);
+  return category == UTF8PROC_CATEGORY_MN || category == UTF8PROC_CATEGORY_MC ||
+         category == UTF8PROC_CATEGORY_ME || continuesHangulSyllable(before, codePoint);
+}
+
+int combiningClass(const FoldedText::Unit &unit) noexcept {
+  return utf8proc_get_property(unit.codePoint)->combining_class;
+}
+
+/// Unicode standard, 3.11 "Canonical Ordering Algorithm".
+void orderMarks(std::vector<FoldedText::Unit> &units) {
+  auto isStarter = [](const FoldedText::Unit &unit) { return combiningClass(unit) == 0; };
+  auto begin = units.begin();
+  while (begin != units.end()) {
+    begin = std::find_if_not(begin, units.end(), isStarter);
+    const auto end = std::find_if(begin, units.end(), isStarter);
+    if (end - begin > 1)
+      std::stable_sort(begin, end, [](const auto &a, const auto &b) {
+        return combiningClass(a) < combiningClass(b);
+      });
+    begin = end;
+  }
+}
+
+} // namespace
+
+FoldedText::FoldedText(std::string_view text, bool foldCase, bool decompose) {
+  int options = 0;
+  if (foldCase)
+    options |= UTF8PROC_CASEFOLD;
+  if (decompose)
+    options |= UTF8PROC_DECOMPOSE;
+
+  // The longest full decomposition or folding of one code point is shorter than this.
+  std::array<utf8proc_int32_t, 32> expansion{};
+  const auto *bytes = reinterpret_cast<const utf8proc_uint8_t *>(text.data());
+  units.reserve(text.size());
+  bool hasMarks = false;
+  std::size_t position = 0;
+  while (position < text.size()) {
+    utf8proc_int32_t codePoint = 0;
+    const utf8proc_ssize_t length = utf8proc_iterate(
+        bytes + position, static_cast<utf8proc_ssize_t>(text.size() - position), &codePoint);
+    if (length <= 0) {
+      units.push_back({firstByteUnit + bytes[position], true, position});
+      ++position;
+      continue;
+    }
+    int boundClass = UTF8PROC_BOUNDCLASS_START;
+    const utf8proc_ssize_t count =
+        utf8proc_decompose_char(codePoint, expansion.data(), expansion.size(),
+                                static_cast<utf8proc_option_t>(options), &boundClass);
+    for (utf8proc_ssize_t i = 0; i < count; ++i) {
+      const utf8proc_int32_t unit = expansion[static_cast<std::size_t>(i)];
+      const bool continues =
+          decompose && !units.empty() && continuesCharacter(units.back().codePoint, unit);
+      units.push_back({unit, i == 0 && !continues, position});
+      hasMarks |= continues;
+    }
+    position += static_cast<std::size_t>(length);
+  }
+  if (hasMarks)
+    orderMarks(units);
+  if (!units.empty())
+    units.front() = {units.front().codePoint, true, 0};
+}
+
+bool FoldedText::continuesCharacterAt(std::string_view text, std::size_t position) noexcept {
+  if (position >= text.size() || static_cast<unsigned char>(text[position]) < 0x80)
+    return false;
+  utf8proc_int32_t codePoint = 0;
+  const utf8proc_ssize_t length =
+      utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t *>(text.data()) + position,
+                       static_cast<utf8proc_ssize_t>(text.size() - position), &codePoint);
+  return length > 0 && continuesCharacter(text[position - 1], codePoint);
+}

@@ -1,0 +1,22 @@
+#include "platform/foundation/Gestalt.h"
+
+#include <atomic>
+
+namespace {
+
+constexpr int gestaltUndefSelectorErr = -5551;
+constexpr std::int32_t versionWithoutIndex = 0x1040;
+
+std::atomic<std::int32_t> versionForTesting{0};
+
+} // namespace
+
+int Gestalt(std::uint32_t selector, std::int32_t *response) noexcept {
+  if (selector != gestaltSystemVersion)
+    return gestaltUndefSelectorErr;
+  const std::int32_t version = versionForTesting.load();
+  *response = version != 0 ? version : versionWithoutIndex;
+  return 0;
+}
+
+void setSystemVersionForTesting(std::int32_t version) noexcept { versionForTesting.store(version); }

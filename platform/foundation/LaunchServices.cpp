@@ -1,0 +1,15 @@
+#include "platform/foundation/LaunchServices.h"
+
+std::optional<std::uint32_t> LSCopyItemInfo(FileItem &item) noexcept {
+  const std::optional<FileStatus> &status = item.status();
+  if (!status)
+    return std::nullopt;
+  std::uint32_t flags = 0;
+  if (status->kind == FileKind::Link)
+    flags |= kLSItemInfoIsSymlink;
+  if (status->isMountRoot)
+    flags |= kLSItemInfoIsVolume;
+  if (item.isBookmarkFile())
+    flags |= kLSItemInfoIsAliasFile;
+  return flags;
+}

@@ -1,0 +1,172 @@
+#pragma once
+
+#include "platform/foundation/NSLock.h"
+#include "platform/foundation/Wakeup.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <sys/types.h>
+
+class LoopDescriptor;
+
+/// One piece of work for the main thread. The loop neither allocates nor copies it, so that what
+/// has been reserved cannot fail to be posted.
+class Work {
+public:
+  Work(const Work &) = delete;
+  Work &operator=(const Work &) = delete;
+
+  /// Does the work. Main thread. Whatever it throws is dropped.
+  virtual void run() = 0;
+
+  /// Called once after `run`, on the same thread; the loop does not touch the object afterwards.
+  virtual void finished() noexcept = 0;
+
+protected:
+  Work() noexcept = default;
+  ~Work() = default;
+
+private:
+  friend class WorkQueue;
+  Work *next_ = nullptr;
+  std::uint64_t number_ = 0;
+};
+
+/// A first-in-first-out list of work, linked through its elements.
+class WorkQueue {
+public:
+  [[nodiscard]] bool isEmpty() const noexcept { return first_ == nullptr; }
+  [[nodiscard]] std::uint64_t lastNumber() const noexcept { return last_ ? last_->number_ : 0; }
+  void append(Work &work, std::uint64_t number) noexcept;
+  void append(WorkQueue &other) noexcept;
+  /// Takes `work` out of the list; false when it is not in it.
+  bool remove(const Work &work) noexcept;
+  /// The first element if its number is at most `number`, taken out of the list; else null.
+  [[nodiscard]] Work *takeUpTo(std::uint64_t number) noexcept;
+
+private:
+  Work *first_ = nullptr;
+  Work *last_ = nullptr;
+};
+
+/// Work that becomes due at a moment. It can be scheduled again once it has begun to run.
+class TimedWork : public Work {
+public:
+  [[nodiscard]] bool isScheduled() const noexcept { return isScheduled_; }
+
+protected:
+  TimedWork() noexcept = default;
+  ~TimedWork() = default;
+
+  virtual void fire() = 0;
+
+private:
+  friend class MainRunLoop;
+  void run() final {
+    isScheduled_ = false;
+    fire();
+  }
+
+  std::chrono::nanoseconds deadline_{};
+  TimedWork *previousTimer_ = nullptr;
+  TimedWork *nextTimer_ = nullptr;
+  bool isScheduled_ = false;
+};
+
+/// The main thread's queue of work and its timers. `MainLoop.h` is its face for hosts in C,
+/// `Perform.h` what the library calls.
+///
+/// Ownership: one per process, never destroyed; owns nothing that is posted.
+/// Threads: `post`, `stop`, `beginActivity`, `endActivity` and `isMainThread` any; all else main.
+class MainRunLoop {
+public:
+  using Clock = std::chrono::steady_clock;
+  enum class RunResult { Stopped, TimedOut, HandledWork };
+
+  static MainRunLoop &shared() noexcept;
+
+  [[nodiscard]] bool isMainThread() const noexcept;
+  void bindToCurrentThread() noexcept;
+
+  /// Appends `work`, which must stay alive until it has finished.
+  void post(Work &work) noexcept;
+
+  /// The same for work that nobody waits for: the main thread may sleep on while the jobs keep
+  /// every processor busy. A job's thread that goes to sleep calls `wakeForWork` first.
+  void postQuietly(Work &work) noexcept;
+
+  /// Wakes the main thread if it sleeps while there is work.
+  void wakeForWork() noexcept;
+
+  /// A job has been started, and its body has come to its end.
+  void jobStarted() noexcept { runningJobs_.fetch_add(1, std::memory_order_relaxed); }
+  void jobFinished() noexcept { runningJobs_.fetch_sub(1, std::memory_order_relaxed); }
+
+  /// Makes `work` due after `delay`; work that is scheduled already keeps its moment.
+  void schedule(TimedWork &work, std::chrono::nanoseconds delay) noexcept;
+
+  /// Between these two calls the virtual clock stands still: somebody is at work whose results are
+  /// still to come. The last end is called on the main thread.
+  void beginActivity() noexcept;
+  void endActivity() noexcept;
+
+  /// Runs what was due at the beginning, for 8 ms at most; whether there was anything.
+  bool dispatch() noexcept;
+
+  /// Runs the loop until it is stopped, until `limit` has passed on the real clock, or, if
+  /// `untilWorkIsDone`, until something has been run.
+  RunResult run(std::optional<Clock::time_point> limit, bool untilWorkIsDone) noexcept;
+
+  /// Ends the innermost `run`, if there is one.
+  void stop() noexcept;
+
+  [[nodiscard]] int descriptor() noexcept;
+  void useVirtualClock(bool isVirtual) noexcept;
+  [[nodiscard]] std::chrono::nanoseconds now() const noexcept;
+
+private:
+  struct Run {
+    std::atomic<bool> isStopped{false};
+    Run *outer = nullptr;
+  };
+
+  /// What a change of the queue asks to be told, once the lock is no longer held.
+  struct Wake {
+    bool sleeper = false;
+    LoopDescriptor *descriptor = nullptr;
+  };
+
+  MainRunLoop() noexcept = default;
+
+  [[nodiscard]] Wake prepareWake() noexcept PF_REQUIRES(lock_);
+  void perform(const Wake &wake) noexcept;
+  bool dispatch(const Run *run) noexcept;
+  void takeDueWork() noexcept;
+  [[nodiscard]] bool clockMayJump() const noexcept;
+  void waitForWork(const Run &run, std::optional<Clock::time_point> limit) noexcept;
+  void updateDescriptor() noexcept;
+
+  std::atomic<pid_t> mainThread_{0};
+  std::atomic<int> activities_{0};
+  std::atomic<int> runningJobs_{0};
+  std::atomic<bool> hasIncoming_{false};
+
+  NSLock lock_;
+  Wakeup wakeup_;
+  WorkQueue incoming_ PF_GUARDED_BY(lock_);
+  std::uint64_t lastNumber_ PF_GUARDED_BY(lock_) = 0;
+  Run *innermost_ PF_GUARDED_BY(lock_) = nullptr;
+  bool isAsleep_ PF_GUARDED_BY(lock_) = false;
+  bool isSignaled_ PF_GUARDED_BY(lock_) = false;
+  /// Made when a host first asks for it, and never taken away again.
+  LoopDescriptor *descriptor_ PF_GUARDED_BY(lock_) = nullptr;
+
+  // Main thread only.
+  WorkQueue ready_;
+  TimedWork *firstTimer_ = nullptr;
+  TimedWork *lastTimer_ = nullptr;
+  bool isVirtual_ = false;
+  std::chrono::nanoseconds virtualNow_{};
+};

@@ -1,0 +1,18 @@
+#include "platform/foundation/NSDate.h"
+
+Ref<const NSDate> NSDate::dateWithTimeIntervalSinceReferenceDate(double seconds) {
+  return Ref<const NSDate>::adopt(new NSDate(seconds));
+}
+
+double NSDate::intervalOfFileTime(std::int64_t secondsSince1970,
+                                  std::uint32_t nanoseconds) noexcept {
+  const double seconds =
+      static_cast<double>(secondsSince1970) - static_cast<double>(secondsFrom1970To2001);
+  return seconds + (nanoseconds / 1000) / 1e6;
+}
+
+NSComparisonResult NSDate::compareIntervals(double a, double b) noexcept {
+  if (a < b)
+    return NSOrderedAscending;
+  return a > b ? NSOrderedDescending : NSOrderedSame;
+}

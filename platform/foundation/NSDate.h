@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/foundation/NSObject.h"
+#include "platform/foundation/NSString.h"
+#include "platform/foundation/Ref.h"
+
+#include <cstdint>
+
+/// A moment: seconds since 2001-01-01 00:00 UTC.
+///
+/// Ownership: counted. Threads: any; immutable.
+class NSDate final : public NSObject {
+public:
+  /// Seconds from 1970-01-01 to 2001-01-01, both 00:00 UTC.
+  static constexpr std::int64_t secondsFrom1970To2001 = 978'307'200;
+
+  /// Throws `std::bad_alloc`.
+  static Ref<const NSDate> dateWithTimeIntervalSinceReferenceDate(double seconds);
+
+  /// The moment of a file time, cut down to whole microseconds. `nanoseconds` is 0 to 999,999,999.
+  static double intervalOfFileTime(std::int64_t secondsSince1970,
+                                   std::uint32_t nanoseconds) noexcept;
+
+  [[nodiscard]] double timeIntervalSinceReferenceDate() const noexcept { return seconds_; }
+
+  /// Ascending when this moment is before `other`.
+  [[nodiscard]] NSComparisonResult compare(const NSDate &other) const noexcept {
+    return compareIntervals(seconds_, other.seconds_);
+  }
+
+  /// The same comparison for two moments given as seconds.
+  static NSComparisonResult compareIntervals(double a, double b) noexcept;
+
+private:
+  explicit NSDate(double seconds) noexcept : seconds_(seconds) {}
+  ~NSDate() override = default;
+
+  const double seconds_;
+};

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "platform/foundation/NSObject.h"
+#include "platform/foundation/Ref.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+/// A range of bytes of a string's UTF-8 text. A search that finds nothing gives length 0.
+struct NSRange {
+  std::size_t location = 0;
+  std::size_t length = 0;
+};
+
+/// Options of a search, to be combined with "or".
+enum NSStringCompareOptions : unsigned {
+  NSCaseInsensitiveSearch = 1,
+  NSLiteralSearch = 2,
+};
+
+/// The order of two values.
+enum NSComparisonResult : int {
+  NSOrderedAscending = -1,
+  NSOrderedSame = 0,
+  NSOrderedDescending = 1,
+};
+
+/// An immutable text. It keeps the bytes that it was made from: bytes that are not UTF-8, as file
+/// names may hold, are given back unchanged and take part in a search as themselves.
+///
+/// Ownership: counted; the text lives inside the object.
+/// Threads: any; immutable.
+class NSString final : public NSObject {
+public:
+  /// A string of the given bytes, which must hold no NUL. Throws `std::bad_alloc`, also for more
+  /// than 4 GiB - 1.
+  static Ref<const NSString> create(std::string_view bytes);
+
+  /// The concatenation of three texts, made in one allocation. Throws as `create` does.
+  static Ref<const NSString> join(std::string_view a, std::string_view b, std::string_view c);
+
+  /// The bytes, ended by a NUL. Valid as long as the object.
+  [[nodiscard]] const char *UTF8String() const noexcept;
+
+  /// The bytes without the NUL.
+  [[nodiscard]] std::string_view view() const noexcept { return {UTF8String(), length_}; }
+
+  /// The length in bytes.
+  [[nodiscard]] std::size_t length() const noexcept { return length_; }
+
+  [[nodiscard]] bool isEqualToString(const NSString &other) const noexcept {
+    return view() == other.view();
+  }
+
+  /// Where `text` first occurs, by the rules of `TextPattern`; length 0 when it does not occur or
+  /// is empty. Throws `std::bad_alloc`.
+  [[nodiscard]] NSRange rangeOfString(const NSString &text, unsigned options) const;
+
+  /// This path followed by a slash and `name`, without doubling a slash that is there already.
+  /// An empty path gives the name alone. Throws as `create` does.
+  [[nodiscard]] Ref<const NSString> stringByAppendingPathComponent(std::string_view name) const;
+
+  static void operator delete(void *memory) noexcept;
+
+private:
+  explicit NSString(std::size_t length) noexcept : length_(static_cast<std::uint32_t>(length)) {}
+  ~NSString() override = default;
+
+  static NSString *allocate(std::size_t length);
+  char *bytes() noexcept;
+
+  const std::uint32_t length_;
+};

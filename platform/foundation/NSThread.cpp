@@ -1,0 +1,67 @@
+#include "platform/foundation/NSThread.h"
+
+#include "platform/foundation/ThreadPool.h"
+
+#include <cassert>
+#include <utility>
+
+namespace {
+
+thread_local ThreadJob *currentJob = nullptr;
+
+} // namespace
+
+void ThreadJob::performAtExit(Action action, void *target) noexcept {
+  if (currentJob == nullptr) {
+    performOnMainThreadAndWait([&] { action(target); });
+    return;
+  }
+  currentJob->exitAction_ = action;
+  currentJob->exitTarget_ = target;
+}
+
+void ThreadJob::execute() noexcept {
+  ThreadJob *const outer = std::exchange(currentJob, this);
+  try {
+    main();
+  } catch (...) {
+    // The job has failed; that it is over is reported all the same.
+  }
+  currentJob = outer;
+}
+
+void ThreadJob::run() {
+  if (!std::exchange(hasThread_, false))
+    execute();
+  if (const Action action = std::exchange(exitAction_, nullptr))
+    action(exitTarget_);
+}
+
+void ThreadJob::finished() noexcept {
+  MainRunLoop::shared().endActivity();
+  ended();
+}
+
+void ThreadJob::executeOnThread() noexcept {
+  execute();
+  MainRunLoop &loop = MainRunLoop::shared();
+  loop.jobFinished();
+  loop.postQuietly(*this);
+}
+
+void ThreadJob::executeOnMainThread() noexcept {
+  hasThread_ = false;
+  MainRunLoop &loop = MainRunLoop::shared();
+  loop.jobFinished();
+  loop.post(*this);
+}
+
+void NSThread::detachNewThread(ThreadJob &job) noexcept {
+  MainRunLoop &loop = MainRunLoop::shared();
+  assert(loop.isMainThread());
+  loop.beginActivity();
+  loop.jobStarted();
+  job.hasThread_ = true;
+  if (!ThreadPool::add(job))
+    job.executeOnMainThread();
+}

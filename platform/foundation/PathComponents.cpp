@@ -1,0 +1,40 @@
+#include "platform/foundation/PathComponents.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr char lowerASCII(char c) noexcept {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
+} // namespace
+
+std::string_view pathWithoutTrailingSlashes(std::string_view path) noexcept {
+  while (!path.empty() && path.back() == '/')
+    path.remove_suffix(1);
+  return path;
+}
+
+std::string_view lastPathComponent(std::string_view path) noexcept {
+  const std::string_view trimmed = pathWithoutTrailingSlashes(path);
+  if (trimmed.empty())
+    return path.substr(0, path.empty() ? 0 : 1);
+  return trimmed.substr(trimmed.rfind('/') + 1);
+}
+
+std::string_view pathExtension(std::string_view path) noexcept {
+  return extensionOfName(lastPathComponent(path));
+}
+
+std::string_view extensionOfName(std::string_view name) noexcept {
+  const std::size_t dot = name.rfind('.');
+  if (dot == std::string_view::npos || dot == 0)
+    return {};
+  return name.substr(dot + 1);
+}
+
+bool equalIgnoringASCIICase(std::string_view a, std::string_view b) noexcept {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return lowerASCII(x) == lowerASCII(y); });
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string_view>
+
+/// The parts of a POSIX path, as views into it. They look at the text alone, never at the disk.
+
+/// The last component, trailing slashes left out: "b" of "/a/b/", "/" of "/", "" of "".
+[[nodiscard]] std::string_view lastPathComponent(std::string_view path) noexcept;
+
+/// What follows the last dot of the last component, without the dot. Empty when there is no dot,
+/// or only one that begins the component (".profile") or ends it.
+[[nodiscard]] std::string_view pathExtension(std::string_view path) noexcept;
+
+/// The same of a path's last component alone, which holds no slash.
+[[nodiscard]] std::string_view extensionOfName(std::string_view name) noexcept;
+
+/// The path without trailing slashes, so that a slash and a name can follow: "" for "/".
+[[nodiscard]] std::string_view pathWithoutTrailingSlashes(std::string_view path) noexcept;
+
+/// Whether two ASCII texts are equal but for the case of their letters.
+[[nodiscard]] bool equalIgnoringASCIICase(std::string_view a, std::string_view b) noexcept;

@@ -1,0 +1,108 @@
+#pragma once
+
+#include "platform/foundation/MainRunLoop.h"
+#include "platform/foundation/Ref.h"
+#include "platform/foundation/Wakeup.h"
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <utility>
+
+/// Performs: calls that are handed to the main thread, at once or after a delay. A function that is
+/// performed owns what it needs (a reference to its target, a copy of its argument).
+
+/// A delay in seconds as the run loop counts it.
+inline std::chrono::nanoseconds performDelay(double seconds) noexcept {
+  return std::chrono::round<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds));
+}
+
+/// Appends `function` to the main thread's work and returns. Throws `std::bad_alloc`, and then
+/// nothing has been posted. Any thread.
+template <class Function> void performOnMainThread(Function function) {
+  class Posted final : public Work {
+  public:
+    explicit Posted(Function &&f) : function_(std::move(f)) {}
+
+  private:
+    void run() override { function_(); }
+    void finished() noexcept override { delete this; }
+    Function function_;
+  };
+  MainRunLoop::shared().postQuietly(*std::make_unique<Posted>(std::move(function)).release());
+}
+
+/// A place where one thread waits until the main thread has done something for it.
+class Waiter {
+public:
+  /// Returns once `signal` has been called.
+  void wait() noexcept;
+
+  /// Main thread. The waiter may be gone when this returns.
+  void signal() noexcept;
+
+private:
+  Wakeup wakeup_;
+};
+
+/// Has the main thread call `function` and returns once it has; on the main thread it is called at
+/// once. Allocates nothing, so that it cannot fail. Any thread.
+template <class Function> void performOnMainThreadAndWait(Function &&function) {
+  class Waited final : public Work {
+  public:
+    explicit Waited(Function &f) noexcept : function_(f) {}
+    Waiter waiter;
+
+  private:
+    void run() override { function_(); }
+    void finished() noexcept override { waiter.signal(); }
+    Function &function_;
+  };
+  MainRunLoop &loop = MainRunLoop::shared();
+  if (loop.isMainThread()) {
+    function();
+    return;
+  }
+  Waited work(function);
+  loop.post(work);
+  work.waiter.wait();
+}
+
+/// Has the main thread call `function` after a delay in seconds. Throws `std::bad_alloc`, and then
+/// nothing has been scheduled. Main thread.
+template <class Function> void performAfterDelay(double seconds, Function function) {
+  class Delayed final : public TimedWork {
+  public:
+    explicit Delayed(Function &&f) : function_(std::move(f)) {}
+
+  private:
+    void fire() override { function_(); }
+    void finished() noexcept override { delete this; }
+    Function function_;
+  };
+  MainRunLoop::shared().schedule(*std::make_unique<Delayed>(std::move(function)).release(),
+                                 performDelay(seconds));
+}
+
+/// A delayed perform that is part of its target, so that it can always be scheduled. While it is
+/// scheduled it holds a reference to the target; asked for again meanwhile, it keeps its moment.
+/// Main thread.
+template <class Target> class ReservedPerform final : public TimedWork {
+public:
+  ReservedPerform(Target &target, void (Target::*action)()) noexcept
+      : target_(target), action_(action) {}
+
+  void schedule(double seconds) noexcept {
+    if (isScheduled())
+      return;
+    target_.retain();
+    MainRunLoop::shared().schedule(*this, performDelay(seconds));
+  }
+
+private:
+  void fire() override { (target_.*action_)(); }
+  void finished() noexcept override { target_.release(); }
+
+  Target &target_;
+  void (Target::*const action_)();
+};

@@ -1,0 +1,34 @@
+#include "platform/foundation/SystemCalls.h"
+
+#include <atomic>
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr SystemCalls realCalls{
+    .openAt = [](int folder, const char *path, int flags) { return openat(folder, path, flags); },
+    .listEntries = [](int folder, void *buffer,
+                      std::size_t size) { return getdents64(folder, buffer, size); },
+    .statusAt =
+        [](int folder, const char *path, int flags, struct statx *status) {
+          return statx(folder, path, flags, STATX_BASIC_STATS, status);
+        },
+    .read = [](int file, void *buffer, std::size_t size) { return ::read(file, buffer, size); },
+    .startThread =
+        [](pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),
+           void *argument) { return pthread_create(thread, attributes, body, argument); },
+};
+
+std::atomic<const SystemCalls *> callsInUse{&realCalls};
+
+} // namespace
+
+const SystemCalls &systemCalls() noexcept { return *callsInUse.load(std::memory_order_acquire); }
+
+const SystemCalls &realSystemCalls() noexcept { return realCalls; }
+
+void setSystemCallsForTesting(const SystemCalls *calls) noexcept {
+  callsInUse.store(calls != nullptr ? calls : &realCalls, std::memory_order_release);
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/foundation/NSString.h"
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+/// A text made ready to be looked for in many others.
+///
+/// Without `NSLiteralSearch` canonically equivalent texts are equal (a composed and a decomposed
+/// é), and nothing is found inside a composed character. With it, code points are compared.
+/// `NSCaseInsensitiveSearch` folds case by Unicode's full default folding, without a locale, so
+/// that ß meets ss; a match covers whole characters of the text that is searched. Bytes that are
+/// not UTF-8 equal themselves only.
+///
+/// A search is linear in the text. ASCII takes a fast path.
+/// Ownership: keeps nothing of the text that it was made from. Threads: any; `find` changes
+/// nothing.
+class TextPattern {
+public:
+  /// Throws `std::bad_alloc`.
+  TextPattern(std::string_view text, unsigned options);
+
+  /// Where the text first occurs; length 0 when it does not occur or is empty.
+  /// Throws `std::bad_alloc` when `text` is not ASCII, else nothing.
+  [[nodiscard]] NSRange find(std::string_view text) const;
+
+private:
+  [[nodiscard]] NSRange findBytes(std::string_view text) const noexcept;
+  [[nodiscard]] NSRange findFolded(std::string_view text) const;
+
+  const unsigned options_;
+  /// The text's code points, folded as the options ask.
+  std::vector<std::int32_t> units_;
+  bool isASCII_;
+  /// For each length of a matched beginning, the length of the next shorter one (Knuth, Morris
+  /// and Pratt).
+  std::vector<std::uint32_t> fallback_;
+};

@@ -1,0 +1,156 @@
+#include "platform/foundation/ThreadPool.h"
+
+#include "platform/foundation/NSThread.h"
+#include "platform/foundation/SystemCalls.h"
+#include "platform/foundation/YieldUntil.h"
+
+#include <csignal>
+#include <pthread.h>
+
+namespace {
+
+constexpr std::size_t stackSize = std::size_t{1} << 20;
+
+/// How long a thread without a job waits for the next before it ends.
+constexpr std::chrono::seconds idleTime{2};
+
+constexpr int yieldsBeforeSleep = 100;
+
+} // namespace
+
+NSLock ThreadPool::lock;
+WorkQueue ThreadPool::jobs;
+std::atomic<bool> ThreadPool::hasJobs{false};
+int ThreadPool::comingThreads = 0;
+ThreadPool::Sleeper *ThreadPool::firstSleeper = nullptr;
+
+bool ThreadPool::add(ThreadJob &job) noexcept {
+  Sleeper *sleeper = nullptr;
+  {
+    const LockGuard guard(lock);
+    jobs.append(job, 0);
+    hasJobs.store(true, std::memory_order_relaxed);
+    if (comingThreads > 0)
+      return true;
+    ++comingThreads;
+    sleeper = takeSleeper();
+  }
+  if (callThread(sleeper))
+    return true;
+  const LockGuard guard(lock);
+  --comingThreads;
+  const bool isQueued = !jobs.remove(job);
+  hasJobs.store(!jobs.isEmpty(), std::memory_order_relaxed);
+  return isQueued;
+}
+
+ThreadPool::Sleeper *ThreadPool::takeSleeper() noexcept {
+  Sleeper *const sleeper = firstSleeper;
+  if (sleeper != nullptr) {
+    firstSleeper = sleeper->next;
+    sleeper->isCalled = true;
+  }
+  return sleeper;
+}
+
+bool ThreadPool::callThread(Sleeper *sleeper) noexcept {
+  if (sleeper == nullptr)
+    return startThread();
+  sleeper->wakeup.wake();
+  return true;
+}
+
+bool ThreadPool::startThread() noexcept {
+  pthread_attr_t attributes;
+  if (pthread_attr_init(&attributes) != 0)
+    return false;
+  pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+  pthread_attr_setstacksize(&attributes, stackSize);
+
+  // A thread inherits the mask of the one that starts it: signals are the host's business.
+  sigset_t all;
+  sigset_t previous;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &previous);
+  const auto body = [](void *) -> void * {
+    threadBody();
+    return nullptr;
+  };
+  pthread_t identity{};
+  const int error = systemCalls().startThread(&identity, &attributes, body, nullptr);
+  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+  pthread_attr_destroy(&attributes);
+  return error == 0;
+}
+
+void ThreadPool::threadBody() noexcept {
+  Sleeper self;
+  do {
+    while (ThreadJob *const job = takeJob()) {
+      job->executeOnThread();
+      const LockGuard guard(lock);
+      ++comingThreads;
+    }
+  } while (sleepUntilCalled(self));
+}
+
+ThreadJob *ThreadPool::takeJob() noexcept {
+  yieldUntil(yieldsBeforeSleep, [] { return hasJobs.load(std::memory_order_relaxed); });
+  ThreadJob *job = nullptr;
+  Sleeper *sleeper = nullptr;
+  {
+    const LockGuard guard(lock);
+    job = static_cast<ThreadJob *>(jobs.takeUpTo(0));
+    if (job == nullptr)
+      return nullptr;
+    --comingThreads;
+    if (jobs.isEmpty()) {
+      hasJobs.store(false, std::memory_order_relaxed);
+      return job;
+    }
+    if (comingThreads > 0)
+      return job;
+    ++comingThreads;
+    sleeper = takeSleeper();
+  }
+  if (!callThread(sleeper)) {
+    WorkQueue abandoned;
+    {
+      const LockGuard guard(lock);
+      --comingThreads;
+      abandoned.append(jobs);
+      hasJobs.store(false, std::memory_order_relaxed);
+    }
+    while (Work *const work = abandoned.takeUpTo(0))
+      static_cast<ThreadJob &>(*work).executeOnMainThread();
+  }
+  return job;
+}
+
+bool ThreadPool::sleepUntilCalled(Sleeper &self) noexcept {
+  {
+    const LockGuard guard(lock);
+    if (!jobs.isEmpty())
+      return true;
+    --comingThreads;
+    self.isCalled = false;
+    self.next = firstSleeper;
+    firstSleeper = &self;
+  }
+  MainRunLoop::shared().wakeForWork();
+  if (self.wakeup.sleep(Wakeup::Clock::now() + idleTime))
+    return true;
+  {
+    const LockGuard guard(lock);
+    if (!self.isCalled) {
+      Sleeper **link = &firstSleeper;
+      while (*link != &self)
+        link = &(*link)->next;
+      *link = self.next;
+      return false;
+    }
+  }
+  // Somebody is just about to wake this thread, and must find it.
+  self.wakeup.sleep();
+  return true;
+}
