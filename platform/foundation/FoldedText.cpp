@@ -77,8 +77,11 @@ FoldedText::FoldedText(std::string_view text, bool foldCase, bool decompose) {
                                 static_cast<utf8proc_option_t>(options), &boundClass);
     for (utf8proc_ssize_t i = 0; i < count; ++i) {
       const utf8proc_int32_t unit = expansion[static_cast<std::size_t>(i)];
-      const bool continues =
-          decompose && !units.empty() && continuesCharacter(units.back().codePoint, unit);
+      // The iota below loses its being a mark when its case is folded, and belongs to its letter
+      // all the same.
+      const bool continues = decompose && !units.empty() &&
+                             (continuesCharacter(units.back().codePoint, unit) ||
+                              (i == 0 && continuesCharacter(units.back().codePoint, codePoint)));
       units.push_back({unit, i == 0 && !continues, position});
       hasMarks |= continues;
     }
