@@ -14,6 +14,14 @@
 /// Ownership: holds a reference to each path. Threads: one at a time.
 class ResultPool {
 public:
+  ResultPool() = default;
+  ResultPool(const ResultPool &) = delete;
+  ResultPool &operator=(const ResultPool &) = delete;
+
+  /// Frees what the pool holds, on a thread of its own if that would keep the main thread busy for
+  /// long. Main thread.
+  ~ResultPool();
+
   /// Throws `std::bad_alloc`, and then nothing has been added.
   void add(Ref<const NSString> path);
 

@@ -46,6 +46,8 @@ char SearchEngine::isAvailableSpotlight() noexcept {
 
 SearchEngine::SearchEngine() : listFolder_(NSString::create("")) {
   deferred_.reserve(reservedDeferrals);
+  // Reads the environment, which must not happen on a worker.
+  static_cast<void>(getSearchEncoding());
   if (isAvailableSpotlight() != 1)
     return;
   if (const NSClass *const queryClass = NSClass::named("NSMetadataQuery"))

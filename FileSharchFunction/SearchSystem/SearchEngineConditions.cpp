@@ -33,8 +33,10 @@ void SearchEngine::searchEntries(const NSString *folder, int type, Conditions co
     FolderSearch search(*_searchPredicate, type);
     if (const NSArray *const list = search.record.fileList) {
       for (std::size_t i = 0; i < list->count() && _bCancel == 0; ++i) {
-        SearchItem item(static_cast<const NSString &>(*list->objectAtIndex(i)));
-        searchItem(search, item, conditions);
+        if (const auto *const path = dynamic_cast<const NSString *>(list->objectAtIndex(i))) {
+          SearchItem item(*path);
+          searchItem(search, item, conditions);
+        }
       }
       return;
     }

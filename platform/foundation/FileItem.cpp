@@ -13,10 +13,6 @@ FileItem::FileItem(const NSString &path) noexcept
     : listing_(nullptr), folder_(currentFolder), path_(path.UTF8String()),
       name_(lastPathComponent(path.view())), listedKind_(FileKind::Unknown), isNameable_(true) {}
 
-FileItem::FileItem(DirectoryListing &listing, const DirectoryEntry &entry) noexcept
-    : listing_(&listing), folder_(listing.descriptor()), path_(entry.name.data()),
-      name_(entry.name), listedKind_(entry.kind), isNameable_(listing.canNameEntry(entry.name)) {}
-
 FileItem::Existence FileItem::existence() noexcept {
   if (!isNameable_)
     return Existence::None;

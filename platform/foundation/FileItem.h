@@ -15,7 +15,9 @@
 class FileItem {
 public:
   explicit FileItem(const NSString &path) noexcept;
-  FileItem(DirectoryListing &listing, const DirectoryEntry &entry) noexcept;
+  FileItem(DirectoryListing &listing, const DirectoryEntry &entry) noexcept
+      : listing_(&listing), folder_(listing.descriptor()), path_(entry.name.data()),
+        name_(entry.name), listedKind_(entry.kind), isNameable_(listing.canNameEntry(entry.name)) {}
 
   /// The last component of the path.
   [[nodiscard]] std::string_view name() const noexcept { return name_; }

@@ -27,13 +27,6 @@ std::string_view pathExtension(std::string_view path) noexcept {
   return extensionOfName(lastPathComponent(path));
 }
 
-std::string_view extensionOfName(std::string_view name) noexcept {
-  const std::size_t dot = name.rfind('.');
-  if (dot == std::string_view::npos || dot == 0)
-    return {};
-  return name.substr(dot + 1);
-}
-
 bool equalIgnoringASCIICase(std::string_view a, std::string_view b) noexcept {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](char x, char y) { return lowerASCII(x) == lowerASCII(y); });

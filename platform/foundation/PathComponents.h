@@ -12,7 +12,12 @@
 [[nodiscard]] std::string_view pathExtension(std::string_view path) noexcept;
 
 /// The same of a path's last component alone, which holds no slash.
-[[nodiscard]] std::string_view extensionOfName(std::string_view name) noexcept;
+[[nodiscard]] inline std::string_view extensionOfName(std::string_view name) noexcept {
+  const std::size_t dot = name.rfind('.');
+  if (dot == std::string_view::npos || dot == 0)
+    return {};
+  return name.substr(dot + 1);
+}
 
 /// The path without trailing slashes, so that a slash and a name can follow: "" for "/".
 [[nodiscard]] std::string_view pathWithoutTrailingSlashes(std::string_view path) noexcept;

@@ -2,10 +2,26 @@
 
 #include <sched.h>
 
-/// Lets other threads run, a bounded number of times, until `isReady` answers true; whether it did.
-/// To be called before going to sleep: to fall asleep and be woken costs more than most hand-overs
-/// between threads take.
+/// Tells the processor that the thread is waiting in a loop.
+inline void pauseProcessor() noexcept {
+#if defined(__x86_64__) || defined(__i386__)
+  __builtin_ia32_pause();
+#elif defined(__aarch64__)
+  asm volatile("yield");
+#endif
+}
+
+/// Waits for another thread that is expected to be quick: for a microsecond or two in a loop, then
+/// by letting other threads run, a bounded number of times. Answers whether `isReady` has come to
+/// answer true. To be called before going to sleep: to fall asleep and be woken costs more than
+/// most hand-overs between threads take.
 template <class IsReady> bool yieldUntil(int mostTimes, IsReady isReady) noexcept {
+  constexpr int pauses = 100;
+  for (int i = 0; i < pauses; ++i) {
+    if (isReady())
+      return true;
+    pauseProcessor();
+  }
   for (int i = 0; i < mostTimes; ++i) {
     if (isReady())
       return true;
