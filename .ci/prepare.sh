@@ -37,10 +37,11 @@ build_preset() {
   if ! (
     flock 9
     if [ ! -f "build/$preset/build.ninja" ]; then
-      echo "Building ..." >&2
-      cmake --preset "$preset"
-    fi && cmake --build "build/$preset" "${target_arguments[@]}"
-  ) 9>"build/$preset/lock" >"$log" </dev/null 2> >(tee -a "$log" >&2); then
+      echo "Building ..." >&8
+      cmake --preset "$preset" || exit
+    fi
+    cmake --build "build/$preset" "${target_arguments[@]}"
+  ) 8>&2 9>"build/$preset/lock" >"$log" 2>&1 </dev/null; then
     cat "$log" >&2
     echo "The build has failed." >&2
     exit 2

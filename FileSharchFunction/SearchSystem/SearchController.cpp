@@ -2,6 +2,7 @@
 
 #include "FileSharchFunction/SearchSystem/HostCallback.h"
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
+#include "platform/foundation/NeverDestroyed.h"
 #include "platform/foundation/Perform.h"
 
 #include <cassert>
@@ -33,9 +34,8 @@ private:
 };
 
 EndPerform &endPerform() noexcept {
-  alignas(EndPerform) static unsigned char memory[sizeof(EndPerform)];
-  static auto *const perform = ::new (memory) EndPerform;
-  return *perform;
+  static NeverDestroyed<EndPerform> perform;
+  return perform.get();
 }
 
 } // namespace

@@ -30,9 +30,9 @@ MainRunLoop &loopOf(CFRunLoopRef loop) noexcept { return *reinterpret_cast<MainR
 /// A moment so many seconds from now; none when that is further away than anyone waits.
 std::optional<MainRunLoop::Clock::time_point> momentAfter(CFTimeInterval seconds) noexcept {
   constexpr double longestWait = 1e9;
-  if (!(seconds < longestWait))
+  if (seconds >= longestWait)
     return std::nullopt;
-  const std::chrono::duration<double> wait(std::max(seconds, 0.0));
+  const std::chrono::duration<double> wait(seconds > 0 ? seconds : 0);
   return MainRunLoop::Clock::now() + std::chrono::duration_cast<MainRunLoop::Clock::duration>(wait);
 }
 

@@ -3,6 +3,7 @@
 #include "platform/foundation/PathComponents.h"
 #include "platform/foundation/SystemCalls.h"
 
+#include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
 #include <string>
@@ -46,6 +47,8 @@ DirectoryListing::~DirectoryListing() {
 }
 
 std::optional<DirectoryListing> DirectoryListing::open(std::string_view path) {
+  if (path.empty())
+    return std::nullopt;
   auto buffer = std::make_unique_for_overwrite<std::byte[]>(bufferSize);
   constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
   const auto openFolder = [](const std::string &name) {
@@ -57,10 +60,11 @@ std::optional<DirectoryListing> DirectoryListing::open(std::string_view path) {
   name.reserve(path.size() + 2);
   name.append(path).append("/.");
   int descriptor = openFolder(name);
-  const bool canReachEntries = descriptor >= 0;
-  if (descriptor < 0) {
+  bool canReachEntries = descriptor >= 0;
+  if (descriptor < 0 && (errno == EACCES || errno == ENAMETOOLONG)) {
     name.resize(path.size());
     descriptor = openFolder(name);
+    canReachEntries = descriptor >= 0 && fileStatus(descriptor, ".", FollowLink::Yes).has_value();
   }
   if (descriptor < 0)
     return std::nullopt;

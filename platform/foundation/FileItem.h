@@ -8,7 +8,7 @@
 #include <string_view>
 
 /// One item of the file system, named by its path or by an entry of an open listing. It asks the
-/// system for nothing that the listing has told already, and for nothing twice; by either name it
+/// system for nothing that the listing has told already, and for its status once; by either name it
 /// gives the same answers.
 ///
 /// Ownership: borrows the path, or the listing and the entry's name. Threads: one at a time.

@@ -3,9 +3,10 @@
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/SystemCalls.h"
 
+#include <array>
 #include <climits>
+#include <cstdio>
 #include <fcntl.h>
-#include <string>
 #include <sys/sysmacros.h>
 
 const int currentFolder = AT_FDCWD;
@@ -26,10 +27,12 @@ std::uint64_t deviceOf(const struct statx &status) noexcept {
 }
 
 /// For a kernel that does not tell mount points: a folder on another device than its parent.
-bool isOnOtherDeviceThanParent(int folder, const char *path, std::uint64_t device) {
+bool isOnOtherDeviceThanParent(int folder, const char *path, std::uint64_t device) noexcept {
+  std::array<char, PATH_MAX> parentPath{};
+  const int length = std::snprintf(parentPath.data(), parentPath.size(), "%s/..", path);
   struct statx parent {};
-  const std::string parentPath = std::string(path) + "/..";
-  return systemCalls().statusAt(folder, parentPath.c_str(), AT_NO_AUTOMOUNT, &parent) == 0 &&
+  return length > 0 && static_cast<std::size_t>(length) < parentPath.size() &&
+         systemCalls().statusAt(folder, parentPath.data(), AT_NO_AUTOMOUNT, &parent) == 0 &&
          deviceOf(parent) != device;
 }
 

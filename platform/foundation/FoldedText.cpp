@@ -87,10 +87,13 @@ FoldedText::FoldedText(std::string_view text, bool foldCase, bool decompose) {
     }
     position += static_cast<std::size_t>(length);
   }
+  if (units.empty())
+    return;
+  // Marks may begin the text, and another than the first be moved to its front.
+  units.front().isBoundary = false;
   if (hasMarks)
     orderMarks(units);
-  if (!units.empty())
-    units.front() = {units.front().codePoint, true, 0};
+  units.front() = {units.front().codePoint, true, 0};
 }
 
 bool FoldedText::continuesCharacterAt(std::string_view text, std::size_t position) noexcept {

@@ -79,12 +79,10 @@ std::vector<std::string_view> preferredLocales() {
 
 } // namespace
 
-const std::vector<std::string_view> &CFBundleCopyBundleLocalizations() noexcept {
+std::vector<std::string_view> CFBundleCopyBundleLocalizations() {
   if (localizationsForTesting != nullptr)
     return *localizationsForTesting;
-  static const auto *const all = new std::vector<std::string_view>{
-      "Japanese", "Britain", "English", "German", "French", "Italian", "Spanish", "Dutch"};
-  return *all;
+  return {"Japanese", "Britain", "English", "German", "French", "Italian", "Spanish", "Dutch"};
 }
 
 std::vector<std::string_view>

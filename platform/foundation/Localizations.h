@@ -15,8 +15,8 @@ struct LocaleEnvironment {
   std::string language;
 };
 
-/// All localizations of the host.
-[[nodiscard]] const std::vector<std::string_view> &CFBundleCopyBundleLocalizations() noexcept;
+/// All localizations of the host. Throws `std::bad_alloc`.
+[[nodiscard]] std::vector<std::string_view> CFBundleCopyBundleLocalizations();
 
 /// Those of `localizations` that the user prefers, the most wanted first. At the end stands
 /// English, in which hosts are developed, or the first of the list if that lacks it and nothing

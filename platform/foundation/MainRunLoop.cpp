@@ -2,12 +2,12 @@
 
 #include "platform/foundation/LoopDescriptor.h"
 #include "platform/foundation/MainLoop.h"
+#include "platform/foundation/NeverDestroyed.h"
+#include "platform/foundation/ProcessorCount.h"
 #include "platform/foundation/YieldUntil.h"
 
 #include <algorithm>
 #include <cassert>
-#include <new>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -16,10 +16,8 @@ namespace {
 constexpr std::chrono::milliseconds dispatchBudget{8};
 constexpr int yieldsBeforeSleep = 3;
 
-int processorCount() noexcept {
-  static const int count = static_cast<int>(std::thread::hardware_concurrency());
-  return count;
-}
+/// How long work that was posted quietly may lie while all jobs wait for a disk.
+constexpr std::chrono::milliseconds quietTime{2};
 
 pid_t currentThread() noexcept {
   static thread_local const pid_t thread = gettid();
@@ -38,6 +36,14 @@ void WorkQueue::append(Work &work, std::uint64_t number) noexcept {
   else
     first_ = &work;
   last_ = &work;
+}
+
+void WorkQueue::prepend(Work &work) noexcept {
+  work.next_ = first_;
+  work.number_ = 0;
+  first_ = &work;
+  if (last_ == nullptr)
+    last_ = &work;
 }
 
 void WorkQueue::append(WorkQueue &other) noexcept {
@@ -75,9 +81,8 @@ Work *WorkQueue::takeUpTo(std::uint64_t number) noexcept {
 }
 
 MainRunLoop &MainRunLoop::shared() noexcept {
-  alignas(MainRunLoop) static unsigned char memory[sizeof(MainRunLoop)];
-  static auto *const loop = ::new (memory) MainRunLoop;
-  return *loop;
+  static NeverDestroyed<MainRunLoop> loop;
+  return loop.get();
 }
 
 bool MainRunLoop::isMainThread() const noexcept {
@@ -87,51 +92,43 @@ bool MainRunLoop::isMainThread() const noexcept {
 
 void MainRunLoop::bindToCurrentThread() noexcept { mainThread_.store(currentThread()); }
 
-MainRunLoop::Wake MainRunLoop::prepareWake() noexcept {
-  Wake wake;
-  wake.sleeper = std::exchange(isAsleep_, false);
-  if (!std::exchange(isSignaled_, descriptor_ != nullptr))
-    wake.descriptor = descriptor_;
-  return wake;
+void MainRunLoop::pushIncoming(Work &work) noexcept {
+  Work *first = incoming_.load(std::memory_order_relaxed);
+  do
+    work.next_ = first;
+  while (!incoming_.compare_exchange_weak(first, &work));
 }
 
-void MainRunLoop::perform(const Wake &wake) noexcept {
-  if (wake.sleeper)
+void MainRunLoop::wakeSleeper() noexcept {
+  if (isAsleep_.load() && isAsleep_.exchange(false))
     wakeup_.wake();
-  if (wake.descriptor != nullptr)
-    wake.descriptor->signal();
+}
+
+void MainRunLoop::wake() noexcept {
+  wakeSleeper();
+  if (LoopDescriptor *const descriptor = descriptor_.load())
+    if (!isSignaled_.exchange(true))
+      descriptor->signal();
 }
 
 void MainRunLoop::post(Work &work) noexcept {
-  Wake wake;
-  {
-    const LockGuard guard(lock_);
-    incoming_.append(work, ++lastNumber_);
-    hasIncoming_.store(true, std::memory_order_relaxed);
-    wake = prepareWake();
-  }
-  perform(wake);
+  pushIncoming(work);
+  wake();
 }
 
 void MainRunLoop::postQuietly(Work &work) noexcept {
-  if (runningJobs_.load(std::memory_order_relaxed) < 2 * processorCount()) {
-    post(work);
-    return;
-  }
-  const LockGuard guard(lock_);
-  incoming_.append(work, ++lastNumber_);
-  hasIncoming_.store(true, std::memory_order_relaxed);
+  pushIncoming(work);
+  if (!areJobsPlenty())
+    wake();
+}
+
+bool MainRunLoop::areJobsPlenty() const noexcept {
+  return runningJobs_.load(std::memory_order_relaxed) >= 2 * processorCount();
 }
 
 void MainRunLoop::wakeForWork() noexcept {
-  Wake wake;
-  {
-    const LockGuard guard(lock_);
-    if (incoming_.isEmpty())
-      return;
-    wake = prepareWake();
-  }
-  perform(wake);
+  if (hasIncoming())
+    wake();
 }
 
 void MainRunLoop::schedule(TimedWork &work, std::chrono::nanoseconds delay) noexcept {
@@ -159,20 +156,27 @@ void MainRunLoop::beginActivity() noexcept { activities_.fetch_add(1); }
 void MainRunLoop::endActivity() noexcept {
   if (activities_.fetch_sub(1) != 1)
     return;
-  Wake wake;
-  {
-    const LockGuard guard(lock_);
-    wake.sleeper = std::exchange(isAsleep_, false);
-  }
-  perform(wake);
+  wakeSleeper();
+  // The clock may jump now, and a host that watches the descriptor must hear of it.
+  if (isMainThread())
+    updateDescriptor();
 }
 
 void MainRunLoop::takeDueWork() noexcept {
-  const LockGuard guard(lock_);
-  if (std::exchange(isSignaled_, false))
-    descriptor_->reset();
-  ready_.append(incoming_);
-  hasIncoming_.store(false, std::memory_order_relaxed);
+  // The descriptor is reset before its flag, and the flag before the queue is looked at: work that
+  // arrives in between is found below, and what arrives later signals anew.
+  if (LoopDescriptor *const descriptor = descriptor_.load()) {
+    descriptor->reset();
+    isSignaled_.store(false);
+  }
+  if (hasIncoming()) {
+    WorkQueue arrived;
+    Work *newest = incoming_.exchange(nullptr);
+    while (newest != nullptr)
+      arrived.prepend(*std::exchange(newest, newest->next_));
+    while (Work *const work = arrived.takeUpTo(0))
+      ready_.append(*work, ++lastNumber_);
+  }
   if (ready_.isEmpty() && clockMayJump())
     virtualNow_ = std::max(virtualNow_, firstTimer_->deadline_);
   if (firstTimer_ == nullptr)
@@ -192,7 +196,11 @@ bool MainRunLoop::dispatch(const Run *run) noexcept {
   assert(isMainThread());
   takeDueWork();
   const std::uint64_t last = ready_.lastNumber();
-  const Clock::time_point end = Clock::now() + dispatchBudget;
+  if (ready_.isEmpty())
+    return false;
+  // A run of the loop by itself goes on with the next batch anyway.
+  const bool isLimited = run == nullptr;
+  const Clock::time_point end = isLimited ? Clock::now() + dispatchBudget : Clock::time_point();
   bool hasRun = false;
   while (Work *work = ready_.takeUpTo(last)) {
     hasRun = true;
@@ -202,7 +210,7 @@ bool MainRunLoop::dispatch(const Run *run) noexcept {
       // Nobody could be told, and the work that waits behind must not suffer.
     }
     work->finished();
-    if ((run != nullptr && run->isStopped) || Clock::now() >= end)
+    if (isLimited ? Clock::now() >= end : run->isStopped.load())
       break;
   }
   updateDescriptor();
@@ -238,70 +246,64 @@ MainRunLoop::RunResult MainRunLoop::run(std::optional<Clock::time_point> limit,
   return result;
 }
 
+std::optional<std::chrono::nanoseconds> MainRunLoop::nextLook() const noexcept {
+  std::optional<std::chrono::nanoseconds> moment;
+  if (!isVirtual_ && firstTimer_ != nullptr)
+    moment = firstTimer_->deadline_;
+  if (areJobsPlenty()) {
+    const std::chrono::nanoseconds look = realNow() + quietTime;
+    moment = moment ? std::min(*moment, look) : look;
+  }
+  return moment;
+}
+
 void MainRunLoop::waitForWork(const Run &run, std::optional<Clock::time_point> limit) noexcept {
-  const auto isReady = [this] {
-    return hasIncoming_.load(std::memory_order_relaxed) ||
-           runningJobs_.load(std::memory_order_relaxed) == 0;
+  const auto isWorthLooking = [this] {
+    return hasIncoming() || runningJobs_.load(std::memory_order_relaxed) == 0;
   };
-  if (yieldUntil(yieldsBeforeSleep, isReady) && hasIncoming_.load(std::memory_order_relaxed))
-    return;
-  for (;;) {
-    std::optional<Clock::time_point> end = limit;
-    if (!isVirtual_ && firstTimer_ != nullptr) {
-      const Clock::time_point due(firstTimer_->deadline_);
-      end = end ? std::min(*end, due) : due;
-    }
-    {
-      const LockGuard guard(lock_);
-      isAsleep_ = incoming_.isEmpty() && !run.isStopped && !clockMayJump();
-      if (!isAsleep_)
-        return;
-    }
+  yieldUntil(yieldsBeforeSleep, isWorthLooking);
+
+  std::optional<Clock::time_point> end = limit;
+  if (const std::optional<std::chrono::nanoseconds> next = nextLook()) {
+    const Clock::time_point moment(*next);
+    end = end ? std::min(*end, moment) : moment;
+  }
+  // Whoever posts looks at the flag after it has posted, and this looks for work after it has set
+  // the flag: one of the two sees the other.
+  isAsleep_.store(true);
+  while (!hasIncoming() && !run.isStopped && !clockMayJump() && isAsleep_.load())
     if (!wakeup_.sleep(end))
       break;
-  }
-  const LockGuard guard(lock_);
-  isAsleep_ = false;
+  isAsleep_.store(false);
 }
 
 void MainRunLoop::stop() noexcept {
-  Wake wake;
   {
     const LockGuard guard(lock_);
     if (innermost_ == nullptr)
       return;
     innermost_->isStopped = true;
-    wake = prepareWake();
   }
-  perform(wake);
+  wakeSleeper();
 }
 
 int MainRunLoop::descriptor() noexcept {
   assert(isMainThread());
-  {
-    const LockGuard guard(lock_);
-    if (descriptor_ == nullptr)
-      descriptor_ = LoopDescriptor::create().release();
-    if (descriptor_ == nullptr)
-      return -1;
-  }
+  if (descriptor_.load() == nullptr)
+    descriptor_.store(LoopDescriptor::create().release());
+  if (descriptor_.load() == nullptr)
+    return -1;
   updateDescriptor();
-  const LockGuard guard(lock_);
-  return descriptor_->number();
+  return descriptor_.load()->number();
 }
 
 void MainRunLoop::updateDescriptor() noexcept {
-  Wake wake;
-  {
-    const LockGuard guard(lock_);
-    if (descriptor_ == nullptr)
-      return;
-    const bool hasRealTimer = !isVirtual_ && firstTimer_ != nullptr;
-    descriptor_->setDeadline(hasRealTimer ? std::optional(firstTimer_->deadline_) : std::nullopt);
-    if (!ready_.isEmpty() || !incoming_.isEmpty() || clockMayJump())
-      wake = prepareWake();
-  }
-  perform(wake);
+  LoopDescriptor *const descriptor = descriptor_.load();
+  if (descriptor == nullptr)
+    return;
+  descriptor->setDeadline(nextLook());
+  if (!ready_.isEmpty() || hasIncoming() || clockMayJump())
+    wake();
 }
 
 void MainRunLoop::useVirtualClock(bool isVirtual) noexcept {

@@ -10,6 +10,7 @@
 #include <sys/types.h>
 
 class LoopDescriptor;
+template <class T> class NeverDestroyed;
 
 /// One piece of work for the main thread. The loop neither allocates nor copies it, so that what
 /// has been reserved cannot fail to be posted.
@@ -30,6 +31,7 @@ protected:
 
 private:
   friend class WorkQueue;
+  friend class MainRunLoop;
   Work *next_ = nullptr;
   std::uint64_t number_ = 0;
 };
@@ -41,6 +43,7 @@ public:
   [[nodiscard]] std::uint64_t lastNumber() const noexcept { return last_ ? last_->number_ : 0; }
   void append(Work &work, std::uint64_t number) noexcept;
   void append(WorkQueue &other) noexcept;
+  void prepend(Work &work) noexcept;
   /// Takes `work` out of the list; false when it is not in it.
   bool remove(const Work &work) noexcept;
   /// The first element if its number is at most `number`, taken out of the list; else null.
@@ -93,8 +96,9 @@ public:
   /// Appends `work`, which must stay alive until it has finished.
   void post(Work &work) noexcept;
 
-  /// The same for work that nobody waits for: the main thread may sleep on while the jobs keep
-  /// every processor busy. A job's thread that goes to sleep calls `wakeForWork` first.
+  /// The same for work that nobody waits for: the main thread may sleep on for some 2 ms
+  /// while the jobs keep every processor busy. A job's thread that goes to sleep calls
+  /// `wakeForWork` first.
   void postQuietly(Work &work) noexcept;
 
   /// Wakes the main thread if it sleeps while there is work.
@@ -132,39 +136,42 @@ private:
     Run *outer = nullptr;
   };
 
-  /// What a change of the queue asks to be told, once the lock is no longer held.
-  struct Wake {
-    bool sleeper = false;
-    LoopDescriptor *descriptor = nullptr;
-  };
-
+  friend class NeverDestroyed<MainRunLoop>;
   MainRunLoop() noexcept = default;
 
-  [[nodiscard]] Wake prepareWake() noexcept PF_REQUIRES(lock_);
-  void perform(const Wake &wake) noexcept;
+  void pushIncoming(Work &work) noexcept;
+  void wakeSleeper() noexcept;
+  void wake() noexcept;
+  /// Whether there are more jobs than the processors can be busy with.
+  [[nodiscard]] bool areJobsPlenty() const noexcept;
+  /// When the loop has to look for work though nobody wakes it, on the real clock.
+  [[nodiscard]] std::optional<std::chrono::nanoseconds> nextLook() const noexcept;
   bool dispatch(const Run *run) noexcept;
   void takeDueWork() noexcept;
+  [[nodiscard]] bool hasIncoming() const noexcept { return incoming_.load() != nullptr; }
   [[nodiscard]] bool clockMayJump() const noexcept;
   void waitForWork(const Run &run, std::optional<Clock::time_point> limit) noexcept;
   void updateDescriptor() noexcept;
 
   std::atomic<pid_t> mainThread_{0};
+
+  /// What has been posted and not yet taken by the main thread, the newest in front.
+  std::atomic<Work *> incoming_{nullptr};
+  /// The main thread sleeps, or is about to: whoever has work for it wakes it.
+  std::atomic<bool> isAsleep_{false};
+  std::atomic<bool> isSignaled_{false};
+  /// Made when a host first asks for it, and never taken away again.
+  std::atomic<LoopDescriptor *> descriptor_{nullptr};
   std::atomic<int> activities_{0};
   std::atomic<int> runningJobs_{0};
-  std::atomic<bool> hasIncoming_{false};
+  Wakeup wakeup_;
 
   NSLock lock_;
-  Wakeup wakeup_;
-  WorkQueue incoming_ PF_GUARDED_BY(lock_);
-  std::uint64_t lastNumber_ PF_GUARDED_BY(lock_) = 0;
   Run *innermost_ PF_GUARDED_BY(lock_) = nullptr;
-  bool isAsleep_ PF_GUARDED_BY(lock_) = false;
-  bool isSignaled_ PF_GUARDED_BY(lock_) = false;
-  /// Made when a host first asks for it, and never taken away again.
-  LoopDescriptor *descriptor_ PF_GUARDED_BY(lock_) = nullptr;
 
   // Main thread only.
   WorkQueue ready_;
+  std::uint64_t lastNumber_ = 0;
   TimedWork *firstTimer_ = nullptr;
   TimedWork *lastTimer_ = nullptr;
   bool isVirtual_ = false;

@@ -1,12 +1,13 @@
 #include "platform/foundation/NSNotificationCenter.h"
 
 #include "platform/foundation/MainRunLoop.h"
+#include "platform/foundation/NeverDestroyed.h"
 
 #include <cassert>
 
 NSNotificationCenter &NSNotificationCenter::defaultCenter() noexcept {
-  static auto *const center = new NSNotificationCenter;
-  return *center;
+  static NeverDestroyed<NSNotificationCenter> center;
+  return center.get();
 }
 
 void NSNotificationCenter::addObserver(void *observer, Handler handler, std::string_view name) {
@@ -20,19 +21,31 @@ void NSNotificationCenter::removeObserver(const void *observer, std::string_view
     if (registration.observer == observer && registration.name == name)
       registration.handler = nullptr;
   if (posts_ == 0)
-    std::erase_if(registrations_, [](const Registration &r) { return r.handler == nullptr; });
+    forgetRemoved();
 }
 
 void NSNotificationCenter::postNotification(std::string_view name, NSObject *object) {
   assert(MainRunLoop::shared().isMainThread());
-  ++posts_;
+  struct Post {
+    explicit Post(NSNotificationCenter &posting) noexcept : center(posting) { ++center.posts_; }
+    ~Post() {
+      if (--center.posts_ == 0)
+        center.forgetRemoved();
+    }
+    Post(const Post &) = delete;
+    Post &operator=(const Post &) = delete;
+    NSNotificationCenter &center;
+  };
+  const Post post(*this);
   const NSNotification notification{name, object};
   const std::size_t count = registrations_.size();
   for (std::size_t i = 0; i < count; ++i) {
-    const Registration &registration = registrations_[i];
+    const Registration registration = registrations_[i];
     if (registration.handler != nullptr && registration.name == name)
       registration.handler(registration.observer, notification);
   }
-  if (--posts_ == 0)
-    std::erase_if(registrations_, [](const Registration &r) { return r.handler == nullptr; });
+}
+
+void NSNotificationCenter::forgetRemoved() noexcept {
+  std::erase_if(registrations_, [](const Registration &r) { return r.handler == nullptr; });
 }

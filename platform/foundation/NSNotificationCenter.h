@@ -40,6 +40,8 @@ private:
     std::string name;
   };
 
+  void forgetRemoved() noexcept;
+
   std::vector<Registration> registrations_;
   /// How many posts are running: while there are any, removed registrations stay as empty ones.
   int posts_ = 0;

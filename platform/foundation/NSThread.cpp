@@ -31,14 +31,20 @@ void ThreadJob::execute() noexcept {
 }
 
 void ThreadJob::run() {
-  if (!std::exchange(hasThread_, false))
+  if (!hasThread_)
     execute();
-  if (const Action action = std::exchange(exitAction_, nullptr))
+  else if (const Action action = std::exchange(exitAction_, nullptr))
     action(exitTarget_);
 }
 
 void ThreadJob::finished() noexcept {
-  MainRunLoop::shared().endActivity();
+  MainRunLoop &loop = MainRunLoop::shared();
+  if (!std::exchange(hasThread_, true)) {
+    // The body has just run here. As with a thread, its end comes after all that it has posted.
+    loop.post(*this);
+    return;
+  }
+  loop.endActivity();
   ended();
 }
 

@@ -1,11 +1,16 @@
 #include "platform/foundation/ThreadPool.h"
 
 #include "platform/foundation/NSThread.h"
+#include "platform/foundation/ProcessorCount.h"
 #include "platform/foundation/SystemCalls.h"
 #include "platform/foundation/YieldUntil.h"
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
+#include <ctime>
 #include <pthread.h>
+#include <utility>
 
 namespace {
 
@@ -14,15 +19,34 @@ constexpr std::size_t stackSize = std::size_t{1} << 20;
 /// How long a thread without a job waits for the next before it ends.
 constexpr std::chrono::seconds idleTime{2};
 
+/// How often a watching thread looks at the queue.
+constexpr std::chrono::microseconds watchTime{500};
+
 constexpr int yieldsBeforeSleep = 100;
+
+/// The time that the processors have spent on this process.
+std::chrono::nanoseconds processorTime() noexcept {
+  timespec time{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
 
 } // namespace
 
 NSLock ThreadPool::lock;
 WorkQueue ThreadPool::jobs;
 std::atomic<bool> ThreadPool::hasJobs{false};
+int ThreadPool::busyThreads = 0;
+int ThreadPool::mostBusyThreads = processorCount();
 int ThreadPool::comingThreads = 0;
+ThreadPool::Sleeper *ThreadPool::watcher = nullptr;
 ThreadPool::Sleeper *ThreadPool::firstSleeper = nullptr;
+
+bool ThreadPool::needsThread() noexcept {
+  if (jobs.isEmpty() || comingThreads > 0)
+    return false;
+  return busyThreads < mostBusyThreads || watcher == nullptr;
+}
 
 bool ThreadPool::add(ThreadJob &job) noexcept {
   Sleeper *sleeper = nullptr;
@@ -30,7 +54,7 @@ bool ThreadPool::add(ThreadJob &job) noexcept {
     const LockGuard guard(lock);
     jobs.append(job, 0);
     hasJobs.store(true, std::memory_order_relaxed);
-    if (comingThreads > 0)
+    if (!needsThread())
       return true;
     ++comingThreads;
     sleeper = takeSleeper();
@@ -45,11 +69,13 @@ bool ThreadPool::add(ThreadJob &job) noexcept {
 }
 
 ThreadPool::Sleeper *ThreadPool::takeSleeper() noexcept {
-  Sleeper *const sleeper = firstSleeper;
-  if (sleeper != nullptr) {
+  Sleeper *sleeper = std::exchange(watcher, nullptr);
+  if (sleeper == nullptr && firstSleeper != nullptr) {
+    sleeper = firstSleeper;
     firstSleeper = sleeper->next;
-    sleeper->isCalled = true;
   }
+  if (sleeper != nullptr)
+    sleeper->isCalled = true;
   return sleeper;
 }
 
@@ -88,10 +114,9 @@ void ThreadPool::threadBody() noexcept {
   do {
     while (ThreadJob *const job = takeJob()) {
       job->executeOnThread();
-      const LockGuard guard(lock);
-      ++comingThreads;
+      jobDone();
     }
-  } while (sleepUntilCalled(self));
+  } while (restUntilCalled(self));
 }
 
 ThreadJob *ThreadPool::takeJob() noexcept {
@@ -100,44 +125,92 @@ ThreadJob *ThreadPool::takeJob() noexcept {
   Sleeper *sleeper = nullptr;
   {
     const LockGuard guard(lock);
-    job = static_cast<ThreadJob *>(jobs.takeUpTo(0));
-    if (job == nullptr)
+    if (jobs.isEmpty() || busyThreads >= mostBusyThreads)
       return nullptr;
+    job = static_cast<ThreadJob *>(jobs.takeUpTo(0));
+    hasJobs.store(!jobs.isEmpty(), std::memory_order_relaxed);
     --comingThreads;
-    if (jobs.isEmpty()) {
-      hasJobs.store(false, std::memory_order_relaxed);
-      return job;
-    }
-    if (comingThreads > 0)
+    ++busyThreads;
+    if (!needsThread())
       return job;
     ++comingThreads;
     sleeper = takeSleeper();
   }
-  if (!callThread(sleeper)) {
-    WorkQueue abandoned;
-    {
-      const LockGuard guard(lock);
-      --comingThreads;
-      abandoned.append(jobs);
-      hasJobs.store(false, std::memory_order_relaxed);
-    }
-    while (Work *const work = abandoned.takeUpTo(0))
-      static_cast<ThreadJob &>(*work).executeOnMainThread();
-  }
+  if (!callThread(sleeper))
+    abandonJobs();
   return job;
 }
 
-bool ThreadPool::sleepUntilCalled(Sleeper &self) noexcept {
+void ThreadPool::jobDone() noexcept {
+  const LockGuard guard(lock);
+  --busyThreads;
+  ++comingThreads;
+}
+
+void ThreadPool::abandonJobs() noexcept {
+  WorkQueue abandoned;
   {
     const LockGuard guard(lock);
-    if (!jobs.isEmpty())
+    --comingThreads;
+    abandoned.append(jobs);
+    hasJobs.store(false, std::memory_order_relaxed);
+  }
+  while (Work *const work = abandoned.takeUpTo(0))
+    static_cast<ThreadJob &>(*work).executeOnMainThread();
+}
+
+bool ThreadPool::restUntilCalled(Sleeper &self) noexcept {
+  bool watches = false;
+  {
+    const LockGuard guard(lock);
+    if (!jobs.isEmpty() && busyThreads < mostBusyThreads)
       return true;
     --comingThreads;
     self.isCalled = false;
-    self.next = firstSleeper;
-    firstSleeper = &self;
+    watches = watcher == nullptr && (busyThreads > 0 || !jobs.isEmpty());
+    if (watches) {
+      watcher = &self;
+    } else {
+      self.next = firstSleeper;
+      firstSleeper = &self;
+    }
   }
   MainRunLoop::shared().wakeForWork();
+  if (!watches)
+    return sleepUntilCalled(self);
+  watch(self);
+  return true;
+}
+
+void ThreadPool::watch(Sleeper &self) noexcept {
+  for (;;) {
+    const auto begin = Wakeup::Clock::now();
+    const std::chrono::nanoseconds usedBefore = processorTime();
+    if (self.wakeup.sleep(begin + watchTime))
+      return;
+    const std::chrono::nanoseconds used = processorTime() - usedBefore;
+    const std::chrono::nanoseconds had = (Wakeup::Clock::now() - begin) * processorCount();
+    const bool areProcessorsIdle = used < had * 3 / 4;
+    const LockGuard guard(lock);
+    if (self.isCalled)
+      break;
+    if (!areProcessorsIdle && mostBusyThreads > processorCount())
+      --mostBusyThreads;
+    if (areProcessorsIdle && !jobs.isEmpty())
+      mostBusyThreads = std::max(mostBusyThreads, busyThreads) + 1;
+    else if (busyThreads > 0 || !jobs.isEmpty())
+      continue;
+    else
+      mostBusyThreads = processorCount();
+    watcher = nullptr;
+    ++comingThreads;
+    return;
+  }
+  // Somebody is just about to wake this thread, and must find it.
+  self.wakeup.sleep();
+}
+
+bool ThreadPool::sleepUntilCalled(Sleeper &self) noexcept {
   if (self.wakeup.sleep(Wakeup::Clock::now() + idleTime))
     return true;
   {

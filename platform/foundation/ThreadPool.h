@@ -10,11 +10,13 @@ class ThreadJob;
 
 /// The threads that jobs run on. Each takes one job after another from a common queue.
 ///
-/// A job never waits for a busy thread: as long as there are jobs in the queue, some thread is on
-/// its way to it. There need be only one, because a thread that takes a job and leaves others
-/// sends for the next before it begins. So a thread that has just finished its job usually takes
-/// the next one before a sleeper has been woken for it. A thread that finds nothing to do for a
-/// while ends.
+/// To put threads to sleep and wake them costs more than a small job does, and so does having more
+/// of them at work than there are processors. So a thread that has finished its job takes the next
+/// from the queue, and while every processor has a thread at work, no further one is woken: one
+/// watches instead, and joins in when it sees after half a millisecond that jobs are waiting and
+/// processors idle, because the busy threads wait for a disk or for the main thread. As long as
+/// there are jobs in the queue, some thread is on its way to it or watches.
+/// A thread that finds nothing to do for a while ends.
 ///
 /// Ownership: borrows the jobs. Threads: any, unless said otherwise; never destroyed.
 class ThreadPool {
@@ -33,16 +35,26 @@ private:
   static void threadBody() noexcept;
   [[nodiscard]] static bool startThread() noexcept;
   [[nodiscard]] static bool callThread(Sleeper *sleeper) noexcept;
+  [[nodiscard]] static bool needsThread() noexcept PF_REQUIRES(lock);
   [[nodiscard]] static Sleeper *takeSleeper() noexcept PF_REQUIRES(lock);
   [[nodiscard]] static ThreadJob *takeJob() noexcept;
+  static void jobDone() noexcept;
+  static void abandonJobs() noexcept;
+  [[nodiscard]] static bool restUntilCalled(Sleeper &self) noexcept;
+  static void watch(Sleeper &self) noexcept;
   [[nodiscard]] static bool sleepUntilCalled(Sleeper &self) noexcept;
 
   static NSLock lock;
   static WorkQueue jobs PF_GUARDED_BY(lock);
   /// For a look without the lock.
   static std::atomic<bool> hasJobs;
+  static int busyThreads PF_GUARDED_BY(lock);
+  /// As many threads as take jobs from the queue: one for each processor, and more while
+  /// processors are idle.
+  static int mostBusyThreads PF_GUARDED_BY(lock);
   /// Threads that are awake and about to look into the queue.
   static int comingThreads PF_GUARDED_BY(lock);
+  static Sleeper *watcher PF_GUARDED_BY(lock);
   /// The one that fell asleep last in front.
   static Sleeper *firstSleeper PF_GUARDED_BY(lock);
 };

@@ -1,0 +1,115 @@
+#include "hosts/ssfind/Application.h"
+
+#include "hosts/ssfind/Interrupt.h"
+#include "hosts/ssfind/OptionParser.h"
+#include "hosts/ssfind/Output.h"
+#include "hosts/ssfind/Results.h"
+#include "hosts/ssfind/SearchPlan.h"
+#include "hosts/ssfind/VisibleText.h"
+
+#include <cerrno>
+#include <ctime>
+#include <fcntl.h>
+#include <new>
+#include <unistd.h>
+
+namespace ssfind {
+
+namespace {
+
+/// Occupies the numbers of the standard descriptors, so that nothing else is opened under them. A
+/// standard output that the caller has closed can still not be written to.
+void occupyStandardDescriptors() noexcept {
+  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
+    if (fcntl(descriptor, F_GETFD) < 0)
+      open("/dev/null", O_RDONLY);
+}
+
+void searchFolder(const Conditions &conditions, const Folder &folder, Results &results) {
+  SearchRequest request = SearchRequest::ofFolder(conditions, folder.path);
+  results.expectFrom(folder);
+  search(request, results);
+}
+
+void searchFolders(const Options &options, const std::vector<FolderSearch> &folders,
+                   Results &results, StandardError &errors) {
+  for (const FolderSearch &next : folders) {
+    if (results.isOver())
+      return;
+    if (options.output.report != Report::Nothing)
+      for (const Folder &mount : next.skippedMounts)
+        errors.report(visible(mount.shown) + ": another file system, not searched (use --mounts)");
+    searchFolder(options.conditions, next.folder, results);
+    for (const Folder &mount : next.mounts)
+      if (!results.isOver())
+        searchFolder(options.conditions, mount, results);
+  }
+}
+
+void searchFiles(const Options &options, const FileList &files, Results &results) {
+  if (!options.list || results.isOver())
+    return;
+  SearchRequest request = SearchRequest::ofFiles(options.conditions, files.paths());
+  results.expectFrom(files);
+  search(request, results);
+}
+
+/// Whether all output has been written, or nobody wants it any more.
+bool wasWritten(const Output &output, StandardError &errors) {
+  if (output.error() == 0 || output.error() == EPIPE)
+    return true;
+  errors.reportFailure("standard output", output.error());
+  return false;
+}
+
+ExitCode show(const Information &information) {
+  StandardError errors(false);
+  Output output(STDOUT_FILENO);
+  output.text() = information.text;
+  output.flush();
+  return wasWritten(output, errors) ? ExitCode::Matched : ExitCode::Trouble;
+}
+
+ExitCode runSearches(const Options &options) {
+  watchForInterrupts();
+  StandardError errors(options.output.report != Report::Nothing);
+  Output output(STDOUT_FILENO);
+  const SearchPlan plan = planSearch(options, errors);
+  Results results(options.output, plan.hasOverlap, output, errors);
+  useSpotlight(options.conditions.usesIndex ? 1 : 0);
+  searchFolders(options, plan.folders, results, errors);
+  searchFiles(options, plan.files, results);
+  searchFolders(options, plan.listedFolders, results, errors);
+  results.finish();
+
+  if (wasInterrupted())
+    return ExitCode::Interrupted;
+  const bool isAnswered = options.output.report == Report::Nothing && results.hasMatches();
+  if (!wasWritten(output, errors) || (plan.hasFailures && !isAnswered))
+    return ExitCode::Trouble;
+  return results.hasMatches() ? ExitCode::Matched : ExitCode::NothingMatched;
+}
+
+} // namespace
+
+ExitCode run(int argc, const char *const *argv) noexcept {
+  try {
+    occupyStandardDescriptors();
+    tzset();
+    const auto parsed = parseOptions(argc, argv);
+    if (const auto *information = std::get_if<Information>(&parsed))
+      return show(*information);
+    if (const auto *error = std::get_if<UsageError>(&parsed)) {
+      StandardError(false).write(error->text);
+      return ExitCode::Trouble;
+    }
+    return runSearches(std::get<Options>(parsed));
+  } catch (const std::bad_alloc &) {
+    StandardError(false).report("out of memory");
+  } catch (const std::exception &error) {
+    StandardError(false).report(error.what());
+  }
+  return ExitCode::Trouble;
+}
+
+} // namespace ssfind

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace ssfind {
+
+/// A range of dates as the library takes it: seconds since 2001-01-01 00:00 UTC.
+///
+/// Each end lies half a microsecond before the first moment of the range, or after it. File times
+/// are whole microseconds, so none is equal to an end, and it does not matter whether the ends
+/// count. An open end is a date in the distant past or future.
+struct DateRange {
+  double start;
+  double end;
+};
+
+/// What is wrong with a text, and at which byte.
+struct TextError {
+  std::string message;
+  std::size_t column;
+};
+
+/// Reads FROM..TO, FROM.., ..TO, or a single date, in local time. A date is a year, month, day,
+/// minute or second (2024, 2024-05, 2024-05-17, 2024-05-17T10:30, 2024-05-17T10:30:15), from the
+/// year 1 to 9999, and means all of it: TO reaches through its last moment.
+///
+/// Where daylight saving skips a time, it means the end of the gap; where it doubles one, FROM
+/// means the first and TO the second.
+[[nodiscard]] std::variant<DateRange, TextError> parseDateRange(std::string_view text);
+
+} // namespace ssfind

@@ -1,0 +1,33 @@
+#include "hosts/ssfind/HelpText.h"
+
+namespace ssfind {
+
+const char *const helpHeader =
+    R"(Finds images and documents: files with the extension tif, jpg, pdf or pct, in
+any case.
+
+Usage: ssfind [OPTION...] [FOLDER...])";
+
+const char *const helpFooter =
+    R"(FOLDER is the current folder if none is named. Below it, names that begin with
+a dot, packages and links to folders are not searched; nor are, even with
+--mounts, the kernel's own file systems such as /proc.
+
+RANGE is FROM..TO, FROM.., ..TO or a single date, in local time. A date is a
+year, month, day, minute or second (2024, 2024-05, 2024-05-17, 2024-05-17T10:30
+or 2024-05-17T10:30:15) and means all of it: TO reaches through its last moment.
+
+Names are escaped on a terminal, and written as they are to a file or pipe.
+
+Exit codes: 0 something matched; 1 nothing matched; 2 bad usage, a folder or
+list that cannot be read, or output that cannot be written; 130 interrupted.
+
+Examples:
+  ssfind ~/Pictures --name beach --modified 2023-06..2024-05
+  ssfind -m 2024-05-17T10:30.. --long         what has changed since then
+  ssfind --sort modified --limit 10           the ten newest
+  ssfind ~/Scans -0 | xargs -0 cp -t /backup  safe for names with line ends
+  git ls-files -z | ssfind --files-from - -0 -n logo
+  ssfind -q -n invoice ~/Documents && echo "there are invoices")";
+
+} // namespace ssfind

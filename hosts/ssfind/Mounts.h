@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ssfind {
+
+/// A place at which a file system is mounted.
+struct Mount {
+  std::string path;
+  std::string fileSystem;
+};
+
+/// The mounts that a text in the form of /proc/self/mountinfo (proc(5)) tells of; lines of another
+/// form are passed over.
+[[nodiscard]] std::vector<Mount> parseMountInfo(std::string_view text);
+
+/// The mounts of this process; none when the system does not tell.
+[[nodiscard]] std::vector<Mount> currentMounts();
+
+/// The places below `folder` where a search of it stops because another file system begins, and
+/// further such places below those; each once, a folder before what lies below it.
+///
+/// Hidden folders are left out, as a search leaves them out. So are the kernel's own file systems,
+/// such as proc and sysfs, with all that is mounted inside them: they hold no files of anybody.
+[[nodiscard]] std::vector<std::string> mountsBelow(std::string_view folder,
+                                                   const std::vector<Mount> &mounts);
+
+/// Whether the path is a folder at which a file system can be seen to be mounted: the table also
+/// holds mounts that another one hides, and files.
+[[nodiscard]] bool isMountedFolder(const std::string &path) noexcept;
+
+} // namespace ssfind

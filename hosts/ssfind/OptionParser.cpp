@@ -1,0 +1,345 @@
+#include "hosts/ssfind/OptionParser.h"
+
+#include "hosts/ssfind/CommandLine.h"
+#include "hosts/ssfind/HelpText.h"
+#include "hosts/ssfind/MarkedText.h"
+#include "hosts/ssfind/StandardError.h"
+#include "hosts/ssfind/VisibleText.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace ssfind {
+
+namespace {
+
+struct UsageFault {
+  std::string message;
+  /// Where on the command line.
+  std::vector<std::size_t> places;
+};
+
+class HelpFormatter final : public CLI::Formatter {
+public:
+  HelpFormatter() { column_width(26); }
+
+  std::string make_usage(const CLI::App * /*app*/, std::string /*name*/) const override {
+    return "\n";
+  }
+  std::string make_group(std::string group, bool isPositional,
+                         std::vector<const CLI::Option *> options) const override {
+    return CLI::Formatter::make_group(group, isPositional, options).substr(1);
+  }
+  std::string make_option_name(const CLI::Option *option, bool /*isPositional*/) const override {
+    const std::string longName = "--" + option->get_lnames().front();
+    return option->get_snames().empty() ? "    " + longName
+                                        : '-' + option->get_snames().front() + ", " + longName;
+  }
+  std::string make_option_opts(const CLI::Option *option) const override {
+    return option->get_option_text().empty() ? "" : ' ' + option->get_option_text();
+  }
+};
+
+/// The options of the command: their names and help, and their values when they have been parsed.
+class OptionTable {
+public:
+  explicit OptionTable(CommandLine commandLine);
+
+  std::variant<Options, Information, UsageError> parse();
+
+private:
+  void addConditions();
+  void addPlaces();
+  void addOutput();
+  CLI::Option *addFlag(const std::string &names, const std::string &help);
+  CLI::Option *addValue(const std::string &names, const std::string &value,
+                        const std::string &help);
+
+  [[nodiscard]] std::vector<std::string> argumentsForParser() const;
+  Options options() const;
+  void readOperands(Options &options) const;
+  void readConditions(Conditions &conditions) const;
+  void readOutput(OutputOptions &output) const;
+  template <class Value>
+  Value choice(const CLI::Option *option, const std::map<std::string_view, Value> &choices) const;
+  std::uint64_t positiveNumber(const CLI::Option *option) const;
+
+  [[noreturn]] void failValue(const CLI::Option *option, const std::string &message) const;
+  [[nodiscard]] std::vector<std::size_t> placesOf(const CLI::Option *option) const;
+  [[nodiscard]] UsageFault faultOf(const CLI::ParseError &error) const;
+  [[nodiscard]] UsageFault faultOfValue(const CLI::ArgumentMismatch &error) const;
+  [[nodiscard]] UsageError usageError(const UsageFault &fault) const;
+
+  CLI::App app_{helpHeader, "ssfind"};
+  const CommandLine commandLine_;
+
+  CLI::Option *name_ = nullptr;
+  CLI::Option *modified_ = nullptr;
+  CLI::Option *any_ = nullptr;
+  CLI::Option *caseSensitive_ = nullptr;
+  CLI::Option *noSubfolders_ = nullptr;
+  CLI::Option *mounts_ = nullptr;
+  CLI::Option *filesFrom_ = nullptr;
+  CLI::Option *noIndex_ = nullptr;
+  CLI::Option *nul_ = nullptr;
+  CLI::Option *json_ = nullptr;
+  CLI::Option *long_ = nullptr;
+  CLI::Option *sort_ = nullptr;
+  CLI::Option *count_ = nullptr;
+  CLI::Option *quiet_ = nullptr;
+  CLI::Option *limit_ = nullptr;
+  CLI::Option *color_ = nullptr;
+};
+
+OptionTable::OptionTable(CommandLine commandLine) : commandLine_(std::move(commandLine)) {
+  app_.formatter(std::make_shared<HelpFormatter>());
+  app_.footer(helpFooter);
+  // Operands are taken from what the parser leaves, which keeps names such as [a,b] whole.
+  app_.allow_extras();
+  addConditions();
+  addPlaces();
+  addOutput();
+  app_.set_help_flag("-h,--help", "show this help")->group("Other options");
+  app_.set_version_flag("--version", "ssfind " SSFIND_VERSION, "show the version")
+      ->group("Other options");
+}
+
+CLI::Option *OptionTable::addFlag(const std::string &names, const std::string &help) {
+  return app_.add_flag(names, help)->disable_flag_override();
+}
+
+CLI::Option *OptionTable::addValue(const std::string &names, const std::string &value,
+                                   const std::string &help) {
+  return app_.add_option(names, help)->option_text(value)->take_last();
+}
+
+void OptionTable::addConditions() {
+  name_ = addValue("-n,--name", "TEXT", "TEXT occurs in the file's name, in any case");
+  modified_ = addValue("-m,--modified", "RANGE", "last changed in RANGE (see below)");
+  any_ = addFlag("--any", "one condition is enough (default: all must hold)");
+  caseSensitive_ = addFlag("-s,--case-sensitive", "texts must agree to the letter");
+  for (CLI::Option *option : {name_, modified_, any_, caseSensitive_})
+    option->group("Conditions (without any, all files match)");
+}
+
+void OptionTable::addPlaces() {
+  noSubfolders_ = addFlag("--no-subfolders", "leave out what lies in folders below FOLDER");
+  mounts_ = addFlag("--mounts", "search other file systems mounted below FOLDER too\n"
+                                "(default: name each on standard error)");
+  filesFrom_ = addValue("--files-from", "FILE",
+                        "look at the files listed in FILE, one path a line, and\n"
+                        "search the folders in it; - is standard input");
+  noIndex_ = addFlag("--no-index", "do not use the metadata index");
+  for (CLI::Option *option : {noSubfolders_, mounts_, filesFrom_, noIndex_})
+    option->group("Where to look");
+}
+
+void OptionTable::addOutput() {
+  nul_ = addFlag("-0,--print0", "NUL in place of the line end after each path, in\n"
+                                "the output and in the list of --files-from");
+  json_ = addFlag("--json", "a JSON object a line: path, size, modified; a path\n"
+                            "that is not UTF-8 is {\"bytes\":\"<base64>\"}");
+  long_ = addFlag("-l,--long", "size and date of change before each path");
+  sort_ = addValue("--sort", "ORDER",
+                   "path (byte by byte) or modified (newest first);\n"
+                   "default: as found");
+  count_ = addFlag("--count", "only the number of matches");
+  quiet_ = addFlag("-q,--quiet", "nothing; end with code 0 at the first match");
+  limit_ = addValue("--limit", "N", "at most N matches; with --sort the first N of all");
+  color_ = addValue("--color", "WHEN",
+                    "always, never or auto (default: on a terminal,\n"
+                    "unless NO_COLOR is set)");
+  json_->excludes(long_);
+  count_->excludes(json_)->excludes(long_);
+  quiet_->excludes(json_)->excludes(long_)->excludes(count_);
+  for (CLI::Option *option : {nul_, json_, long_, sort_, count_, quiet_, limit_, color_})
+    option->group("Output");
+}
+
+std::variant<Options, Information, UsageError> OptionTable::parse() {
+  try {
+    app_.parse(argumentsForParser());
+    return options();
+  } catch (const CLI::CallForVersion &version) {
+    return Information{std::string(version.what()) + '\n'};
+  } catch (const CLI::Success &) {
+    return Information{app_.help()};
+  } catch (const CLI::ArgumentMismatch &error) {
+    return usageError(faultOfValue(error));
+  } catch (const CLI::ParseError &error) {
+    return usageError(faultOf(error));
+  } catch (const UsageFault &fault) {
+    return usageError(fault);
+  } catch (UsageError &error) {
+    return std::move(error);
+  }
+}
+
+std::vector<std::string> OptionTable::argumentsForParser() const {
+  std::vector<std::string> arguments;
+  bool areOptionsOver = false;
+  for (const std::string &argument : commandLine_.arguments()) {
+    areOptionsOver |= argument == "--";
+    const std::string option = argument.substr(0, argument.find('='));
+    // The parser would take the next argument for the value that is empty here.
+    const bool hasEmptyValue =
+        !areOptionsOver && argument == option + '=' && app_.get_option_no_throw(option) != nullptr;
+    arguments.push_back(hasEmptyValue ? option : argument);
+    if (hasEmptyValue)
+      arguments.emplace_back();
+  }
+  std::reverse(arguments.begin(), arguments.end());
+  return arguments;
+}
+
+Options OptionTable::options() const {
+  for (const CLI::Option *option : {name_, modified_, filesFrom_})
+    if (option->count() > 1)
+      throw UsageFault{option->get_name() + " is given twice", placesOf(option)};
+  Options options;
+  readOperands(options);
+  readConditions(options.conditions);
+  readOutput(options.output);
+  options.searchesMounts = mounts_->count() != 0;
+  if (nul_->count() != 0)
+    options.listSeparator = options.output.separator = '\0';
+  if (filesFrom_->count() != 0)
+    options.list = filesFrom_->results().back();
+  else if (options.folders.empty())
+    options.folders.emplace_back(".");
+  return options;
+}
+
+void OptionTable::readOperands(Options &options) const {
+  bool areOptionsOver = false;
+  for (const std::string &rest : app_.remaining()) {
+    const bool looksLikeOption = rest.size() > 1 && rest.front() == '-';
+    if (areOptionsOver || !looksLikeOption) {
+      options.folders.push_back(rest);
+    } else if (rest == "--") {
+      areOptionsOver = true;
+    } else {
+      throw UsageFault{"there is no option " + visible(rest), commandLine_.placesOfUnknown(rest)};
+    }
+  }
+}
+
+void OptionTable::readConditions(Conditions &conditions) const {
+  conditions.isAnyEnough = any_->count() != 0;
+  conditions.isCaseSensitive = caseSensitive_->count() != 0;
+  conditions.searchesSubfolders = noSubfolders_->count() == 0;
+  conditions.usesIndex = noIndex_->count() == 0;
+  if (name_->count() != 0)
+    conditions.name = name_->results().back();
+  if (conditions.isAnyEnough && conditions.name && conditions.name->empty())
+    failValue(name_, "--name: with --any an empty text would match nothing");
+  if (modified_->count() == 0)
+    return;
+  const std::string &text = modified_->results().back();
+  const auto range = parseDateRange(text);
+  if (const auto *error = std::get_if<TextError>(&range)) {
+    throw UsageError{programMessage("--modified: " + error->message) + '\n' +
+                     MarkedText::withMarkAt(text, error->column).text()};
+  }
+  conditions.modified = std::get<DateRange>(range);
+}
+
+void OptionTable::readOutput(OutputOptions &output) const {
+  if (json_->count() != 0)
+    output.format = Format::Json;
+  else if (long_->count() != 0)
+    output.format = Format::Long;
+  if (quiet_->count() != 0)
+    output.report = Report::Nothing;
+  else if (count_->count() != 0)
+    output.report = Report::Count;
+  if (sort_->count() != 0)
+    output.order =
+        choice<Order>(sort_, {{"path", Order::ByPath}, {"modified", Order::NewestFirst}});
+  if (color_->count() != 0)
+    output.coloring = choice<Coloring>(
+        color_,
+        {{"auto", Coloring::Auto}, {"always", Coloring::Always}, {"never", Coloring::Never}});
+  if (limit_->count() != 0)
+    output.limit = positiveNumber(limit_);
+}
+
+template <class Value>
+Value OptionTable::choice(const CLI::Option *option,
+                          const std::map<std::string_view, Value> &choices) const {
+  const auto chosen = choices.find(option->results().back());
+  if (chosen != choices.end())
+    return chosen->second;
+  std::string names;
+  for (const auto &[name, value] : choices)
+    names.append(names.empty() ? "" : ", ").append(name);
+  failValue(option, option->get_name() + " is one of " + names);
+}
+
+std::uint64_t OptionTable::positiveNumber(const CLI::Option *option) const {
+  const std::string &text = option->results().back();
+  std::uint64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size() || number == 0)
+    failValue(option, option->get_name() + " is a whole number from 1");
+  return number;
+}
+
+void OptionTable::failValue(const CLI::Option *option, const std::string &message) const {
+  std::vector<std::size_t> places = placesOf(option);
+  if (!places.empty()) {
+    const std::vector<std::string> &arguments = commandLine_.arguments();
+    const std::size_t last = places.back();
+    const bool isApart =
+        last + 1 < arguments.size() && arguments[last + 1] == option->results().back();
+    places = {isApart ? last + 1 : last};
+  }
+  throw UsageFault{message, places};
+}
+
+std::vector<std::size_t> OptionTable::placesOf(const CLI::Option *option) const {
+  const std::vector<std::string> &letters = option->get_snames();
+  return commandLine_.placesOf(option->get_lnames().front(),
+                               letters.empty() ? '\0' : letters.front().front());
+}
+
+UsageFault OptionTable::faultOf(const CLI::ParseError &error) const {
+  UsageFault fault{error.what(), {}};
+  for (const std::string &word : CLI::detail::split_up(fault.message))
+    if (const CLI::Option *option = app_.get_option_no_throw(word))
+      for (const std::size_t place : placesOf(option))
+        fault.places.push_back(place);
+  return fault;
+}
+
+UsageFault OptionTable::faultOfValue(const CLI::ArgumentMismatch &error) const {
+  // The message begins with the option: "--name: ..." where its value is missing, and "json ..."
+  // where a flag has one.
+  const std::string message = error.what();
+  const std::string name = message.substr(0, message.find_first_of(": "));
+  const bool isFlag = !name.starts_with('-');
+  const std::string fullName = isFlag ? "--" + name : name;
+  const CLI::Option *option = app_.get_option_no_throw(fullName);
+  return {fullName + (isFlag ? " takes no value" : " needs a value"),
+          option != nullptr ? placesOf(option) : std::vector<std::size_t>()};
+}
+
+UsageError OptionTable::usageError(const UsageFault &fault) const {
+  return {programMessage(fault.message) + '\n' + commandLine_.marked(fault.places) +
+          "Try 'ssfind --help'.\n"};
+}
+
+} // namespace
+
+std::variant<Options, Information, UsageError> parseOptions(int argc, const char *const *argv) {
+  return OptionTable(CommandLine(argc, argv)).parse();
+}
+
+} // namespace ssfind

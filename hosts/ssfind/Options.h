@@ -1,0 +1,48 @@
+#pragma once
+
+#include "hosts/ssfind/DateRange.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ssfind {
+
+/// What a file must meet, and which files are looked at.
+struct Conditions {
+  std::optional<std::string> name;
+  std::optional<DateRange> modified;
+  bool isAnyEnough = false;
+  bool isCaseSensitive = false;
+  bool searchesSubfolders = true;
+  bool usesIndex = true;
+};
+
+enum class Format { Path, Long, Json };
+enum class Order { AsFound, ByPath, NewestFirst };
+enum class Coloring { Auto, Always, Never };
+
+/// How much is told about the matches.
+enum class Report { All, Count, Nothing };
+
+struct OutputOptions {
+  Format format = Format::Path;
+  Order order = Order::AsFound;
+  Coloring coloring = Coloring::Auto;
+  Report report = Report::All;
+  std::optional<std::uint64_t> limit;
+  char separator = '\n';
+};
+
+struct Options {
+  std::vector<std::string> folders;
+  /// The file that lists paths to look at; "-" is standard input.
+  std::optional<std::string> list;
+  char listSeparator = '\n';
+  bool searchesMounts = false;
+  Conditions conditions;
+  OutputOptions output;
+};
+
+} // namespace ssfind

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "hosts/ssfind/StandardError.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ssfind {
+
+/// Reads a file of paths, each ended by `separator`; "-" is standard input. Empty paths are passed
+/// over.
+///
+/// Nothing when the list cannot be read, which is reported, or when an interrupt comes first.
+[[nodiscard]] std::optional<std::vector<std::string>>
+readPathList(const std::string &file, char separator, StandardError &errors);
+
+} // namespace ssfind

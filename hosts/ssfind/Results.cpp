@@ -1,0 +1,149 @@
+#include "hosts/ssfind/Results.h"
+
+#include "hosts/ssfind/Interrupt.h"
+#include "hosts/ssfind/Paths.h"
+#include "hosts/ssfind/Terminal.h"
+
+#include <algorithm>
+#include <limits>
+#include <tuple>
+#include <unistd.h>
+
+namespace ssfind {
+
+namespace {
+
+/// A match is printed at once after a pause, and no later than this in a stream of them.
+constexpr std::chrono::milliseconds flushInterval{20};
+constexpr std::chrono::milliseconds idleInterval{100};
+
+bool hasColors(Coloring coloring) {
+  if (coloring == Coloring::Auto)
+    return isCapableTerminal(STDOUT_FILENO) && !isColorUnwanted();
+  return coloring == Coloring::Always;
+}
+
+constexpr std::uint64_t unlimited = std::numeric_limits<std::uint64_t>::max();
+
+std::uint64_t enoughFor(const OutputOptions &options, bool collects) {
+  if (options.report == Report::Nothing)
+    return 1;
+  // The first few of an order are known at the end only.
+  return collects ? unlimited : options.limit.value_or(unlimited);
+}
+
+} // namespace
+
+Results::Results(const OutputOptions &options, bool mayRepeat, Output &output,
+                 StandardError &errors)
+    : options_(options), mayRepeat_(mayRepeat), output_(output), errors_(errors),
+      printer_(options.format, options.separator, hasColors(options.coloring),
+               isTerminal(STDOUT_FILENO)),
+      collects_(options.report == Report::All && options.order != Order::AsFound),
+      enough_(enoughFor(options, collects_)) {}
+
+void Results::expectFrom(const Folder &folder) {
+  folder_ = &folder;
+  files_ = nullptr;
+}
+
+void Results::expectFrom(const FileList &files) {
+  folder_ = nullptr;
+  files_ = &files;
+}
+
+SearchFollower::Next Results::found(std::string_view path) {
+  if (count_ >= enough_ || output_.error() != 0)
+    return Next::Stop;
+  if (mayRepeat_ && !seen_.emplace(path).second)
+    return Next::Continue;
+  if (options_.report == Report::All)
+    take(path);
+  if (++count_ >= enough_ || wasInterrupted())
+    return Next::Stop;
+  if (output_.isFull())
+    flush();
+  const bool isTurnDue = isWaitingLong_ && !output_.isEmpty();
+  isWaitingLong_ = isWaitingLong_ && !isTurnDue;
+  return isTurnDue ? Next::TakeTurn : Next::Continue;
+}
+
+void Results::take(std::string_view path) {
+  showPath(path);
+  std::optional<EntryStatus> status;
+  if (printer_.needsStatus() || options_.order == Order::NewestFirst)
+    status = statusOf(std::string(path).c_str());
+  if (collects_)
+    collected_.push_back({shown_, status});
+  else
+    printer_.print(output_.text(), shown_, status);
+}
+
+void Results::showPath(std::string_view path) {
+  if (files_ != nullptr) {
+    shown_ = files_->shown(path);
+    return;
+  }
+  shown_ = folder_->shown;
+  if (!shown_.ends_with('/'))
+    shown_ += '/';
+  shown_ += pathBelow(path, folder_->path);
+}
+
+SearchFollower::Next Results::takeTurn() {
+  const Clock::time_point now = Clock::now();
+  if (!output_.isEmpty() && now - lastFlush_ >= flushInterval)
+    flush();
+  else
+    output_.checkReader();
+  errors_.showProgress(count_, now);
+  return isOver() ? Next::Stop : Next::Continue;
+}
+
+std::chrono::duration<double> Results::timeToNextTurn() {
+  isWaitingLong_ = output_.isEmpty();
+  return isWaitingLong_ ? idleInterval : lastFlush_ + flushInterval - Clock::now();
+}
+
+bool Results::isOver() const {
+  return count_ >= enough_ || wasInterrupted() || output_.error() != 0;
+}
+
+void Results::flush() {
+  if (isTerminal(STDOUT_FILENO))
+    errors_.clearProgress();
+  output_.flush();
+  lastFlush_ = Clock::now();
+}
+
+void Results::finish() {
+  errors_.clearProgress();
+  if (options_.report == Report::Count)
+    output_.text() += std::to_string(count_) + '\n';
+  printCollected();
+  flush();
+}
+
+void Results::printCollected() {
+  const auto isByPath = [](const Collected &a, const Collected &b) { return a.path < b.path; };
+  const auto isNewer = [](const Collected &a, const Collected &b) {
+    const auto age = [](const Collected &match) {
+      const std::timespec time = match.status ? match.status->modified : std::timespec{};
+      return std::tuple(!match.status.has_value(), -time.tv_sec, -time.tv_nsec);
+    };
+    return std::tuple(age(a), std::string_view(a.path)) <
+           std::tuple(age(b), std::string_view(b.path));
+  };
+  if (options_.order == Order::NewestFirst)
+    std::sort(collected_.begin(), collected_.end(), isNewer);
+  else
+    std::sort(collected_.begin(), collected_.end(), isByPath);
+  const auto size = std::min<std::uint64_t>(collected_.size(), options_.limit.value_or(unlimited));
+  for (std::size_t i = 0; i < size; ++i) {
+    printer_.print(output_.text(), collected_[i].path, collected_[i].status);
+    if (output_.isFull())
+      flush();
+  }
+}
+
+} // namespace ssfind

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "hosts/ssfind/EntryStatus.h"
+#include "hosts/ssfind/Options.h"
+#include "hosts/ssfind/Output.h"
+#include "hosts/ssfind/ResultPrinter.h"
+#include "hosts/ssfind/Search.h"
+#include "hosts/ssfind/SearchPlan.h"
+#include "hosts/ssfind/StandardError.h"
+
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace ssfind {
+
+/// Takes the matches of one search after the other, and prints, counts or collects them.
+class Results final : public SearchFollower {
+public:
+  /// `mayRepeat`: the same file may be found by more than one search, and counts once.
+  Results(const OutputOptions &options, bool mayRepeat, Output &output, StandardError &errors);
+
+  /// What is found next comes from a search of `folder`, or of `files`. Both must live on.
+  void expectFrom(const Folder &folder);
+  void expectFrom(const FileList &files);
+
+  Next found(std::string_view path) override;
+  Next takeTurn() override;
+  [[nodiscard]] std::chrono::duration<double> timeToNextTurn() override;
+
+  /// Whether further searches can add nothing: enough was found, an interrupt came, or nobody
+  /// reads any more.
+  [[nodiscard]] bool isOver() const;
+
+  /// Prints what waits for the end of all searches.
+  void finish();
+
+  [[nodiscard]] bool hasMatches() const noexcept { return count_ != 0; }
+
+private:
+  using Clock = StandardError::Clock;
+
+  struct Collected {
+    std::string path;
+    std::optional<EntryStatus> status;
+  };
+
+  void showPath(std::string_view path);
+  void take(std::string_view path);
+  void flush();
+  void printCollected();
+
+  const OutputOptions options_;
+  const bool mayRepeat_;
+  Output &output_;
+  StandardError &errors_;
+  const ResultPrinter printer_;
+  const bool collects_;
+  /// The count at which there is enough.
+  const std::uint64_t enough_;
+
+  const Folder *folder_ = nullptr;
+  const FileList *files_ = nullptr;
+  /// The path of the newest match as it is printed.
+  std::string shown_;
+  std::uint64_t count_ = 0;
+  std::unordered_set<std::string> seen_;
+  std::vector<Collected> collected_;
+
+  Clock::time_point lastFlush_;
+  bool isWaitingLong_ = false;
+};
+
+} // namespace ssfind

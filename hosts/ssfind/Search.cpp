@@ -1,0 +1,66 @@
+#include "hosts/ssfind/Search.h"
+
+#include "platform/foundation/MainLoop.h"
+
+#include <exception>
+
+namespace ssfind {
+
+namespace {
+
+/// The search that runs. The library's callback has no argument to find it by.
+struct RunningSearch {
+  SearchFollower &follower;
+  bool isCancelled = false;
+  bool hasEnded = false;
+  std::exception_ptr failure;
+
+  void act(SearchFollower::Next next) {
+    if (next == SearchFollower::Next::Stop && !isCancelled) {
+      isCancelled = true;
+      SS_SearchCancel();
+    }
+    if (next != SearchFollower::Next::Continue)
+      CFRunLoopStop(CFRunLoopGetMain());
+  }
+
+  void report(CFStringRef path, int32_t state) {
+    if (state == 0) {
+      hasEnded = true;
+      CFRunLoopStop(CFRunLoopGetMain());
+    } else if (!failure) {
+      act(follower.found(CFStringGetCStringPtr(path, kCFStringEncodingUTF8)));
+    }
+  }
+};
+
+RunningSearch *running = nullptr;
+
+void report(CFStringRef path, int32_t state) {
+  try {
+    running->report(path, state);
+  } catch (...) {
+    running->failure = std::current_exception();
+    running->act(SearchFollower::Next::Stop);
+  }
+}
+
+} // namespace
+
+void search(SearchRequest &request, SearchFollower &follower) {
+  // Nobody waits for the library's delays, which are meant for a program with windows.
+  PFMainLoopSetClock(PFMainLoopClockVirtual);
+  RunningSearch state{follower, false, false, nullptr};
+  running = &state;
+  request.record().resultCallback = report;
+  SS_SearchStart(&request.record());
+  while (!state.hasEnded) {
+    CFRunLoopRunInMode(kCFRunLoopDefaultMode, follower.timeToNextTurn().count(), 0);
+    state.act(follower.takeTurn());
+  }
+  running = nullptr;
+  if (state.failure)
+    std::rethrow_exception(state.failure);
+}
+
+} // namespace ssfind

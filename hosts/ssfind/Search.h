@@ -1,0 +1,36 @@
+#pragma once
+
+#include "hosts/ssfind/SearchRequest.h"
+
+#include <chrono>
+#include <string_view>
+
+namespace ssfind {
+
+/// Follows a search. All calls come on the main thread; what they throw ends the search.
+class SearchFollower {
+public:
+  enum class Next {
+    Continue,
+    /// Have takeTurn() called soon.
+    TakeTurn,
+    /// Cancel the search.
+    Stop
+  };
+
+  virtual Next found(std::string_view path) = 0;
+
+  /// Called between portions of the search's work. Matches may still be reported after Stop.
+  virtual Next takeTurn() = 0;
+
+  /// How long the search may go on until the next turn.
+  [[nodiscard]] virtual std::chrono::duration<double> timeToNextTurn() = 0;
+
+protected:
+  ~SearchFollower() = default;
+};
+
+/// Runs a search from its start until its end has been reported.
+void search(SearchRequest &request, SearchFollower &follower);
+
+} // namespace ssfind

@@ -1,0 +1,14 @@
+#pragma once
+
+namespace ssfind {
+
+/// Whether what is written to the descriptor is shown by a terminal.
+[[nodiscard]] bool isTerminal(int descriptor) noexcept;
+
+/// Whether that terminal has colours and can clear a line.
+[[nodiscard]] bool isCapableTerminal(int descriptor) noexcept;
+
+/// Whether the user's environment asks for output without colours (https://no-color.org).
+[[nodiscard]] bool isColorUnwanted() noexcept;
+
+} // namespace ssfind

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace ssfind {
+
+/// The character at the beginning of a text, or its first byte where that is not UTF-8.
+struct Utf8Character {
+  char32_t code;
+  std::size_t length;
+  bool isValid;
+};
+
+/// The text must not be empty.
+[[nodiscard]] Utf8Character firstCharacter(std::string_view text) noexcept;
+
+[[nodiscard]] bool isUtf8(std::string_view text) noexcept;
+
+/// Control characters, and those that change the direction of text: on a terminal they would move
+/// the cursor, hide text or show a name in another order than it has.
+[[nodiscard]] bool isControlCharacter(char32_t code) noexcept;
+
+} // namespace ssfind

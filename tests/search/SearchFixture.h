@@ -1,0 +1,182 @@
+#pragma once
+
+#include "FileSharchFunction/SearchSystem/SearchEngine.h"
+#include "platform/foundation/Gestalt.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSDate.h"
+#include "tests/support/TemporaryTree.h"
+#include "tests/support/VirtualClock.h"
+
+#include <algorithm>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+using Words = std::vector<std::string>;
+
+inline std::string join(const Words &words) {
+  std::string all;
+  for (const std::string &word : words)
+    all += (all.empty() ? "" : " ") + word;
+  return all;
+}
+
+/// Reaches the members of the engine, which it makes if there is none.
+struct SearchEngineProbe {
+  static SearchEngine *shared() { return SearchEngine::sSharedSearchEngine; }
+  /// Makes `record` the running search, without anything that produces results.
+  void begin(const SearchPredicate &record) {
+    engine._searchPredicate = &record;
+    isSearching = 1;
+  }
+
+  SearchEngine &engine = *SearchEngine::sharedSearchEngine();
+  NSObject *const query = engine._metaQuery.get();
+  char &isSearching = engine._isSearching;
+  std::atomic<char> &isCancelled = engine._bCancel;
+  char &isUseSpotlight = engine._isUseSpotlight;
+  char &isSearchSpotlight = engine._isSearchSpotlight;
+  char &isStopSpotlight = engine._isStopSpotligth;
+  std::atomic<int> &returnCount = engine._returnCount;
+  int &threadCount = engine._threadCount;
+  std::deque<Ref<const NSString>> &folders = engine._dirPool;
+  const TimedWork &walkEnd = engine.walkEnd_;
+};
+
+/// A request record with the objects that it borrows, written as words: `n=` and `c=` give the
+/// keywords, `s=` and `e=` the range of modification dates, `S=` and `E=` that of shooting dates;
+/// `x` wants EXIF text, `p` PDF text, `f` no sub-folders, `d` exact letters, `o` any condition.
+struct Request : SearchPredicate {
+  Request(const std::string &folder, const std::string &words) : SearchPredicate{} {
+    searchFolder = keep(NSString::create(folder));
+    checkSubFolder = isAndSearch = 1;
+    std::istringstream stream(words);
+    for (std::string word; stream >> word;) {
+      const auto at = std::string_view("ncseSExpfdo").find(word.front());
+      word.erase(0, 2);
+      if (at < 2)
+        *std::array{&nameKeyword, &contentKeyword}[at] = keep(NSString::create(word));
+      else if (at < 6)
+        *std::array{&modDateStart, &modDateEnd, &exifDateStart, &exifDateEnd}[at - 2] =
+            keep(NSDate::dateWithTimeIntervalSinceReferenceDate(std::stod(word)));
+      else if (at < 11)
+        *std::array{&searchExifText, &searchPDFText, &checkSubFolder, &isDistinct,
+                    &isAndSearch}[at - 6] ^= 1;
+    }
+  }
+
+  void setList(const Words &paths) {
+    std::vector<Ref<const NSObject>> elements;
+    for (const std::string &path : paths)
+      elements.emplace_back(NSString::create(path));
+    fileList = keep(NSArray::create(std::move(elements)));
+  }
+
+private:
+  template <class T> const T *keep(const Ref<const T> &object) {
+    kept_.emplace_back(object);
+    return object.get();
+  }
+  std::vector<Ref<const NSObject>> kept_;
+};
+
+/// A folder, the virtual clock, and two hosts.
+class SearchFixture : public testing::Test {
+protected:
+  /// What a host has been told, and what it does then.
+  struct Host {
+    /// The results as they came, relative to the test's folder; the end is a "!".
+    Words words;
+    double endTime = -1;
+    std::function<void()> onResult = [] {};
+    std::function<void()> onEnd = [] {};
+    bool isInResult = false;
+  };
+
+  SearchFixture() { current = this; }
+  ~SearchFixture() override {
+    reset();
+    setSystemVersionForTesting(0);
+    useSpotlight(1);
+  }
+
+  /// Begins anew, for the next row of a table.
+  void reset() {
+    drain();
+    SearchEngine::releaseSharedSearchEngine();
+    gSearchPredicate = nullptr;
+    hosts[0] = hosts[1] = {};
+    startTime = VirtualClock::now();
+  }
+
+  template <int number = 0> static void report(CFStringRef path, int32_t state) {
+    Host &host = current->hosts[number];
+    EXPECT_TRUE(MainRunLoop::shared().isMainThread());
+    EXPECT_EQ(path != nullptr ? 1 : 0, state);
+    EXPECT_LT(host.endTime, 0) << "told something after the end";
+    const std::string root = current->tree.path() + "/";
+    std::string word = path != nullptr ? path->UTF8String() : "!";
+    host.words.push_back(word.erase(0, word.starts_with(root) ? root.size() : 0));
+    if (path == nullptr) {
+      host.endTime = VirtualClock::now() - current->startTime;
+      host.onEnd();
+      return;
+    }
+    EXPECT_FALSE(std::exchange(host.isInResult, true)) << "told a result inside another";
+    struct Leave {
+      bool &flag;
+      ~Leave() { flag = false; }
+    } const leave{host.isInResult};
+    host.onResult();
+  }
+
+  template <int number = 0>
+  Request makeRequest(const std::string &words, const std::string &folder = {}) {
+    Request request(tree.path(folder), words);
+    request.resultCallback = report<number>;
+    return request;
+  }
+
+  /// Runs the loop until there is no engine, and then until nothing is left to happen.
+  void finish() {
+    while (SearchEngineProbe::shared() != nullptr)
+      ASSERT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 30, 1), kCFRunLoopRunHandledSource);
+    drain();
+  }
+
+  static void drain() {
+    while (PFMainLoopDispatch() != 0) {
+    }
+  }
+
+  /// Starts a search and follows it to its end; what the host has been told.
+  std::string search(Request &request) {
+    reset();
+    EXPECT_EQ(SS_SearchStart(&request), 1);
+    finish();
+    return told();
+  }
+
+  std::string told(int number = 0) const { return join(hosts[number].words); }
+
+  /// The same as `search`, with the results in alphabetical order.
+  std::string searchSorted(Request &request) {
+    search(request);
+    Words &words = hosts[0].words;
+    std::sort(words.begin(), std::find(words.begin(), words.end(), "!"));
+    return told();
+  }
+
+  TemporaryTree tree;
+  const VirtualClock clock;
+  double startTime = VirtualClock::now();
+  Host hosts[2];
+
+private:
+  static inline SearchFixture *current = nullptr;
+};
+
+constexpr double timeTolerance = 1e-6;
