@@ -45,12 +45,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
   const bool foldCase = (options & NSCaseInsensitiveSearch) != 0;
   const bool decompose = (options & NSLiteralSearch) == 0;
-  const NSRange expected =
-      findPlainly(FoldedText(sought, foldCase, decompose).units,
-                  FoldedText(text, foldCase, decompose).units, text.size());
+  const NSRange expected = findPlainly(FoldedText(sought, foldCase, decompose).units,
+                                       FoldedText(text, foldCase, decompose).units, text.size());
   const NSRange found = TextPattern(sought, options).find(text);
-  if (found.length != expected.length ||
-      (found.length != 0 && found.location != expected.location))
+  if (found.length != expected.length || (found.length != 0 && found.location != expected.location))
     std::abort();
   return 0;
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sched.h>
-
 /// Tells the processor that the thread is waiting in a loop.
 inline void pauseProcessor() noexcept {
 #if defined(__x86_64__) || defined(__i386__)
@@ -10,6 +8,11 @@ inline void pauseProcessor() noexcept {
   asm volatile("yield");
 #endif
 }
+
+/// Lets other threads run for a moment. False, at once, while that is no good idea: on a machine
+/// that is busy with other programs the moment can be a whole time slice. One that was puts an end
+/// to this for a fifth of a second.
+[[nodiscard]] bool yieldProcessor() noexcept;
 
 /// Waits for another thread that is expected to be quick: for a microsecond or two in a loop, then
 /// by letting other threads run, a bounded number of times. Answers whether `isReady` has come to
@@ -22,10 +25,8 @@ template <class IsReady> bool yieldUntil(int mostTimes, IsReady isReady) noexcep
       return true;
     pauseProcessor();
   }
-  for (int i = 0; i < mostTimes; ++i) {
-    if (isReady())
-      return true;
-    sched_yield();
-  }
+  for (int i = 0; i < mostTimes; ++i)
+    if (isReady() || !yieldProcessor())
+      break;
   return isReady();
 }
