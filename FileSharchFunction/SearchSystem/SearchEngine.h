@@ -110,7 +110,7 @@ public:
   [[nodiscard]] char PDFSearch(const NSString *path) const;
 
 private:
-  friend class SearchEngineProbe;
+  friend struct SearchEngineProbe;
 
   /// A worker thread of the engine, reserved with it so that it can always be reported.
   class Worker final : public ThreadJob {

@@ -25,7 +25,7 @@ struct Surroundings {
 
 Surroundings surroundingsOf(LocalTime time) noexcept {
   // Further away from UTC than any zone has been.
-  constexpr Moment reach = 18 * 3600;
+  constexpr Moment reach = Moment{18} * 3600;
   const Moment asUTC = time.time_since_epoch().count();
   Moment before = asUTC - reach;
   Moment after = asUTC + reach;

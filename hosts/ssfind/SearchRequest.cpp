@@ -40,6 +40,8 @@ SearchRequest SearchRequest::ofFiles(const Conditions &conditions,
   SearchRequest request(conditions);
   std::vector<CFObject<CFStringRef>> strings;
   std::vector<const void *> values;
+  strings.reserve(paths.size());
+  values.reserve(paths.size());
   for (const std::string_view path : paths)
     values.push_back(strings.emplace_back(stringOf(std::string(path))).get());
   request.files_ = own(CFArrayCreate(nullptr, values.data(), static_cast<CFIndex>(values.size()),

@@ -3,7 +3,7 @@
 #include "platform/foundation/LoopDescriptor.h"
 #include "platform/foundation/MainLoop.h"
 #include "platform/foundation/NeverDestroyed.h"
-#include "platform/foundation/ProcessorCount.h"
+#include "platform/foundation/ProcessorTime.h"
 #include "platform/foundation/YieldUntil.h"
 
 #include <algorithm>

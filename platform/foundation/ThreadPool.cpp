@@ -1,14 +1,13 @@
 #include "platform/foundation/ThreadPool.h"
 
 #include "platform/foundation/NSThread.h"
-#include "platform/foundation/ProcessorCount.h"
+#include "platform/foundation/ProcessorTime.h"
 #include "platform/foundation/SystemCalls.h"
 #include "platform/foundation/YieldUntil.h"
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <ctime>
 #include <pthread.h>
 #include <utility>
 
@@ -23,13 +22,6 @@ constexpr std::chrono::seconds idleTime{2};
 constexpr std::chrono::microseconds watchTime{500};
 
 constexpr int yieldsBeforeSleep = 100;
-
-/// The time that the processors have spent on this process.
-std::chrono::nanoseconds processorTime() noexcept {
-  timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
-}
 
 } // namespace
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
-#include "platform/foundation/Gestalt.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSDate.h"
 #include "tests/support/TemporaryTree.h"
@@ -34,15 +33,10 @@ struct SearchEngineProbe {
   }
 
   SearchEngine &engine = *SearchEngine::sharedSearchEngine();
-  NSObject *const query = engine._metaQuery.get();
   char &isSearching = engine._isSearching;
   std::atomic<char> &isCancelled = engine._bCancel;
   char &isUseSpotlight = engine._isUseSpotlight;
-  char &isSearchSpotlight = engine._isSearchSpotlight;
-  char &isStopSpotlight = engine._isStopSpotligth;
   std::atomic<int> &returnCount = engine._returnCount;
-  int &threadCount = engine._threadCount;
-  std::deque<Ref<const NSString>> &folders = engine._dirPool;
   const TimedWork &walkEnd = engine.walkEnd_;
 };
 
@@ -55,16 +49,16 @@ struct Request : SearchPredicate {
     checkSubFolder = isAndSearch = 1;
     std::istringstream stream(words);
     for (std::string word; stream >> word;) {
-      const auto at = std::string_view("ncseSExpfdo").find(word.front());
+      const char letter = word.front();
       word.erase(0, 2);
-      if (at < 2)
-        *std::array{&nameKeyword, &contentKeyword}[at] = keep(NSString::create(word));
-      else if (at < 6)
-        *std::array{&modDateStart, &modDateEnd, &exifDateStart, &exifDateEnd}[at - 2] =
+      if (letter == 'n' || letter == 'c')
+        (letter == 'n' ? nameKeyword : contentKeyword) = keep(NSString::create(word));
+      else if (const auto date = std::string_view("seSE").find(letter); date < 4)
+        *std::array{&modDateStart, &modDateEnd, &exifDateStart, &exifDateEnd}[date] =
             keep(NSDate::dateWithTimeIntervalSinceReferenceDate(std::stod(word)));
-      else if (at < 11)
+      else
         *std::array{&searchExifText, &searchPDFText, &checkSubFolder, &isDistinct,
-                    &isAndSearch}[at - 6] ^= 1;
+                    &isAndSearch}[std::string_view("xpfdo").find(letter)] ^= 1;
     }
   }
 
@@ -77,8 +71,7 @@ struct Request : SearchPredicate {
 
 private:
   template <class T> const T *keep(const Ref<const T> &object) {
-    kept_.emplace_back(object);
-    return object.get();
+    return static_cast<const T *>(kept_.emplace_back(object).get());
   }
   std::vector<Ref<const NSObject>> kept_;
 };
@@ -91,23 +84,17 @@ protected:
     /// The results as they came, relative to the test's folder; the end is a "!".
     Words words;
     double endTime = -1;
-    std::function<void()> onResult = [] {};
-    std::function<void()> onEnd = [] {};
+    std::function<void()> onResult = [] {}, onEnd = [] {};
     bool isInResult = false;
   };
 
   SearchFixture() { current = this; }
-  ~SearchFixture() override {
-    reset();
-    setSystemVersionForTesting(0);
-    useSpotlight(1);
-  }
+  ~SearchFixture() override { reset(); }
 
   /// Begins anew, for the next row of a table.
   void reset() {
     drain();
     SearchEngine::releaseSharedSearchEngine();
-    gSearchPredicate = nullptr;
     hosts[0] = hosts[1] = {};
     startTime = VirtualClock::now();
   }
@@ -126,10 +113,7 @@ protected:
       return;
     }
     EXPECT_FALSE(std::exchange(host.isInResult, true)) << "told a result inside another";
-    struct Leave {
-      bool &flag;
-      ~Leave() { flag = false; }
-    } const leave{host.isInResult};
+    const std::shared_ptr<void> leave(nullptr, [&](void *) { host.isInResult = false; });
     host.onResult();
   }
 
@@ -170,6 +154,9 @@ protected:
     return told();
   }
 
+  /// Whether a moment is the one that is expected, but for rounding.
+  static bool isAt(double moment, double expected) { return std::abs(moment - expected) < 1e-6; }
+
   TemporaryTree tree;
   const VirtualClock clock;
   double startTime = VirtualClock::now();
@@ -178,5 +165,3 @@ protected:
 private:
   static inline SearchFixture *current = nullptr;
 };
-
-constexpr double timeTolerance = 1e-6;

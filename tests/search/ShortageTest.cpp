@@ -1,5 +1,3 @@
-#include "platform/foundation/NSClass.h"
-#include "platform/foundation/NSNotificationCenter.h"
 #include "tests/search/SearchFixture.h"
 #include "tests/support/SystemCallsGuard.h"
 
@@ -42,11 +40,6 @@ void operator delete[](void *block, std::size_t) noexcept { std::free(block); }
 
 namespace {
 
-const NSClass queryClass("NSMetadataQuery", [] {
-  class Query final : public NSObject {};
-  return Ref<NSObject>::adopt(new Query);
-});
-
 class ShortageTest : public SearchFixture {
 protected:
   /// Searches once for each call that may fail, and once without a failure.
@@ -81,9 +74,6 @@ protected:
         }
         drain();
         shortage.left = INT_MAX;
-        NSNotificationCenter::defaultCenter().postNotification(
-            "NSMetadataQueryDidFinishGatheringNotification", nullptr);
-
         ASSERT_EQ(ends, 1);
         Words names;
         for (const Ref<const NSString> &path : results)
@@ -118,12 +108,6 @@ protected:
 };
 
 TEST_F(ShortageTest, Memory) { searchThrough(memory); }
-
-TEST_F(ShortageTest, MemoryWhereThereIsAnIndex) {
-  all.clear();
-  setSystemVersionForTesting(0x1058);
-  searchThrough(memory);
-}
 
 TEST_F(ShortageTest, Descriptors) { searchThrough(descriptors); }
 

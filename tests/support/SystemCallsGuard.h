@@ -8,33 +8,20 @@
 ///
 /// A member of the table that is null goes to the system. One guard at a time; it must outlive the
 /// threads and searches that make calls.
-///
-///     SystemCallsGuard calls({.statusAt = [](int, const char *, int, struct statx *) {
-///       errno = EACCES;
-///       return -1;
-///     }});
-///     ...
-///     EXPECT_EQ(calls.counts().statusAt, 1);
 class SystemCallsGuard {
 public:
   struct Counts {
-    std::atomic<int> openAt{0};
-    std::atomic<int> listEntries{0};
-    std::atomic<int> statusAt{0};
-    std::atomic<int> read{0};
-    std::atomic<int> startThread{0};
+    std::atomic<int> openAt{0}, listEntries{0}, statusAt{0}, read{0}, startThread{0};
   };
 
   explicit SystemCallsGuard(const SystemCalls &replaced = {}) {
-    state().calls = {
-        .openAt = replaced.openAt ? replaced.openAt : realSystemCalls().openAt,
-        .listEntries = replaced.listEntries ? replaced.listEntries : realSystemCalls().listEntries,
-        .statusAt = replaced.statusAt ? replaced.statusAt : realSystemCalls().statusAt,
-        .read = replaced.read ? replaced.read : realSystemCalls().read,
-        .startThread = replaced.startThread ? replaced.startThread : realSystemCalls().startThread,
-    };
+    put<&SystemCalls::openAt, &Counts::openAt>(replaced);
+    put<&SystemCalls::listEntries, &Counts::listEntries>(replaced);
+    put<&SystemCalls::statusAt, &Counts::statusAt>(replaced);
+    put<&SystemCalls::read, &Counts::read>(replaced);
+    put<&SystemCalls::startThread, &Counts::startThread>(replaced);
     resetCounts();
-    setSystemCallsForTesting(&counting);
+    setSystemCallsForTesting(&state().counting);
   }
 
   ~SystemCallsGuard() { setSystemCallsForTesting(nullptr); }
@@ -51,7 +38,7 @@ public:
 
 private:
   struct State {
-    SystemCalls calls;
+    SystemCalls calls, counting;
     Counts counts;
   };
 
@@ -60,32 +47,14 @@ private:
     return shared;
   }
 
-  static constexpr SystemCalls counting{
-      .openAt =
-          [](int folder, const char *path, int flags) {
-            ++state().counts.openAt;
-            return state().calls.openAt(folder, path, flags);
-          },
-      .listEntries =
-          [](int folder, void *buffer, std::size_t size) {
-            ++state().counts.listEntries;
-            return state().calls.listEntries(folder, buffer, size);
-          },
-      .statusAt =
-          [](int folder, const char *path, int flags, struct statx *status) {
-            ++state().counts.statusAt;
-            return state().calls.statusAt(folder, path, flags, status);
-          },
-      .read =
-          [](int file, void *buffer, std::size_t size) {
-            ++state().counts.read;
-            return state().calls.read(file, buffer, size);
-          },
-      .startThread =
-          [](pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),
-             void *argument) {
-            ++state().counts.startThread;
-            return state().calls.startThread(thread, attributes, body, argument);
-          },
-  };
+  template <auto call, auto count> static void put(const SystemCalls &replaced) {
+    state().calls.*call = replaced.*call ? replaced.*call : realSystemCalls().*call;
+    state().counting.*call = counted<call, count>;
+  }
+
+  template <auto call, auto count, typename... Arguments>
+  static auto counted(Arguments... arguments) {
+    ++(state().counts.*count);
+    return (state().calls.*call)(arguments...);
+  }
 };

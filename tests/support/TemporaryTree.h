@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -23,10 +24,7 @@ public:
     const char *const parent = std::getenv("TMPDIR");
     root_ = std::string(parent != nullptr && *parent != '\0' ? parent : "/tmp") + "/tree-XXXXXX";
     check(mkdtemp(root_.data()) != nullptr, root_);
-    if (char *const resolved = realpath(root_.c_str(), nullptr)) {
-      root_ = resolved;
-      std::free(resolved);
-    }
+    root_ = std::filesystem::canonical(root_);
   }
 
   ~TemporaryTree() { removeTree(AT_FDCWD, root_.c_str()); }
@@ -41,78 +39,65 @@ public:
 
   /// A regular file with that content; replaces what one of that name held.
   std::string file(std::string_view relative, std::string_view content = {}) {
-    const Place place(*this, relative);
-    const int fd = openat(place.folder, place.name.c_str(),
-                          O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0644);
-    check(fd >= 0, relative);
-    const bool isWritten =
-        write(fd, content.data(), content.size()) == static_cast<ssize_t>(content.size());
-    close(fd);
-    check(isWritten, relative);
-    return path(relative);
+    return in(relative, [&](int folder, const char *name) {
+      const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
+      const int fd = openat(folder, name, flags, 0644);
+      const ssize_t written = write(fd, content.data(), content.size());
+      return close(fd) == 0 && written == static_cast<ssize_t>(content.size());
+    });
   }
 
   std::string folder(std::string_view relative) {
-    const Place place(*this, relative);
-    check(mkdirat(place.folder, place.name.c_str(), 0755) == 0 || errno == EEXIST, relative);
-    return path(relative);
+    return in(relative, [](int folder, const char *name) {
+      return mkdirat(folder, name, 0755) == 0 || errno == EEXIST;
+    });
   }
 
   /// A symbolic link that leads to `target`, taken as it is: relative to the link, or absolute.
   std::string link(std::string_view relative, const std::string &target) {
-    const Place place(*this, relative);
-    check(symlinkat(target.c_str(), place.folder, place.name.c_str()) == 0, relative);
-    return path(relative);
+    return in(relative, [&](int folder, const char *name) {
+      return symlinkat(target.c_str(), folder, name) == 0;
+    });
   }
 
   std::string fifo(std::string_view relative) {
-    const Place place(*this, relative);
-    check(mkfifoat(place.folder, place.name.c_str(), 0644) == 0, relative);
-    return path(relative);
+    return in(relative,
+              [](int folder, const char *name) { return mkfifoat(folder, name, 0644) == 0; });
   }
 
   /// Sets when something was modified, in seconds since 1970; of a link itself, not of its target.
   void setModified(std::string_view relative, std::int64_t seconds, std::uint32_t nanoseconds = 0) {
-    const Place place(*this, relative);
-    const timespec both{seconds, static_cast<long>(nanoseconds)};
-    const timespec times[2] = {both, both};
-    check(utimensat(place.folder, place.name.c_str(), times, AT_SYMLINK_NOFOLLOW) == 0, relative);
+    in(relative, [&](int folder, const char *name) {
+      const timespec time{seconds, static_cast<long>(nanoseconds)}, times[2] = {time, time};
+      return utimensat(folder, name, times, AT_SYMLINK_NOFOLLOW) == 0;
+    });
   }
 
   /// Sets the permissions. They do not bind root: a test that relies on them must skip there.
   void setMode(std::string_view relative, mode_t mode) {
-    const Place place(*this, relative);
-    check(fchmodat(place.folder, place.name.c_str(), mode, 0) == 0, relative);
+    in(relative,
+       [&](int folder, const char *name) { return fchmodat(folder, name, mode, 0) == 0; });
   }
 
 private:
-  /// The open folder that holds a path's last component, made where it was missing.
-  struct Place {
-    Place(const TemporaryTree &tree, std::string_view relative)
-        : folder(openFolder(AT_FDCWD, tree.root_)) {
-      for (auto slash = relative.find('/'); slash != relative.npos; slash = relative.find('/')) {
-        const std::string step(relative.substr(0, slash));
-        relative.remove_prefix(slash + 1);
-        if (step.empty())
-          continue;
-        mkdirat(folder, step.c_str(), 0755);
-        const int next = openFolder(folder, step);
-        close(folder);
-        folder = next;
-        check(folder >= 0, step);
-      }
-      name = relative;
+  /// Has `act` work in the folder that holds a path's last component, made where it was missing.
+  template <typename Act> std::string in(std::string_view relative, const Act &act) const {
+    std::string step = root_;
+    int folder = open(step.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    std::string_view rest = relative;
+    for (auto slash = rest.find('/'); slash != rest.npos; slash = rest.find('/')) {
+      // The dot lets an empty step lead to where it started.
+      step = "./" + std::string(rest.substr(0, slash));
+      rest.remove_prefix(slash + 1);
+      mkdirat(folder, step.c_str(), 0755);
+      const int next = openat(folder, step.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+      close(folder);
+      folder = next;
     }
-    ~Place() { close(folder); }
-    Place(const Place &) = delete;
-    Place &operator=(const Place &) = delete;
-
-    int folder;
-    std::string name;
-  };
-
-  static int openFolder(int parent, const std::string &name) {
-    return openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool isDone = act(folder, std::string(rest).c_str());
+    close(folder);
+    check(isDone, relative);
+    return path(relative);
   }
 
   static void check(bool isDone, std::string_view what) {
@@ -125,13 +110,10 @@ private:
       return;
     fchmodat(parent, name, 0700, 0);
     const int fd = openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    DIR *const entries = fd >= 0 ? fdopendir(fd) : nullptr;
-    if (entries != nullptr) {
-      while (const dirent *const entry = readdir(entries)) {
-        const std::string_view entryName = entry->d_name;
-        if (entryName != "." && entryName != "..")
+    if (DIR *const entries = fd >= 0 ? fdopendir(fd) : nullptr) {
+      while (const dirent *const entry = readdir(entries))
+        if (const std::string_view entryName = entry->d_name; entryName != "." && entryName != "..")
           removeTree(fd, entry->d_name);
-      }
       closedir(entries);
     }
     unlinkat(parent, name, AT_REMOVEDIR);

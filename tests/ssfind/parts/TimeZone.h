@@ -3,8 +3,6 @@
 #include <cstdlib>
 #include <ctime>
 
-namespace ssfind {
-
 /// Has local time follow a zone while it lives.
 class TimeZone {
 public:
@@ -12,12 +10,6 @@ public:
     setenv("TZ", name, 1);
     tzset();
   }
-  ~TimeZone() {
-    unsetenv("TZ");
-    tzset();
-  }
+  ~TimeZone() { unsetenv("TZ"); }
   TimeZone(const TimeZone &) = delete;
-  TimeZone &operator=(const TimeZone &) = delete;
 };
-
-} // namespace ssfind

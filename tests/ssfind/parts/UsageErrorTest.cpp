@@ -18,31 +18,12 @@ TEST(UsageErrorTest, PointsAtTheArgument) {
     const char *marks;
   } rows[] = {
       {{"a", "--naem", "x"}, "there is no option --naem", "a --naem x", "  ^^^^^^"},
-      {{"a", "-sZ"}, "there is no option -Z", "a -sZ", "  ^^^"},
-      {{"a", "-5"}, "there is no option -5", "a -5", "  ^^"},
-      {{"\xC3\xA9\n", "--\x1b"},
-       R"(there is no option --\x1b)",
-       "\xC3\xA9\\n --\\x1b",
-       "    ^^^^^^"},
+      {{"\xC3\xA9\n", "--\x1b"}, R"(there is no option --\x1b)", "é\\n --\\x1b", "    ^^^^^^"},
       {{"-n"}, "--name needs a value", "-n", "^^"},
-      {{"a", "--json=x"}, "--json takes no value", "a --json=x", "  ^^^^^^^^"},
-      {{"--limit", "0"}, "--limit is a whole number from 1", "--limit 0", "        ^"},
       {{"--limit=1x"}, "--limit is a whole number from 1", "--limit=1x", "^^^^^^^^^^"},
-      {{"--limit", "-1"}, "--limit is a whole number from 1", "--limit -1", "        ^^"},
-      {{"--limit", "99999999999999999999"},
-       "--limit is a whole number from 1",
-       "--limit 99999999999999999999",
-       "        ^^^^^^^^^^^^^^^^^^^^"},
       {{"--sort", "size", "a"}, "--sort is one of modified, path", "--sort size a", "       ^^^^"},
-      {{"--color="}, "--color is one of always, auto, never", "--color=", "^^^^^^^^"},
       {{"-l", "a", "--json"}, "--json excludes --long", "-l a --json", "^^   ^^^^^^"},
-      {{"-q", "--count"}, "--count excludes --quiet", "-q --count", "^^ ^^^^^^^"},
       {{"-nx", "a", "--name=y"}, "--name is given twice", "-nx a --name=y", "^^^   ^^^^^^^^"},
-      {{"-m2024", "-m", "2025"}, "--modified is given twice", "-m2024 -m 2025", "^^^^^^ ^^"},
-      {{"--any", "-n", ""},
-       "--name: with --any an empty text would match nothing",
-       "--any -n ",
-       "         ^"},
       {{"a", "b", "c", "d", "e", "-z", "f", "g", "h", "i"},
        "there is no option -z",
        "… c d e -z f g h …",
@@ -65,8 +46,6 @@ TEST(UsageErrorTest, UnusualArgumentsThatAreRight) {
   EXPECT_EQ(options({"[a,b]", "-", "--", "-x", "--", "--name="}).folders,
             (std::vector<std::string>{"[a,b]", "-", "-x", "--", "--name="}));
   EXPECT_TRUE(options({"--files-from", "-"}).folders.empty());
-  EXPECT_EQ(options({"--name=", "a"}).conditions.name, "");
-  EXPECT_EQ(options({"-n", "--json"}).conditions.name, "--json");
   EXPECT_EQ(options({"-sn[x,y]", "a"}).conditions.name, "[x,y]");
   EXPECT_EQ(options({"--color", "always", "--color=never"}).output.coloring, Coloring::Never);
   EXPECT_EQ(options({"-l0"}).output.separator, '\0');
