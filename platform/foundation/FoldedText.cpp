@@ -7,7 +7,7 @@
 namespace {
 
 bool continuesHangulSyllable(std::int32_t before, std::int32_t codePoint) noexcept {
-  const int previous = utf8proc_get_property(before)->boundclass;
+  const unsigned previous = utf8proc_get_property(before)->boundclass;
   switch (utf8proc_get_property(codePoint)->boundclass) {
   case UTF8PROC_BOUNDCLASS_V:
     return previous == UTF8PROC_BOUNDCLASS_L || previous == UTF8PROC_BOUNDCLASS_V;

@@ -8,7 +8,8 @@ double NSDate::intervalOfFileTime(std::int64_t secondsSince1970,
                                   std::uint32_t nanoseconds) noexcept {
   const double seconds =
       static_cast<double>(secondsSince1970) - static_cast<double>(secondsFrom1970To2001);
-  return seconds + (nanoseconds / 1000) / 1e6;
+  const std::uint32_t microseconds = nanoseconds / 1000;
+  return seconds + microseconds / 1e6;
 }
 
 NSComparisonResult NSDate::compareIntervals(double a, double b) noexcept {
