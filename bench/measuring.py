@@ -19,8 +19,12 @@ def run(command, **options):
     try:
         return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True,
                               env=environment(), **options).stdout
-    except (OSError, subprocess.CalledProcessError) as error:
-        raise ToolError(f"{' '.join(command)}: {error}") from error
+    except OSError as error:
+        raise ToolError(f"{command[0]}: {error.strerror}") from error
+    except subprocess.CalledProcessError as error:
+        what = f"{' '.join(command)}: exit code {error.returncode}"
+        printed = (error.stdout or "") + (error.stderr or "")
+        raise ToolError(f"{what}\n{printed}".rstrip()) from error
 
 
 def figures(command):

@@ -28,8 +28,8 @@ CANCEL_DELAYS_MS = 1000 + 500
 def build(folder):
     if not (folder / "CMakeCache.txt").exists():
         run(["cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
-             "-DSEARCHSYSTEM_BENCHMARKS=ON"])
-    run(["cmake", "--build", folder, "--target", *TARGETS])
+             "-DSEARCHSYSTEM_BENCHMARKS=ON"], stderr=subprocess.PIPE)
+    run(["cmake", "--build", folder, "--target", *TARGETS], stderr=subprocess.PIPE)
     return {name: folder / place / name for name, place in TARGETS.items()}
 
 

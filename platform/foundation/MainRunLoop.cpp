@@ -196,8 +196,11 @@ bool MainRunLoop::dispatch(const Run *run) noexcept {
   assert(isMainThread());
   takeDueWork();
   const std::uint64_t last = ready_.lastNumber();
-  if (ready_.isEmpty())
+  if (ready_.isEmpty()) {
+    // The descriptor's own deadline may have passed, and stays readable until it is set anew.
+    updateDescriptor();
     return false;
+  }
   // A run of the loop by itself goes on with the next batch anyway.
   const bool isLimited = run == nullptr;
   const Clock::time_point end = isLimited ? Clock::now() + dispatchBudget : Clock::time_point();
