@@ -112,13 +112,38 @@ public:
 private:
   friend struct SearchEngineProbe;
 
+  struct FolderSearch;
+  using Conditions = bool (SearchEngine::*)(FolderSearch &, SearchItem &) const;
+
+  /// The search of one folder, or of the list, which pauses whenever it has found something.
+  struct FolderSearch {
+    FolderSearch(SearchEngine &searchEngine, const NSString *searchedFolder, int filterType,
+                 Conditions anyOrAll);
+
+    SearchEngine &engine;
+    const SearchPredicate &record;
+    const Ref<const NSString> folder;
+    const int type;
+    const Conditions conditions;
+    std::optional<TextPattern> name;
+    std::optional<DirectoryListing> listing;
+    std::size_t nextInList = 0;
+    ResultMessage message;
+  };
+
   /// A worker thread of the engine, reserved with it so that it can always be reported.
   class Worker final : public ThreadJob {
   public:
     using Body = void (SearchEngine::*)(const NSString *) noexcept;
 
+    /// The worker that the calling thread runs, or null.
+    [[nodiscard]] static Worker *current() noexcept;
+
     [[nodiscard]] bool isFree() const noexcept { return engine_ == nullptr; }
     void start(SearchEngine &engine, Ref<const NSString> folder, Body body) noexcept;
+
+    /// What the worker has paused in, kept until it goes on.
+    std::optional<FolderSearch> search;
 
   private:
     void main() override;
@@ -128,17 +153,6 @@ private:
     Ref<const NSString> folder_;
     Body body_ = nullptr;
   };
-
-  /// What a worker needs for one folder.
-  struct FolderSearch {
-    FolderSearch(const SearchPredicate &request, int filterType);
-
-    const SearchPredicate &record;
-    const int type;
-    std::optional<TextPattern> name;
-    ResultMessage message;
-  };
-  using Conditions = bool (SearchEngine::*)(FolderSearch &, SearchItem &) const;
 
   /// What has to wait until the host's callback has returned.
   struct Deferred {
@@ -157,8 +171,10 @@ private:
   [[nodiscard]] static unsigned keywordOptions(char isDistinct) noexcept;
   [[nodiscard]] bool hasContentKeyword() const noexcept;
 
-  void searchEntries(const NSString *folder, int type, Conditions conditions) noexcept;
-  void searchItem(FolderSearch &search, SearchItem &item, Conditions conditions) noexcept;
+  void searchFolder(const NSString *folder, int type, Conditions conditions) noexcept;
+  /// These answer false when the search has paused.
+  [[nodiscard]] bool searchEntries(FolderSearch &search);
+  [[nodiscard]] bool searchItem(FolderSearch &search, SearchItem &item) noexcept;
   [[nodiscard]] bool meetsAll(FolderSearch &search, SearchItem &item) const;
   [[nodiscard]] bool meetsAny(FolderSearch &search, SearchItem &item) const;
 

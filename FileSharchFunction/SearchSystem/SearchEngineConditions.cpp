@@ -13,51 +13,66 @@ bool SearchEngine::hasContentKeyword() const noexcept {
   return hasText(_searchPredicate->contentKeyword);
 }
 
-SearchEngine::FolderSearch::FolderSearch(const SearchPredicate &request, int filterType)
-    : record(request), type(filterType) {
+SearchEngine::FolderSearch::FolderSearch(SearchEngine &searchEngine, const NSString *searchedFolder,
+                                         int filterType, Conditions anyOrAll)
+    : engine(searchEngine), record(*searchEngine._searchPredicate), folder(searchedFolder),
+      type(filterType), conditions(anyOrAll),
+      listing(record.fileList == nullptr && folder ? DirectoryListing::open(folder->view())
+                                                   : std::nullopt) {
   if (hasText(record.nameKeyword))
     name.emplace(record.nameKeyword->view(), keywordOptions(record.isDistinct));
   message.SearchState = 1;
 }
 
 void SearchEngine::andSearch(const NSString *folder, int type) noexcept {
-  searchEntries(folder, type, &SearchEngine::meetsAll);
+  searchFolder(folder, type, &SearchEngine::meetsAll);
 }
 
 void SearchEngine::orSearch(const NSString *folder, int type) noexcept {
-  searchEntries(folder, type, &SearchEngine::meetsAny);
+  searchFolder(folder, type, &SearchEngine::meetsAny);
 }
 
-void SearchEngine::searchEntries(const NSString *folder, int type, Conditions conditions) noexcept {
+void SearchEngine::searchFolder(const NSString *folder, int type, Conditions conditions) noexcept {
+  std::optional<FolderSearch> own;
+  Worker *const worker = Worker::current();
+  std::optional<FolderSearch> &search = worker != nullptr ? worker->search : own;
   try {
-    FolderSearch search(*_searchPredicate, type);
-    if (const NSArray *const list = search.record.fileList) {
-      for (std::size_t i = 0; i < list->count() && _bCancel == 0; ++i) {
-        if (const auto *const path = dynamic_cast<const NSString *>(list->objectAtIndex(i))) {
-          SearchItem item(*path);
-          searchItem(search, item, conditions);
-        }
-      }
+    if (!search)
+      search.emplace(*this, folder, type, conditions);
+    if (!searchEntries(*search))
       return;
-    }
-    if (folder == nullptr)
-      return;
-    std::optional<DirectoryListing> listing = DirectoryListing::open(folder->view());
-    if (!listing)
-      return;
-    while (const std::optional<DirectoryEntry> entry = listing->next()) {
-      if (_bCancel != 0)
-        return;
-      SearchItem item(*folder, *listing, *entry);
-      searchItem(search, item, conditions);
-    }
   } catch (...) {
     // Memory is short: what this folder still holds cannot be reported.
   }
+  search.reset();
 }
 
-void SearchEngine::searchItem(FolderSearch &search, SearchItem &item,
-                              Conditions conditions) noexcept {
+bool SearchEngine::searchEntries(FolderSearch &search) {
+  if (const NSArray *const list = search.record.fileList) {
+    while (search.nextInList < list->count() && _bCancel == 0) {
+      const auto *const path =
+          dynamic_cast<const NSString *>(list->objectAtIndex(search.nextInList++));
+      if (path == nullptr)
+        continue;
+      SearchItem item(*path);
+      if (!searchItem(search, item))
+        return false;
+    }
+    return true;
+  }
+  if (!search.listing)
+    return true;
+  while (const std::optional<DirectoryEntry> entry = search.listing->next()) {
+    if (_bCancel != 0)
+      break;
+    SearchItem item(*search.folder, *search.listing, *entry);
+    if (!searchItem(search, item))
+      return false;
+  }
+  return true;
+}
+
+bool SearchEngine::searchItem(FolderSearch &search, SearchItem &item) noexcept {
   try {
     char isFolder = 0;
     if (defaultFilter(item, search.type, &isFolder) == 0) {
@@ -65,15 +80,21 @@ void SearchEngine::searchItem(FolderSearch &search, SearchItem &item,
         performOnMainThread([engine = Ref<SearchEngine>(this), path = item.path()] {
           engine->manualSearchPool(path.get());
         });
-      return;
+      return true;
     }
-    if (!(this->*conditions)(search, item))
-      return;
+    if (!(this->*search.conditions)(search, item))
+      return true;
     search.message.ResultData = item.path();
     ++_returnCount;
-    performOnMainThreadAndWait([&] { searchResultDistribution(&search.message); });
+    return ThreadJob::performAndGoOn(
+        [](void *found) {
+          const auto *const paused = static_cast<FolderSearch *>(found);
+          paused->engine.searchResultDistribution(&paused->message);
+        },
+        &search);
   } catch (...) {
     // Memory is short: this item is passed over, and the next may fare better.
+    return true;
   }
 }
 

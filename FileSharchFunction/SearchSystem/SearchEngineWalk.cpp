@@ -19,6 +19,10 @@ void SearchEngine::Worker::start(SearchEngine &engine, Ref<const NSString> folde
   NSThread::detachNewThread(*this);
 }
 
+SearchEngine::Worker *SearchEngine::Worker::current() noexcept {
+  return static_cast<Worker *>(ThreadJob::current());
+}
+
 void SearchEngine::Worker::main() { ((*engine_).*body_)(folder_.get()); }
 
 void SearchEngine::Worker::ended() noexcept {
@@ -89,6 +93,8 @@ void SearchEngine::manualSearchThread(const NSString *folder) noexcept {
   } else {
     orSearch(folder, type);
   }
+  if (const Worker *const worker = Worker::current(); worker != nullptr && worker->isPaused())
+    return;
   ThreadJob::performAtExit(
       [](void *engine) { static_cast<SearchEngine *>(engine)->manualSearchPool(nullptr); }, this);
 }

@@ -39,7 +39,14 @@ DirectoryListing::DirectoryListing(int descriptor, std::size_t pathLength, bool 
 DirectoryListing::DirectoryListing(DirectoryListing &&other) noexcept
     : descriptor_(std::exchange(other.descriptor_, -1)), pathLength_(other.pathLength_),
       canReachEntries_(other.canReachEntries_), buffer_(std::move(other.buffer_)),
-      position_(other.position_), filled_(other.filled_) {}
+      position_(other.position_), filled_(other.filled_),
+      mountPoints_(std::move(other.mountPoints_)) {}
+
+bool DirectoryListing::mayBeMountPoint(std::string_view name) noexcept {
+  if (!mountPoints_)
+    mountPoints_ = MountPoints::recent();
+  return *mountPoints_ == nullptr || (*mountPoints_)->haveName(name);
+}
 
 DirectoryListing::~DirectoryListing() {
   if (descriptor_ >= 0)

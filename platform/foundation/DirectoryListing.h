@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/FileStatus.h"
+#include "platform/foundation/MountPoints.h"
 
 #include <cstddef>
 #include <memory>
@@ -40,6 +41,9 @@ public:
     return pathLength_ + 1 + name.size() <= longestPath;
   }
 
+  /// Whether a file system may be mounted at an entry of that name.
+  [[nodiscard]] bool mayBeMountPoint(std::string_view name) noexcept;
+
   /// The folder, for calls that take a path relative to it. It stays the listing's.
   [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
 
@@ -53,4 +57,6 @@ private:
   std::unique_ptr<std::byte[]> buffer_;
   std::size_t position_ = 0;
   std::size_t filled_ = 0;
+  /// Asked for once, when the first folder among the entries is met.
+  std::optional<std::shared_ptr<const MountPoints>> mountPoints_;
 };

@@ -13,6 +13,11 @@ FileItem::FileItem(const NSString &path) noexcept
     : listing_(nullptr), folder_(currentFolder), path_(path.UTF8String()),
       name_(lastPathComponent(path.view())), listedKind_(FileKind::Unknown), isNameable_(true) {}
 
+bool FileItem::isListedAsPlainFolder() noexcept {
+  return listedKind_ == FileKind::Folder && isNameable_ && listing_->canReachEntries() &&
+         !listing_->mayBeMountPoint(name_);
+}
+
 FileItem::Existence FileItem::existence() noexcept {
   if (!isNameable_)
     return Existence::None;
@@ -21,7 +26,7 @@ FileItem::Existence FileItem::existence() noexcept {
   case FileKind::Other:
     return listing_->canReachEntries() ? Existence::File : Existence::None;
   case FileKind::Folder:
-    return status() ? Existence::Folder : Existence::None;
+    return isListedAsPlainFolder() || status() ? Existence::Folder : Existence::None;
   case FileKind::Unknown:
   case FileKind::Link:
     break;

@@ -27,6 +27,10 @@ public:
     return listedKind_ != FileKind::Unknown && listedKind_ != FileKind::Folder;
   }
 
+  /// Whether a listing has told that the item is a folder to go on with: no link, within reach, and
+  /// not the root of a mounted file system.
+  [[nodiscard]] bool isListedAsPlainFolder() noexcept;
+
   /// Whether the item exists, links followed, and if so as a folder or as something else.
   enum class Existence { None, Folder, File };
   [[nodiscard]] Existence existence() noexcept;

@@ -1,6 +1,8 @@
 #include "platform/foundation/LaunchServices.h"
 
 std::optional<std::uint32_t> LSCopyItemInfo(FileItem &item) noexcept {
+  if (item.isListedAsPlainFolder())
+    return 0;
   const std::optional<FileStatus> &status = item.status();
   if (!status)
     return std::nullopt;

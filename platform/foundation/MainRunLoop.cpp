@@ -264,7 +264,7 @@ void MainRunLoop::waitForWork(const Run &run, std::optional<Clock::time_point> l
   const auto isWorthLooking = [this] {
     return hasIncoming() || runningJobs_.load(std::memory_order_relaxed) == 0;
   };
-  yieldUntil(yieldsBeforeSleep, isWorthLooking);
+  yieldUntil(yieldsBeforeSleep, isWorthLooking, areJobsWaiting() ? patientPauses : momentaryPauses);
 
   std::optional<Clock::time_point> end = limit;
   if (const std::optional<std::chrono::nanoseconds> next = nextLook()) {

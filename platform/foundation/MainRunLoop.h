@@ -104,6 +104,15 @@ public:
   /// Wakes the main thread if it sleeps while there is work.
   void wakeForWork() noexcept;
 
+  /// Whether jobs hand over work that they wait for all the time, so that the main thread had
+  /// better not sleep in between.
+  void setAreJobsWaiting(bool areWaiting) noexcept {
+    areJobsWaiting_.store(areWaiting, std::memory_order_relaxed);
+  }
+  [[nodiscard]] bool areJobsWaiting() const noexcept {
+    return areJobsWaiting_.load(std::memory_order_relaxed);
+  }
+
   /// A job has been started, and its body has come to its end.
   void jobStarted() noexcept { runningJobs_.fetch_add(1, std::memory_order_relaxed); }
   void jobFinished() noexcept { runningJobs_.fetch_sub(1, std::memory_order_relaxed); }
@@ -164,6 +173,7 @@ private:
   std::atomic<LoopDescriptor *> descriptor_{nullptr};
   std::atomic<int> activities_{0};
   std::atomic<int> runningJobs_{0};
+  std::atomic<bool> areJobsWaiting_{false};
   Wakeup wakeup_;
 
   NSLock lock_;

@@ -20,6 +20,18 @@ void ThreadJob::performAtExit(Action action, void *target) noexcept {
   currentJob->exitTarget_ = target;
 }
 
+bool ThreadJob::performAndGoOn(Action action, void *target) noexcept {
+  if (currentJob == nullptr || !currentJob->hasThread_) {
+    performOnMainThreadAndWait([&] { action(target); });
+    return true;
+  }
+  performAtExit(action, target);
+  currentJob->isPaused_ = true;
+  return false;
+}
+
+ThreadJob *ThreadJob::current() noexcept { return currentJob; }
+
 void ThreadJob::execute() noexcept {
   ThreadJob *const outer = std::exchange(currentJob, this);
   try {
@@ -44,15 +56,31 @@ void ThreadJob::finished() noexcept {
     loop.post(*this);
     return;
   }
+  if (std::exchange(isPaused_, false)) {
+    takeThread();
+    return;
+  }
   loop.endActivity();
   ended();
 }
 
-void ThreadJob::executeOnThread() noexcept {
+bool ThreadJob::executeOnThread() noexcept {
   execute();
+  const bool hasPaused = isPaused_;
   MainRunLoop &loop = MainRunLoop::shared();
   loop.jobFinished();
-  loop.postQuietly(*this);
+  if (hasPaused)
+    loop.post(*this);
+  else
+    loop.postQuietly(*this);
+  return hasPaused;
+}
+
+void ThreadJob::takeThread() noexcept {
+  MainRunLoop::shared().jobStarted();
+  hasThread_ = true;
+  if (!ThreadPool::add(*this))
+    executeOnMainThread();
 }
 
 void ThreadJob::executeOnMainThread() noexcept {
@@ -66,8 +94,5 @@ void NSThread::detachNewThread(ThreadJob &job) noexcept {
   MainRunLoop &loop = MainRunLoop::shared();
   assert(loop.isMainThread());
   loop.beginActivity();
-  loop.jobStarted();
-  job.hasThread_ = true;
-  if (!ThreadPool::add(job))
-    job.executeOnMainThread();
+  job.takeThread();
 }

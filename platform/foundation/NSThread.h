@@ -21,6 +21,18 @@ public:
   /// action and waits until that is done.
   static void performAtExit(Action action, void *target) noexcept;
 
+  /// Has the main thread call `action` and waits until that is done. A job that runs on a thread
+  /// of its own waits by pausing: this answers false, `main` must return, and is called once more
+  /// afterwards, so that no thread sleeps meanwhile. Elsewhere the action has been performed when
+  /// this answers true.
+  [[nodiscard]] static bool performAndGoOn(Action action, void *target) noexcept;
+
+  /// The job that the calling thread runs, or null.
+  [[nodiscard]] static ThreadJob *current() noexcept;
+
+  /// Whether the job has paused in `performAndGoOn`. From its body.
+  [[nodiscard]] bool isPaused() const noexcept { return isPaused_; }
+
 protected:
   ThreadJob() noexcept = default;
   ~ThreadJob() = default;
@@ -35,17 +47,20 @@ private:
   friend class NSThread;
   friend class ThreadPool;
 
-  /// Runs the body on the calling thread and reports its end.
-  void executeOnThread() noexcept;
+  /// Runs the body on the calling thread and reports its end, or hands over what it has paused
+  /// for, which this answers.
+  [[nodiscard]] bool executeOnThread() noexcept;
   /// Has the body run as work of the main loop.
   void executeOnMainThread() noexcept;
   void execute() noexcept;
+  void takeThread() noexcept;
   void run() final;
   void finished() noexcept final;
 
   Action exitAction_ = nullptr;
   void *exitTarget_ = nullptr;
   bool hasThread_ = false;
+  bool isPaused_ = false;
 };
 
 /// Detached threads. To the library each is new, does one job and ends; underneath, one that has

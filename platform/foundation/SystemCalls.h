@@ -13,6 +13,8 @@ struct SystemCalls {
   ssize_t (*listEntries)(int folder, void *buffer, std::size_t size);
   /// statx(2), asked for the basic fields.
   int (*statusAt)(int folder, const char *path, int flags, struct statx *status);
+  /// open(2) of the table of mounted file systems, proc(5).
+  int (*openMountTable)(int flags);
   ssize_t (*read)(int file, void *buffer, std::size_t size);
   /// pthread_create(3): the error is the result.
   int (*startThread)(pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),

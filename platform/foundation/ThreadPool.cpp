@@ -21,7 +21,13 @@ constexpr std::chrono::seconds idleTime{2};
 /// How often a watching thread looks at the queue.
 constexpr std::chrono::microseconds watchTime{500};
 
-constexpr int yieldsBeforeSleep = 100;
+/// Progress of a busy thread between two of these looks that shows that it hardly waits.
+constexpr int jobsOfBusyThread = 4;
+
+/// After so many jobs it is judged anew whether most of them pause.
+constexpr int jobsToCount = 32;
+
+constexpr int yieldsBeforeSleep = 300;
 
 } // namespace
 
@@ -31,13 +37,21 @@ std::atomic<bool> ThreadPool::hasJobs{false};
 int ThreadPool::busyThreads = 0;
 int ThreadPool::mostBusyThreads = processorCount();
 int ThreadPool::comingThreads = 0;
+int ThreadPool::takenJobs = 0;
+int ThreadPool::countedJobs = 0;
+int ThreadPool::pausedJobs = 0;
 ThreadPool::Sleeper *ThreadPool::watcher = nullptr;
 ThreadPool::Sleeper *ThreadPool::firstSleeper = nullptr;
+
+int ThreadPool::threadLimit() noexcept {
+  return MainRunLoop::shared().areJobsWaiting() ? std::max(mostBusyThreads - 1, 1)
+                                                : mostBusyThreads;
+}
 
 bool ThreadPool::needsThread() noexcept {
   if (jobs.isEmpty() || comingThreads > 0)
     return false;
-  return busyThreads < mostBusyThreads || watcher == nullptr;
+  return busyThreads < threadLimit() || watcher == nullptr;
 }
 
 bool ThreadPool::add(ThreadJob &job) noexcept {
@@ -105,24 +119,27 @@ void ThreadPool::threadBody() noexcept {
   Sleeper self;
   do {
     while (ThreadJob *const job = takeJob()) {
-      job->executeOnThread();
-      jobDone();
+      if (!jobDone(job->executeOnThread()))
+        break;
     }
   } while (restUntilCalled(self));
 }
 
 ThreadJob *ThreadPool::takeJob() noexcept {
-  yieldUntil(yieldsBeforeSleep, [] { return hasJobs.load(std::memory_order_relaxed); });
+  yieldUntil(
+      yieldsBeforeSleep, [] { return hasJobs.load(std::memory_order_relaxed); },
+      MainRunLoop::shared().areJobsWaiting() ? patientPauses : momentaryPauses);
   ThreadJob *job = nullptr;
   Sleeper *sleeper = nullptr;
   {
     const LockGuard guard(lock);
-    if (jobs.isEmpty() || busyThreads >= mostBusyThreads)
+    if (jobs.isEmpty() || busyThreads >= threadLimit())
       return nullptr;
     job = static_cast<ThreadJob *>(jobs.takeUpTo(0));
     hasJobs.store(!jobs.isEmpty(), std::memory_order_relaxed);
     --comingThreads;
     ++busyThreads;
+    ++takenJobs;
     if (!needsThread())
       return job;
     ++comingThreads;
@@ -133,10 +150,20 @@ ThreadJob *ThreadPool::takeJob() noexcept {
   return job;
 }
 
-void ThreadPool::jobDone() noexcept {
+bool ThreadPool::jobDone(bool hasPaused) noexcept {
   const LockGuard guard(lock);
   --busyThreads;
   ++comingThreads;
+  noteEndOfJob(hasPaused);
+  return busyThreads + comingThreads <= threadLimit();
+}
+
+void ThreadPool::noteEndOfJob(bool hasPaused) noexcept {
+  pausedJobs += hasPaused ? 1 : 0;
+  if (++countedJobs < jobsToCount)
+    return;
+  MainRunLoop::shared().setAreJobsWaiting(processorCount() > 1 && pausedJobs >= countedJobs / 2);
+  countedJobs = pausedJobs = 0;
 }
 
 void ThreadPool::abandonJobs() noexcept {
@@ -155,7 +182,7 @@ bool ThreadPool::restUntilCalled(Sleeper &self) noexcept {
   bool watches = false;
   {
     const LockGuard guard(lock);
-    if (!jobs.isEmpty() && busyThreads < mostBusyThreads)
+    if (!jobs.isEmpty() && busyThreads + comingThreads <= threadLimit())
       return true;
     --comingThreads;
     self.isCalled = false;
@@ -182,8 +209,10 @@ void ThreadPool::watch(Sleeper &self) noexcept {
       return;
     const std::chrono::nanoseconds used = processorTime() - usedBefore;
     const std::chrono::nanoseconds had = (Wakeup::Clock::now() - begin) * processorCount();
-    const bool areProcessorsIdle = used < had * 3 / 4;
     const LockGuard guard(lock);
+    const bool areProcessorsIdle =
+        used < had * 3 / 4 && takenJobs < jobsOfBusyThread * std::max(busyThreads, 1);
+    takenJobs = 0;
     if (self.isCalled)
       break;
     if (!areProcessorsIdle && mostBusyThreads > processorCount())

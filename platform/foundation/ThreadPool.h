@@ -14,8 +14,9 @@ class ThreadJob;
 /// of them at work than there are processors. So a thread that has finished its job takes the next
 /// from the queue, and while every processor has a thread at work, no further one is woken: one
 /// watches instead, and joins in when it sees after half a millisecond that jobs are waiting and
-/// processors idle, because the busy threads wait for a disk or for the main thread. As long as
-/// there are jobs in the queue, some thread is on its way to it or watches.
+/// processors idle, because the busy threads wait for a disk. As long as there are jobs in the
+/// queue, some thread is on its way to it or watches. While most jobs pause for the main thread,
+/// one processor is left to that.
 /// A thread that finds nothing to do for a while ends.
 ///
 /// Ownership: borrows the jobs. Threads: any, unless said otherwise; never destroyed.
@@ -38,7 +39,10 @@ private:
   [[nodiscard]] static bool needsThread() noexcept PF_REQUIRES(lock);
   [[nodiscard]] static Sleeper *takeSleeper() noexcept PF_REQUIRES(lock);
   [[nodiscard]] static ThreadJob *takeJob() noexcept;
-  static void jobDone() noexcept;
+  /// Whether the thread may take another job: there can be more threads than are needed.
+  [[nodiscard]] static bool jobDone(bool hasPaused) noexcept;
+  [[nodiscard]] static int threadLimit() noexcept PF_REQUIRES(lock);
+  static void noteEndOfJob(bool hasPaused) noexcept PF_REQUIRES(lock);
   static void abandonJobs() noexcept;
   [[nodiscard]] static bool restUntilCalled(Sleeper &self) noexcept;
   static void watch(Sleeper &self) noexcept;
@@ -54,6 +58,11 @@ private:
   static int mostBusyThreads PF_GUARDED_BY(lock);
   /// Threads that are awake and about to look into the queue.
   static int comingThreads PF_GUARDED_BY(lock);
+  /// How many jobs have been taken since the watching thread last looked.
+  static int takenJobs PF_GUARDED_BY(lock);
+  /// Of the last few jobs, how many have come to an end or paused, and how many have paused.
+  static int countedJobs PF_GUARDED_BY(lock);
+  static int pausedJobs PF_GUARDED_BY(lock);
   static Sleeper *watcher PF_GUARDED_BY(lock);
   /// The one that fell asleep last in front.
   static Sleeper *firstSleeper PF_GUARDED_BY(lock);

@@ -14,12 +14,17 @@ inline void pauseProcessor() noexcept {
 /// to this for a fifth of a second.
 [[nodiscard]] bool yieldProcessor() noexcept;
 
-/// Waits for another thread that is expected to be quick: for a microsecond or two in a loop, then
+/// A microsecond or two.
+inline constexpr int momentaryPauses = 100;
+/// Some tens of microseconds: worth it where hand-overs follow each other at once.
+inline constexpr int patientPauses = 2000;
+
+/// Waits for another thread that is expected to be quick: for a moment in a loop, then
 /// by letting other threads run, a bounded number of times. Answers whether `isReady` has come to
-/// answer true. To be called before going to sleep: to fall asleep and be woken costs more than
-/// most hand-overs between threads take.
-template <class IsReady> bool yieldUntil(int mostTimes, IsReady isReady) noexcept {
-  constexpr int pauses = 100;
+/// answer true. `pauses` is how often to look in the loop. To be called before going to sleep: to
+/// fall asleep and be woken costs more than most hand-overs between threads take.
+template <class IsReady>
+bool yieldUntil(int mostTimes, IsReady isReady, int pauses = momentaryPauses) noexcept {
   for (int i = 0; i < pauses; ++i) {
     if (isReady())
       return true;

@@ -1,6 +1,7 @@
 #include "platform/foundation/DirectoryListing.h"
 #include "platform/foundation/FileItem.h"
 #include "platform/foundation/LaunchServices.h"
+#include "platform/foundation/MountPoints.h"
 #include "platform/foundation/NSWorkspace.h"
 #include "tests/support/SystemCallsGuard.h"
 #include "tests/support/TemporaryTree.h"
@@ -105,6 +106,9 @@ TEST_F(FileItemTest, AnswersTheSameHoweverItIsNamed) {
   const auto mount = NSString::create("/proc");
   FileItem item(*mount);
   EXPECT_EQ(LSCopyItemInfo(item), kLSItemInfoIsVolume);
+  forEachItem("/", [](FileItem &entry) {
+    EXPECT_TRUE(entry.name() != "proc" || LSCopyItemInfo(entry) == kLSItemInfoIsVolume);
+  });
   EXPECT_EQ(forEachItem(tree.path(), expectAsMade).size(), items.size());
   SystemCalls replaced{};
   replaced.listEntries = listWithoutKinds;
@@ -112,10 +116,20 @@ TEST_F(FileItemTest, AnswersTheSameHoweverItIsNamed) {
   forEachItem(tree.path(), expectAsMade);
 }
 
+TEST(MountPointsTest, NamesOfTheTable) {
+  const MountPoints mounts("36 35 98:0 / / rw - ext4 /dev/a rw\n"
+                           "37 36 98:1 /sub /media/a\\040b\\134 rw,noatime master:1 - ext4 b rw\n"
+                           "\nbroken\n38 36 0:5 / /dev/shm");
+  for (const char *const name : {"/", "a b\\", "shm"})
+    EXPECT_TRUE(mounts.haveName(name)) << name;
+  for (const char *const name : {"media", "a", "dev", "sub"})
+    EXPECT_FALSE(mounts.haveName(name)) << name;
+}
+
 TEST_F(FileItemTest, AsksTheSystemForNothingNeedless) {
   const SystemCallsGuard calls;
   forEachItem(tree.path(), [&](FileItem &item) { static_cast<void>(item.existence()); });
-  EXPECT_LE(calls.counts().statusAt, 1 + 1 + 3) << "one probe, one folder, three links";
+  EXPECT_LE(calls.counts().statusAt, 1 + 3) << "one probe, three links";
   EXPECT_LE(calls.counts().openAt, 2);
   forEachItem(tree.path(), [&](FileItem &item) {
     calls.resetCounts();

@@ -37,7 +37,7 @@ protected:
       test_.note("ended");
     }
 
-    const std::function<void()> body_;
+    std::function<void()> body_;
     NSThreadTest &test_;
   };
 
@@ -109,6 +109,26 @@ TEST_F(NSThreadTest, ThreadsThatCannotBeStartedBecomeWorkOfTheLoop) {
   EXPECT_LT(log.find("exit "), log.find("ended "));
   gate.count_down();
   finishJobs();
+}
+
+TEST_F(NSThreadTest, JobsPauseWhileTheMainThreadActs) {
+  constexpr int jobs = 3, pausesOfEach = 200;
+  int actions = 0;
+  const auto count = [](void *number) {
+    EXPECT_TRUE(MainRunLoop::shared().isMainThread());
+    ++*static_cast<int *>(number);
+  };
+  EXPECT_TRUE(ThreadJob::performAndGoOn(count, &actions)) << "at once on the main thread";
+  for (int i = 0; i < jobs; ++i)
+    job([&, left = pausesOfEach]() mutable {
+      if (left-- == 0)
+        return noteAtExit();
+      EXPECT_FALSE(ThreadJob::performAndGoOn(count, &actions));
+      EXPECT_TRUE(ThreadJob::current()->isPaused());
+    }).start();
+  finishJobs();
+  EXPECT_EQ(actions, 1 + jobs * pausesOfEach);
+  EXPECT_EQ(log, "exit ended exit ended exit ended ");
 }
 
 TEST_F(NSThreadTest, WorkThatAJobPostsRunsWhileAllJobsAreStuck) {
