@@ -162,7 +162,7 @@ void ThreadPool::noteEndOfJob(bool hasPaused) noexcept {
   pausedJobs += hasPaused ? 1 : 0;
   if (++countedJobs < jobsToCount)
     return;
-  MainRunLoop::shared().setAreJobsWaiting(processorCount() > 1 && pausedJobs >= countedJobs / 2);
+  MainRunLoop::shared().setAreJobsWaiting(processorCount() > 1 && pausedJobs >= countedJobs * 3 / 4);
   countedJobs = pausedJobs = 0;
 }
 
