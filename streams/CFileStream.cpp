@@ -1,0 +1,127 @@
+#include "streams/CFileStream.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr unsigned short modeBits = streamReadWriteMode;
+
+/// What is appended in one go beyond the end of a file.
+constexpr char filler[16384] = {};
+
+bool isSum(long a, long b) noexcept { return b < 0 ? a >= LONG_MIN - b : a <= LONG_MAX - b; }
+
+int report(std::size_t transferred, long count, long *done) noexcept {
+  if (done != nullptr)
+    *done = static_cast<long>(transferred);
+  return transferred == static_cast<std::size_t>(count) ? 1 : 0;
+}
+
+} // namespace
+
+int CFileStream::CreateFileStream(const char *path, unsigned short progressMode,
+                                  StreamProgressCallback callback) {
+  Release();
+  if (path == nullptr || *path == 0)
+    return 0;
+  const std::size_t size = std::strlen(path) + 1;
+  path_.reset(new (std::nothrow) char[size]);
+  if (path_ == nullptr)
+    return 0;
+  std::memcpy(path_.get(), path, size);
+  progressCallback_ = callback;
+  progressMode_ = progressMode;
+  return 1;
+}
+
+int CFileStream::Open(unsigned short mode) {
+  if (path_ == nullptr)
+    return 0;
+  Close();
+  file_ = openFile(path_.get(), mode & modeBits);
+  if (file_ == nullptr)
+    return 0;
+  openMode_ = mode;
+  return 1;
+}
+
+int CFileStream::Close() {
+  if (file_ == nullptr)
+    return 0;
+  file_.reset();
+  openMode_ = 0;
+  return 1;
+}
+
+int CFileStream::Read(void *buffer, long count, long *done) {
+  if (done != nullptr)
+    *done = 0;
+  if (buffer == nullptr || file_ == nullptr || count < 0)
+    return 0;
+  turnToReading(file_.get());
+  return report(std::fread(buffer, 1, static_cast<std::size_t>(count), file_.get()), count, done);
+}
+
+int CFileStream::Write(void *buffer, long count, long *done) {
+  if (done != nullptr)
+    *done = 0;
+  if (buffer == nullptr || file_ == nullptr || count < 0)
+    return 0;
+  turnToWriting(file_.get());
+  return report(std::fwrite(buffer, 1, static_cast<std::size_t>(count), file_.get()), count, done);
+}
+
+int CFileStream::Seek(long offset, unsigned short origin) {
+  if (file_ == nullptr)
+    return 0;
+  const long size = GetSize();
+  const long position = Tell();
+  if (origin < streamSeekBegin || origin > streamSeekEnd)
+    return 0;
+  if ((openMode_ & streamWriteMode) == 0)
+    return seekTo(offset, SEEK_SET);
+  switch (origin) {
+  case streamSeekBegin:
+    return offset <= size ? seekTo(offset, SEEK_SET) : extend(offset - size);
+  case streamSeekCurrent:
+    if (!isSum(position, offset))
+      return 0;
+    return position + offset <= size ? seekTo(offset, SEEK_CUR) : extend(position + offset - size);
+  default:
+    return offset <= 0 ? seekTo(offset, SEEK_END) : extend(offset);
+  }
+}
+
+int CFileStream::seekTo(long offset, int whence) {
+  return std::fseek(file_.get(), offset, whence) == 0 ? 1 : 0;
+}
+
+int CFileStream::extend(long count) {
+  if (seekTo(0, SEEK_END) != 1)
+    return 0;
+  for (long left = count; left > 0;) {
+    const auto part = static_cast<std::size_t>(std::min<long>(left, sizeof filler));
+    if (std::fwrite(filler, 1, part, file_.get()) != part)
+      return 0;
+    left -= static_cast<long>(part);
+  }
+  return 1;
+}
+
+long CFileStream::Tell() {
+  const long position = file_ == nullptr ? 0 : std::ftell(file_.get());
+  return std::max(position, 0L);
+}
+
+long CFileStream::GetSize() { return file_ == nullptr ? 0 : sizeOfFile(file_.get()); }
+
+int CFileStream::Release() {
+  CIOStream::Release();
+  if (file_ != nullptr)
+    Close();
+  path_.reset();
+  return 1;
+}
