@@ -45,6 +45,7 @@ int CFileStream::Open(unsigned short mode) {
   if (file_ == nullptr)
     return 0;
   openMode_ = mode;
+  knownSize_ = sizeOfFile(file_.get());
   return 1;
 }
 
@@ -77,12 +78,15 @@ int CFileStream::Write(void *buffer, long count, long *done) {
 int CFileStream::Seek(long offset, unsigned short origin) {
   if (file_ == nullptr)
     return 0;
+  const bool isReadOnly = (openMode_ & streamWriteMode) == 0;
+  isOldSizeEnough_ = isReadOnly;
   const long size = GetSize();
+  isOldSizeEnough_ = false;
   const long position = Tell();
   if (origin < streamSeekBegin || origin > streamSeekEnd)
     return 0;
-  if ((openMode_ & streamWriteMode) == 0)
-    return seekTo(offset, SEEK_SET);
+  if (isReadOnly)
+    return seekToRead(offset);
   switch (origin) {
   case streamSeekBegin:
     return offset <= size ? seekTo(offset, SEEK_SET) : extend(offset - size);
@@ -97,6 +101,15 @@ int CFileStream::Seek(long offset, unsigned short origin) {
 
 int CFileStream::seekTo(long offset, int whence) {
   return std::fseek(file_.get(), offset, whence) == 0 ? 1 : 0;
+}
+
+int CFileStream::seekToRead(long offset) {
+  if (offset < 0 || offset != std::ftell(file_.get()))
+    return seekTo(offset, SEEK_SET);
+  // Already there: this saves a call of the system. As a seek would, it lets a file that has grown
+  // since its end was met be read on.
+  std::clearerr(file_.get());
+  return 1;
 }
 
 int CFileStream::extend(long count) {
@@ -116,7 +129,13 @@ long CFileStream::Tell() {
   return std::max(position, 0L);
 }
 
-long CFileStream::GetSize() { return file_ == nullptr ? 0 : sizeOfFile(file_.get()); }
+long CFileStream::GetSize() {
+  if (file_ == nullptr)
+    return 0;
+  if (!isOldSizeEnough_)
+    knownSize_ = sizeOfFile(file_.get());
+  return knownSize_;
+}
 
 int CFileStream::Release() {
   CIOStream::Release();

@@ -47,8 +47,13 @@ public:
 
 private:
   int seekTo(long offset, int whence);
+  int seekToRead(long offset);
   int extend(long count);
 
   CFilePointer file_;
   std::unique_ptr<char[]> path_;
+  /// What the system said last, and whether a seek asks that will not use the answer: to ask the
+  /// system before each read of a few bytes would cost far more than the read.
+  long knownSize_ = 0;
+  bool isOldSizeEnough_ = false;
 };
