@@ -9,9 +9,6 @@ namespace {
 
 constexpr unsigned short modeBits = streamReadWriteMode;
 
-/// What is appended in one go beyond the end of a file.
-constexpr char filler[16384] = {};
-
 bool isSum(long a, long b) noexcept { return b < 0 ? a >= LONG_MIN - b : a <= LONG_MAX - b; }
 
 int report(std::size_t transferred, long count, long *done) noexcept {
@@ -89,13 +86,15 @@ int CFileStream::Seek(long offset, unsigned short origin) {
     return seekToRead(offset);
   switch (origin) {
   case streamSeekBegin:
-    return offset <= size ? seekTo(offset, SEEK_SET) : extend(offset - size);
+    return offset <= size ? seekTo(offset, SEEK_SET) : extend(size, offset);
   case streamSeekCurrent:
     if (!isSum(position, offset))
       return 0;
-    return position + offset <= size ? seekTo(offset, SEEK_CUR) : extend(position + offset - size);
+    return position + offset <= size ? seekTo(offset, SEEK_CUR) : extend(size, position + offset);
   default:
-    return offset <= 0 ? seekTo(offset, SEEK_END) : extend(offset);
+    if (offset <= 0)
+      return seekTo(offset, SEEK_END);
+    return isSum(size, offset) ? extend(size, size + offset) : 0;
   }
 }
 
@@ -112,16 +111,8 @@ int CFileStream::seekToRead(long offset) {
   return 1;
 }
 
-int CFileStream::extend(long count) {
-  if (seekTo(0, SEEK_END) != 1)
-    return 0;
-  for (long left = count; left > 0;) {
-    const auto part = static_cast<std::size_t>(std::min<long>(left, sizeof filler));
-    if (std::fwrite(filler, 1, part, file_.get()) != part)
-      return 0;
-    left -= static_cast<long>(part);
-  }
-  return 1;
+int CFileStream::extend(long size, long newSize) {
+  return extendFile(file_.get(), size, newSize) ? 1 : 0;
 }
 
 long CFileStream::Tell() {

@@ -34,8 +34,7 @@ public:
   int Write(void *buffer, long count, long *done) override;
 
   /// Without the write mode the offset counts from the beginning whatever the origin. With it, a
-  /// position beyond the end is reached by appending zero bytes; where that fails, part of them may
-  /// have been appended.
+  /// position beyond the end is reached by appending zero bytes.
   int Seek(long offset, unsigned short origin) override;
 
   long Tell() override;
@@ -48,7 +47,7 @@ public:
 private:
   int seekTo(long offset, int whence);
   int seekToRead(long offset);
-  int extend(long count);
+  int extend(long size, long newSize);
 
   CFilePointer file_;
   std::unique_ptr<char[]> path_;

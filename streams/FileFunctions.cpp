@@ -2,6 +2,7 @@
 
 #include "streams/CIOStream.h"
 
+#include <algorithm>
 #include <climits>
 #include <fcntl.h>
 #include <new>
@@ -35,6 +36,10 @@ CFilePointer fileOfDescriptor(int descriptor, const char *mode) noexcept {
   return file;
 }
 
+bool isRegular(std::FILE *file, struct stat &status) noexcept {
+  return fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 /// A two-byte character's first byte, as the Mac tells them.
 bool isLeadByte(unsigned char byte) noexcept {
   return (byte >= 0x81 && byte <= 0x9f) || (byte >= 0xe0 && byte <= 0xfc);
@@ -62,7 +67,7 @@ long sizeOfFile(std::FILE *file) noexcept {
     return 0;
   struct stat status;
   // No seek to the end and back for a regular file: that would drop what was read ahead.
-  if (fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode)) {
+  if (isRegular(file, status)) {
     // As a seek would: a file that has grown is read on.
     std::clearerr(file);
     return status.st_size <= LONG_MAX ? static_cast<long>(status.st_size) : 0;
@@ -73,6 +78,24 @@ long sizeOfFile(std::FILE *file) noexcept {
   const long size = std::ftell(file);
   std::fseek(file, position, SEEK_SET);
   return size > 0 ? size : 0;
+}
+
+bool extendFile(std::FILE *file, long size, long newSize) noexcept {
+  struct stat status;
+  if (isRegular(file, status)) {
+    return std::fflush(file) == 0 && ftruncate(fileno(file), newSize) == 0 &&
+           std::fseek(file, 0, SEEK_END) == 0;
+  }
+  if (std::fseek(file, 0, SEEK_END) != 0)
+    return false;
+  constexpr char filler[4096] = {};
+  for (long left = newSize - size; left > 0;) {
+    const auto part = std::min(static_cast<std::size_t>(left), sizeof filler);
+    if (std::fwrite(filler, 1, part, file) != part)
+      return false;
+    left -= static_cast<long>(part);
+  }
+  return true;
 }
 
 void turnToReading(std::FILE *file) noexcept {

@@ -22,6 +22,10 @@ CFilePointer openFile(const char *path, unsigned short mode) noexcept;
 /// what was read ahead. 0 on failure.
 long sizeOfFile(std::FILE *file) noexcept;
 
+/// Brings an open file to a larger size with zero bytes, and its position to the new end; `size` is
+/// the present size. Of a regular file nothing changes on failure, and no space is used up.
+bool extendFile(std::FILE *file, long size, long newSize) noexcept;
+
 /// Lets a read follow a write, or a write a read, of a file that is open for both.
 void turnToReading(std::FILE *file) noexcept;
 void turnToWriting(std::FILE *file) noexcept;
