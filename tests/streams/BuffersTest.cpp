@@ -1,0 +1,123 @@
+#include "streams/CResizeBuffer.h"
+#include "streams/CStringBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+namespace {
+
+std::string textOf(const CResizeBuffer &buffer) {
+  unsigned long size = 0;
+  const char *const data = buffer.GetData(&size);
+  return data == nullptr ? "none" : std::string(data, size);
+}
+
+TEST(CResizeBuffer, InsertsByMovingAsMuchAsItInserts) {
+  const struct {
+    const char *name, *before;
+    unsigned long position;
+    const char *inserted;
+    int result;
+    const char *after;
+  } rows[] = {
+      {"before an equal tail", "abcd", 2, "XY", 1, "abXYcd"},
+      {"before a longer tail", "abcdef", 1, "X", 1, "aXbdef?"},
+      {"before a shorter tail", "abcd", 3, "XYZ", 1, "abcXYZd"},
+      {"at the end", "abcd", 4, "XYZ", 1, "abcdXYZ"},
+      {"nothing", "abcd", 1, "", 1, "abcd"},
+      {"beyond the end", "abcd", 5, "X", 0, "abcd"},
+      {"far beyond the end", "abcd", static_cast<unsigned long>(-1), "X", 0, "abcd"},
+      {"null", "abcd", 0, nullptr, 0, "abcd"},
+  };
+  // The smallest step lets a byte outside the block be noticed, 0 stands for a large one.
+  for (const unsigned long step : {1UL, 3UL, 0UL}) {
+    for (const auto &row : rows) {
+      CResizeBuffer buffer(step);
+      buffer.SetData(row.before, std::strlen(row.before));
+      const unsigned long length = row.inserted == nullptr ? 1 : std::strlen(row.inserted);
+      EXPECT_EQ(buffer.InsertData(row.position, row.inserted, length), row.result) << row.name;
+      // A longer tail leaves at its end what the block held there: zero after it has grown.
+      std::string after = row.after;
+      if (after.back() == '?')
+        after.back() = 0;
+      EXPECT_EQ(textOf(buffer), after) << row.name << ", step " << step;
+    }
+  }
+}
+
+TEST(CResizeBuffer, KeepsItsBytesThroughGrowthAndShowsZerosBehindThem) {
+  for (const unsigned long step : {0UL, 1UL, 7UL, 64UL}) {
+    const unsigned long unit = step == 0 ? 1024 : step;
+    CResizeBuffer buffer(step);
+    std::string model;
+    for (unsigned long length = 0; model.size() < 5000; length = length * 3 / 2 + 1) {
+      const std::string part(length, static_cast<char>('a' + length % 26));
+      ASSERT_EQ(buffer.AddData(part.data(), length), 1);
+      const unsigned long size = model.size() + length;
+      const bool hasGrown = (model.size() + unit - 1) / unit != (size + unit - 1) / unit;
+      model += part;
+      ASSERT_EQ(model.empty() ? "none" : model, textOf(buffer));
+      for (unsigned long at = size; hasGrown && at % unit != 0; ++at)
+        ASSERT_EQ(buffer.GetData(nullptr)[at], 0) << step << ": " << at << " of " << size;
+    }
+    ASSERT_EQ(buffer.AddData(buffer.GetData(nullptr), model.size()), 1) << "a buffer into itself";
+    EXPECT_EQ(textOf(buffer), model + model);
+    ASSERT_EQ(buffer.SetData(buffer.GetData(nullptr) + 3, 100), 1);
+    EXPECT_EQ(textOf(buffer), model.substr(3, 100));
+  }
+}
+
+TEST(CResizeBuffer, TellsEmptyFromReleased) {
+  CResizeBuffer buffer(16);
+  EXPECT_EQ(buffer.SetData("abc", 3), 1);
+  EXPECT_EQ(buffer.AddData(nullptr, 0), 0);
+  EXPECT_EQ(buffer.SetData(nullptr, 2), 0);
+  EXPECT_EQ(buffer.AddData("x", static_cast<unsigned long>(-1)), 0) << "more than has a size";
+  EXPECT_EQ(buffer.AddData("", 0), 1);
+  EXPECT_EQ(textOf(buffer), "abc");
+  buffer.Reset();
+  EXPECT_EQ(textOf(buffer), "none");
+  EXPECT_EQ(buffer.AddData("d", 1), 1);
+  EXPECT_EQ(textOf(buffer), "d");
+  buffer.Release();
+  EXPECT_EQ(buffer.AddData("x", 1) + buffer.SetData("x", 1) + buffer.InsertData(0, "x", 1), 0);
+  EXPECT_EQ(buffer.GetDataSize(), 0U);
+}
+
+TEST(CStringBuffer, HoldsTextEmptyTextOrNone) {
+  CStringBuffer string;
+  const auto is = [&](const char *text, unsigned long length) {
+    const char *const actual = string;
+    return std::string(actual == nullptr ? "none" : actual) == text && string.GetLength() == length;
+  };
+  EXPECT_TRUE(is("none", 0));
+  EXPECT_EQ(string.SetString("abc", -1), 1);
+  EXPECT_TRUE(is("abc", 3));
+  EXPECT_EQ(string.SetString("abc", 2), 1);
+  EXPECT_TRUE(is("ab", 2));
+  EXPECT_EQ(string.SetString(nullptr, 2), 0);
+  string = nullptr;
+  string += nullptr;
+  EXPECT_TRUE(is("ab", 2));
+  string += "xyz";
+  EXPECT_TRUE(is("ab", 3)) << "one byte longer, and reads the same";
+  string = string + 1;
+  EXPECT_TRUE(is("b", 1)) << "of itself";
+  EXPECT_EQ(string.Reset(), 1);
+  EXPECT_TRUE(is("", 0));
+  const std::string full(64, 'f');
+  string = full.c_str();
+  EXPECT_TRUE(is(full.c_str(), 64)) << "the end needs a step of its own";
+  EXPECT_EQ(string.SetString(string, 65), 1);
+  EXPECT_TRUE(is(full.c_str(), 65));
+  EXPECT_EQ(string.Release(), 1);
+  EXPECT_TRUE(is("none", 0));
+  EXPECT_EQ(string.SetString("a", -1) + string.Reset(), 0);
+  CStringBuffer added;
+  added += "first";
+  EXPECT_STREQ(added, "first");
+}
+
+} // namespace

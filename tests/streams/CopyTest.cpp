@@ -1,0 +1,180 @@
+#include "streams/CBlankStream.h"
+#include "streams/CFileStream.h"
+#include "streams/CMemStream.h"
+#include "tests/support/TemporaryTree.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <string>
+#include <utility>
+
+namespace {
+
+std::string contentOf(CMemStream &stream) {
+  return {reinterpret_cast<const char *>(stream.GetMemory()),
+          static_cast<std::size_t>(stream.GetSize())};
+}
+
+TEST(CBlankStream, CentresAnImage) {
+  CMemStream target;
+  CBlankStream blank;
+  ASSERT_EQ(target.CreateMemStream(0, 16, 0, nullptr), 1);
+  ASSERT_EQ(blank.CreateBlankStream(&target, 2, 2, 4, 4), 1);
+  ASSERT_EQ(blank.Open(2), 1);
+  char image[] = "abcdefABCDEF";
+  long done = 77;
+  EXPECT_EQ(blank.Write(image, 12, &done), 1);
+  EXPECT_EQ(done, 77) << "is never told";
+  const std::string zero(12, '\0'), three(3, '\0');
+  const std::string rows = zero + three + "abcdef" + three + three + "ABCDEF" + three;
+  EXPECT_EQ(contentOf(target), rows) << "no row below";
+  EXPECT_EQ(blank.Write(image, 2, nullptr), 1);
+  EXPECT_EQ(contentOf(target), rows);
+  EXPECT_EQ(blank.Close(), 1);
+  EXPECT_EQ(contentOf(target), rows + three + "abCDEF" + three) << "a row that was begun";
+  EXPECT_EQ(blank.Read(image, 1, nullptr) + blank.Seek(0, 1) + blank.Tell() + blank.GetSize(), 0);
+}
+
+TEST(CBlankStream, PadsCanvasesOfAnySize) {
+  const struct {
+    long width, height, canvasWidth, canvasHeight;
+    long part; // how many bytes are written at a time
+  } rows[] = {{1, 1, 1, 1, 3},     {5, 3, 5, 3, 4},      {5, 3, 8, 3, 1},         {5, 3, 5, 8, 7},
+              {3, 2, 300, 201, 5}, {50, 40, 51, 41, 64}, {640, 5, 641, 100, 9999}};
+  for (const auto &row : rows) {
+    const auto name = testing::Message() << row.canvasWidth << " by " << row.canvasHeight;
+    std::string image(row.width * row.height * 3, 0), expected;
+    for (std::size_t i = 0; i < image.size(); ++i)
+      image[i] = static_cast<char>(1 + i % 250);
+    const long top = (row.canvasHeight - row.height) / 2, left = (row.canvasWidth - row.width) / 2;
+    expected.resize((top + row.height) * row.canvasWidth * 3);
+    for (long y = 0; y < row.height; ++y)
+      expected.replace(((top + y) * row.canvasWidth + left) * 3, row.width * 3,
+                       image.substr(y * row.width * 3, row.width * 3));
+    CMemStream target;
+    CBlankStream blank;
+    for (int round = 0; round < 2; ++round) {
+      ASSERT_EQ(blank.CreateBlankStream(&target, row.width, row.height, row.canvasWidth,
+                                        row.canvasHeight),
+                1);
+      ASSERT_EQ(blank.Open(2), 1);
+      for (std::size_t at = 0; at < image.size(); at += row.part) {
+        std::string part = image.substr(at, row.part);
+        ASSERT_EQ(blank.Write(part.data(), static_cast<long>(part.size()), nullptr), 1) << name;
+      }
+      ASSERT_EQ(blank.Close(), 1);
+      EXPECT_TRUE(contentOf(target) == expected) << name;
+    }
+  }
+}
+
+TEST(CBlankStream, TakesOddSizesWithoutHarm) {
+  const struct {
+    const char *name;
+    long width, height, canvasWidth, canvasHeight;
+    int created, written;
+    long size = 0;
+  } rows[] = {
+      {"wider than the canvas", 3, 1, 2, 2, 0, 0},
+      {"higher than the canvas", 1, 3, 2, 2, 0, 0},
+      {"no rows: blank ones below as well", 1, 0, 2, 5, 1, 1, 36},
+      {"less than no rows", 1, -1, 2, 2, 1, 1, 24},
+      {"no width", 0, 1, 2, 3, 1, 0, 6},
+      {"less than no width", -5, 1, 2, 3, 1, 0, 6},
+      {"no canvas", 0, 0, 0, 0, 1, 0},
+      {"less than no canvas", -5, -5, -2, -2, 0, 0},
+      {"beyond 32 bits", 1, 1, LONG_MAX, LONG_MAX, 0, 0},
+      {"a row beyond 32 bits", 1, 1, INT_MAX, 1, 0, 0},
+      {"far apart", 1, INT_MIN, 1, INT_MAX, 0, 0},
+  };
+  for (const auto &row : rows) {
+    CMemStream target;
+    CBlankStream blank;
+    char bytes[] = "abc";
+    EXPECT_EQ(
+        blank.CreateBlankStream(&target, row.width, row.height, row.canvasWidth, row.canvasHeight),
+        row.created)
+        << row.name;
+    EXPECT_EQ(blank.Open(2), row.created) << row.name;
+    EXPECT_EQ(blank.Write(bytes, 3, nullptr), row.written) << row.name;
+    EXPECT_EQ(target.GetSize(), row.size) << row.name;
+    EXPECT_EQ(blank.Write(nullptr, 3, nullptr), 0);
+    blank.ReleaseBuffer();
+    EXPECT_EQ(blank.Write(bytes, 3, nullptr), 0) << "its row is gone";
+  }
+  EXPECT_EQ(CBlankStream().CreateBlankStream(nullptr, 1, 1, 1, 1) + CBlankStream().Close(), 0);
+}
+
+/// Writes down what is done to it, and answers 7 to what is to fail.
+class LoggedStream : public CIOStream {
+public:
+  LoggedStream(std::string &log, char name, long size = 0, std::string failing = {})
+      : log_(log), name_(name), size_(size), failing_(std::move(failing)) {}
+
+  int Open(unsigned short mode) override { return answer("open", mode); }
+  int Close() override { return answer("close", 0); }
+  int Read(void *, long count, long *) override { return answer("read", count); }
+  int Write(void *, long count, long *) override { return answer("write", count); }
+  long GetSize() override { return size_; }
+
+private:
+  int answer(const char *operation, long number) {
+    log_ += std::string(1, name_) + operation + (number == 0 ? "" : std::to_string(number)) + " ";
+    return operation == failing_ ? 7 : 1;
+  }
+
+  std::string &log_;
+  char name_;
+  long size_;
+  std::string failing_;
+};
+
+TEST(CopyStream, OpensCopiesAndCloses) {
+  const struct {
+    long size, block;
+    const char *sourceFails, *targetFails;
+    int result;
+    const char *log;
+  } rows[] = {
+      {0, 4, "", "", 1, "<open1 >open2 >close <close "},
+      {5, 4, "", "", 1, "<open1 >open2 <read4 >write4 <read1 >write1 >close <close "},
+      {5, LONG_MAX, "", "", 1, "<open1 >open2 <read5 >write5 >close <close "},
+      {5, 0, "", "", 0, ""},
+      {5, -1, "", "", 0, "<open1 >open2 >close <close "},
+      {-5, 4, "", "", 0, "<open1 >open2 >close <close "},
+      {5, 4, "open", "", 7, "<open1 "},
+      {5, 4, "", "open", 7, "<open1 >open2 <close "},
+      {5, 4, "read", "", 7, "<open1 >open2 <read4 >close <close "},
+      {5, 4, "", "write", 7, "<open1 >open2 <read4 >write4 >close <close "},
+      {5, 4, "close", "close", 1, "<open1 >open2 <read4 >write4 <read1 >write1 >close <close "},
+  };
+  for (const auto &row : rows) {
+    std::string log;
+    LoggedStream source(log, '<', row.size, row.sourceFails);
+    LoggedStream target(log, '>', 0, row.targetFails);
+    EXPECT_EQ(CopyStream(&target, &source, row.block), row.result) << row.log;
+    EXPECT_EQ(log, row.log);
+    EXPECT_EQ(CopyStream(nullptr, &source, 1) + CopyStream(&target, nullptr, 1), 0);
+  }
+}
+
+TEST(CopyStream, CarriesAFileThroughMemory) {
+  TemporaryTree tree;
+  std::string content;
+  for (int i = 0; content.size() < 300'000; ++i)
+    content += std::to_string(i);
+  CFileStream from, to;
+  CMemStream memory;
+  from.CreateFileStream(tree.file("from", content).c_str(), 0, nullptr);
+  to.CreateFileStream(tree.path("to").c_str(), 0, nullptr);
+  for (const long block : {1000L, 65536L, 1L << 20}) {
+    ASSERT_EQ(CopyStream(&memory, &from, block), 1);
+    EXPECT_TRUE(contentOf(memory) == content);
+    ASSERT_EQ(CopyStream(&to, &memory, block), 1);
+    ASSERT_EQ(CopyStream(&memory, &to, block), 1);
+    EXPECT_TRUE(contentOf(memory) == content) << block;
+  }
+}
+
+} // namespace

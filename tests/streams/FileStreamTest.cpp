@@ -1,0 +1,210 @@
+#include "streams/CFileStream.h"
+#include "tests/support/TemporaryTree.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+class FileStreamTest : public testing::Test {
+protected:
+  /// Names `path` and opens it; what `Open` answers.
+  int open(const std::string &path, unsigned short mode) {
+    return stream.CreateFileStream(path.c_str(), 0, nullptr) == 1 ? stream.Open(mode) : -1;
+  }
+
+  std::string read(long count) {
+    std::string text(static_cast<std::size_t>(count), '-');
+    long done = -1;
+    const int result = stream.Read(text.data(), count, &done);
+    text.resize(static_cast<std::size_t>(done));
+    return text + (result == 1 ? "" : "|");
+  }
+
+  TemporaryTree tree;
+  CFileStream stream;
+};
+
+TEST_F(FileStreamTest, OpensWhatItsModeAllows) {
+  const struct {
+    const char *name;
+    std::string path;
+    unsigned short mode;
+    int result;
+  } rows[] = {
+      {"reading", tree.file("a", "abc"), 1, 1},
+      {"more bits than are looked at", tree.file("a", "abc"), 5, 1},
+      {"both", tree.file("a", "abc"), 3, 1},
+      {"no mode", tree.file("a", "abc"), 0, 0},
+      {"none that is known", tree.file("a", "abc"), 4, 0},
+      {"missing", tree.path("missing"), 1, 0},
+      {"both, missing", tree.path("missing"), 3, 0},
+      {"writing, missing", tree.path("made"), 2, 1},
+      {"folder", tree.folder("folder"), 1, 0},
+      {"pipe", tree.fifo("pipe"), 1, 0},
+      {"pipe, both", tree.fifo("pipe2"), 3, 0},
+      {"device", "/dev/zero", 1, 0},
+      {"device, writing", "/dev/full", 2, 1},
+      {"link", tree.link("link", "a"), 1, 1},
+      {"no path", "", 1, -1},
+  };
+  for (const auto &row : rows) {
+    EXPECT_EQ(open(row.path, row.mode), row.result) << row.name;
+    EXPECT_EQ(stream.Close(), row.result == 1 ? 1 : 0) << row.name;
+    EXPECT_EQ(stream.GetSize() + stream.Tell() + stream.Seek(0, 1), 0) << row.name;
+  }
+  EXPECT_EQ(stream.Open(1), 0) << "a path that was refused leaves none";
+  EXPECT_EQ(stream.CreateFileStream(nullptr, 0, nullptr), 0);
+}
+
+TEST_F(FileStreamTest, SeeksByItsMode) {
+  constexpr long none = -1;
+  const struct {
+    unsigned short mode;
+    long offset;
+    unsigned short origin;
+    int result;
+    long position; // from 40
+    long size = 100;
+  } rows[] = {
+      {1, 10, 1, 1, 10},
+      {1, 10, 2, 1, 10},
+      {1, 10, 3, 1, 10},
+      {1, 150, 1, 1, 150},
+      {1, -1, 3, 0, 40},
+      {1, LONG_MIN, 1, 0, 40},
+      {1, 10, 0, 0, 40},
+      {1, 10, 4, 0, 40},
+      {3, 10, 1, 1, 10},
+      {3, 150, 1, 1, 150, 150},
+      {3, 100, 1, 1, 100},
+      {3, -1, 1, 0, 40},
+      {3, -40, 2, 1, 0},
+      {3, -41, 2, 0, 40},
+      {3, 70, 2, 1, 110, 110},
+      {3, LONG_MAX, 2, 0, 40},
+      {3, LONG_MAX - 40, 2, 0, 40},
+      {3, LONG_MIN, 2, 0, 40},
+      {3, -10, 3, 1, 90},
+      {3, 0, 3, 1, 100},
+      {3, 30, 3, 1, 130, 130},
+      {3, LONG_MAX, 3, 0, 40},
+      {3, -101, 3, 0, 40},
+      {3, 10, 0, 0, 40},
+      {3, 10, 65535, 0, 40},
+  };
+  for (const auto &row : rows) {
+    const auto name = testing::Message() << row.mode << ": " << row.offset << ", " << row.origin;
+    ASSERT_EQ(open(tree.file("a", std::string(100, 'a')), row.mode), 1) << name;
+    ASSERT_EQ(stream.Seek(40, 1), 1);
+    EXPECT_EQ(stream.Seek(row.offset, row.origin), row.result) << name;
+    EXPECT_EQ(stream.Tell(), row.position == none ? 40 : row.position) << name;
+    EXPECT_EQ(stream.GetSize(), row.size) << name;
+    if (row.size > 100) {
+      ASSERT_EQ(stream.Seek(99, 1), 1);
+      EXPECT_EQ(read(row.size - 99), "a" + std::string(row.size - 100, '\0')) << name;
+    }
+  }
+}
+
+TEST_F(FileStreamTest, TellsHowMuchOfAReadOrWriteWasDone) {
+  ASSERT_EQ(open(tree.file("a", "abcde"), 1), 1);
+  EXPECT_EQ(read(8), "abcde|");
+  long done = 9;
+  EXPECT_EQ(stream.Read(nullptr, 1, &done), 0);
+  EXPECT_EQ(done, 0);
+  char bytes[9] = "12345678";
+  EXPECT_EQ(stream.Read(bytes, -1, nullptr) + stream.Write(bytes, 1, nullptr), 0);
+  EXPECT_EQ(stream.Read(bytes, 0, nullptr), 1);
+  std::ofstream(tree.path("a"), std::ios::app) << "more";
+  EXPECT_EQ(stream.GetSize(), 9);
+  EXPECT_EQ(read(4), "more") << "a file that has grown is read on";
+
+  ASSERT_EQ(open("/dev/full", 2), 1);
+  std::vector<char> large(1 << 20);
+  EXPECT_EQ(stream.Write(large.data(), 1 << 20, nullptr), 0);
+  EXPECT_EQ(stream.Write(bytes, LONG_MIN, &done), 0);
+  EXPECT_EQ(done, 0);
+  EXPECT_EQ(stream.Seek(1 << 20, 1), 0) << "cannot be extended";
+
+  ASSERT_EQ(open(tree.file("b", "abcde"), 3), 1);
+  EXPECT_EQ(read(2), "ab");
+  EXPECT_EQ(stream.Write(bytes, 2, nullptr), 1);
+  EXPECT_EQ(read(9), "e|") << "reading and writing in turn, without a seek";
+}
+
+TEST_F(FileStreamTest, ReadsBeyondTwoGigabytes) {
+  if (sizeof(long) < 8)
+    GTEST_SKIP() << "has no such positions";
+  constexpr long end = 5L << 30;
+  ASSERT_EQ(open(tree.path("large"), 2), 1);
+  ASSERT_EQ(stream.Seek(end, 1), 1);
+  char tail[] = "tail";
+  ASSERT_EQ(stream.Write(tail, 4, nullptr), 1);
+  EXPECT_EQ(stream.GetSize(), end + 4) << "with what was just written";
+  ASSERT_EQ(stream.Open(1), 1);
+  EXPECT_EQ(stream.GetSize(), end + 4);
+  ASSERT_EQ(stream.Seek(end - 1, 1), 1);
+  EXPECT_EQ(read(8), std::string("\0tail|", 6));
+  EXPECT_EQ(stream.Tell(), end + 4);
+}
+
+TEST_F(FileStreamTest, KeepsWhatItReadAheadThroughSeeks) {
+  const auto bytesRead = [] {
+    std::ifstream counters("/proc/self/io");
+    std::string label;
+    long count = -1;
+    counters >> label >> count;
+    return count;
+  };
+  if (bytesRead() < 0)
+    GTEST_SKIP() << "the system does not tell what was read";
+  constexpr long size = 1 << 20, part = 16;
+  for (const unsigned short mode : {1, 3}) {
+    ASSERT_EQ(open(tree.file("a", std::string(size, 'a')), mode), 1);
+    const long before = bytesRead();
+    for (long position = 0; position < size; position += part) {
+      ASSERT_EQ(stream.Seek(position, 1), 1);
+      ASSERT_EQ(stream.GetSize(), size);
+      ASSERT_EQ(read(part).size(), static_cast<std::size_t>(part));
+    }
+    EXPECT_LT(bytesRead() - before, 2 * size) << mode;
+  }
+}
+
+TEST(CIOStream, ReportsProgressByItsMode) {
+  static std::string calls;
+  const auto callback = [](unsigned char percent) {
+    calls += std::to_string(percent) + " ";
+    return percent != 42;
+  };
+  const struct {
+    unsigned short mode;
+    bool hasCallback;
+    std::string answers; // to 0, 42, 100
+    const char *calls;
+  } rows[] = {
+      {0, true, "111", ""},          {1, true, "111", "100 "}, {1, false, "110", ""},
+      {2, true, "101", "0 42 100 "}, {2, false, "000", ""},    {3, true, "000", ""},
+  };
+  for (const auto &row : rows) {
+    CFileStream stream;
+    stream.CreateFileStream("unused", row.mode, row.hasCallback ? +callback : nullptr);
+    calls.clear();
+    std::string answers;
+    for (const unsigned char percent : {0, 42, 100})
+      answers += static_cast<char>('0' + stream.Progress(percent));
+    EXPECT_EQ(answers, row.answers) << row.mode << row.hasCallback;
+    EXPECT_EQ(calls, row.calls) << row.mode << row.hasCallback;
+    stream.Release();
+    EXPECT_EQ(stream.Progress(42), 1) << "released";
+  }
+}
+
+} // namespace
