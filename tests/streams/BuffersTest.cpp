@@ -16,33 +16,27 @@ std::string textOf(const CResizeBuffer &buffer) {
 
 TEST(CResizeBuffer, InsertsByMovingAsMuchAsItInserts) {
   const struct {
-    const char *name, *before;
     unsigned long position;
-    const char *inserted;
-    int result;
-    const char *after;
-  } rows[] = {
-      {"before an equal tail", "abcd", 2, "XY", 1, "abXYcd"},
-      {"before a longer tail", "abcdef", 1, "X", 1, "aXbdef?"},
-      {"before a shorter tail", "abcd", 3, "XYZ", 1, "abcXYZd"},
-      {"at the end", "abcd", 4, "XYZ", 1, "abcdXYZ"},
-      {"nothing", "abcd", 1, "", 1, "abcd"},
-      {"beyond the end", "abcd", 5, "X", 0, "abcd"},
-      {"far beyond the end", "abcd", static_cast<unsigned long>(-1), "X", 0, "abcd"},
-      {"null", "abcd", 0, nullptr, 0, "abcd"},
-  };
+    const char *inserted, *after; // of "abcd"
+  } rows[] = {{2, "XY", "abXYcd"},
+              {1, "X", "aXbd?"},
+              {3, "XYZ", "abcXYZd"},
+              {4, "XYZ", "abcdXYZ"},
+              {1, "", "abcd"},
+              {5, "X", nullptr},
+              {static_cast<unsigned long>(-1), "X", nullptr}};
   // The smallest step lets a byte outside the block be noticed, 0 stands for a large one.
   for (const unsigned long step : {1UL, 3UL, 0UL}) {
     for (const auto &row : rows) {
       CResizeBuffer buffer(step);
-      buffer.SetData(row.before, std::strlen(row.before));
-      const unsigned long length = row.inserted == nullptr ? 1 : std::strlen(row.inserted);
-      EXPECT_EQ(buffer.InsertData(row.position, row.inserted, length), row.result) << row.name;
+      buffer.SetData("abcd", 4);
+      EXPECT_EQ(buffer.InsertData(row.position, row.inserted, std::strlen(row.inserted)),
+                row.after != nullptr ? 1 : 0);
       // A longer tail leaves at its end what the block held there: zero after it has grown.
-      std::string after = row.after;
+      std::string after = row.after != nullptr ? row.after : "abcd";
       if (after.back() == '?')
         after.back() = 0;
-      EXPECT_EQ(textOf(buffer), after) << row.name << ", step " << step;
+      EXPECT_EQ(textOf(buffer), after) << row.position << row.inserted << ", step " << step;
     }
   }
 }
@@ -69,21 +63,16 @@ TEST(CResizeBuffer, KeepsItsBytesThroughGrowthAndShowsZerosBehindThem) {
   }
 }
 
-TEST(CResizeBuffer, TellsEmptyFromReleased) {
+TEST(CResizeBuffer, TakesNothingOnceReleased) {
   CResizeBuffer buffer(16);
   EXPECT_EQ(buffer.SetData("abc", 3), 1);
-  EXPECT_EQ(buffer.AddData(nullptr, 0), 0);
-  EXPECT_EQ(buffer.SetData(nullptr, 2), 0);
+  EXPECT_EQ(buffer.AddData(nullptr, 0) + buffer.SetData(nullptr, 2), 0);
   EXPECT_EQ(buffer.AddData("x", static_cast<unsigned long>(-1)), 0) << "more than has a size";
-  EXPECT_EQ(buffer.AddData("", 0), 1);
   EXPECT_EQ(textOf(buffer), "abc");
   buffer.Reset();
   EXPECT_EQ(textOf(buffer), "none");
-  EXPECT_EQ(buffer.AddData("d", 1), 1);
-  EXPECT_EQ(textOf(buffer), "d");
   buffer.Release();
   EXPECT_EQ(buffer.AddData("x", 1) + buffer.SetData("x", 1) + buffer.InsertData(0, "x", 1), 0);
-  EXPECT_EQ(buffer.GetDataSize(), 0U);
 }
 
 TEST(CStringBuffer, HoldsTextEmptyTextOrNone) {

@@ -32,39 +32,36 @@ protected:
 };
 
 TEST_F(FileStreamTest, OpensWhatItsModeAllows) {
+  const std::string file = tree.file("a", "abc"), missing = tree.path("missing");
+  const std::string pipe = tree.fifo("pipe");
   const struct {
     const char *name;
     std::string path;
     unsigned short mode;
     int result;
-  } rows[] = {
-      {"reading", tree.file("a", "abc"), 1, 1},
-      {"more bits than are looked at", tree.file("a", "abc"), 5, 1},
-      {"both", tree.file("a", "abc"), 3, 1},
-      {"no mode", tree.file("a", "abc"), 0, 0},
-      {"none that is known", tree.file("a", "abc"), 4, 0},
-      {"missing", tree.path("missing"), 1, 0},
-      {"both, missing", tree.path("missing"), 3, 0},
-      {"writing, missing", tree.path("made"), 2, 1},
-      {"folder", tree.folder("folder"), 1, 0},
-      {"pipe", tree.fifo("pipe"), 1, 0},
-      {"pipe, both", tree.fifo("pipe2"), 3, 0},
-      {"device", "/dev/zero", 1, 0},
-      {"device, writing", "/dev/full", 2, 1},
-      {"link", tree.link("link", "a"), 1, 1},
-      {"no path", "", 1, -1},
-  };
+  } rows[] = {{"reading", file, 1, 1},
+              {"with more bits", file, 5, 1},
+              {"both", file, 3, 1},
+              {"no mode", file, 0, 0},
+              {"unknown", file, 4, 0},
+              {"missing", missing, 1, 0},
+              {"both, missing", missing, 3, 0},
+              {"writing, missing", tree.path("made"), 2, 1},
+              {"folder", tree.path(), 1, 0},
+              {"pipe", pipe, 1, 0},
+              {"pipe, both", pipe, 3, 0},
+              {"device", "/dev/zero", 1, 0},
+              {"device, writing", "/dev/full", 2, 1},
+              {"no path", "", 1, -1}};
   for (const auto &row : rows) {
     EXPECT_EQ(open(row.path, row.mode), row.result) << row.name;
     EXPECT_EQ(stream.Close(), row.result == 1 ? 1 : 0) << row.name;
     EXPECT_EQ(stream.GetSize() + stream.Tell() + stream.Seek(0, 1), 0) << row.name;
   }
   EXPECT_EQ(stream.Open(1), 0) << "a path that was refused leaves none";
-  EXPECT_EQ(stream.CreateFileStream(nullptr, 0, nullptr), 0);
 }
 
 TEST_F(FileStreamTest, SeeksByItsMode) {
-  constexpr long none = -1;
   const struct {
     unsigned short mode;
     long offset;
@@ -104,7 +101,7 @@ TEST_F(FileStreamTest, SeeksByItsMode) {
     ASSERT_EQ(open(tree.file("a", std::string(100, 'a')), row.mode), 1) << name;
     ASSERT_EQ(stream.Seek(40, 1), 1);
     EXPECT_EQ(stream.Seek(row.offset, row.origin), row.result) << name;
-    EXPECT_EQ(stream.Tell(), row.position == none ? 40 : row.position) << name;
+    EXPECT_EQ(stream.Tell(), row.position) << name;
     EXPECT_EQ(stream.GetSize(), row.size) << name;
     if (row.size > 100) {
       ASSERT_EQ(stream.Seek(99, 1), 1);
@@ -140,8 +137,6 @@ TEST_F(FileStreamTest, TellsHowMuchOfAReadOrWriteWasDone) {
 }
 
 TEST_F(FileStreamTest, ReadsBeyondTwoGigabytes) {
-  if (sizeof(long) < 8)
-    GTEST_SKIP() << "has no such positions";
   constexpr long end = 5L << 30;
   ASSERT_EQ(open(tree.path("large"), 2), 1);
   ASSERT_EQ(stream.Seek(end, 1), 1);

@@ -20,9 +20,9 @@ struct Model {
   [[nodiscard]] long size() const { return static_cast<long>(data.size()); }
 
   std::string read(long count) {
-    const long part = std::clamp(size() - position, 0L, count);
-    if (!canRead || position < 0 || (!isFile && part == 0))
-      return canRead && isFile ? "1" : "0";
+    const long part = canRead ? std::clamp(size() - position, 0L, count) : 0;
+    if (!isFile && (part == 0 || position < 0))
+      return "0";
     const std::string bytes = data.substr(std::min(position, size()), part);
     position += part;
     return (part == count || !isFile ? "1" : "0") + bytes;
