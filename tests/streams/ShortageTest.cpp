@@ -15,7 +15,6 @@ namespace {
 /// Requests of more bytes than this fail.
 std::size_t largestBlock = SIZE_MAX;
 
-/// While it lives, requests of more than `limit` bytes fail.
 struct Shortage {
   explicit Shortage(std::size_t limit = 0) { largestBlock = limit; }
   ~Shortage() { largestBlock = SIZE_MAX; }
@@ -70,13 +69,11 @@ TEST(Shortage, LeavesBuffersAsTheyWere) {
 
 TEST(Shortage, OfRoomToSpareDoesNotStopABuffer) {
   CResizeBuffer buffer(100);
-  ASSERT_EQ(buffer.AddData("a", 1), 1);
-  const std::string many(299, 'b');
+  const std::string part(100, 'a');
   const Shortage shortage(300 + 64);
-  ASSERT_EQ(buffer.AddData(many.c_str(), 199), 1);
-  EXPECT_EQ(buffer.AddData(many.c_str(), 100), 1) << "twice as much is not to be had";
-  EXPECT_EQ(buffer.AddData(many.c_str(), 1), 0);
-  EXPECT_EQ(buffer.GetDataSize(), 300U);
+  for (int parts = 0; parts < 3; ++parts)
+    EXPECT_EQ(buffer.AddData(part.c_str(), 100), 1) << "twice as much is not to be had";
+  EXPECT_EQ(buffer.AddData(part.c_str(), 1), 0);
 }
 
 TEST(Shortage, LeavesStreamsAsTheyWere) {
