@@ -126,8 +126,6 @@ TEST_F(FileStreamTest, KeepsWhatItReadAheadThroughSeeks) {
     counters >> label >> count;
     return count;
   };
-  if (bytesRead() < 0)
-    GTEST_SKIP() << "the system does not tell what was read";
   constexpr long size = 1 << 20, part = 16;
   for (const unsigned short mode : {1, 3}) {
     ASSERT_EQ(open(tree.file("a", std::string(size, 'a')), mode), 1);
@@ -147,22 +145,17 @@ TEST(CIOStream, ReportsProgressByItsMode) {
     calls += std::to_string(percent) + " ";
     return percent != 42;
   };
-  const struct {
-    bool hasCallback;
-    std::string answers, calls; // to 0, 42, 100
-  } rows[][2] = {{{false, "111", ""}, {true, "111", ""}},
-                 {{false, "110", ""}, {true, "111", "100 "}},
-                 {{false, "000", ""}, {true, "101", "0 42 100 "}},
-                 {{false, "000", ""}, {true, "000", ""}}};
+  const std::string answers[] = {"111", "111100 ", "1010 42 100 ", "000"},
+                    without[] = {"111", "110", "000", "000"}; // to 0, 42, 100
   for (unsigned short mode = 0; mode < 4; ++mode) {
-    for (const auto &row : rows[mode]) {
+    for (const bool hasCallback : {true, false}) {
       CFileStream stream;
-      stream.CreateFileStream("unused", mode, row.hasCallback ? +callback : nullptr);
+      stream.CreateFileStream("unused", mode, hasCallback ? +callback : nullptr);
       calls.clear();
-      std::string answers;
+      std::string actual;
       for (const unsigned char percent : {0, 42, 100})
-        answers += std::to_string(stream.Progress(percent));
-      EXPECT_EQ(answers + calls, row.answers + row.calls) << mode << row.hasCallback;
+        actual += std::to_string(stream.Progress(percent));
+      EXPECT_EQ(actual + calls, (hasCallback ? answers : without)[mode]) << mode;
     }
   }
 }

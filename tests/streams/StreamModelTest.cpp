@@ -92,25 +92,18 @@ void drive(CIOStream &stream, Model model, unsigned seed) {
   EXPECT_TRUE(all == model.data) << "seed " << seed;
 }
 
-TEST(StreamModel, FileStreamsHoldWhatWasWritten) {
+TEST(StreamModel, StreamsHoldWhatWasWritten) {
   TemporaryTree tree;
-  for (unsigned seed = 0; seed < 8; ++seed) {
-    CFileStream stream;
-    const bool canRead = seed % 2 == 0;
-    ASSERT_EQ(stream.CreateFileStream(tree.file("a").c_str(), 0, nullptr), 1);
-    ASSERT_EQ(stream.Open(canRead ? 3 : 2), 1);
-    drive(stream, Model{true, canRead}, seed);
-  }
-}
-
-TEST(StreamModel, MemoryStreamsHoldWhatWasWritten) {
+  const long units[] = {1, 7, 64, 4096};
   for (unsigned seed = 0; seed < 12; ++seed) {
-    CMemStream stream;
     const bool canRead = seed % 2 == 0;
-    const long units[] = {1, 7, 64, 4096};
-    ASSERT_EQ(stream.CreateMemStream(seed % 3 * 100, units[seed % 4], 0, nullptr), 1);
-    stream.Open(canRead ? 3 : 2);
-    drive(stream, Model{false, canRead}, seed);
+    CFileStream file;
+    CMemStream memory;
+    ASSERT_EQ(file.CreateFileStream(tree.file("a").c_str(), 0, nullptr), 1);
+    ASSERT_EQ(memory.CreateMemStream(seed % 3 * 100, units[seed % 4], 0, nullptr), 1);
+    ASSERT_EQ(file.Open(canRead ? 3 : 2) + memory.Open(canRead ? 3 : 2), 2);
+    drive(file, Model{true, canRead}, seed);
+    drive(memory, Model{false, canRead}, seed);
   }
 }
 
