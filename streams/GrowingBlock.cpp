@@ -56,7 +56,7 @@ bool GrowingBlock::grow(std::size_t kept, std::size_t capacity, GrowingBlock &fo
     char *const bytes = allocateWithSpare(room, capacity);
     if (bytes == nullptr)
       return false;
-    if (kept > 0)
+    if (bytes_ != nullptr)
       std::memcpy(bytes, bytes_, kept);
     former.free();
     former.bytes_ = std::exchange(bytes_, bytes);
