@@ -26,7 +26,8 @@ ALLOWED = {
 
 # Layers, and single files of others, that may include system and third-party headers.
 SYSTEM_HEADERS_IN = {"hosts", "platform/foundation", "platform/metadata", "platform/imagetag"}
-SYSTEM_HEADERS_IN_FILES = {"streams/FileFunctions.cpp": {"fcntl.h", "sys/stat.h", "unistd.h"}}
+SYSTEM_HEADERS_IN_FILES = {"streams/FileFunctions.cpp": {"fcntl.h", "stdio_ext.h", "sys/stat.h",
+                                                         "unistd.h"}}
 
 STANDARD = set("""
 algorithm any array atomic barrier bit bitset charconv chrono cmath compare complex concepts

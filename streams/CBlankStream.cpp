@@ -1,0 +1,169 @@
+#include "streams/CBlankStream.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr std::int64_t bytesPerPixel = 3;
+
+constexpr bool fits(std::int64_t number) noexcept {
+  return number >= INT32_MIN && number <= INT32_MAX;
+}
+
+template <typename... Numbers> constexpr bool allFit(Numbers... numbers) noexcept {
+  return (fits(numbers) && ...);
+}
+
+/// Zero-filled bytes; null when memory is short or the size is below zero.
+std::unique_ptr<unsigned char[]> makeBytes(std::int64_t size) noexcept {
+  if (size < 0)
+    return nullptr;
+  return std::unique_ptr<unsigned char[]>(
+      new (std::nothrow) unsigned char[static_cast<std::size_t>(size)]());
+}
+
+} // namespace
+
+int CBlankStream::CreateBlankStream(CIOStream *target, long width, long height, long canvasWidth,
+                                    long canvasHeight) {
+  Release();
+  if (target == nullptr || width > canvasWidth || height > canvasHeight)
+    return 0;
+  if (!allFit(width, height, canvasWidth, canvasHeight))
+    return 0;
+  const std::int64_t rowBytes = canvasWidth * bytesPerPixel;
+  const std::int64_t innerRowBytes = width * bytesPerPixel;
+  const std::int64_t leftPadding = (std::int64_t{canvasWidth} - width) / 2 * bytesPerPixel;
+  const std::int64_t blankRows = std::int64_t{canvasHeight} - height;
+  if (!allFit(rowBytes, innerRowBytes, leftPadding, blankRows))
+    return 0;
+  rowBuffer_ = makeBytes(rowBytes);
+  if (rowBuffer_ == nullptr)
+    return 0;
+  target_ = target;
+  rowBytes_ = static_cast<std::int32_t>(rowBytes);
+  topRows_ = static_cast<std::int32_t>(blankRows / 2);
+  bottomRows_ = static_cast<std::int32_t>(blankRows - topRows_);
+  innerRowBytes_ = static_cast<std::int32_t>(innerRowBytes);
+  height_ = static_cast<std::int32_t>(height);
+  leftPadding_ = static_cast<std::int32_t>(leftPadding);
+  return 1;
+}
+
+int CBlankStream::Open(unsigned short mode) {
+  if (target_ == nullptr)
+    return 0;
+  const int result = target_->Open(mode);
+  if (result == 1)
+    rowsCounter_ = topWritten_ = bottomWritten_ = position_ = 0;
+  return result;
+}
+
+int CBlankStream::Close() {
+  if (target_ == nullptr)
+    return 0;
+  if (position_ != 0) {
+    if (const int result = writeRow(); result != 1)
+      return result;
+  }
+  const int result = target_->Close();
+  if (result == 1)
+    rowsCounter_ = topWritten_ = bottomWritten_ = position_ = 0;
+  return result;
+}
+
+int CBlankStream::writeRow() {
+  long done = 0;
+  return target_->Write(rowBuffer_.get(), rowBytes_, &done);
+}
+
+int CBlankStream::writeBlankRows(std::int32_t count) {
+  std::memset(rowBuffer_.get(), 0, static_cast<std::size_t>(rowBytes_));
+  int result = 1;
+  for (std::int32_t row = 0; row < count && result == 1; ++row)
+    result = writeRow();
+  return result;
+}
+
+int CBlankStream::Write(void *data, long count, long * /*done*/) {
+  if (target_ == nullptr || data == nullptr || rowBuffer_ == nullptr)
+    return 0;
+  int result = 1;
+  if (topWritten_ == 0) {
+    if (topRows_ != 0)
+      result = writeBlankRows(topRows_);
+    if (result != 1)
+      return result;
+    topWritten_ = 1;
+  }
+  // Without a width no byte would ever find a place.
+  if (count > 0 && innerRowBytes_ <= 0)
+    return 0;
+  const auto *bytes = static_cast<const unsigned char *>(data);
+  while (count > 0) {
+    const long part = std::min<long>(count, innerRowBytes_ - position_);
+    std::memcpy(rowBuffer_.get() + leftPadding_ + position_, bytes, static_cast<std::size_t>(part));
+    bytes += part;
+    count -= part;
+    position_ += static_cast<std::int32_t>(part);
+    if (position_ == innerRowBytes_) {
+      result = writeRow();
+      if (result != 1)
+        return result;
+      position_ = 0;
+    }
+  }
+  if (height_ > rowsCounter_)
+    return result;
+  if (bottomWritten_ == 0) {
+    result = writeBlankRows(bottomRows_);
+    bottomWritten_ = result == 1 ? 1 : 0;
+  }
+  return result;
+}
+
+int CBlankStream::ReleaseBuffer() {
+  rowBuffer_.reset();
+  rowBytes_ = 0;
+  return 1;
+}
+
+int CBlankStream::Release() {
+  ReleaseBuffer();
+  CIOStream::Release();
+  target_ = nullptr;
+  topWritten_ = topRows_ = bottomWritten_ = bottomRows_ = 0;
+  innerRowBytes_ = position_ = height_ = rowsCounter_ = leftPadding_ = 0;
+  return 1;
+}
+
+int CopyStream(CIOStream *dst, CIOStream *src, long blockSize) {
+  if (dst == nullptr || src == nullptr || blockSize == 0)
+    return 0;
+  int result = src->Open(streamReadMode);
+  if (result != 1)
+    return result;
+  result = dst->Open(streamWriteMode);
+  if (result != 1) {
+    src->Close();
+    return result;
+  }
+  long total = src->GetSize();
+  const long chunk = std::min(total, blockSize);
+  const std::unique_ptr<unsigned char[]> block = makeBytes(chunk);
+  if (block == nullptr)
+    result = 0;
+  while (total != 0 && result == 1) {
+    const long part = std::min(chunk, total);
+    long done = 0;
+    result = src->Read(block.get(), part, &done);
+    if (result == 1)
+      result = dst->Write(block.get(), part, &done);
+    total -= part;
+  }
+  dst->Close();
+  src->Close();
+  return result;
+}

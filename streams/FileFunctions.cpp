@@ -1,0 +1,165 @@
+#include "streams/FileFunctions.h"
+
+#include "streams/CIOStream.h"
+
+#include <algorithm>
+#include <climits>
+#include <fcntl.h>
+#include <new>
+#include <stdio_ext.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+/// A regular file's descriptor, or -1.
+int openRegularFile(const char *path, int access) noexcept {
+  struct stat status;
+  // Asked before as well: to open a pipe lets its writer go on, and to open a device may move it.
+  if (stat(path, &status) != 0 || !S_ISREG(status.st_mode))
+    return -1;
+  const int descriptor = open(path, access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (descriptor < 0)
+    return -1;
+  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
+    return descriptor;
+  close(descriptor);
+  return -1;
+}
+
+CFilePointer fileOfDescriptor(int descriptor, const char *mode) noexcept {
+  if (descriptor < 0)
+    return nullptr;
+  CFilePointer file(fdopen(descriptor, mode));
+  if (file == nullptr)
+    close(descriptor);
+  return file;
+}
+
+bool isRegular(std::FILE *file, struct stat &status) noexcept {
+  return fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+/// A two-byte character's first byte, as the Mac tells them.
+bool isLeadByte(unsigned char byte) noexcept {
+  return (byte >= 0x81 && byte <= 0x9f) || (byte >= 0xe0 && byte <= 0xfc);
+}
+
+} // namespace
+
+CFilePointer openFile(const char *path, unsigned short mode) noexcept {
+  constexpr int permissions = 0666;
+  switch (mode) {
+  case streamReadMode:
+    return fileOfDescriptor(openRegularFile(path, O_RDONLY), "rb");
+  case streamWriteMode:
+    return fileOfDescriptor(open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, permissions),
+                            "wb");
+  case streamReadWriteMode:
+    return fileOfDescriptor(openRegularFile(path, O_RDWR), "r+b");
+  default:
+    return nullptr;
+  }
+}
+
+long sizeOfFile(std::FILE *file) noexcept {
+  if (__fpending(file) > 0 && std::fflush(file) != 0)
+    return 0;
+  struct stat status;
+  // No seek to the end and back for a regular file: that would drop what was read ahead.
+  if (isRegular(file, status)) {
+    // As a seek would: a file that has grown is read on.
+    std::clearerr(file);
+    return status.st_size <= LONG_MAX ? static_cast<long>(status.st_size) : 0;
+  }
+  const long position = std::ftell(file);
+  if (std::fseek(file, 0, SEEK_END) != 0)
+    return 0;
+  const long size = std::ftell(file);
+  std::fseek(file, position, SEEK_SET);
+  return size > 0 ? size : 0;
+}
+
+bool extendFile(std::FILE *file, long size, long newSize) noexcept {
+  struct stat status;
+  if (isRegular(file, status)) {
+    return std::fflush(file) == 0 && ftruncate(fileno(file), newSize) == 0 &&
+           std::fseek(file, 0, SEEK_END) == 0;
+  }
+  if (std::fseek(file, 0, SEEK_END) != 0)
+    return false;
+  constexpr char filler[4096] = {};
+  for (long left = newSize - size; left > 0;) {
+    const auto part = std::min(static_cast<std::size_t>(left), sizeof filler);
+    if (std::fwrite(filler, 1, part, file) != part)
+      return false;
+    left -= static_cast<long>(part);
+  }
+  return true;
+}
+
+void turnToReading(std::FILE *file) noexcept {
+  if (__fwriting(file) != 0)
+    std::fflush(file);
+}
+
+void turnToWriting(std::FILE *file) noexcept {
+  if (__freading(file) != 0)
+    std::fseek(file, 0, SEEK_CUR);
+}
+
+FileHandle *CreateFile(const char *path, std::uint32_t access, ...) noexcept {
+  if (path == nullptr || access != fileAccessRead)
+    return nullptr;
+  CFilePointer file = openFile(path, streamReadMode);
+  if (file == nullptr)
+    return nullptr;
+  auto *const handle = new (std::nothrow) FileHandle;
+  if (handle != nullptr)
+    handle->file = file.release();
+  return handle;
+}
+
+int ReadFile(FileHandle *handle, void *buffer, unsigned long count, unsigned long * /*done*/,
+             void * /*overlapped*/) noexcept {
+  if (handle == nullptr || handle->file == nullptr || buffer == nullptr)
+    return 0;
+  return std::fread(buffer, 1, count, handle->file) == count ? 1 : 0;
+}
+
+std::uint32_t FS_GetFileSize(FileHandle *handle, ...) noexcept {
+  if (handle == nullptr || handle->file == nullptr)
+    return 0;
+  const long size = sizeOfFile(handle->file);
+  return static_cast<unsigned long>(size) <= UINT32_MAX ? static_cast<std::uint32_t>(size) : 0;
+}
+
+int CloseHandle(FileHandle *handle) noexcept {
+  if (handle == nullptr)
+    return 0;
+  const bool isClosed = handle->file != nullptr && std::fclose(handle->file) == 0;
+  delete handle;
+  return isClosed ? 1 : 0;
+}
+
+const char *_tcsdec(const char *start, const char *current) noexcept {
+  if (start == nullptr || current == nullptr || current <= start)
+    return nullptr;
+  const char *character = start;
+  while (*character != 0) {
+    const int width = isLeadByte(static_cast<unsigned char>(*character)) ? 2 : 1;
+    if (current - character <= width || character[width] == 0)
+      break;
+    character += width;
+  }
+  return character;
+}
+
+char *lstrcpyn(char *dst, const char *src, int n) noexcept {
+  for (int i = 0; i < n; ++i) {
+    dst[i] = src[i];
+    if (src[i] == 0)
+      break;
+  }
+  return dst;
+}
