@@ -1,5 +1,4 @@
 #include "platform/foundation/CoreFoundation.h"
-#include "platform/foundation/NSDate.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
 
@@ -65,13 +64,6 @@ TEST(CFString, IsFoundLiterally) {
     EXPECT_EQ(std::pair(range.location, range.length), std::pair(row.location, row.length))
         << row.name;
   }
-}
-
-TEST(NSDate, CutsFileTimesToMicroseconds) {
-  constexpr std::int64_t epoch = NSDate::secondsFrom1970To2001;
-  EXPECT_EQ(NSDate::intervalOfFileTime(epoch, 1999), 1e-6);
-  EXPECT_EQ(NSDate::intervalOfFileTime(epoch - 1, 999'999'999), -1 + 0.999999);
-  EXPECT_EQ(NSDate::intervalOfFileTime(-1, 999'000'999), -978'307'201 + 0.999);
 }
 
 } // namespace
