@@ -51,11 +51,23 @@ bool FileItem::holds(std::string_view path) const {
   return isNameable_ && fileStatus(folder_, inside.c_str(), FollowLink::Yes).has_value();
 }
 
+int FileItem::openRegularFile() noexcept {
+  if (!status())
+    return -1;
+  const bool isLink = status_->kind == FileKind::Link;
+  const std::optional<FileStatus> target =
+      isLink ? fileStatus(folder_, path_, FollowLink::Yes) : status_;
+  if (!target || target->kind != FileKind::Regular)
+    return -1;
+  // Should another kind of thing have come into its place, nobody waits for that.
+  const int flags = O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
+  return systemCalls().openAt(folder_, path_, isLink ? flags : flags | O_NOFOLLOW);
+}
+
 bool FileItem::isBookmarkFile() noexcept {
   if (!status() || status_->kind != FileKind::Regular)
     return false;
-  const int file = systemCalls().openAt(folder_, path_,
-                                        O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+  const int file = openRegularFile();
   if (file < 0)
     return false;
   // "book", the size of what follows or zero, "mark".

@@ -42,6 +42,10 @@ public:
   /// Throws `std::bad_alloc`.
   [[nodiscard]] bool holds(std::string_view path) const;
 
+  /// A descriptor to read the item from, if it is a regular file or a link that leads to one; else,
+  /// or when it cannot be opened, -1. Nothing else is ever opened. The caller closes it.
+  [[nodiscard]] int openRegularFile() noexcept;
+
   /// Whether the item is a regular file that begins with a Mac bookmark's header.
   [[nodiscard]] bool isBookmarkFile() noexcept;
 

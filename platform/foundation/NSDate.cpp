@@ -1,7 +1,16 @@
 #include "platform/foundation/NSDate.h"
 
+#include "platform/foundation/NaturalLanguageDate.h"
+
+#include <optional>
+
 Ref<const NSDate> NSDate::dateWithTimeIntervalSinceReferenceDate(double seconds) {
   return Ref<const NSDate>::adopt(new NSDate(seconds));
+}
+
+Ref<const NSDate> NSDate::dateWithNaturalLanguageString(const NSString &text) {
+  const std::optional<double> seconds = intervalOfNaturalLanguageDate(text.view());
+  return seconds ? dateWithTimeIntervalSinceReferenceDate(*seconds) : nullptr;
 }
 
 double NSDate::intervalOfFileTime(std::int64_t secondsSince1970,

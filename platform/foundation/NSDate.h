@@ -17,6 +17,10 @@ public:
   /// Throws `std::bad_alloc`.
   static Ref<const NSDate> dateWithTimeIntervalSinceReferenceDate(double seconds);
 
+  /// The moment that a text names, in the forms of `intervalOfNaturalLanguageDate`; null when it
+  /// names none. Throws `std::bad_alloc`.
+  static Ref<const NSDate> dateWithNaturalLanguageString(const NSString &text);
+
   /// The moment of a file time, cut down to whole microseconds. `nanoseconds` is 0 to 999,999,999.
   static double intervalOfFileTime(std::int64_t secondsSince1970,
                                    std::uint32_t nanoseconds) noexcept;

@@ -1,9 +1,9 @@
 #include "platform/foundation/CoreFoundation.h"
-#include "platform/foundation/NSDate.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
 
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace {
 
@@ -47,11 +47,23 @@ TEST(CFString, IsMadeFromValidTextAndGivenOutWhereItFits) {
   EXPECT_STREQ(CFStringGetCStringPtr(path.get(), utf8), "/caf\xe9") << "any bytes make a path";
 }
 
-TEST(NSDate, CutsFileTimesToMicroseconds) {
-  constexpr std::int64_t epoch = NSDate::secondsFrom1970To2001;
-  EXPECT_EQ(NSDate::intervalOfFileTime(epoch, 1999), 1e-6);
-  EXPECT_EQ(NSDate::intervalOfFileTime(epoch - 1, 999'999'999), -1 + 0.999999);
-  EXPECT_EQ(NSDate::intervalOfFileTime(-1, 999'000'999), -978'307'201 + 0.999);
+TEST(CFString, IsFoundLiterally) {
+  const struct {
+    const char *name, *string, *sought;
+    CFStringCompareFlags options;
+    CFIndex location, length;
+  } rows[] = {
+      {"case", "aBc", "b", 0, kCFNotFound, 0},
+      {"any case", "a\u00c9b", "\u00e9B", kCFCompareCaseInsensitive, 1, 3},
+      {"base of an accent", "e\u0301", "e", kCFCompareCaseInsensitive, 0, 1},
+      {"nothing", "a", "", 0, kCFNotFound, 0},
+  };
+  for (const auto &row : rows) {
+    const auto string = NSString::create(row.string), sought = NSString::create(row.sought);
+    const CFRange range = CFStringFind(string.get(), sought.get(), row.options);
+    EXPECT_EQ(std::pair(range.location, range.length), std::pair(row.location, row.length))
+        << row.name;
+  }
 }
 
 } // namespace

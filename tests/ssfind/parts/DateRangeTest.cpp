@@ -1,7 +1,7 @@
 #include "hosts/ssfind/DateRange.h"
 
 #include "hosts/ssfind/OptionParser.h"
-#include "tests/ssfind/parts/TimeZone.h"
+#include "tests/support/TimeZone.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "hosts/ssfind/JsonText.h"
 #include "hosts/ssfind/TimeText.h"
 #include "hosts/ssfind/VisibleText.h"
-#include "tests/ssfind/parts/TimeZone.h"
+#include "tests/support/TimeZone.h"
 
 #include <gtest/gtest.h>
 #include <limits>

@@ -1,0 +1,233 @@
+#include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
+
+#include "platform/foundation/FileBeginning.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <string_view>
+
+namespace {
+
+constexpr std::int16_t noErr = 0;
+constexpr std::int16_t fnfErr = -43;
+
+/// The EXIF block of a JPEG file is not longer.
+constexpr std::size_t bytesRead = 65535;
+
+constexpr std::int16_t mainDirectory = 0;
+constexpr std::int16_t exifDirectory = 1;
+
+constexpr std::uint32_t tagImageDescription = 0x010E;
+constexpr std::uint32_t tagModel = 0x0110;
+constexpr std::uint32_t tagExifVersion = 0x9000;
+constexpr std::uint32_t tagDateTimeOriginal = 0x9003;
+constexpr std::uint32_t tagDateTimeDigitized = 0x9004;
+constexpr std::uint32_t tagUserComment = 0x9286;
+
+struct InfoReleaser {
+  void operator()(IMAGETAG_INFO *info) const noexcept { CIMAGETAG::ReleaseInfo(info); }
+};
+using Info = std::unique_ptr<IMAGETAG_INFO, InfoReleaser>;
+
+Info infoOf(const CIMAGETAG &imageTag, std::int16_t directory, std::uint32_t tag) noexcept {
+  std::uint32_t size = 0;
+  return Info(imageTag.GetInfo(directory, tag, &size));
+}
+
+bool isText(const Info &info) noexcept {
+  return info && info->type == IMAGETAG_ASCII && info->value.bytes[0] != '\0';
+}
+
+/// A decimal number as `atoi` takes it, held to 32 bits and cut to 16.
+std::int16_t numberOf(const char *text) noexcept {
+  const long number = std::strtol(text, nullptr, 10);
+  return static_cast<std::int16_t>(std::clamp<long>(
+      number, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
+}
+
+bool isDigits(const char *text) noexcept { return text[std::strspn(text, "0123456789")] == '\0'; }
+
+template <class T> int copyFirst(void *value, const T *values) noexcept {
+  std::memcpy(value, values, sizeof(T));
+  return sizeof(T);
+}
+
+} // namespace
+
+ExifAnalysis::ExifAnalysis() : _imageTag(std::make_unique<CIMAGETAG>()) {}
+
+Ref<ExifAnalysis> ExifAnalysis::startExifAnalysisAtPath(const NSString *path) noexcept {
+  if (path == nullptr)
+    return nullptr;
+  FileItem item(*path);
+  return startExifAnalysisAtPath(item);
+}
+
+Ref<ExifAnalysis> ExifAnalysis::startExifAnalysisAtPath(FileItem &item) noexcept {
+  try {
+    auto analysis = Ref<ExifAnalysis>::adopt(new ExifAnalysis);
+    return analysis->initCIMAGETAG(item) != 0 ? analysis : nullptr;
+  } catch (const std::bad_alloc &) {
+    return nullptr;
+  }
+}
+
+char ExifAnalysis::initCIMAGETAG(FileItem &item) noexcept {
+  if (readDataHandle(item, &_exifData) != noErr)
+    return 0;
+  const std::string_view bytes = _exifData->view();
+  std::int16_t format = 0;
+  std::uint32_t base = 0, size = 0, directory = 0;
+  _imageTag->CreateField(nullptr, bytes.data(), static_cast<std::uint32_t>(bytes.size()), &format,
+                         &base, &size, &directory);
+  if (!infoOf(*_imageTag, exifDirectory, tagExifVersion)) {
+    endExifAnalysis();
+    return 0;
+  }
+  return 1;
+}
+
+std::int16_t ExifAnalysis::readDataHandle(FileItem &item, Ref<const NSData> *handle) noexcept {
+  Ref<const NSData> data = beginningOfFile(item, bytesRead);
+  if (!data)
+    return fnfErr;
+  *handle = std::move(data);
+  return noErr;
+}
+
+Ref<const NSString> ExifAnalysis::getExifInfo(std::uint32_t tag) noexcept {
+  try {
+    if (tag == tagDateTimeOriginal)
+      return dateText();
+    if (tag >= tagImageDescription && tag <= tagModel)
+      return mainText(tag);
+    return tag == tagUserComment ? comment() : nullptr;
+  } catch (const std::bad_alloc &) {
+    return nullptr;
+  }
+}
+
+Ref<const NSString> ExifAnalysis::dateText() {
+  Info info = infoOf(*_imageTag, exifDirectory, tagDateTimeOriginal);
+  if (!info)
+    info = infoOf(*_imageTag, exifDirectory, tagDateTimeDigitized);
+  if (!isText(info))
+    return nullptr;
+  DateTimeRec date{};
+  if (FS_CheckDate(info->value.bytes, &date) == 0)
+    return NSString::create("test");
+  // Six numbers of 16 bits, with their signs, and what separates them.
+  std::array<char, 48> text{};
+  std::snprintf(text.data(), text.size(), "%04d/%02d/%02d %02d:%02d:%02d", date.year, date.month,
+                date.day, date.hour, date.minute, date.second);
+  return NSString::create(text.data());
+}
+
+Ref<const NSString> ExifAnalysis::mainText(std::uint32_t tag) {
+  const Info info = infoOf(*_imageTag, mainDirectory, tag);
+  if (!isText(info))
+    return nullptr;
+  return NSString::initWithData(info->value.bytes, NSDefaultCStringEncoding);
+}
+
+Ref<const NSString> ExifAnalysis::comment() noexcept {
+  const Info info = infoOf(*_imageTag, exifDirectory, tagUserComment);
+  if (!info || info->type != IMAGETAG_UNDEFINED)
+    return nullptr;
+  return getUserComment(info.get());
+}
+
+void ExifAnalysis::endExifAnalysis() noexcept {
+  _imageTag->CloseField();
+  _exifData = nullptr;
+}
+
+Ref<const NSString> ExifAnalysis::getUserComment(IMAGETAG_INFO *info) noexcept {
+  constexpr std::size_t codeSize = 8;
+  char *const value = info->value.bytes;
+  // A shorter value is followed by zeros.
+  const std::string_view code(value, codeSize);
+  std::size_t skip = codeSize;
+  NSStringEncoding encoding = NSDefaultCStringEncoding;
+  if (code.starts_with("ASCII")) {
+    encoding = NSASCIIStringEncoding;
+  } else if (code.starts_with("JIS")) {
+    encoding = NSISO2022JPStringEncoding;
+  } else if (code.starts_with("UNICODE")) {
+    const auto first = static_cast<unsigned char>(value[codeSize]);
+    encoding = first == 0xEF ? NSUTF8StringEncoding : NSUnicodeStringEncoding;
+    if (first != 0xEF && first != 0xFE && first != 0xFF) {
+      // Without a mark it is little-endian, whatever the order of the file's numbers.
+      value[6] = '\xFF';
+      value[7] = '\xFE';
+      skip = 6;
+    }
+  } else if (code.front() != '\0') {
+    return nullptr;
+  }
+  const auto count = static_cast<std::size_t>(std::max<std::int32_t>(info->count, 0));
+  if (count <= skip)
+    return nullptr;
+  try {
+    return NSString::initWithData({value + skip, count - skip}, encoding);
+  } catch (const std::bad_alloc &) {
+    return nullptr;
+  }
+}
+
+int FS_CheckDate(char *text, DateTimeRec *date) noexcept {
+  constexpr std::array<std::size_t, 6> begins{0, 5, 8, 11, 14, 17};
+  *date = {};
+  const std::size_t length = std::strlen(text);
+  std::array<const char *, begins.size()> fields{};
+  for (std::size_t i = 0; i < begins.size(); ++i) {
+    if (i > 0 && begins[i] - 1 < length)
+      text[begins[i] - 1] = '\0';
+    fields[i] = begins[i] < length ? text + begins[i] : "";
+  }
+  if (!isDigits(fields[0]) || !isDigits(fields[1]) || !isDigits(fields[2]))
+    return 0;
+  date->year = numberOf(fields[0]);
+  date->month = numberOf(fields[1]);
+  date->day = numberOf(fields[2]);
+  date->hour = numberOf(fields[3]);
+  date->minute = numberOf(fields[4]);
+  date->second = numberOf(fields[5]);
+  return date->year != 0 || date->month != 0 || date->day != 0 ? 1 : 0;
+}
+
+int FS_Exif_GetValueFromType(void *value, const IMAGETAG_INFO *info) noexcept {
+  if (info->count <= 0)
+    return 0;
+  const auto count = static_cast<std::size_t>(info->count);
+  constexpr int rationalSize = 8;
+  switch (info->type) {
+  case IMAGETAG_BYTE:
+    std::memcpy(value, info->value.bytes, count);
+    return 1;
+  case IMAGETAG_RATIONAL:
+    std::memcpy(value, info->value.longs, count * rationalSize);
+    return rationalSize;
+  case IMAGETAG_SBYTE:
+  case IMAGETAG_UNDEFINED:
+    return copyFirst(value, info->value.bytes);
+  case IMAGETAG_SHORT:
+  case IMAGETAG_SSHORT:
+    return copyFirst(value, info->value.shorts);
+  case IMAGETAG_LONG:
+  case IMAGETAG_SLONG:
+  // Of a signed rational only the numerator.
+  case IMAGETAG_SRATIONAL:
+    return copyFirst(value, info->value.longs);
+  case IMAGETAG_FLOAT:
+    return copyFirst(value, info->value.floats);
+  case IMAGETAG_DOUBLE:
+    return copyFirst(value, info->value.doubles);
+  default:
+    return 0;
+  }
+}

@@ -1,0 +1,101 @@
+#include "platform/imagetag/CIMAGETAG.h"
+
+#include "platform/imagetag/JPEGSegments.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <string_view>
+
+namespace {
+
+/// Where the EXIF directory is (EXIF standard, 4.6.3).
+constexpr std::uint16_t tagExifIFD = 0x8769;
+
+/// Where the value stands behind its record.
+constexpr std::size_t valueOffset = (sizeof(IMAGETAG_INFO) + alignof(std::max_align_t) - 1) /
+                                    alignof(std::max_align_t) * alignof(std::max_align_t);
+
+constexpr std::size_t leastRoom = 16;
+
+template <class T> void tell(T *where, T what) noexcept {
+  if (where != nullptr)
+    *where = what;
+}
+
+/// Turns each number of a copied value round.
+void swapBytes(char *value, std::size_t size, std::size_t numberSize) noexcept {
+  for (std::size_t i = 0; i + numberSize <= size; i += numberSize)
+    std::reverse(value + i, value + i + numberSize);
+}
+
+} // namespace
+
+bool CIMAGETAG::open(std::string_view block) noexcept {
+  tags_ = TIFFBlock::open(block);
+  if (tags_)
+    exifDirectory_ = tags_->directoryAt(tags_->firstDirectory(), tagExifIFD);
+  return tags_.has_value();
+}
+
+int CIMAGETAG::CreateField(const FSSpec * /*file*/, const void *bytes, std::uint32_t length,
+                           std::int16_t *format, std::uint32_t *base, std::uint32_t *size,
+                           std::uint32_t *exifDirectory) noexcept {
+  CloseField();
+  const std::string_view image(static_cast<const char *>(bytes), bytes != nullptr ? length : 0);
+  std::string_view block = image;
+  const bool isJPEG = JPEGSegments::isJPEG(image);
+  if (isJPEG) {
+    JPEGSegments segments(image);
+    while (const auto exif = segments.nextExif()) {
+      block = *exif;
+      if (open(block))
+        break;
+    }
+  } else {
+    open(block);
+  }
+  tell<std::int16_t>(format, !tags_ ? NoFormat : isJPEG ? JPEG : TIFF);
+  tell(base, tags_ ? static_cast<std::uint32_t>(block.data() - image.data()) : 0);
+  tell(size, tags_ ? static_cast<std::uint32_t>(block.size()) : 0);
+  tell(exifDirectory, exifDirectory_.value_or(0));
+  return tags_ ? 1 : 0;
+}
+
+IMAGETAG_INFO *CIMAGETAG::GetInfo(std::int16_t directory, std::uint32_t tag,
+                                  std::uint32_t *size) const noexcept {
+  tell<std::uint32_t>(size, 0);
+  if (!tags_ || tag > 0xFFFF || directory < 0 || directory > 1 ||
+      (directory == 1 && !exifDirectory_))
+    return nullptr;
+  const std::uint32_t place = directory == 1 ? *exifDirectory_ : tags_->firstDirectory();
+  const auto field = tags_->find(place, static_cast<std::uint16_t>(tag));
+  if (!field || field->count > std::numeric_limits<std::int32_t>::max())
+    return nullptr;
+  const std::size_t room = std::max(field->value.size() + 1, leastRoom);
+  void *const memory = ::operator new(valueOffset + room, std::nothrow);
+  if (memory == nullptr)
+    return nullptr;
+  auto *const info = ::new (memory) IMAGETAG_INFO{};
+  info->tag = static_cast<std::uint16_t>(tag);
+  info->type = field->type;
+  info->directory = directory;
+  info->count = static_cast<std::int32_t>(field->count);
+  info->value.bytes = static_cast<char *>(memory) + valueOffset;
+  char *const end = std::copy(field->value.begin(), field->value.end(), info->value.bytes);
+  std::memset(end, 0, room - field->value.size());
+  if (tags_->isLittleEndian() != (std::endian::native == std::endian::little))
+    swapBytes(info->value.bytes, field->value.size(), sizeOfTIFFNumber(field->type));
+  tell(size, static_cast<std::uint32_t>(field->value.size()));
+  return info;
+}
+
+void CIMAGETAG::ReleaseInfo(IMAGETAG_INFO *info) noexcept { ::operator delete(info); }
+
+void CIMAGETAG::CloseField() noexcept {
+  tags_.reset();
+  exifDirectory_.reset();
+}

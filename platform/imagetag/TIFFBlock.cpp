@@ -1,0 +1,85 @@
+#include "platform/imagetag/TIFFBlock.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr std::size_t headerSize = 8;
+constexpr std::size_t entrySize = 12;
+
+/// The type of an offset to a directory (TIFF Technical Note 1).
+constexpr std::int16_t typeIFD = 13;
+
+constexpr std::array<std::uint8_t, typeIFD + 1> typeSizes{0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4};
+
+} // namespace
+
+std::size_t sizeOfTIFFType(std::int16_t type) noexcept {
+  return type >= 0 && type <= typeIFD ? typeSizes[static_cast<std::size_t>(type)] : 0;
+}
+
+std::size_t sizeOfTIFFNumber(std::int16_t type) noexcept {
+  constexpr std::int16_t typeRational = 5, typeSignedRational = 10;
+  return type == typeRational || type == typeSignedRational ? 4 : sizeOfTIFFType(type);
+}
+
+std::optional<TIFFBlock> TIFFBlock::open(std::string_view bytes) noexcept {
+  using namespace std::string_view_literals;
+  const bool isLittleEndian = bytes.starts_with("II*\0"sv);
+  if (bytes.size() < headerSize || !(isLittleEndian || bytes.starts_with("MM\0*"sv)))
+    return std::nullopt;
+  TIFFBlock block(bytes, isLittleEndian);
+  block.firstDirectory_ = block.number(bytes.substr(4, 4));
+  return block;
+}
+
+std::uint32_t TIFFBlock::number(std::string_view bytes) const noexcept {
+  std::uint32_t value = 0;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    const char byte = bytes[isLittleEndian_ ? bytes.size() - 1 - i : i];
+    value = value << 8 | static_cast<unsigned char>(byte);
+  }
+  return value;
+}
+
+std::optional<TIFFBlock::Field> TIFFBlock::find(std::uint32_t directory,
+                                                std::uint16_t tag) const noexcept {
+  const std::string_view countBytes = part(directory, 2);
+  if (countBytes.empty())
+    return std::nullopt;
+  std::string_view entries = bytes_.substr(directory + std::size_t{2});
+  entries =
+      entries.substr(0, std::min<std::size_t>(entries.size(), number(countBytes) * entrySize));
+  // Entries should be sorted by their tags; some writers do not care.
+  for (; entries.size() >= entrySize; entries.remove_prefix(entrySize))
+    if (number(entries.substr(0, 2)) == tag)
+      return fieldOf(entries.substr(0, entrySize));
+  return std::nullopt;
+}
+
+std::optional<TIFFBlock::Field> TIFFBlock::fieldOf(std::string_view entry) const noexcept {
+  Field field{};
+  field.type = static_cast<std::int16_t>(number(entry.substr(2, 2)));
+  field.count = number(entry.substr(4, 4));
+  const std::size_t typeSize = sizeOfTIFFType(field.type);
+  if (typeSize == 0)
+    return std::nullopt;
+  const std::uint64_t size = std::uint64_t{field.count} * typeSize;
+  // What fits into the place of the offset stands there itself, at its beginning.
+  const std::string_view place = entry.substr(8, 4);
+  field.value = size <= place.size() ? place.substr(0, size) : part(number(place), size);
+  if (field.value.size() != size)
+    return std::nullopt;
+  return field;
+}
+
+std::optional<std::uint32_t> TIFFBlock::directoryAt(std::uint32_t directory,
+                                                    std::uint16_t tag) const noexcept {
+  constexpr std::int16_t typeShort = 3, typeLong = 4;
+  const std::optional<Field> field = find(directory, tag);
+  if (!field || field->count != 1 ||
+      (field->type != typeShort && field->type != typeLong && field->type != typeIFD))
+    return std::nullopt;
+  return number(field->value);
+}
