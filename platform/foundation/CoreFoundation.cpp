@@ -90,6 +90,22 @@ const char *CFStringGetCStringPtr(CFStringRef string, CFStringEncoding encoding)
   return string->UTF8String();
 }
 
+CFRange CFStringFind(CFStringRef string, CFStringRef sought, CFStringCompareFlags options) {
+  constexpr CFRange notFound{kCFNotFound, 0};
+  if (string == nullptr || sought == nullptr)
+    return notFound;
+  const bool foldCase = (options & kCFCompareCaseInsensitive) != 0;
+  try {
+    const NSRange range = string->rangeOfString(
+        *sought, foldCase ? NSLiteralSearch | NSCaseInsensitiveSearch : NSLiteralSearch);
+    if (range.length == 0)
+      return notFound;
+    return {static_cast<CFIndex>(range.location), static_cast<CFIndex>(range.length)};
+  } catch (...) {
+    return notFound;
+  }
+}
+
 CFDateRef CFDateCreate(CFAllocatorRef /*allocator*/, CFAbsoluteTime time) {
   return orNull([&] { return NSDate::dateWithTimeIntervalSinceReferenceDate(time); });
 }

@@ -43,8 +43,12 @@ CFTypeRef CFRetain(CFTypeRef object);
 void CFRelease(CFTypeRef object);
 
 enum {
+  kCFStringEncodingMacRoman = 0,
+  /* Shift-JIS with the Mac's single bytes. */
+  kCFStringEncodingMacJapanese = 1,
   kCFStringEncodingISOLatin1 = 0x0201,
   kCFStringEncodingASCII = 0x0600,
+  kCFStringEncodingShiftJIS_X0213 = 1576,
   kCFStringEncodingUTF8 = 0x08000100
 };
 
@@ -66,6 +70,22 @@ Boolean CFStringGetCString(CFStringRef string, char *buffer, CFIndex size,
  * encoding: always for UTF-8 (with the bytes of a path as they are), for ASCII and Latin-1 when it
  * holds ASCII only. Otherwise NULL. */
 const char *CFStringGetCStringPtr(CFStringRef string, CFStringEncoding encoding);
+
+enum { kCFNotFound = -1 };
+
+/* A part of a string, in bytes of its UTF-8 form. */
+typedef struct {
+  CFIndex location;
+  CFIndex length;
+} CFRange;
+
+typedef CFIndex CFStringCompareFlags;
+enum { kCFCompareCaseInsensitive = 1 };
+
+/* Where `sought` first occurs in `string`, compared code point by code point, or after full case
+ * folding with kCFCompareCaseInsensitive, the only option known. {kCFNotFound, 0} when it does not
+ * occur or is empty, when either is NULL, or when memory is short. */
+CFRange CFStringFind(CFStringRef string, CFStringRef sought, CFStringCompareFlags options);
 
 /* NULL when memory is short. */
 CFDateRef CFDateCreate(CFAllocatorRef allocator, CFAbsoluteTime time);

@@ -1,11 +1,36 @@
 #include "platform/foundation/NSString.h"
 
 #include "platform/foundation/PathComponents.h"
+#include "platform/foundation/StringEncoding.h"
 #include "platform/foundation/TextPattern.h"
 
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <optional>
+#include <string>
+
+namespace {
+
+std::optional<std::string> decodeData(std::string_view data, NSStringEncoding encoding) {
+  switch (encoding) {
+  case NSDefaultCStringEncoding:
+    if (auto text = decodeText(data, StringEncoding::UTF8))
+      return text;
+    return decodeText(data, StringEncoding::ISOLatin1);
+  case NSASCIIStringEncoding:
+    return decodeText(data, StringEncoding::ASCII);
+  case NSUTF8StringEncoding:
+    return decodeText(data, StringEncoding::UTF8);
+  case NSUnicodeStringEncoding:
+    return decodeText(data, StringEncoding::UTF16);
+  case NSISO2022JPStringEncoding:
+    return decodeText(data, StringEncoding::ISO2022JP);
+  }
+  return std::nullopt;
+}
+
+} // namespace
 
 // The text follows the object in the same allocation, so that a path costs its own bytes and
 // little more.
@@ -28,6 +53,11 @@ const char *NSString::UTF8String() const noexcept {
 }
 
 Ref<const NSString> NSString::create(std::string_view bytes) { return join(bytes, {}, {}); }
+
+Ref<const NSString> NSString::initWithData(std::string_view data, NSStringEncoding encoding) {
+  const std::optional<std::string> text = decodeData(data, encoding);
+  return text ? create(*text) : nullptr;
+}
 
 Ref<const NSString> NSString::join(std::string_view a, std::string_view b, std::string_view c) {
   NSString *string = allocate(a.size() + b.size() + c.size());

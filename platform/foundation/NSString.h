@@ -19,6 +19,18 @@ enum NSStringCompareOptions : unsigned {
   NSLiteralSearch = 2,
 };
 
+/// The encodings of data that a string is made from, by their Foundation numbers.
+enum NSStringEncoding : std::uint32_t {
+  /// The default C-string encoding: UTF-8, and ISO Latin-1 for bytes that are not valid UTF-8.
+  NSDefaultCStringEncoding = 0,
+  NSASCIIStringEncoding = 1,
+  NSUTF8StringEncoding = 4,
+  /// UTF-16, in the order that a mark at its beginning tells, and big-endian without one. The mark
+  /// is no part of the text.
+  NSUnicodeStringEncoding = 10,
+  NSISO2022JPStringEncoding = 21,
+};
+
 /// The order of two values.
 enum NSComparisonResult : int {
   NSOrderedAscending = -1,
@@ -33,9 +45,13 @@ enum NSComparisonResult : int {
 /// Threads: any; immutable.
 class NSString final : public NSObject {
 public:
-  /// A string of the given bytes, which must hold no NUL. Throws `std::bad_alloc`, also for more
-  /// than 4 GiB - 1.
+  /// A string of the given bytes. Throws `std::bad_alloc`, also for more than 4 GiB - 1. Only a
+  /// string without a NUL may name a file or be given to C.
   static Ref<const NSString> create(std::string_view bytes);
+
+  /// A string of data in an encoding, its NULs included; null when the data are not valid in it.
+  /// Throws as `create` does.
+  static Ref<const NSString> initWithData(std::string_view data, NSStringEncoding encoding);
 
   /// The concatenation of three texts, made in one allocation. Throws as `create` does.
   static Ref<const NSString> join(std::string_view a, std::string_view b, std::string_view c);

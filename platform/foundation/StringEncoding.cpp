@@ -1,80 +1,129 @@
 #include "platform/foundation/StringEncoding.h"
 
+#include "platform/foundation/CodePoints.h"
+#include "platform/foundation/IconvText.h"
+#include "platform/foundation/ShiftJISText.h"
+#include "platform/foundation/SingleByteText.h"
+
 #include <algorithm>
-#include <utf8proc.h>
+#include <cstddef>
 
 namespace {
 
 bool isASCII(std::string_view text) noexcept {
-  return std::all_of(text.begin(), text.end(),
-                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  unsigned char seen = 0;
+  for (const char c : text)
+    seen |= static_cast<unsigned char>(c);
+  return seen < 0x80;
 }
 
-/// Calls `take` with each code point and -1 for each byte that is not UTF-8, until it answers
-/// false; whether it never did.
-template <class Take> bool forEachCodePoint(std::string_view text, Take take) {
-  while (!text.empty()) {
-    utf8proc_int32_t codePoint = -1;
-    const utf8proc_ssize_t length =
-        utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t *>(text.data()),
-                         static_cast<utf8proc_ssize_t>(text.size()), &codePoint);
-    if (!take(length > 0 ? codePoint : -1))
+bool isUTF8(std::string_view text) noexcept {
+  while (!text.empty())
+    if (takeCodePoint(text) < 0)
       return false;
-    text.remove_prefix(length > 0 ? static_cast<std::size_t>(length) : 1);
-  }
   return true;
 }
 
-std::string fromLatin1(std::string_view bytes) {
+std::optional<std::string> copyIf(bool isValid, std::string_view text) {
+  if (!isValid)
+    return std::nullopt;
+  return std::string(text);
+}
+
+std::string decodeSingleBytes(std::string_view bytes, const SingleByteTable &table) {
   std::string text;
-  text.reserve(bytes.size());
-  for (const char byte : bytes) {
-    utf8proc_uint8_t encoded[4];
-    const utf8proc_ssize_t length = utf8proc_encode_char(static_cast<unsigned char>(byte), encoded);
-    text.append(reinterpret_cast<const char *>(encoded), static_cast<std::size_t>(length));
-  }
+  text.reserve(bytes.size() + bytes.size() / 8);
+  for (const char byte : bytes)
+    if (static_cast<unsigned char>(byte) < 0x80)
+      text.push_back(byte);
+    else
+      appendCodePoint(text, table.characterOf(byte));
   return text;
 }
 
-std::optional<std::string> toLatin1(std::string_view text) {
+std::optional<std::string> encodeSingleBytes(std::string_view text, const SingleByteTable &table) {
   std::string bytes;
   bytes.reserve(text.size());
-  const auto take = [&](std::int32_t codePoint) {
-    if (codePoint < 0 || codePoint > 0xFF)
-      return false;
-    bytes.push_back(static_cast<char>(codePoint));
-    return true;
-  };
-  if (!forEachCodePoint(text, take))
-    return std::nullopt;
+  while (!text.empty()) {
+    const int byte = table.byteOf(takeCodePoint(text));
+    if (byte < 0)
+      return std::nullopt;
+    bytes.push_back(static_cast<char>(byte));
+  }
   return bytes;
+}
+
+bool isHighSurrogate(std::int32_t unit) noexcept { return unit >= 0xD800 && unit < 0xDC00; }
+bool isLowSurrogate(std::int32_t unit) noexcept { return unit >= 0xDC00 && unit < 0xE000; }
+
+std::optional<std::string> decodeUTF16(std::string_view bytes) {
+  if (bytes.size() % 2 != 0)
+    return std::nullopt;
+  const bool isLittleEndian = bytes.starts_with("\xFF\xFE");
+  const auto unitAt = [&](std::size_t i) -> std::int32_t {
+    const auto first = static_cast<unsigned char>(bytes[i]);
+    const auto second = static_cast<unsigned char>(bytes[i + 1]);
+    return isLittleEndian ? second << 8 | first : first << 8 | second;
+  };
+  std::string text;
+  const std::size_t markSize = isLittleEndian || bytes.starts_with("\xFE\xFF") ? 2 : 0;
+  for (std::size_t i = markSize; i < bytes.size(); i += 2) {
+    std::int32_t codePoint = unitAt(i);
+    if (isHighSurrogate(codePoint)) {
+      i += 2;
+      if (i == bytes.size() || !isLowSurrogate(unitAt(i)))
+        return std::nullopt;
+      codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (unitAt(i) - 0xDC00);
+    } else if (isLowSurrogate(codePoint)) {
+      return std::nullopt;
+    }
+    appendCodePoint(text, codePoint);
+  }
+  return text;
 }
 
 } // namespace
 
 std::optional<std::string> decodeText(std::string_view bytes, std::uint32_t encoding) {
-  bool isValid = false;
   switch (static_cast<StringEncoding>(encoding)) {
   case StringEncoding::UTF8:
-    isValid = forEachCodePoint(bytes, [](std::int32_t codePoint) { return codePoint >= 0; });
-    break;
+    return copyIf(isASCII(bytes) || isUTF8(bytes), bytes);
   case StringEncoding::ASCII:
-    isValid = isASCII(bytes);
-    break;
+    return copyIf(isASCII(bytes), bytes);
   case StringEncoding::ISOLatin1:
-    return fromLatin1(bytes);
+    return decodeSingleBytes(bytes, isoLatin1Table);
+  case StringEncoding::MacRoman:
+    return decodeSingleBytes(bytes, macRomanTable);
+  case StringEncoding::MacJapanese:
+    return decodeShiftJIS(bytes, ShiftJIS::MacJapanese);
+  case StringEncoding::ShiftJIS_X0213:
+    return decodeShiftJIS(bytes, ShiftJIS::X0213);
+  case StringEncoding::UTF16:
+    return decodeUTF16(bytes);
+  case StringEncoding::ISO2022JP:
+    return IconvText("UTF-8", "ISO-2022-JP").convert(bytes);
   }
-  if (!isValid)
-    return std::nullopt;
-  return std::string(bytes);
+  return std::nullopt;
 }
 
 std::optional<std::string> encodeText(std::string_view text, std::uint32_t encoding) {
-  if (static_cast<StringEncoding>(encoding) == StringEncoding::ISOLatin1)
-    return toLatin1(text);
-  if (!isStoredAs(text, encoding))
-    return std::nullopt;
-  return std::string(text);
+  switch (static_cast<StringEncoding>(encoding)) {
+  case StringEncoding::UTF8:
+  case StringEncoding::ASCII:
+    return copyIf(isStoredAs(text, encoding), text);
+  case StringEncoding::ISOLatin1:
+    return encodeSingleBytes(text, isoLatin1Table);
+  case StringEncoding::MacRoman:
+    return encodeSingleBytes(text, macRomanTable);
+  case StringEncoding::MacJapanese:
+    return encodeShiftJIS(text, ShiftJIS::MacJapanese);
+  case StringEncoding::ShiftJIS_X0213:
+    return encodeShiftJIS(text, ShiftJIS::X0213);
+  case StringEncoding::UTF16:
+  case StringEncoding::ISO2022JP:
+    break;
+  }
+  return std::nullopt;
 }
 
 bool isStoredAs(std::string_view text, std::uint32_t encoding) noexcept {
@@ -83,7 +132,10 @@ bool isStoredAs(std::string_view text, std::uint32_t encoding) noexcept {
     return true;
   case StringEncoding::ASCII:
   case StringEncoding::ISOLatin1:
+  case StringEncoding::MacRoman:
     return isASCII(text);
+  default:
+    // A backslash is another byte or none in Shift-JIS.
+    return false;
   }
-  return false;
 }

@@ -7,14 +7,28 @@
 
 /// The encodings of text, by their Core Foundation numbers.
 enum class StringEncoding : std::uint32_t {
+  MacRoman = 0,
+  /// Shift-JIS with the Mac's single bytes.
+  MacJapanese = 1,
+  /// To be decoded only. A byte-order mark tells the order and is no part of the text; without one
+  /// the text is big-endian.
+  UTF16 = 0x0100,
   ISOLatin1 = 0x0201,
   ASCII = 0x0600,
+  ShiftJIS_X0213 = 1576,
+  /// To be decoded only.
+  ISO2022JP = 0x0820,
   UTF8 = 0x08000100,
 };
 
 /// `bytes` in the given encoding as UTF-8; none when a byte is not valid in it, or the encoding is
 /// unknown. Throws `std::bad_alloc`. Any thread.
 [[nodiscard]] std::optional<std::string> decodeText(std::string_view bytes, std::uint32_t encoding);
+
+[[nodiscard]] inline std::optional<std::string> decodeText(std::string_view bytes,
+                                                           StringEncoding encoding) {
+  return decodeText(bytes, static_cast<std::uint32_t>(encoding));
+}
 
 /// `text` in the given encoding; none when a character cannot be given in it, or the encoding is
 /// unknown. As UTF-8 any bytes are given as they are. Throws `std::bad_alloc`. Any thread.

@@ -4,6 +4,7 @@
 #include "platform/foundation/Ref.h"
 
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace {
 
@@ -45,6 +46,25 @@ TEST(CFString, IsMadeFromValidTextAndGivenOutWhereItFits) {
   const auto path =
       Ref<const NSString>::adopt(CFStringCreateWithFileSystemRepresentation(nullptr, "/caf\xe9"));
   EXPECT_STREQ(CFStringGetCStringPtr(path.get(), utf8), "/caf\xe9") << "any bytes make a path";
+}
+
+TEST(CFString, IsFoundLiterally) {
+  const struct {
+    const char *name, *string, *sought;
+    CFStringCompareFlags options;
+    CFIndex location, length;
+  } rows[] = {
+      {"case", "aBc", "b", 0, kCFNotFound, 0},
+      {"any case", "a\u00c9b", "\u00e9B", kCFCompareCaseInsensitive, 1, 3},
+      {"base of an accent", "e\u0301", "e", kCFCompareCaseInsensitive, 0, 1},
+      {"nothing", "a", "", 0, kCFNotFound, 0},
+  };
+  for (const auto &row : rows) {
+    const auto string = NSString::create(row.string), sought = NSString::create(row.sought);
+    const CFRange range = CFStringFind(string.get(), sought.get(), row.options);
+    EXPECT_EQ(std::pair(range.location, range.length), std::pair(row.location, row.length))
+        << row.name;
+  }
 }
 
 TEST(NSDate, CutsFileTimesToMicroseconds) {

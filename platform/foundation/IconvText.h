@@ -1,0 +1,27 @@
+#pragma once
+
+#include <iconv.h>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// A conversion of the C library between two encodings, by its names for them.
+///
+/// Threads: one at a time.
+class IconvText {
+public:
+  /// One that is not known, or for which something is missing, gives converters that answer none.
+  IconvText(const char *to, const char *from) noexcept : handle_(iconv_open(to, from)) {}
+  ~IconvText();
+  IconvText(const IconvText &) = delete;
+  IconvText &operator=(const IconvText &) = delete;
+
+  [[nodiscard]] bool isOpen() const noexcept;
+
+  /// The whole of `bytes` converted, from the initial state to the initial state; none when they
+  /// are not valid or end within a character. Throws `std::bad_alloc`.
+  [[nodiscard]] std::optional<std::string> convert(std::string_view bytes);
+
+private:
+  iconv_t handle_;
+};
