@@ -1,0 +1,22 @@
+#pragma once
+
+#include "pdf_reader/CPDFSection.h"
+#include "pdf_reader/tagOBJECTRECORD.h"
+
+/// A document's catalog (PDF standard, 7.7.2): the reference of its page tree.
+///
+/// Ownership, threads and failure as `CPDFSection`.
+class CPDFCatalog : public CPDFSection {
+public:
+  CPDFCatalog() noexcept = default;
+
+  int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
+  void Release() override;
+  void ReleaseParse() override;
+
+  /// Gives the reference, zeros when none was read; a null `out` is ignored.
+  void GetPagesInfo(tagOBJECTRECORD *out) const noexcept;
+
+private:
+  tagOBJECTRECORD pages_;
+};

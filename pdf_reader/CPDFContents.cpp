@@ -1,0 +1,191 @@
+#include "pdf_reader/CPDFContents.h"
+
+#include "pdf_reader/HexString.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+
+namespace {
+
+bool isTextOperator(std::string_view token) noexcept {
+  if (token.size() != 2 || token[0] != 'T')
+    return false;
+  switch (token[1]) {
+  case 'c':
+  case 'w':
+  case 'z':
+  case 'L':
+  case 'f':
+  case 'r':
+  case 's':
+  case 'm':
+  case 'j':
+  case 'J':
+    return true;
+  default:
+    return false;
+  }
+}
+
+} // namespace
+
+/// Looks at each token once, however often the next operator is asked for.
+class CPDFContents::OperatorScan {
+public:
+  explicit OperatorScan(const CParamArray &tokens) noexcept : tokens_(tokens) {}
+
+  /// The index of the first operator from `index` on, or the count.
+  unsigned long next(unsigned long index) noexcept {
+    if (!hasLooked_ || next_ < index) {
+      hasLooked_ = true;
+      for (next_ = index; next_ < tokens_.GetCount(); ++next_)
+        if (isTextOperator(tokens_.token(next_)))
+          break;
+    }
+    return next_;
+  }
+
+private:
+  const CParamArray &tokens_;
+  unsigned long next_ = 0;
+  bool hasLooked_ = false;
+};
+
+int CPDFContents::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
+  if (tokens == nullptr || goOn == nullptr)
+    return 0;
+  const bool wasOutside = !isInside_ && !isInStream_ && !isInText_;
+  const std::size_t lengthBefore = textLength_;
+  bool isStopped = false;
+  bool hasFailed = false;
+  try {
+    tokens->dropFront(parseTokens(*tokens, isStopped, hasFailed));
+    if (isStopped)
+      *goOn = 0;
+    else if (!hasFailed && trail_ != nullptr && reader_ != nullptr)
+      keepTrail(wasOutside, lengthBefore, goOn);
+  } catch (const std::bad_alloc &) {
+    return 0;
+  }
+  return hasFailed ? 0 : 1;
+}
+
+/// Gives how many tokens are done with: all, but for a stop or a failure.
+unsigned long CPDFContents::parseTokens(const CParamArray &tokens, bool &isStopped,
+                                        bool &hasFailed) {
+  isGroupScanned_ = endsUnclaimed_ = false;
+  OperatorScan scan(tokens);
+  const unsigned long count = tokens.GetCount();
+  unsigned long i = 0;
+  while (i < count) {
+    const std::string_view token = tokens.token(i);
+    if (!isInside_) {
+      isInside_ = token == "obj";
+    } else if (!isInStream_) {
+      isInside_ = token != "endobj";
+      isInStream_ = token == "stream";
+    } else if (!isInText_) {
+      if (token == "endstream") {
+        isInStream_ = false;
+      } else if (token == "BT") {
+        isInText_ = true;
+      } else {
+        isStopped = true;
+        return i;
+      }
+    } else if (token == "ET") {
+      isInText_ = false;
+    } else {
+      const unsigned long used = parseText(tokens, i, scan, hasFailed);
+      if (hasFailed)
+        return i;
+      i += used;
+      continue;
+    }
+    endsUnclaimed_ = false;
+    ++i;
+  }
+  return count;
+}
+
+/// One step inside a text object. Gives how many tokens it takes.
+unsigned long CPDFContents::parseText(const CParamArray &tokens, unsigned long index,
+                                      OperatorScan &scan, bool &hasFailed) {
+  const unsigned long found = scan.next(index);
+  isGroupScanned_ = true;
+  endsUnclaimed_ = found == tokens.GetCount();
+  if (endsUnclaimed_ || found == index)
+    return 1;
+  if (found == index + 1 && tokens.token(found) == "Tj")
+    hasFailed = !addString(tokens.token(index));
+  return found - index + 1;
+}
+
+/// Appends the bytes of a hexadecimal string up to the first NUL; false for any other token.
+bool CPDFContents::addString(std::string_view token) {
+  if (!isHexString(token))
+    return false;
+  const std::string_view digits = digitsOfHexString(token);
+  const std::size_t most = digits.size() / 2 + 1;
+  if (!texts_.makeRoom(1, most + 1))
+    return false;
+  char *const text = texts_.textRoom();
+  std::size_t size = decodeHexDigits(digits, text, most);
+  if (const void *const end = std::memchr(text, 0, size); end != nullptr)
+    size = static_cast<std::size_t>(static_cast<const char *>(end) - text);
+  texts_.takeTextRoom(size);
+  textLength_ += size;
+  return true;
+}
+
+void CPDFContents::keepTrail(bool wasOutside, std::size_t lengthBefore, char *goOn) {
+  LooseEnds &looseEnds = trail_->looseEnds();
+  if (reader_->isJoined() && isGroupScanned_)
+    looseEnds.note(reader_->joinedFrom(), reader_->joinedTo());
+  if (endsUnclaimed_ && reader_->tokensEnd() < reader_->lineEnd())
+    looseEnds.note(reader_->tokensEnd() + 1, reader_->lineEnd());
+  if (wasOutside && isInside_)
+    trail_->enter(reader_->groupPosition(), lengthBefore);
+  if (trail_->isComplete(textLength_))
+    *goOn = 0;
+}
+
+void CPDFContents::Release() {
+  CPDFSection::Release();
+  ReleaseParse();
+  texts_.Release();
+}
+
+void CPDFContents::ReleaseParse() {
+  CPDFSection::ReleaseParse();
+  isInStream_ = isInText_ = false;
+  texts_.Reset();
+  textLength_ = 0;
+}
+
+int CPDFContents::GetTextLength() const noexcept {
+  constexpr std::size_t most = std::numeric_limits<int>::max();
+  return textLength_ == 0 ? 0 : static_cast<int>(std::min(textLength_ + 1, most));
+}
+
+int CPDFContents::GetTextString(unsigned char *buf, unsigned long *ioSize) const noexcept {
+  if (buf == nullptr || ioSize == nullptr)
+    return 0;
+  unsigned long size = 0;
+  for (unsigned long i = 0; i < texts_.GetCount() && size < *ioSize; ++i) {
+    const std::string_view text = texts_.token(i);
+    const unsigned long length = std::min(text.size(), *ioSize - size);
+    std::memcpy(buf + size, text.data(), length);
+    size += length;
+  }
+  std::memset(buf + size, 0, *ioSize - size);
+  *ioSize = size;
+  return 1;
+}
+
+void CPDFContents::FollowTrail(ObjectTrail *trail) noexcept {
+  trail_ = trail;
+  looseEnds_ = trail == nullptr ? nullptr : &trail->looseEnds();
+}

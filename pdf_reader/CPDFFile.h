@@ -1,0 +1,70 @@
+#pragma once
+
+#include "pdf_reader/CPDFPages.h"
+#include "pdf_reader/CPDFXRefTable.h"
+#include "pdf_reader/FileChunks.h"
+#include "streams/CFileStream.h"
+
+#include <cstddef>
+
+class CPDFTrailer;
+
+/// A PDF document, and whether a keyword occurs in the text of its pages.
+///
+/// It reads what documents of the classic layout hold: cross-reference sections and trailers, a
+/// page tree of one level, and content streams without compression. Anything else is not opened, or
+/// nothing is found in it.
+///
+/// A damaged document may ask for its bytes to be read again and again: past 32 times its size and
+/// 4 MiB, each reading fails. Whole documents stay far below.
+///
+/// Ownership: owns the open file. Threads: one at a time.
+class CPDFFile : public CFileStream {
+public:
+  CPDFFile() noexcept = default;
+  ~CPDFFile() { CPDFFile::Release(); }
+
+  /// Opens the document at a path. 1 when `FindText` can be asked; otherwise 0, and the object is
+  /// released.
+  int Open(const char *path);
+  using CFileStream::Open;
+
+  /// Whether a keyword (an `NSString`) occurs in the text of the pages, whose bytes are in a Core
+  /// Foundation encoding: 1 or 0, also 0 when a part of the document cannot be read that comes
+  /// before. A `caseSensitive` of 0 ignores case.
+  int FindText(const void *keyword, int caseSensitive, unsigned long encoding);
+
+  /// Whether a content stream of the first page bears the mark of `CPDFStrmObjVorda`: 1 or 0.
+  int IsVordaPDF();
+
+  /// 1 also when nothing is open.
+  int Close() override;
+
+  int Release() override;
+
+  // As a stream, an open document is read through a cache.
+  int Read(void *buffer, long count, long *done) override;
+  int Seek(long offset, unsigned short origin) override;
+  long Tell() override;
+  long GetSize() override;
+
+private:
+  bool openFile(const char *path);
+  bool openDocument();
+  bool findTrailers(CPDFTrailer &last, CPDFTrailer &other, long &lastPosition);
+  bool readTables(CPDFTrailer &last, CPDFTrailer &other, long lastPosition);
+  bool readPages(const CPDFTrailer &last);
+  bool parseAt(tagOBJECTRECORD object, CPDFSection &section);
+  bool loadChunk(std::size_t number, const char *&bytes);
+
+  bool isOpen_ = false;
+  CPDFXRefTable xrefTable_;
+  CPDFPages pages_;
+
+  long size_ = 0;
+  long position_ = 0;
+  FileChunks chunks_;
+  long bytesLeft_ = 0;
+  /// What was left when the document was open: each search may read as much.
+  long bytesLeftForSearch_ = 0;
+};

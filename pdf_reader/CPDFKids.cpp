@@ -1,0 +1,49 @@
+#include "pdf_reader/CPDFKids.h"
+
+#include "pdf_reader/ReferenceValues.h"
+
+#include <new>
+
+int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
+  if (tokens == nullptr || goOn == nullptr)
+    return 0;
+  const unsigned long count = tokens->GetCount();
+  unsigned long i = 0;
+  bool isEnd = false;
+  try {
+    ReferenceValues values(*tokens);
+    while (i < count && !isEnd) {
+      const std::string_view token = tokens->token(i);
+      if (!isInside_) {
+        isInside_ = token == "obj";
+      } else if (token == "endobj") {
+        isInside_ = false;
+        isEnd = true;
+      } else if (token == "/Contents") {
+        if (i + 1 == count)
+          break;
+        const unsigned long used = values.read(i + 1, contents_);
+        if (used == 0)
+          return 0;
+        i += used;
+      }
+      ++i;
+    }
+  } catch (const std::bad_alloc &) {
+    return 0;
+  }
+  tokens->dropFront(i);
+  if (isEnd)
+    *goOn = 0;
+  return 1;
+}
+
+void CPDFKids::Release() {
+  CPDFSection::Release();
+  ReleaseParse();
+}
+
+void CPDFKids::ReleaseParse() {
+  CPDFSection::ReleaseParse();
+  contents_.Release();
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "pdf_reader/CObjectList.h"
+#include "pdf_reader/CPDFSection.h"
+
+#include <cstdint>
+
+/// The top node of a page tree (PDF standard, 7.7.3): its "/Count" and the references of its kids.
+///
+/// Ownership, threads and failure as `CPDFSection`.
+class CPDFPages : public CPDFSection {
+public:
+  CPDFPages() noexcept = default;
+
+  int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
+  void Release() override;
+  void ReleaseParse() override;
+
+  /// "/Count" as the document says it, whatever number of kids was read.
+  [[nodiscard]] unsigned int GetKidsCount() const noexcept { return count_; }
+
+  /// Valid until the next parse; null when fewer kids were read.
+  [[nodiscard]] const tagOBJECTRECORD *GetKidsInfo(int index) const noexcept {
+    return kids_.GetObject(index);
+  }
+
+private:
+  std::uint32_t count_ = 0;
+  CObjectList kids_;
+};

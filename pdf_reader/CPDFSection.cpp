@@ -1,0 +1,99 @@
+#include "pdf_reader/CPDFSection.h"
+
+#include "pdf_reader/LineUtility.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <vector>
+
+int CPDFSection::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
+  if (tokens == nullptr || goOn == nullptr)
+    return 0;
+  const unsigned long count = tokens->GetCount();
+  unsigned long used = 0;
+  bool isEnd = false;
+  while (used < count && !isEnd) {
+    const std::string_view token = tokens->token(used++);
+    isEnd = isInside_ && token == "endobj";
+    isInside_ = isInside_ ? !isEnd : token == "obj";
+  }
+  tokens->dropFront(used);
+  if (isEnd)
+    *goOn = 0;
+  return 1;
+}
+
+int CPDFSection::Parse(CIOStream *stream) {
+  ReleaseParse();
+  if (stream == nullptr)
+    return 0;
+  try {
+    TokenReader reader(*stream, TokenReader::Comments::cut, looseEnds_);
+    return parseGroups(reader);
+  } catch (const std::bad_alloc &) {
+    return 0;
+  }
+}
+
+int CPDFSection::parseGroups(TokenReader &reader) {
+  // The reader is gone after a parse that was thrown out of, too.
+  const struct Guard {
+    const TokenReader *&used;
+    ~Guard() { used = nullptr; }
+  } guard{reader_};
+  reader_ = &reader;
+  tokens_.Reset();
+  char goOn = 1;
+  int result = 1;
+  while (result == 1 && goOn != 0 && reader.next(tokens_))
+    if (reader.isGroupComplete())
+      result = ParseLine(&tokens_, &goOn, nullptr);
+  return goOn != 0 && result == 1 ? reader.result() : result;
+}
+
+void CPDFSection::Release() { ReleaseParse(); }
+
+void CPDFSection::ReleaseParse() { isInside_ = false; }
+
+int CPDFSection::FindKeyWordRev(CIOStream *stream, long length, const unsigned char *keyword,
+                                long *found) {
+  if (stream == nullptr || keyword == nullptr || found == nullptr)
+    return 0;
+  *found = -1;
+  const auto keywordSize = static_cast<long>(std::strlen(reinterpret_cast<const char *>(keyword)));
+  const long blockSize = std::max(1024L, keywordSize + 1);
+  const long base = stream->Tell();
+  // How many bytes were left after some earlier round, looked at anew after ever more rounds: when
+  // as many are left again, the rounds would go on for ever.
+  long leftBefore = -1;
+  long rounds = 0;
+  try {
+    std::vector<unsigned char> block(static_cast<std::size_t>(blockSize));
+    for (long left = length; left > 0;) {
+      const long size = left < blockSize ? blockSize - left : blockSize;
+      left -= size;
+      long done = 0;
+      if (stream->Seek(base + left, streamSeekBegin) != 1 ||
+          stream->Read(block.data(), size, &done) != 1)
+        return 0;
+      unsigned char *match = nullptr;
+      if (::FindKeyWordRev(block.data(), static_cast<unsigned long>(done), keyword, &match) != 1)
+        return 0;
+      if (match != nullptr) {
+        *found = left + (match - block.data());
+        return 1;
+      }
+      if (left != 0)
+        left += keywordSize;
+      if (left == leftBefore)
+        break;
+      ++rounds;
+      if ((rounds & (rounds - 1)) == 0)
+        leftBefore = left;
+    }
+  } catch (const std::bad_alloc &) {
+    return 0;
+  }
+  return 1;
+}

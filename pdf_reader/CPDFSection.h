@@ -1,0 +1,57 @@
+#pragma once
+
+#include "pdf_reader/CParamArray.h"
+#include "pdf_reader/TokenReader.h"
+#include "streams/CIOStream.h"
+
+/// Base of what reads one section of a document: `Parse` reads lines from the stream's position on
+/// and hands their tokens to `ParseLine`, until that has seen enough.
+///
+/// The operations answer 1 for success and 0 for failure; a section keeps what it read before a
+/// failure. Ownership: a section owns what it read, never the stream. Threads: one at a time.
+class CPDFSection {
+public:
+  CPDFSection() noexcept = default;
+  CPDFSection(const CPDFSection &) = delete;
+  CPDFSection &operator=(const CPDFSection &) = delete;
+
+  /// Consumes tokens from the front of the array; those that it leaves come back with the next
+  /// line's behind them. Sets `*goOn` to 0 when the section is complete. This one reads over an
+  /// object, up to "endobj".
+  virtual int ParseLine(CParamArray *tokens, char *goOn, void *context);
+
+  /// Forgets what was read before and reads from the stream's position on. The stream is left at
+  /// the end of the last block of 1,024 bytes that was read.
+  virtual int Parse(CIOStream *stream);
+
+  /// Returns the section to the state in which it was made.
+  virtual void Release();
+
+  /// Forgets what was read.
+  virtual void ReleaseParse();
+
+  /// Looks for a keyword in the `length` bytes from the stream's position on, backwards and in
+  /// blocks. `*found` receives where it stands after that position, or -1. 0 when a pointer is null
+  /// or the stream fails, as it does when the rest of the bytes is less than half a block.
+  static int FindKeyWordRev(CIOStream *stream, long length, const unsigned char *keyword,
+                            long *found);
+
+protected:
+  ~CPDFSection() = default;
+
+  /// Hands groups of tokens to `ParseLine` until it ends the parse or the stream does.
+  int parseGroups(TokenReader &reader);
+
+  /// Whether the word has been met with which what is read begins: "obj", for some sections
+  /// another.
+  bool isInside_ = false;
+
+  /// Where the group stands that `ParseLine` is given, and more about it; null outside of `Parse`.
+  const TokenReader *reader_ = nullptr;
+
+  /// If not null, receives where an edge of a block would change what is read.
+  LooseEnds *looseEnds_ = nullptr;
+
+  /// The tokens that wait for `ParseLine`, kept for the sake of their room.
+  CParamArray tokens_;
+};

@@ -1,0 +1,48 @@
+#include "pdf_reader/CPDFStrmObjVorda.h"
+
+#include <new>
+
+int CPDFStrmObjVorda::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
+  if (tokens == nullptr || goOn == nullptr)
+    return 0;
+  while (tokens->GetCount() > 0) {
+    const std::string_view token = tokens->token(0);
+    if (!isInside_) {
+      isInside_ = token == "obj";
+    } else if (!isInStream_) {
+      isInside_ = token != "endobj";
+      isInStream_ = token == "stream";
+    } else if (token == "endstream") {
+      isInStream_ = false;
+    } else {
+      isVorda_ = token == "%" && tokens->GetCount() == 2 &&
+                 tokens->token(1).starts_with("VORDA_PFINF_TYPE");
+      *goOn = 0;
+      return 1;
+    }
+    tokens->dropFront(1);
+  }
+  return 1;
+}
+
+int CPDFStrmObjVorda::Parse(CIOStream *stream) {
+  ReleaseParse();
+  if (stream == nullptr)
+    return 0;
+  try {
+    TokenReader reader(*stream, TokenReader::Comments::keep);
+    return parseGroups(reader);
+  } catch (const std::bad_alloc &) {
+    return 0;
+  }
+}
+
+void CPDFStrmObjVorda::Release() {
+  CPDFSection::Release();
+  ReleaseParse();
+}
+
+void CPDFStrmObjVorda::ReleaseParse() {
+  CPDFSection::ReleaseParse();
+  isVorda_ = isInStream_ = false;
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "pdf_reader/CPDFSection.h"
+#include "pdf_reader/tagOBJECTRECORD.h"
+
+#include <cstdint>
+
+/// A trailer (PDF standard, 7.5.5): how many objects there are, which one is the catalog, and the
+/// number that follows "startxref". /Prev is not looked at: sections are followed through
+/// "startxref".
+///
+/// Ownership, threads and failure as `CPDFSection`.
+class CPDFTrailer : public CPDFSection {
+public:
+  CPDFTrailer() noexcept = default;
+
+  int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
+  void Release() override;
+  void ReleaseParse() override;
+
+  /// Moves the stream to the last "trailer" of the whole file. 0 when there is none.
+  static int Move1stTrailer(CIOStream *stream);
+
+  /// Moves the stream from its position to the next line that begins with the word "trailer", or to
+  /// its end.
+  static int MoveNextTrailer(CIOStream *stream);
+
+  /// 0 when no /Size was read, or `size` is null.
+  int GetXRefKeySize(int *size) const noexcept;
+  int SetXRefKeySize(int size) noexcept;
+
+  /// 0 when no /Root was read, or `root` is null.
+  int GetRootInfo(tagOBJECTRECORD *root) const noexcept;
+  int SetRootInfo(const tagOBJECTRECORD *root) noexcept;
+
+  /// Where the cross-reference section begins; 0 when it is not told.
+  [[nodiscard]] int GetXRefOffset() const noexcept { return xrefOffset_; }
+
+private:
+  bool hasSize_ = false;
+  std::int32_t size_ = 0;
+  bool hasRoot_ = false;
+  tagOBJECTRECORD root_;
+  std::int32_t xrefOffset_ = 0;
+};

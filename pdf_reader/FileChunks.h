@@ -1,0 +1,35 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+/// Parts of a file in memory: the last ones that were asked for, all of a small file.
+///
+/// Ownership: owns its memory. Threads: one at a time.
+class FileChunks {
+public:
+  static constexpr std::size_t chunkSize = 1 << 14;
+
+  /// The chunk of that number; null when it is not there.
+  [[nodiscard]] const char *find(std::size_t number) noexcept;
+
+  /// Room for the chunk of that number, which takes the place of the one that was not asked for
+  /// longest; it counts as there after `keep`. Null when memory is short.
+  [[nodiscard]] char *replaceOldest(std::size_t number) noexcept;
+  void keep() noexcept;
+
+  void clear() noexcept;
+
+private:
+  struct Chunk {
+    std::size_t number = 0;
+    std::uint64_t lastUse = 0; ///< 0 for one that holds nothing
+    std::unique_ptr<char[]> bytes;
+  };
+
+  std::array<Chunk, 32> chunks_;
+  Chunk *current_ = nullptr;
+  std::uint64_t uses_ = 0;
+};

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <type_traits>
+
+/// Room for values that are plain bytes: it grows in place where it can, and what is new in it is
+/// not written.
+///
+/// Ownership: owns the room. Threads: one at a time. Failure: false, and the room is as it was.
+template <class T> class PlainArray {
+  static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
+
+public:
+  [[nodiscard]] T *data() const noexcept { return values_.get(); }
+  [[nodiscard]] std::size_t capacity() const noexcept { return capacity_; }
+
+  /// Makes room for `count` values, and for half as many again as there was room for before.
+  [[nodiscard]] bool reserve(std::size_t count) noexcept {
+    if (count <= capacity_)
+      return true;
+    const std::size_t capacity = std::max(count, capacity_ + capacity_ / 2);
+    if (capacity > static_cast<std::size_t>(-1) / sizeof(T))
+      return false;
+    void *const grown = std::realloc(values_.get(), capacity * sizeof(T));
+    if (grown == nullptr)
+      return false;
+    static_cast<void>(values_.release());
+    values_.reset(static_cast<T *>(grown));
+    capacity_ = capacity;
+    return true;
+  }
+
+  void release() noexcept {
+    values_.reset();
+    capacity_ = 0;
+  }
+
+private:
+  struct Free {
+    void operator()(T *values) const noexcept { std::free(values); }
+  };
+
+  std::unique_ptr<T[], Free> values_;
+  std::size_t capacity_ = 0;
+};

@@ -1,0 +1,39 @@
+#include "pdf_reader/ReferenceValues.h"
+
+#include "pdf_reader/LineUtility.h"
+
+#include <algorithm>
+
+unsigned long ReferenceValues::read(unsigned long index, CObjectList &list) {
+  constexpr int shortestArray = 5;
+  constexpr int singleReference = 3;
+  int length = arrayLengthAt(index);
+  if (length < shortestArray)
+    length = singleReference;
+  if (value_.CopyParam(&tokens_, index, length) != 1 || list.Parse(&value_) != 1)
+    return 0;
+  return value_.GetCount();
+}
+
+int ReferenceValues::arrayLengthAt(unsigned long index) {
+  if (!isUnclosed_.empty() && isUnclosed_[index])
+    return 0;
+  const int length = GetArrayLength(&tokens_, static_cast<int>(index));
+  if (length == 0 && isUnclosed_.empty() && tokens_.token(index) == "[")
+    findUnclosed();
+  return length;
+}
+
+void ReferenceValues::findUnclosed() {
+  isUnclosed_.resize(tokens_.GetCount());
+  unsigned long ends = 0;
+  for (unsigned long i = tokens_.GetCount(); i-- > 0;) {
+    const std::string_view token = tokens_.token(i);
+    if (token == "]") {
+      ++ends;
+    } else if (token == "[") {
+      isUnclosed_[i] = ends == 0;
+      ends -= ends > 0 ? 1 : 0;
+    }
+  }
+}

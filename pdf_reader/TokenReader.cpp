@@ -1,0 +1,221 @@
+#include "pdf_reader/TokenReader.h"
+
+#include "pdf_reader/ByteClasses.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+namespace {
+
+/// The first byte from `position` on that is not an ordinary one of a token. Line ends stand behind
+/// the end of the bytes, enough of them for a whole word.
+const char *firstSpecial(const char *position) noexcept {
+  if constexpr (std::endian::native == std::endian::little) {
+    // All bytes that end a token, or may, are below this one.
+    constexpr std::uint64_t limit = 0x2626262626262626U;
+    constexpr std::uint64_t topBits = 0x8080808080808080U;
+    for (;;) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, position, sizeof word);
+      const std::uint64_t low = (word - limit) & ~word & topBits;
+      if (low == 0) {
+        position += sizeof word;
+        continue;
+      }
+      position += std::countr_zero(low) / 8;
+      if (classOf(*position) != ByteClass::text)
+        return position;
+      ++position;
+    }
+  }
+  while (classOf(*position) == ByteClass::text)
+    ++position;
+  return position;
+}
+
+const char *firstLineEnd(const char *position) noexcept {
+  while (classOf(*position) != ByteClass::lineEnd)
+    ++position;
+  return position;
+}
+
+} // namespace
+
+// The block and its guard are written before they are read.
+// NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject)
+TokenReader::TokenReader(CIOStream &stream, Comments comments, LooseEnds *looseEnds)
+    : stream_(stream), looseEnds_(looseEnds), cutsComments_(comments == Comments::cut),
+      blockPosition_(stream.Tell()) {
+  size_ = stream.GetSize();
+  isLastBlock_ = blockPosition_ >= size_;
+}
+
+bool TokenReader::readBlock() {
+  if (isLastBlock_)
+    return false;
+  blockPosition_ += end_ == nullptr ? 0 : end_ - block_.data();
+  const long count = std::min(static_cast<long>(blockSize), size_ - blockPosition_);
+  long done = 0;
+  if (stream_.Read(block_.data(), count, &done) != 1 || done <= 0 || done > count) {
+    hasFailed_ = true;
+    return false;
+  }
+  cursor_ = block_.data();
+  end_ = cursor_ + done;
+  std::memset(block_.data() + done, '\n', guardSize);
+  isLastBlock_ = blockPosition_ + done == size_;
+  return true;
+}
+
+/// Makes room for all tokens that the rest of the block can hold.
+bool TokenReader::makeRoom(CParamArray &tokens) {
+  const auto rest = static_cast<std::size_t>(end_ - cursor_);
+  const std::size_t count = rest / 2 + 2;
+  if (tokens.makeRoom(count, carried_.size() + rest + count + guardSize))
+    return true;
+  hasFailed_ = true;
+  return false;
+}
+
+bool TokenReader::next(CParamArray &tokens) {
+  if (isGroupComplete_)
+    isGroupComplete_ = isJoined_ = false;
+  do {
+    if ((cursor_ == end_ && !readBlock()) || !makeRoom(tokens))
+      return false;
+    lineIndex_ = tokens.GetCount();
+    readLine(tokens);
+  } while (tokens.GetCount() == lineIndex_);
+  if (!isGroupOpen_)
+    groupPosition_ = linePosition_;
+  isGroupOpen_ = !isGroupComplete_;
+  return true;
+}
+
+/// Passes empty lines and what stands before the first token of the next one.
+const char *TokenReader::passBlanks() noexcept {
+  const char *position = cursor_;
+  while (position != end_ && classOf(*position) >= ByteClass::trim)
+    ++position;
+  if (isGroupOpen_ && cursor_ == block_.data()) {
+    const char *const lineEnd = firstLineEnd(cursor_);
+    if (lineEnd < position) {
+      isJoined_ = true;
+      joinedFrom_ = tokensEnd_ + 1;
+      joinedTo_ = positionOf(lineEnd);
+    }
+  }
+  return position;
+}
+
+void TokenReader::readLine(CParamArray &tokens) {
+  const char *position = nullptr;
+  isComment_ = false;
+  if (isCarrying_) {
+    linePosition_ = carriedPosition_;
+    position = readCarried(tokens);
+  } else {
+    position = passBlanks();
+    linePosition_ = tokensEnd_ = positionOf(position);
+  }
+  if (position != end_)
+    position = readTokens(position, tokens);
+  cursor_ = position;
+  lineEnd_ = positionOf(position);
+  const bool isAtEdge = position == end_;
+  isGroupComplete_ = (!isAtEdge || isLastBlock_) && tokens.GetCount() > lineIndex_;
+  if (isComment_ || isInsideComment_) {
+    if (looseEnds_ != nullptr)
+      looseEnds_->note(isInsideComment_ ? blockPosition_ : tokensEnd_ + 1, lineEnd_);
+    isInsideComment_ = isAtEdge;
+  }
+}
+
+const char *TokenReader::readCarried(CParamArray &tokens) {
+  const char *position = cursor_;
+  if (endsOpen_) {
+    if (*position == '%') {
+      ++position;
+    } else if (classOf(*position) != ByteClass::lineEnd) {
+      isComment_ = true;
+      carried_.pop_back();
+    }
+  }
+  if (!isComment_)
+    position = endOfToken(position);
+  if (position == end_ && !isLastBlock_) {
+    carried_.append(cursor_, position);
+    return position;
+  }
+  isCarrying_ = false;
+  if (position != cursor_)
+    carried_.append(cursor_, position);
+  if (!carried_.empty())
+    tokens.appendInRoom(carried_);
+  tokensEnd_ = carriedPosition_ + static_cast<long>(carried_.size());
+  carried_.clear();
+  return isComment_ ? firstLineEnd(position) : position;
+}
+
+/// Reads tokens up to the line's end, which may be the block's. Gives where that is.
+const char *TokenReader::readTokens(const char *position, CParamArray &tokens) {
+  for (;;) {
+    while (classOf(*position) == ByteClass::trim)
+      ++position;
+    if (classOf(*position) == ByteClass::lineEnd)
+      return position;
+    const char *const begin = position;
+    position = endOfToken(position);
+    if (position == end_ && !isLastBlock_ && !isComment_) {
+      carried_.assign(begin, position);
+      carriedPosition_ = positionOf(begin);
+      isCarrying_ = true;
+      return position;
+    }
+    if (position != begin) {
+      append(tokens, begin, position);
+      tokensEnd_ = positionOf(position);
+    }
+    if (isComment_)
+      return firstLineEnd(position);
+  }
+}
+
+/// The end of the token whose bytes go on at `position`; sets `isComment_` when a comment follows
+/// it, and `endsOpen_`.
+const char *TokenReader::endOfToken(const char *position) noexcept {
+  endsOpen_ = false;
+  position = firstSpecial(position);
+  while (*position == '%') {
+    position = passCommentSign(position);
+    if (isComment_)
+      break;
+    position = firstSpecial(position);
+  }
+  return position;
+}
+
+/// Passes what of percent signs is text: a doubled one, and one at the end of the line. Before any
+/// other byte it begins a comment and is not passed.
+const char *TokenReader::passCommentSign(const char *position) noexcept {
+  const char next = position[1];
+  if (!cutsComments_)
+    return position + 1;
+  if (next == '%')
+    return position + 2;
+  if (classOf(next) == ByteClass::lineEnd) {
+    endsOpen_ = position + 1 == end_;
+    return position + 1;
+  }
+  isComment_ = true;
+  return position;
+}
+
+void TokenReader::append(CParamArray &tokens, const char *begin, const char *end) noexcept {
+  const auto length = static_cast<std::size_t>(end - begin);
+  if (length <= CParamArray::copiedAtOnce)
+    tokens.appendShortInRoom(begin, length);
+  else
+    tokens.appendInRoom({begin, length});
+}
