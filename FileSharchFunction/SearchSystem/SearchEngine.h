@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
 #include "FileSharchFunction/SearchSystem/ResultMessage.h"
 #include "FileSharchFunction/SearchSystem/ResultPool.h"
 #include "FileSharchFunction/SearchSystem/SearchItem.h"
@@ -104,16 +105,34 @@ public:
   void orSearch(const NSString *folder, int type) noexcept;
 
   /// Looks for the content keyword in the EXIF text of a file, and for its shooting date in the
-  /// range. Both results are always written. Any thread.
+  /// range. Both results are always written. Throws `std::bad_alloc`. Any thread.
   void exifSearch(const NSString *path, char *outKeywordResult, char *outTokenDateResult) const;
-  /// Whether the content keyword occurs in the text of a PDF file. Any thread.
+  /// Whether the content keyword occurs in the text of a PDF file. Throws `std::bad_alloc`. Any
+  /// thread.
   [[nodiscard]] char PDFSearch(const NSString *path) const;
+
+  /// Queues a PDF file for a worker, or, with null, takes note that a worker has ended. A search
+  /// does not use this pool.
+  void PDFSearchPool(const NSString *path) noexcept;
+  /// A worker's body: tests one PDF file, whatever the answer. Worker thread.
+  void PDFSearchThread(const NSString *path) noexcept;
 
 private:
   friend struct SearchEngineProbe;
 
   struct FolderSearch;
   using Conditions = bool (SearchEngine::*)(FolderSearch &, SearchItem &) const;
+
+  /// What the content tests have answered about one file, each asked at most once.
+  struct ContentAnswers {
+    /// The file as it was before it was tested, if a change since then would show.
+    std::optional<FileStatus> file;
+    struct Exif {
+      bool hasKeyword, hasDate;
+    };
+    std::optional<Exif> exif;
+    std::optional<bool> hasPDFText;
+  };
 
   /// The search of one folder, or of the list, which pauses whenever it has found something.
   struct FolderSearch {
@@ -129,6 +148,7 @@ private:
     std::optional<DirectoryListing> listing;
     std::size_t nextInList = 0;
     ResultMessage message;
+    ContentAnswers answers;
   };
 
   /// A worker thread of the engine, reserved with it so that it can always be reported.
@@ -178,15 +198,32 @@ private:
   [[nodiscard]] bool meetsAll(FolderSearch &search, SearchItem &item) const;
   [[nodiscard]] bool meetsAny(FolderSearch &search, SearchItem &item) const;
 
-  [[nodiscard]] bool startWorker(const Ref<const NSString> &folder, Worker::Body body) noexcept;
-  void queueFolder(const NSString *folder) noexcept;
-  void walkEnded();
+  /// One more than can run: a worker that reports its end is still in its place when the next is
+  /// started.
+  using Workers = std::array<Worker, 6>;
+  using Pool = std::deque<Ref<const NSString>>;
+
+  [[nodiscard]] bool startWorker(Workers &workers, const Ref<const NSString> &path,
+                                 Worker::Body body) noexcept;
+  /// Puts `path` at the end of the pool, or, with null, counts a worker less; then starts a worker
+  /// on the first of the pool, if one may be.
+  void addToPool(const NSString *path, Pool &pool, int &threadCount, Workers &workers,
+                 Worker::Body body) noexcept;
+  void producerEnded();
 
   void defer(Deferred deferred) noexcept;
   void distribute(const ResultMessage &message) noexcept;
+  void exifSearch(FileItem &item, char *outKeywordResult, char *outTokenDateResult) const;
+  [[nodiscard]] bool isShotInRange(ExifAnalysis &analysis) const;
+  [[nodiscard]] bool hasKeywordInTags(ExifAnalysis &analysis) const;
+  [[nodiscard]] const ContentAnswers::Exif &askExif(SearchItem &item,
+                                                    ContentAnswers &answers) const;
+  [[nodiscard]] bool askPDF(SearchItem &item, ContentAnswers &answers) const;
   /// Whether a file meets all the conditions on its content; `testsPDF` tells whether one on PDF
-  /// text alone counts among them. Any thread.
-  [[nodiscard]] bool meetsContentConditions(const NSString *path, bool testsPDF) const;
+  /// text alone counts among them. Throws `std::bad_alloc`. Any thread.
+  [[nodiscard]] bool meetsContentConditions(SearchItem &item, bool testsPDF,
+                                            ContentAnswers &answers) const;
+  void distributeFound(FolderSearch &search) noexcept;
   [[nodiscard]] bool shouldDeliver(const NSString *path);
   void deliver(const NSString *path) noexcept;
 
@@ -213,16 +250,19 @@ private:
   std::atomic<int> _returnCount{0};
   int _getCount = 0;
   int _threadCount = 0;
-  std::deque<Ref<const NSString>> _dirPool;
-  [[maybe_unused]] int _pdfThreadCount = 0;
-  [[maybe_unused]] std::deque<Ref<const NSString>> _pdfPool;
+  Pool _dirPool;
+  int _pdfThreadCount = 0;
+  Pool _pdfPool;
 
   /// What a worker of an explicit list is started on.
   const Ref<const NSString> listFolder_;
-  /// One more than can run: a worker that reports its end is still in its place when the next is
-  /// started.
-  std::array<Worker, 6> workers_;
-  ReservedPerform<SearchEngine> walkEnd_{*this, &SearchEngine::walkEnded};
+  Workers workers_;
+  Workers pdfWorkers_;
+  ReservedPerform<SearchEngine> walkEnd_{*this, &SearchEngine::producerEnded};
+  ReservedPerform<SearchEngine> pdfPoolEnd_{*this, &SearchEngine::producerEnded};
+
+  /// While a worker's match is distributed, what the worker has found out about the file.
+  ContentAnswers *knownAnswers_ = nullptr;
 
   /// How many deferred messages other than results there can be, for which room is kept.
   static constexpr std::size_t reservedDeferrals = 8;

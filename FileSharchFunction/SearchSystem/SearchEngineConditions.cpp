@@ -88,8 +88,8 @@ bool SearchEngine::searchItem(FolderSearch &search, SearchItem &item) noexcept {
     ++_returnCount;
     return ThreadJob::performAndGoOn(
         [](void *found) {
-          const auto *const paused = static_cast<FolderSearch *>(found);
-          paused->engine.searchResultDistribution(&paused->message);
+          auto *const paused = static_cast<FolderSearch *>(found);
+          paused->engine.distributeFound(*paused);
         },
         &search);
   } catch (...) {
@@ -106,9 +106,12 @@ bool SearchEngine::meetsAll(FolderSearch &search, SearchItem &item) const {
     return false;
   if (isPDFSearch() == 0 && isExifSearch() == 0 && isTokenDateSearch() == 0)
     return true;
+  search.answers = {};
+  if (const std::optional<FileStatus> &status = item.file.status(); status && isSettled(*status))
+    search.answers.file = status;
   // Unlike the distribution, which tests again, the walk passes over an empty keyword.
-  return meetsContentConditions(item.path().get(),
-                                record.searchPDFText != 0 && hasContentKeyword());
+  return meetsContentConditions(item, record.searchPDFText != 0 && hasContentKeyword(),
+                                search.answers);
 }
 
 bool SearchEngine::meetsAny(FolderSearch &search, SearchItem &item) const {
@@ -124,7 +127,7 @@ bool SearchEngine::meetsAny(FolderSearch &search, SearchItem &item) const {
     return false;
   char hasKeyword = 0;
   char hasDate = 0;
-  exifSearch(item.path().get(), &hasKeyword, &hasDate);
+  exifSearch(item.file, &hasKeyword, &hasDate);
   return (record.searchExifText != 0 && hasContentKeyword() && hasKeyword != 0) ||
          (isTokenDateSearch() != 0 && hasDate != 0);
 }

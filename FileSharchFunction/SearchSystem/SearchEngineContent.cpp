@@ -1,12 +1,104 @@
+#include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
+#include "pdf_reader/CPDFFile.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/NaturalLanguageDate.h"
 
-// The readers of image tags and of PDF text are not part of the library yet: no content condition
-// is met by any file.
+#include <algorithm>
 
-void SearchEngine::exifSearch(const NSString * /*path*/, char *outKeywordResult,
+namespace {
+
+constexpr std::uint32_t tagDateTimeOriginal = 0x9003;
+
+/// Image description, make, model, user comment.
+constexpr std::uint32_t textTags[] = {0x010E, 0x010F, 0x0110, 0x9286};
+
+} // namespace
+
+void SearchEngine::exifSearch(const NSString *path, char *outKeywordResult,
                               char *outTokenDateResult) const {
-  *outKeywordResult = 0;
-  *outTokenDateResult = 0;
+  *outKeywordResult = *outTokenDateResult = 0;
+  if (path == nullptr)
+    return;
+  FileItem item(*path);
+  exifSearch(item, outKeywordResult, outTokenDateResult);
 }
 
-char SearchEngine::PDFSearch(const NSString * /*path*/) const { return 0; }
+void SearchEngine::exifSearch(FileItem &item, char *outKeywordResult,
+                              char *outTokenDateResult) const {
+  *outKeywordResult = *outTokenDateResult = 0;
+  const Ref<ExifAnalysis> analysis = ExifAnalysis::startExifAnalysisAtPath(item);
+  if (!analysis)
+    return;
+  if (isTokenDateSearch() != 0)
+    *outTokenDateResult = isShotInRange(*analysis) ? 1 : 0;
+  if (_searchPredicate->searchExifText != 0 && hasContentKeyword())
+    *outKeywordResult = hasKeywordInTags(*analysis) ? 1 : 0;
+  analysis->endExifAnalysis();
+}
+
+bool SearchEngine::isShotInRange(ExifAnalysis &analysis) const {
+  const Ref<const NSString> text = analysis.getExifInfo(tagDateTimeOriginal);
+  const std::optional<double> moment =
+      text ? intervalOfNaturalLanguageDate(text->view()) : std::nullopt;
+  if (!moment)
+    return false;
+  const auto compareWith = [&](const NSDate &date) {
+    return NSDate::compareIntervals(*moment, date.timeIntervalSinceReferenceDate());
+  };
+  const SearchPredicate &record = *_searchPredicate;
+  return (record.exifDateStart == nullptr ||
+          compareWith(*record.exifDateStart) != NSOrderedAscending) &&
+         (record.exifDateEnd == nullptr || compareWith(*record.exifDateEnd) != NSOrderedDescending);
+}
+
+bool SearchEngine::hasKeywordInTags(ExifAnalysis &analysis) const {
+  return std::any_of(std::begin(textTags), std::end(textTags), [&](std::uint32_t tag) {
+    const Ref<const NSString> text = analysis.getExifInfo(tag);
+    return keyWordSearch(text.get(), _searchPredicate->contentKeyword,
+                         _searchPredicate->isDistinct) != 0;
+  });
+}
+
+char SearchEngine::PDFSearch(const NSString *path) const {
+  if (path == nullptr)
+    return 0;
+  CPDFFile document;
+  if (document.Open(path->UTF8String()) != 1)
+    return 0;
+  const int result = document.FindText(_searchPredicate->contentKeyword,
+                                       _searchPredicate->isDistinct, getSearchEncoding());
+  return result == 1 ? 1 : 0;
+}
+
+const SearchEngine::ContentAnswers::Exif &SearchEngine::askExif(SearchItem &item,
+                                                                ContentAnswers &answers) const {
+  if (!answers.exif) {
+    char hasKeyword = 0;
+    char hasDate = 0;
+    exifSearch(item.file, &hasKeyword, &hasDate);
+    answers.exif = {hasKeyword != 0, hasDate != 0};
+  }
+  return *answers.exif;
+}
+
+bool SearchEngine::askPDF(SearchItem &item, ContentAnswers &answers) const {
+  if (!answers.hasPDFText)
+    answers.hasPDFText = PDFSearch(item.path().get()) != 0;
+  return *answers.hasPDFText;
+}
+
+bool SearchEngine::meetsContentConditions(SearchItem &item, bool testsPDF,
+                                          ContentAnswers &answers) const {
+  const bool hasExifKeyword = _searchPredicate->searchExifText != 0 && hasContentKeyword();
+  if (isPDFSearch() != 0 && isExifSearch() != 0) {
+    if (!askExif(item, answers).hasKeyword && !askPDF(item, answers))
+      return false;
+  } else {
+    if (testsPDF && !askPDF(item, answers))
+      return false;
+    if (hasExifKeyword && !askExif(item, answers).hasKeyword)
+      return false;
+  }
+  return isTokenDateSearch() == 0 || askExif(item, answers).hasDate;
+}

@@ -34,6 +34,15 @@ void SearchEngine::searchResultDistribution(const ResultMessage *message) noexce
   isDistributing_ = false;
 }
 
+void SearchEngine::distributeFound(FolderSearch &search) noexcept {
+  const bool isOutermost = !isDistributing_;
+  if (isOutermost)
+    knownAnswers_ = &search.answers;
+  searchResultDistribution(&search.message);
+  if (isOutermost)
+    knownAnswers_ = nullptr;
+}
+
 void SearchEngine::defer(Deferred deferred) noexcept {
   const bool isResult = deferred.message && deferred.message->ResultData;
   try {
@@ -83,29 +92,21 @@ void SearchEngine::distribute(const ResultMessage &message) noexcept {
 }
 
 bool SearchEngine::shouldDeliver(const NSString *path) {
-  if (_searchPredicate->isAndSearch != 0)
-    return meetsContentConditions(path, isPDFSearch() != 0);
-  return _isUseSpotlight == 0 || isExifSearch() == 0 || checkDuplicatePath(path) != 0;
-}
-
-bool SearchEngine::meetsContentConditions(const NSString *path, bool testsPDF) const {
-  const SearchPredicate &record = *_searchPredicate;
-  char hasKeyword = 0;
-  char hasDate = 0;
-  if (isPDFSearch() != 0 && isExifSearch() != 0) {
-    exifSearch(path, &hasKeyword, &hasDate);
-    if (PDFSearch(path) == 0 && hasKeyword == 0)
-      return false;
-    return isTokenDateSearch() == 0 || hasDate != 0;
-  }
-  if (testsPDF && PDFSearch(path) == 0)
-    return false;
-  if (isExifSearch() == 0 && isTokenDateSearch() == 0)
+  if (_searchPredicate->isAndSearch == 0)
+    return _isUseSpotlight == 0 || isExifSearch() == 0 || checkDuplicatePath(path) != 0;
+  if (isPDFSearch() == 0 && isExifSearch() == 0 && isTokenDateSearch() == 0)
     return true;
-  exifSearch(path, &hasKeyword, &hasDate);
-  if (record.searchExifText != 0 && hasContentKeyword() && hasKeyword == 0)
+  try {
+    SearchItem item(*path);
+    ContentAnswers answers;
+    if (knownAnswers_ != nullptr && knownAnswers_->file && item.file.status() &&
+        isSameUnchangedFile(*knownAnswers_->file, *item.file.status()))
+      answers = *knownAnswers_;
+    return meetsContentConditions(item, isPDFSearch() != 0, answers);
+  } catch (...) {
+    // Memory is short: what cannot be tested does not meet its conditions.
     return false;
-  return isTokenDateSearch() == 0 || hasDate != 0;
+  }
 }
 
 void SearchEngine::deliver(const NSString *path) noexcept {

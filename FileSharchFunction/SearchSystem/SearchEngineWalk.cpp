@@ -7,7 +7,8 @@
 namespace {
 
 constexpr int mostWorkers = 5;
-constexpr double delayOfWalkEnd = 1.0;
+/// From the last worker of a walk or pool to the report of its end.
+constexpr double delayOfProducerEnd = 1.0;
 
 } // namespace
 
@@ -31,13 +32,32 @@ void SearchEngine::Worker::ended() noexcept {
   const Ref<SearchEngine> engine = std::move(engine_);
 }
 
-bool SearchEngine::startWorker(const Ref<const NSString> &folder, Worker::Body body) noexcept {
-  const auto worker = std::find_if(workers_.begin(), workers_.end(),
+bool SearchEngine::startWorker(Workers &workers, const Ref<const NSString> &path,
+                               Worker::Body body) noexcept {
+  const auto worker = std::find_if(workers.begin(), workers.end(),
                                    [](const Worker &candidate) { return candidate.isFree(); });
-  if (worker == workers_.end())
+  if (worker == workers.end())
     return false;
-  worker->start(*this, folder, body);
+  worker->start(*this, path, body);
   return true;
+}
+
+void SearchEngine::addToPool(const NSString *path, Pool &pool, int &threadCount, Workers &workers,
+                             Worker::Body body) noexcept {
+  if (path == nullptr) {
+    --threadCount;
+  } else {
+    try {
+      pool.emplace_back(path);
+    } catch (...) {
+      // Without memory for its place in the queue the path is passed over.
+    }
+  }
+  if (!pool.empty() && _bCancel == 0 && threadCount < mostWorkers &&
+      startWorker(workers, pool.front(), body)) {
+    pool.pop_front();
+    ++threadCount;
+  }
 }
 
 void SearchEngine::manuallyFileSearch() noexcept {
@@ -52,32 +72,16 @@ void SearchEngine::manualSearchPool(const NSString *folder) noexcept {
   if (_searchPredicate == nullptr)
     return;
   if (_searchPredicate->fileList != nullptr && _threadCount <= 0) {
-    if (startWorker(listFolder_, &SearchEngine::manualSearchThread))
+    if (startWorker(workers_, listFolder_, &SearchEngine::manualSearchThread))
       ++_threadCount;
   } else {
-    if (folder != nullptr)
-      queueFolder(folder);
-    else
-      --_threadCount;
-    if (!_dirPool.empty() && _bCancel == 0 && _threadCount < mostWorkers &&
-        startWorker(_dirPool.front(), &SearchEngine::manualSearchThread)) {
-      _dirPool.pop_front();
-      ++_threadCount;
-    }
+    addToPool(folder, _dirPool, _threadCount, workers_, &SearchEngine::manualSearchThread);
   }
   if (_threadCount <= 0)
-    walkEnd_.schedule(delayOfWalkEnd);
+    walkEnd_.schedule(delayOfProducerEnd);
 }
 
-void SearchEngine::queueFolder(const NSString *folder) noexcept {
-  try {
-    _dirPool.emplace_back(folder);
-  } catch (...) {
-    // Without memory for its place in the queue the folder is passed over.
-  }
-}
-
-void SearchEngine::walkEnded() {
+void SearchEngine::producerEnded() {
   const ResultMessage end;
   searchResultDistribution(&end);
 }
@@ -97,4 +101,23 @@ void SearchEngine::manualSearchThread(const NSString *folder) noexcept {
     return;
   ThreadJob::performAtExit(
       [](void *engine) { static_cast<SearchEngine *>(engine)->manualSearchPool(nullptr); }, this);
+}
+
+void SearchEngine::PDFSearchPool(const NSString *path) noexcept {
+  assert(MainRunLoop::shared().isMainThread());
+  if (_searchPredicate == nullptr)
+    return;
+  addToPool(path, _pdfPool, _pdfThreadCount, pdfWorkers_, &SearchEngine::PDFSearchThread);
+  if (_pdfThreadCount <= 0)
+    pdfPoolEnd_.schedule(delayOfProducerEnd);
+}
+
+void SearchEngine::PDFSearchThread(const NSString *path) noexcept {
+  try {
+    static_cast<void>(PDFSearch(path));
+  } catch (...) {
+    // The answer is not used, only the end is reported.
+  }
+  ThreadJob::performAtExit(
+      [](void *engine) { static_cast<SearchEngine *>(engine)->PDFSearchPool(nullptr); }, this);
 }

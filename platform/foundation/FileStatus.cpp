@@ -6,6 +6,7 @@
 #include <array>
 #include <climits>
 #include <cstdio>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/sysmacros.h>
 
@@ -13,6 +14,11 @@ const int currentFolder = AT_FDCWD;
 const std::size_t longestPath = PATH_MAX - 1;
 
 namespace {
+
+constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
+
+/// More than any file system's clock lags behind or is coarse.
+constexpr std::int64_t settlingTime = 3 * nanosecondsPerSecond;
 
 FileKind kindOfMode(unsigned mode) noexcept {
   if (S_ISREG(mode))
@@ -49,9 +55,23 @@ std::optional<FileStatus> fileStatus(int folder, const char *path, FollowLink fo
       NSDate::intervalOfFileTime(status.stx_mtime.tv_sec, status.stx_mtime.tv_nsec);
   result.size = status.stx_size;
   result.device = deviceOf(status);
+  result.inode = status.stx_ino;
+  result.changeTime = status.stx_ctime.tv_sec * nanosecondsPerSecond + status.stx_ctime.tv_nsec;
   if ((status.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0)
     result.isMountRoot = (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
   else if (result.kind == FileKind::Folder)
     result.isMountRoot = isOnOtherDeviceThanParent(folder, path, result.device);
   return result;
+}
+
+bool isSameUnchangedFile(const FileStatus &first, const FileStatus &second) noexcept {
+  return first.kind == FileKind::Regular && second.kind == FileKind::Regular &&
+         first.device == second.device && first.inode == second.inode &&
+         first.size == second.size && first.changeTime == second.changeTime;
+}
+
+bool isSettled(const FileStatus &status) noexcept {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME_COARSE, &now);
+  return now.tv_sec * nanosecondsPerSecond + now.tv_nsec - status.changeTime >= settlingTime;
 }

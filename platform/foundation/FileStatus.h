@@ -18,9 +18,20 @@ struct FileStatus {
   /// Seconds since 2001-01-01 00:00 UTC, in whole microseconds.
   double modificationTime = 0;
   std::uint64_t size = 0;
-  /// The file system that the entry is on.
+  /// The file system that the entry is on, and its number there.
   std::uint64_t device = 0;
+  std::uint64_t inode = 0;
+  /// When content or status changed last, in nanoseconds since 1970-01-01 00:00 UTC.
+  std::int64_t changeTime = 0;
 };
+
+/// Whether both are of one regular file that has not changed from the first to the second, as far
+/// as the file system's clock tells: see `isSettled`.
+[[nodiscard]] bool isSameUnchangedFile(const FileStatus &first, const FileStatus &second) noexcept;
+
+/// Whether the file, whose status has just been taken, last changed so long ago that a further
+/// change would show in its change time.
+[[nodiscard]] bool isSettled(const FileStatus &status) noexcept;
 
 /// A descriptor that stands for the current folder.
 extern const int currentFolder;

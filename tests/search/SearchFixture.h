@@ -37,6 +37,8 @@ struct SearchEngineProbe {
   std::atomic<char> &isCancelled = engine._bCancel;
   char &isUseSpotlight = engine._isUseSpotlight;
   std::atomic<int> &returnCount = engine._returnCount;
+  const int &pdfThreadCount = engine._pdfThreadCount;
+  const std::deque<Ref<const NSString>> &pdfPool = engine._pdfPool;
   const TimedWork &walkEnd = engine.walkEnd_;
 };
 

@@ -1,0 +1,135 @@
+#include "tests/pdf_reader/DocumentWriter.h"
+#include "tests/search/SearchFixture.h"
+#include "tests/support/PhotoFile.h"
+#include "tests/support/SystemCallsGuard.h"
+#include "tests/support/TimeZone.h"
+
+namespace {
+
+std::string photo(const char *date, const char *comment = "", const char *maker = "Acme") {
+  PhotoTags tags = PhotoTags::photo().text(0, 0x010F, maker).comment("ASCII", comment);
+  if (*date != '\0')
+    tags.taken(date);
+  return jpegFile({tags.exifSegment()});
+}
+
+std::string document(const std::string &text) {
+  DocumentWriter pdf;
+  return pdf.pages({3}).page(3, {4}).shown(4, {text}).filler(600).section().text;
+}
+
+/// Seconds from 2001 to noon of a day of January 2010, UTC.
+std::string day(int number) { return std::to_string((3287 + number - 1) * 86400 + 43200); }
+
+class ContentTest : public SearchFixture {
+protected:
+  ContentTest() {
+    tree.file("early.jpg", photo("2010:01:05 12:00:00", "a sunny beach"));
+    tree.file("late.jpg", photo("2010:01:20 12:00:00", "mountains"));
+    tree.file("digital.jpg", jpegFile({PhotoTags::photo()
+                                           .text(1, 0x9004, "2010:01:07 12:00:00")
+                                           .text(0, 0x010E, "BEACH")
+                                           .exifSegment()}));
+    tree.file("unknown.jpg", photo("0000:00:00 00:00:00", "", "Beach Cameras"));
+    tree.file("scan.tif", PhotoTags::photo(ByteOrder::Big)
+                              .taken("2010:01:06 12:00:00")
+                              .text(0, 0x0110, "beach")
+                              .tiff());
+    tree.file("in/text.pdf", document("the beach in winter"));
+    tree.file("other.pdf", document("nothing"));
+    tree.file("beach.pct", "beach");
+    tree.file("plain.jpg", "beach");
+  }
+
+  const TimeZone zone{"UTC"};
+};
+
+TEST_F(ContentTest, Conditions) {
+  const std::string early = "S=" + day(5), seventh = "E=" + day(7), range = early + " " + seventh;
+  const struct {
+    std::string words, all, any;
+  } rows[] = {
+      {"c=beach x", "digital.jpg early.jpg scan.tif unknown.jpg",
+       "digital.jpg early.jpg scan.tif unknown.jpg"},
+      {"c=beach x d", "early.jpg scan.tif", "early.jpg scan.tif"},
+      {"c=beach p", "in/text.pdf", "in/text.pdf"},
+      {"c=Beach p d", "", ""},
+      {"c=beach x p", "digital.jpg early.jpg in/text.pdf unknown.jpg",
+       "digital.jpg early.jpg in/text.pdf scan.tif unknown.jpg"},
+      {range, "digital.jpg early.jpg scan.tif", "digital.jpg early.jpg scan.tif"},
+      {"S=" + day(6), "digital.jpg late.jpg scan.tif", "digital.jpg late.jpg scan.tif"},
+      {"E=" + day(6), "early.jpg scan.tif", "early.jpg scan.tif"},
+      {"c=beach x " + range, "digital.jpg early.jpg scan.tif",
+       "digital.jpg early.jpg scan.tif unknown.jpg"},
+      {"c=beach x p " + range, "digital.jpg early.jpg",
+       "digital.jpg early.jpg in/text.pdf scan.tif unknown.jpg"},
+      {"c=beach p " + range, "", "digital.jpg early.jpg in/text.pdf scan.tif"},
+      {"c=acme x n=late", "late.jpg", "early.jpg late.jpg"},
+      {"c=beach p n=text", "in/text.pdf", "in/text.pdf"},
+      {"c= x " + range, "digital.jpg early.jpg scan.tif", "digital.jpg early.jpg scan.tif"},
+      {"c= p", "", ""},
+  };
+  for (const auto &row : rows) {
+    SCOPED_TRACE(row.words);
+    for (const bool isAny : {false, true}) {
+      Request request = makeRequest(row.words + (isAny ? " o" : ""));
+      const std::string &found = isAny ? row.any : row.all;
+      EXPECT_EQ(searchSorted(request), found + (found.empty() ? "!" : " !")) << isAny;
+      EXPECT_TRUE(isAt(hosts[0].endTime, 1.5));
+    }
+  }
+}
+
+TEST_F(ContentTest, ListOfFiles) {
+  Request request = makeRequest("c=beach x p");
+  request.setList({tree.path("in/text.pdf"), tree.path("late.jpg"), tree.path("unknown.jpg")});
+  EXPECT_EQ(search(request), "in/text.pdf unknown.jpg !");
+}
+
+/// A match is tested by the worker and before it is delivered; the second test may rely on the
+/// first while the file is the same.
+TEST_F(ContentTest, FilesThatHaveNotChangedAreReadOnce) {
+  static std::int64_t age;
+  static int statusOfMatch;
+  SystemCalls calls{};
+  calls.statusAt = [](int at, const char *path, int flags, struct statx *status) {
+    const int result = realSystemCalls().statusAt(at, path, flags, status);
+    status->stx_ctime.tv_sec -= age;
+    if (std::string_view(path).ends_with("late.jpg") && ++statusOfMatch == 2 && age < 100)
+      ++status->stx_ctime.tv_nsec;
+    return result;
+  };
+  const std::pair<std::int64_t, int> rows[] = {{0, 2}, {100, 1}, {50, 2}};
+  for (const auto &[secondsAgo, reads] : rows) {
+    age = secondsAgo;
+    statusOfMatch = 0;
+    const SystemCallsGuard guard(calls);
+    Request request = makeRequest("c=mountains x n=late");
+    EXPECT_EQ(search(request), "late.jpg !");
+    EXPECT_EQ(guard.counts().openAt, 2 + reads) << "two folders and the file: " << secondsAgo;
+  }
+}
+
+TEST_F(ContentTest, OnlyRegularFilesAreOpened) {
+  tree.fifo("pipe.jpg");
+  tree.fifo("pipe.pdf");
+  Request request = makeRequest("c=beach x p o");
+  EXPECT_EQ(searchSorted(request), "digital.jpg early.jpg in/text.pdf scan.tif unknown.jpg !");
+}
+
+TEST_F(ContentTest, PoolOfDocuments) {
+  Request request = makeRequest("c=beach p f");
+  request.setList({});
+  SearchEngineProbe probe;
+  probe.begin(request);
+  gSearchPredicate = &request;
+  for (int i = 0; i < 9; ++i)
+    probe.engine.PDFSearchPool(NSString::create(tree.path("in/text.pdf")).get());
+  EXPECT_EQ(probe.pdfThreadCount, 5);
+  EXPECT_EQ(probe.pdfPool.size(), 4U);
+  finish();
+  EXPECT_EQ(told(), "!");
+  EXPECT_TRUE(isAt(hosts[0].endTime, 1.5));
+}
+
+} // namespace
