@@ -47,6 +47,29 @@ void orderMarks(std::vector<FoldedText::Unit> &units) {
   }
 }
 
+/// The characters that are not ASCII but become ASCII when case is folded or canonical equivalence
+/// resolved, by the first two bytes of their UTF-8 form: ß, the long s, the Greek question mark and
+/// grave accent, the Kelvin sign, the capital ß, and the Latin ligatures. (A few neighbours share
+/// their beginning.)
+bool mayBecomeASCII(unsigned char first, unsigned char second) noexcept {
+  switch (first) {
+  case 0xC3:
+    return second == 0x9F;
+  case 0xC5:
+    return second == 0xBF;
+  case 0xCD:
+    return second == 0xBE;
+  case 0xE1:
+    return second == 0xBA || second == 0xBF;
+  case 0xE2:
+    return second == 0x84;
+  case 0xEF:
+    return second == 0xAC;
+  default:
+    return false;
+  }
+}
+
 } // namespace
 
 FoldedText::FoldedText(std::string_view text, bool foldCase, bool decompose) {
@@ -104,4 +127,13 @@ bool FoldedText::continuesCharacterAt(std::string_view text, std::size_t positio
       utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t *>(text.data()) + position,
                        static_cast<utf8proc_ssize_t>(text.size() - position), &codePoint);
   return length > 0 && continuesCharacter(text[position - 1], codePoint);
+}
+
+bool FoldedText::holdsItsASCII(std::string_view text) noexcept {
+  for (std::size_t i = 0; i + 1 < text.size(); ++i)
+    if (static_cast<unsigned char>(text[i]) >= 0x80 &&
+        mayBecomeASCII(static_cast<unsigned char>(text[i]),
+                       static_cast<unsigned char>(text[i + 1])))
+      return false;
+  return true;
 }

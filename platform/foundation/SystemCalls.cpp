@@ -15,6 +15,7 @@ constexpr SystemCalls realCalls{
         [](int folder, const char *path, int flags, struct statx *status) {
           return statx(folder, path, flags, STATX_BASIC_STATS, status);
         },
+    .fileSystemOf = [](int file, struct statfs *fileSystem) { return fstatfs(file, fileSystem); },
     .read = [](int file, void *buffer, std::size_t size) { return ::read(file, buffer, size); },
     .startThread =
         [](pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),

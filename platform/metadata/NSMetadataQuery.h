@@ -7,10 +7,8 @@
 #include "platform/metadata/NSMetadataItem.h"
 #include "platform/metadata/NSPredicate.h"
 
-#include <chrono>
 #include <cstddef>
 #include <string_view>
-#include <vector>
 
 class MetadataGathering;
 
@@ -62,14 +60,14 @@ public:
   void stopQuery() noexcept;
 
   /// 1 from the start until the finish is posted, or the query stopped.
-  [[nodiscard]] char isGathering() const noexcept { return gathering_ ? 1 : 0; }
+  [[nodiscard]] char isGathering() const noexcept { return isGathering_ ? 1 : 0; }
 
   /// How many results are visible.
   [[nodiscard]] std::size_t resultCount() noexcept;
 
   /// The result at `index`, which must be below `resultCount()`. Its path carries the scope without
   /// links. Throws `std::bad_alloc`.
-  [[nodiscard]] Ref<const NSMetadataItem> resultAtIndex(std::size_t index) noexcept(false);
+  [[nodiscard]] Ref<const NSMetadataItem> resultAtIndex(std::size_t index) const;
 
 private:
   friend class MetadataGathering;
@@ -80,5 +78,7 @@ private:
   NSObject *delegate_ = nullptr;
   Ref<const NSPredicate> predicate_;
   Ref<const NSArray> scopes_;
+  /// The last one, which holds the results.
   Ref<MetadataGathering> gathering_;
+  bool isGathering_ = false;
 };

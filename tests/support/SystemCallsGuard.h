@@ -11,13 +11,15 @@
 class SystemCallsGuard {
 public:
   struct Counts {
-    std::atomic<int> openAt{0}, listEntries{0}, statusAt{0}, read{0}, startThread{0};
+    std::atomic<int> openAt{0}, listEntries{0}, statusAt{0}, fileSystemOf{0}, read{0},
+        startThread{0};
   };
 
   explicit SystemCallsGuard(const SystemCalls &replaced = {}) {
     put<&SystemCalls::openAt, &Counts::openAt>(replaced);
     put<&SystemCalls::listEntries, &Counts::listEntries>(replaced);
     put<&SystemCalls::statusAt, &Counts::statusAt>(replaced);
+    put<&SystemCalls::fileSystemOf, &Counts::fileSystemOf>(replaced);
     put<&SystemCalls::read, &Counts::read>(replaced);
     put<&SystemCalls::startThread, &Counts::startThread>(replaced);
     resetCounts();
@@ -33,7 +35,7 @@ public:
 
   void resetCounts() const noexcept {
     Counts &c = state().counts;
-    c.openAt = c.listEntries = c.statusAt = c.read = c.startThread = 0;
+    c.openAt = c.listEntries = c.statusAt = c.fileSystemOf = c.read = c.startThread = 0;
   }
 
 private:
