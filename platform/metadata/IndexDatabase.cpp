@@ -184,7 +184,7 @@ IndexFault IndexDatabase::makeTable() noexcept {
 
 IndexFault IndexDatabase::prepareToRead() noexcept {
   // One view for all that is read saves asking for it each time.
-  IndexFault fault = execute("PRAGMA synchronous = OFF; BEGIN");
+  IndexFault fault = execute("PRAGMA synchronous = OFF; PRAGMA cache_size = -8000; BEGIN");
   if (fault == IndexFault::None)
     fault = checkSchema();
   if (fault == IndexFault::None)

@@ -42,9 +42,14 @@ bool LikePattern::matches(std::string_view name) const {
     return matchesFolded(name);
   if (endsWithSuffix(name))
     return true;
-  // A character takes four bytes at most, so that this is where the suffix would have to stand.
-  const std::size_t tail = std::min(name.size(), 4 * suffix_.size());
-  return !FoldedText::holdsItsASCII(name.substr(name.size() - tail)) && matchesFolded(name);
+  // Each character of the suffix takes one of the name, at most.
+  std::size_t begin = name.size();
+  for (std::size_t i = 0; i < suffix_.size() && begin > 0; ++i) {
+    do
+      --begin;
+    while (begin > 0 && (static_cast<unsigned char>(name[begin]) & 0xC0) == 0x80);
+  }
+  return !FoldedText::holdsItsASCII(name.substr(begin)) && matchesFolded(name);
 }
 
 bool LikePattern::endsWithSuffix(std::string_view name) const noexcept {

@@ -27,12 +27,9 @@ constexpr std::size_t manyResults = 256;
 } // namespace
 
 void MetadataGathering::Job::start(MetadataGathering &gathering) noexcept {
-  if (gathering_ == nullptr) {
-    gathering_ = &gathering;
-    gathering.retain();
-    ++gathering.runningJobs_;
-  }
-  isUnfinished_ = false;
+  gathering_ = &gathering;
+  gathering.retain();
+  ++gathering.runningJobs_;
   NSThread::detachNewThread(*this);
 }
 
@@ -40,7 +37,7 @@ void MetadataGathering::Job::main() { isUnfinished_ = gathering_->gather(); }
 
 void MetadataGathering::Job::ended() noexcept {
   if (isUnfinished_ && !gathering_->isStopped_.load()) {
-    start(*gathering_);
+    NSThread::detachNewThread(*this);
     return;
   }
   // This object is part of the gathering, and may go with it here.
