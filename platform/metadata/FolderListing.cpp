@@ -1,8 +1,10 @@
 #include "platform/metadata/FolderListing.h"
 
+#include "platform/foundation/NSWorkspace.h"
 #include "platform/foundation/PathComponents.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace {
 
@@ -16,6 +18,8 @@ bool mayBeContents(std::string_view name) noexcept {
 } // namespace
 
 void FolderListing::add(FileKind kind, std::string_view name) {
+  if (name.starts_with('.') || (kind == FileKind::Folder && hasPackageExtension(name)))
+    return;
   std::string &names = kind == FileKind::Folder ? folders_
                        : kind == FileKind::Link ? links_
                                                 : files_;
@@ -26,8 +30,27 @@ void FolderListing::add(FileKind kind, std::string_view name) {
 }
 
 void FolderListing::clear() noexcept {
-  for (std::string *const names : {&folders_, &files_, &links_})
-    names->clear();
+  clearFiles();
+  folders_.clear();
   count_ = 0;
   mayHoldContents_ = false;
+}
+
+void FolderListing::clearFiles() noexcept {
+  files_.clear();
+  links_.clear();
+}
+
+FolderNames FolderListing::names() {
+  std::vector<std::string_view> sorted;
+  FolderNames::forEach(folders_, [&](std::string_view name) { sorted.push_back(name); });
+  if (!std::is_sorted(sorted.begin(), sorted.end())) {
+    std::sort(sorted.begin(), sorted.end());
+    std::string folders;
+    folders.reserve(folders_.size());
+    for (const std::string_view name : sorted)
+      folders.append(name).push_back('\0');
+    folders_ = std::move(folders);
+  }
+  return {folders_, files_, links_, mayHoldContents_};
 }

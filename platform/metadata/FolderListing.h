@@ -6,8 +6,9 @@
 #include <string>
 #include <string_view>
 
-/// The names of a folder that a search can meet, hidden ones left out, by what they name. Each name
-/// is ended by a NUL.
+/// The names of a folder that a search can meet, by what they name; hidden ones, and those that
+/// only a package can have, are left out. Each name is ended by a NUL. The sub-folders stand in the
+/// order of their bytes.
 ///
 /// Ownership: borrows the names. Threads: one at a time.
 struct FolderNames {
@@ -35,17 +36,18 @@ public:
 
   void clear() noexcept;
 
-  /// How many bytes the names take.
-  [[nodiscard]] std::size_t size() const noexcept {
-    return folders_.size() + files_.size() + links_.size();
-  }
+  /// Forgets all names but those of sub-folders.
+  void clearFiles() noexcept;
+
+  /// How many bytes the names take, and how many those that are not of sub-folders.
+  [[nodiscard]] std::size_t size() const noexcept { return folders_.size() + sizeOfFiles(); }
+  [[nodiscard]] std::size_t sizeOfFiles() const noexcept { return files_.size() + links_.size(); }
 
   [[nodiscard]] std::size_t count() const noexcept { return count_; }
 
-  /// Valid until the listing changes.
-  [[nodiscard]] FolderNames names() const noexcept {
-    return {folders_, files_, links_, mayHoldContents_};
-  }
+  /// The names, to be asked for when all have been added; valid until the listing is cleared.
+  /// Throws `std::bad_alloc`.
+  [[nodiscard]] FolderNames names();
 
 private:
   std::string folders_, files_, links_;

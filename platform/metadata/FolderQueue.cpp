@@ -8,6 +8,7 @@
 void FolderQueue::add(FolderTask task) {
   const LockGuard guard(lock_);
   shared_.push_back(std::move(task));
+  wake(1);
 }
 
 void FolderQueue::enter() noexcept {

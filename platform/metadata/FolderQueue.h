@@ -4,35 +4,28 @@
 #include "platform/foundation/Wakeup.h"
 
 #include <atomic>
-#include <cstdint>
+#include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-/// Something that is to be done about a folder by whoever comes to it.
+class RecordStream;
+
+/// Something that is to be done by whoever comes to it.
 struct FolderTask {
   enum class Kind {
-    /// A folder that is to be searched, as it was given.
+    /// A folder that is to be searched, whatever it is.
     Scope,
-    /// A folder whose names are to be read from the disk.
+    /// A folder that is to be searched if it may be, with its names read from the disk.
     Listing,
-    /// The sub-folders of a folder, which are to be looked at.
-    SubFolders,
+    /// The next records of a stream.
+    Records,
   };
 
-  Kind kind = Kind::Scope;
+  Kind kind = Kind::Listing;
   std::string path;
-  /// The names of the sub-folders, each ended by a NUL.
-  std::string names;
-  /// These are all the sub-folders that the folder has.
-  bool areAll = true;
-  /// The folder has a record, though one that does not hold.
-  bool isRecorded = false;
-  /// Of the folder whose sub-folders are looked at, or of the one above the folder to be listed;
-  /// the volume is none where no record counts.
-  std::uint64_t device = 0;
-  std::uint64_t inode = 0;
-  std::optional<std::int64_t> volume;
+  std::shared_ptr<RecordStream> stream;
 };
 
 /// The folders that a query still has to look at. Each thread keeps those that it meets, and takes
@@ -44,7 +37,7 @@ class FolderQueue {
 public:
   using Tasks = std::vector<FolderTask>;
 
-  /// Throws `std::bad_alloc`.
+  /// Offers a task to all threads. Throws `std::bad_alloc`.
   void add(FolderTask task);
 
   /// To be called by each thread before and after its work; what it has left is given to others.

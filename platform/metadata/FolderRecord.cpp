@@ -27,10 +27,9 @@ struct Header {
   std::uint32_t mayHoldContents;
 };
 
-std::uint64_t sumOf(const FolderKey &key, std::string_view record) noexcept {
+std::uint64_t sumOf(const FolderIdentity &folder, std::string_view record) noexcept {
   std::uint64_t seed = mix(formatVersion, rightsOfProcess.load(std::memory_order_relaxed));
-  for (const std::int64_t part : {key.volume, key.parent, key.inode})
-    seed = mix(seed, static_cast<std::uint64_t>(part));
+  seed = mix(mix(seed, static_cast<std::uint64_t>(folder.volume)), folder.inode);
   return checkSum(seed, record.substr(sizeof(Header::sum)));
 }
 
@@ -48,9 +47,8 @@ std::uint64_t powersOverFiles() noexcept {
 
 } // namespace
 
-std::string FolderRecord::pack(const FolderKey &key, FileMoment changeTime,
-                               const FolderListing &listing) {
-  const FolderNames names = listing.names();
+std::string FolderRecord::pack(const FolderIdentity &folder, FileMoment changeTime,
+                               const FolderNames &names) {
   Header header{0,
                 changeTime.seconds,
                 changeTime.nanoseconds,
@@ -58,22 +56,22 @@ std::string FolderRecord::pack(const FolderKey &key, FileMoment changeTime,
                 static_cast<std::uint32_t>(names.links.size()),
                 names.mayHoldContents ? 1U : 0U};
   std::string record(sizeof header, '\0');
-  record.reserve(sizeof header + listing.size());
+  record.reserve(sizeof header + names.folders.size() + names.links.size() + names.files.size());
   record.append(names.folders).append(names.links).append(names.files);
   std::memcpy(record.data(), &header, sizeof header);
-  header.sum = sumOf(key, record);
+  header.sum = sumOf(folder, record);
   std::memcpy(record.data(), &header.sum, sizeof header.sum);
   return record;
 }
 
-std::optional<FolderNames> FolderRecord::unpack(const FolderKey &key, FileMoment changeTime,
+std::optional<FolderNames> FolderRecord::unpack(const FolderIdentity &folder, FileMoment changeTime,
                                                 std::string_view record) noexcept {
   Header header{};
   if (record.size() < sizeof header)
     return std::nullopt;
   std::memcpy(&header, record.data(), sizeof header);
   if (FileMoment{header.seconds, header.nanoseconds} != changeTime ||
-      header.sum != sumOf(key, record))
+      header.sum != sumOf(folder, record))
     return std::nullopt;
   std::string_view rest = record.substr(sizeof header);
   const auto take = [&](std::size_t size) {

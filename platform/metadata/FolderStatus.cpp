@@ -1,5 +1,6 @@
 #include "platform/metadata/FolderStatus.h"
 
+#include "platform/foundation/FileStatus.h"
 #include "platform/foundation/SystemCalls.h"
 
 #include <ctime>
@@ -13,8 +14,7 @@ constexpr std::int64_t marginInNanoseconds = 20'000'000;
 
 } // namespace
 
-std::optional<FolderStatus> folderStatus(int folder, const char *path,
-                                         std::optional<std::uint64_t> parentDevice) noexcept {
+std::optional<FolderStatus> folderStatus(int folder, const char *path) noexcept {
   struct statx status {};
   if (systemCalls().statusAt(folder, path, AT_NO_AUTOMOUNT | AT_SYMLINK_NOFOLLOW, &status) != 0 ||
       !S_ISDIR(status.stx_mode))
@@ -24,10 +24,12 @@ std::optional<FolderStatus> folderStatus(int folder, const char *path,
   result.inode = status.stx_ino;
   result.changeTime = {status.stx_ctime.tv_sec, status.stx_ctime.tv_nsec};
   result.isEncrypted = (status.stx_attributes & STATX_ATTR_ENCRYPTED) != 0;
-  // A kernel that does not tell mount points leaves the device to go by.
-  const bool isTold = (status.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0;
-  result.isMountRoot = isTold ? (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0
-                              : parentDevice && *parentDevice != result.device;
+  if ((status.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0) {
+    result.isMountRoot = (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+  } else if (const std::optional<FileStatus> told = fileStatus(folder, path, FollowLink::No)) {
+    // A kernel that does not tell mount points takes a look at the folder above.
+    result.isMountRoot = told->isMountRoot;
+  }
   return result;
 }
 

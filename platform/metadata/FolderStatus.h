@@ -24,15 +24,13 @@ struct FolderStatus {
 };
 
 /// The status of the folder at `path`, relative to the open folder `folder`; none when there is
-/// none, or only a link to one. `parentDevice` is the device of the folder above, if known.
-/// `path` ends with a NUL. Any thread.
-[[nodiscard]] std::optional<FolderStatus>
-folderStatus(int folder, const char *path, std::optional<std::uint64_t> parentDevice) noexcept;
+/// none, or only a link to one. `path` ends with a NUL. Any thread.
+[[nodiscard]] std::optional<FolderStatus> folderStatus(int folder, const char *path) noexcept;
 
 /// A moment that no change to a file from now on is marked with an earlier one of.
 [[nodiscard]] FileMoment earliestMomentOfChange() noexcept;
 
-/// Whether a folder that is listed after `begin` and was last changed at `changeTime` before that
+/// Whether a folder that is listed after `begin`, and was last changed at `changeTime` before that,
 /// will bear another moment once it changes again. Moments come from a clock that ticks slowly, so
 /// that two changes within one tick look the same.
 [[nodiscard]] bool isSettled(FileMoment changeTime, FileMoment begin) noexcept;

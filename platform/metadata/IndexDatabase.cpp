@@ -1,15 +1,16 @@
 #include "platform/metadata/IndexDatabase.h"
 
+#include "platform/metadata/FolderKey.h"
+#include "platform/metadata/FolderRecord.h"
+
 #include <cstring>
 #include <sqlite3.h>
 #include <sys/stat.h>
 
 namespace {
 
-constexpr const char *table =
-    "CREATE TABLE folder(volume INTEGER NOT NULL, parent INTEGER NOT NULL, inode INTEGER NOT NULL, "
-    "entries INTEGER NOT NULL, record BLOB NOT NULL, PRIMARY KEY(volume, parent, inode)) "
-    "WITHOUT ROWID";
+constexpr const char *table = "CREATE TABLE folder(path BLOB NOT NULL PRIMARY KEY, "
+                              "entries INTEGER NOT NULL, record BLOB NOT NULL) WITHOUT ROWID";
 
 /// How long a writer waits for another. A reader waits for nobody.
 constexpr int writersPatienceInMilliseconds = 250;
@@ -37,10 +38,10 @@ IndexFault faultOf(int code) noexcept {
   }
 }
 
-void bind(sqlite3_stmt *statement, const FolderKey &key) noexcept {
-  sqlite3_bind_int64(statement, 1, key.volume);
-  sqlite3_bind_int64(statement, 2, key.parent);
-  sqlite3_bind_int64(statement, 3, key.inode);
+/// Binds bytes that stay where they are while the statement runs. An empty key is no NULL.
+void bind(sqlite3_stmt *statement, int parameter, std::string_view bytes) noexcept {
+  sqlite3_bind_blob64(statement, parameter, bytes.empty() ? "" : bytes.data(), bytes.size(),
+                      SQLITE_STATIC);
 }
 
 std::string_view blobOf(sqlite3_stmt *statement, int column) noexcept {
@@ -84,7 +85,7 @@ std::unique_ptr<IndexDatabase> IndexDatabase::open(const IndexPlace &place, bool
   std::unique_ptr<IndexDatabase> database(new IndexDatabase(std::move(connection)));
   sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-  sqlite3_limit(opened, SQLITE_LIMIT_LENGTH, static_cast<int>(FolderRecord::mostBytes) + 4096);
+  sqlite3_limit(opened, SQLITE_LIMIT_LENGTH, static_cast<int>(FolderRecord::mostBytes) + 16384);
   sqlite3_busy_timeout(opened, isToWrite ? writersPatienceInMilliseconds : 0);
   return database;
 }
@@ -184,110 +185,89 @@ IndexFault IndexDatabase::makeTable() noexcept {
 
 IndexFault IndexDatabase::prepareToRead() noexcept {
   // One view for all that is read saves asking for it each time.
-  IndexFault fault = execute("PRAGMA synchronous = OFF; PRAGMA cache_size = -8000; BEGIN");
+  IndexFault fault = execute("PRAGMA synchronous = OFF; BEGIN");
   if (fault == IndexFault::None)
     fault = checkSchema();
   if (fault == IndexFault::None)
-    fault = prepare(children_, "SELECT inode, record FROM folder WHERE volume = ?1 AND parent = ?2 "
-                               "ORDER BY inode");
-  if (fault == IndexFault::None)
-    fault = prepare(one_, "SELECT record FROM folder WHERE volume = ?1 AND parent = ?2 AND "
-                          "inode = ?3");
+    fault = prepare(tree_, "SELECT path, record FROM folder WHERE path >= ?1 AND path < ?2 "
+                           "ORDER BY path");
   return fault;
 }
 
 void IndexDatabase::fail(IndexFault fault) noexcept {
   fault_ = fault;
-  children_.reset();
-  one_.reset();
+  tree_.reset();
 }
 
-void IndexDatabase::selectChildren(std::int64_t volume, std::int64_t parent) noexcept {
-  hasInode_ = false;
-  if (!children_)
+void IndexDatabase::selectTree(std::string_view key) {
+  treeEnd_ = FolderKey::endOfTree(key);
+  lastKey_ = key;
+  isFirst_ = true;
+  if (!tree_)
     return;
-  sqlite3_reset(children_.get());
-  sqlite3_bind_int64(children_.get(), 1, volume);
-  sqlite3_bind_int64(children_.get(), 2, parent);
+  sqlite3_reset(tree_.get());
+  sqlite3_bind_blob64(tree_.get(), 1, key.empty() ? "" : key.data(), key.size(), SQLITE_TRANSIENT);
+  bind(tree_.get(), 2, treeEnd_);
 }
 
-std::optional<IndexDatabase::Row> IndexDatabase::nextChild() noexcept {
-  if (!children_)
+std::optional<IndexDatabase::Row> IndexDatabase::next() {
+  if (!tree_)
     return std::nullopt;
-  const int code = sqlite3_step(children_.get());
+  const int code = sqlite3_step(tree_.get());
   if (code != SQLITE_ROW) {
-    sqlite3_reset(children_.get());
+    sqlite3_reset(tree_.get());
     if (code != SQLITE_DONE)
       fail(faultOf(code));
     return std::nullopt;
   }
-  const Row row{sqlite3_column_int64(children_.get(), 0), blobOf(children_.get(), 1)};
-  // A damaged file can have its pages in a ring.
-  if (hasInode_ && row.inode <= lastInode_) {
+  const Row row{blobOf(tree_.get(), 0), blobOf(tree_.get(), 1)};
+  // A damaged file can have its pages in a ring, or anywhere. The first key may be that of the
+  // folder itself.
+  const bool isInOrder = row.key > lastKey_ || (isFirst_ && row.key == lastKey_);
+  if (!isInOrder || row.key >= treeEnd_) {
     fail(IndexFault::Broken);
     return std::nullopt;
   }
-  hasInode_ = true;
-  lastInode_ = row.inode;
+  isFirst_ = false;
+  lastKey_ = row.key;
   return row;
-}
-
-std::optional<std::string_view> IndexDatabase::find(const FolderKey &key) noexcept {
-  if (!one_)
-    return std::nullopt;
-  sqlite3_reset(one_.get());
-  bind(one_.get(), key);
-  const int code = sqlite3_step(one_.get());
-  if (code == SQLITE_ROW)
-    return blobOf(one_.get(), 0);
-  if (code != SQLITE_DONE)
-    fail(faultOf(code));
-  return std::nullopt;
 }
 
 IndexFault IndexDatabase::put(std::span<const IndexRecord> records) noexcept {
   Statement statement;
-  IndexFault fault = prepare(statement, "INSERT OR REPLACE INTO folder VALUES(?1, ?2, ?3, ?4, ?5)");
+  IndexFault fault = prepare(statement, "INSERT OR REPLACE INTO folder VALUES(?1, ?2, ?3)");
   for (auto record = records.begin(); fault == IndexFault::None && record != records.end();
        ++record) {
-    bind(statement.get(), record->key);
-    sqlite3_bind_int64(statement.get(), 4, record->entries);
-    sqlite3_bind_blob64(statement.get(), 5, record->bytes.data(), record->bytes.size(),
-                        SQLITE_STATIC);
+    bind(statement.get(), 1, record->key);
+    sqlite3_bind_int64(statement.get(), 2, record->entries);
+    bind(statement.get(), 3, record->bytes);
     fault = run(statement.get());
   }
   return fault;
 }
 
-IndexFault IndexDatabase::take(const char *command, std::span<const FolderKey> keys) noexcept {
-  if (keys.empty())
-    return IndexFault::None;
+IndexFault IndexDatabase::take(std::span<const std::string> trees) {
   Statement statement;
-  IndexFault fault = prepare(statement, command);
-  for (auto key = keys.begin(); fault == IndexFault::None && key != keys.end(); ++key) {
-    bind(statement.get(), *key);
+  IndexFault fault = prepare(statement, "DELETE FROM folder WHERE path >= ?1 AND path < ?2");
+  for (auto key = trees.begin(); fault == IndexFault::None && key != trees.end(); ++key) {
+    const std::string end = FolderKey::endOfTree(*key);
+    bind(statement.get(), 1, *key);
+    bind(statement.get(), 2, end);
     fault = run(statement.get());
   }
   return fault;
 }
 
 IndexFault IndexDatabase::store(std::span<const IndexRecord> records,
-                                std::span<const FolderKey> moved,
-                                std::span<const FolderKey> gone) noexcept {
-  constexpr const char *takeOne =
-      "DELETE FROM folder WHERE volume = ?1 AND parent = ?2 AND inode = ?3";
-  constexpr const char *takeAllBelow =
-      "WITH RECURSIVE lost(inode) AS (SELECT ?3 UNION SELECT folder.inode FROM folder, lost "
-      "WHERE folder.volume = ?1 AND folder.parent = lost.inode) "
-      "DELETE FROM folder WHERE volume = ?1 AND parent IN lost";
+                                std::span<const std::string> gone) noexcept {
   IndexFault fault = execute("BEGIN IMMEDIATE");
   if (fault != IndexFault::None)
     return fault;
-  fault = take(takeOne, moved);
-  if (fault == IndexFault::None)
-    fault = take(takeOne, gone);
-  if (fault == IndexFault::None)
-    fault = take(takeAllBelow, gone);
+  try {
+    fault = take(gone);
+  } catch (...) {
+    fault = IndexFault::Unavailable;
+  }
   if (fault == IndexFault::None)
     fault = put(records);
   if (fault == IndexFault::None)

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/metadata/FolderRecord.h"
 #include "platform/metadata/IndexPlace.h"
 
 #include <cstdint>
@@ -26,8 +25,10 @@ enum class IndexFault {
 
 /// One folder's record on its way into the index.
 struct IndexRecord {
-  FolderKey key;
+  /// `FolderKey`.
+  std::string key;
   std::int64_t entries = 0;
+  /// `FolderRecord`, or nothing for a folder that has to be listed each time.
   std::string bytes;
 };
 
@@ -51,30 +52,25 @@ public:
   IndexDatabase(const IndexDatabase &) = delete;
   IndexDatabase &operator=(const IndexDatabase &) = delete;
 
-  /// Begins to read the records below a folder, in the order of their inodes.
-  void selectChildren(std::int64_t volume, std::int64_t parent) noexcept;
+  /// Begins to read the records of a folder and of all that is below it, in the order of their
+  /// keys.
+  void selectTree(std::string_view key);
 
   struct Row {
-    std::int64_t inode = 0;
     /// Valid until the next call.
-    std::string_view record;
+    std::string_view key, record;
   };
 
   /// The next record; none at the end, and when reading fails, as `fault` tells then.
-  [[nodiscard]] std::optional<Row> nextChild() noexcept;
-
-  /// The record with that key, valid until the next call; none when there is none, or reading
-  /// fails.
-  [[nodiscard]] std::optional<std::string_view> find(const FolderKey &key) noexcept;
+  [[nodiscard]] std::optional<Row> next();
 
   /// What made reading fail. Nothing can be read any more then.
   [[nodiscard]] IndexFault fault() const noexcept { return fault_; }
 
-  /// Puts records in, in place of older ones, and takes out those that belong to no folder any
-  /// more: `gone` with all below them, and `moved` alone. All of it or nothing.
+  /// Puts records in, in place of older ones, after it has taken out those of folders that are gone
+  /// with all that was below them. All of it or nothing.
   [[nodiscard]] IndexFault store(std::span<const IndexRecord> records,
-                                 std::span<const FolderKey> moved,
-                                 std::span<const FolderKey> gone) noexcept;
+                                 std::span<const std::string> gone) noexcept;
 
   struct Totals {
     std::int64_t folders = 0;
@@ -100,14 +96,14 @@ private:
   [[nodiscard]] IndexFault makeTable() noexcept;
   [[nodiscard]] IndexFault prepareToRead() noexcept;
   [[nodiscard]] IndexFault put(std::span<const IndexRecord> records) noexcept;
-  [[nodiscard]] IndexFault take(const char *command, std::span<const FolderKey> keys) noexcept;
+  [[nodiscard]] IndexFault take(std::span<const std::string> trees);
   void fail(IndexFault fault) noexcept;
 
-  // The statements are closed before their connection.
+  // The statement is closed before its connection.
   Connection connection_;
-  Statement children_;
-  Statement one_;
-  std::int64_t lastInode_ = 0;
-  bool hasInode_ = false;
+  Statement tree_;
+  std::string treeEnd_;
+  std::string lastKey_;
+  bool isFirst_ = true;
   IndexFault fault_ = IndexFault::None;
 };

@@ -10,9 +10,6 @@ constexpr std::size_t bytesAtOnce = std::size_t{2} << 20;
 /// What is collected while a disk is slow to write. More is not kept.
 constexpr std::size_t mostBytes = std::size_t{8} << 20;
 
-/// Of folders that have appeared or are gone.
-constexpr std::size_t mostNoted = 100'000;
-
 } // namespace
 
 IndexWriter::IndexWriter(std::optional<IndexPlace> place) noexcept
@@ -30,12 +27,9 @@ void IndexWriter::add(IndexRecord record) noexcept {
     if (isDisabled_ || collected_.bytes >= mostBytes)
       return;
     try {
-      const FolderKey key = record.key;
-      const std::size_t size = sizeof record + record.bytes.size();
+      const std::size_t size = sizeof record + record.key.size() + record.bytes.size();
       collected_.records.push_back(std::move(record));
       collected_.bytes += size;
-      if (recorded_.size() < mostNoted)
-        recorded_.emplace_back(key.volume, key.inode);
     } catch (...) {
       // The folder will be listed again.
     }
@@ -47,12 +41,13 @@ void IndexWriter::add(IndexRecord record) noexcept {
   write(std::move(batch), false);
 }
 
-void IndexWriter::addStale(const FolderKey &key) noexcept {
+void IndexWriter::addGone(std::string_view key) noexcept {
   const LockGuard guard(lock_);
-  if (isDisabled_ || stale_.size() >= mostNoted)
+  if (isDisabled_ || collected_.bytes >= mostBytes)
     return;
   try {
-    stale_.push_back(key);
+    collected_.gone.emplace_back(key);
+    collected_.bytes += sizeof(std::string) + key.size();
   } catch (...) {
     // It is met again by the next query.
   }
@@ -67,7 +62,7 @@ void IndexWriter::finish() noexcept {
   Batch batch;
   {
     const LockGuard guard(lock_);
-    if (isDisabled_ || isWriting_ || (collected_.records.empty() && stale_.empty() && !isBroken_))
+    if (isDisabled_ || isWriting_ || (collected_.bytes == 0 && !isBroken_))
       return;
     isWriting_ = true;
     std::swap(batch, collected_);
@@ -81,10 +76,10 @@ void IndexWriter::write(Batch batch, bool isLast) noexcept {
     // Neighbours are written together.
     std::sort(batch.records.begin(), batch.records.end(),
               [](const IndexRecord &a, const IndexRecord &b) { return a.key < b.key; });
-    fault = tryToWrite(batch, isLast);
+    fault = tryToWrite(batch);
     if (fault == IndexFault::Broken) {
       setBroken();
-      fault = tryToWrite(batch, isLast);
+      fault = tryToWrite(batch);
     }
   } catch (...) {
     // Memory is short, or the index cannot be reached: it stays as it is.
@@ -96,22 +91,11 @@ void IndexWriter::write(Batch batch, bool isLast) noexcept {
   isDisabled_ = isDisabled_ || isLast || fault != IndexFault::None;
 }
 
-IndexFault IndexWriter::tryToWrite(const Batch &batch, bool isLast) {
-  std::vector<FolderKey> gone;
-  std::vector<FolderKey> moved;
+IndexFault IndexWriter::tryToWrite(const Batch &batch) {
   bool isBroken = false;
   {
     const LockGuard guard(lock_);
     std::swap(isBroken, isBroken_);
-    if (isLast && !isBroken) {
-      // What is below a folder that is now elsewhere still stands where it belongs.
-      std::sort(recorded_.begin(), recorded_.end());
-      for (const FolderKey &key : stale_) {
-        const bool isMoved = std::binary_search(recorded_.begin(), recorded_.end(),
-                                                std::pair(key.volume, key.inode));
-        (isMoved ? moved : gone).push_back(key);
-      }
-    }
   }
   if (isBroken) {
     database_.reset();
@@ -121,7 +105,7 @@ IndexFault IndexWriter::tryToWrite(const Batch &batch, bool isLast) {
   if (!database_)
     database_ = IndexDatabase::openToWrite(*place_, fault);
   if (database_)
-    fault = database_->store(batch.records, moved, gone);
+    fault = database_->store(batch.records, batch.gone);
   if (fault != IndexFault::None)
     database_.reset();
   return fault;

@@ -6,7 +6,8 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
-#include <utility>
+#include <string>
+#include <string_view>
 #include <vector>
 
 /// Collects what a query has learnt about folders and puts it into the index, a good deal at a
@@ -24,8 +25,8 @@ public:
   /// Takes a record in; writes what has been collected if that is much.
   void add(IndexRecord record) noexcept;
 
-  /// Takes note of a record that belongs to no folder where it stands.
-  void addStale(const FolderKey &key) noexcept;
+  /// Takes note of a folder that is gone, with all that was below it.
+  void addGone(std::string_view key) noexcept;
 
   /// Takes note that reading has shown the index to be broken.
   void setBroken() noexcept;
@@ -36,19 +37,17 @@ public:
 private:
   struct Batch {
     std::vector<IndexRecord> records;
+    std::vector<std::string> gone;
     std::size_t bytes = 0;
   };
 
   void write(Batch batch, bool isLast) noexcept;
-  [[nodiscard]] IndexFault tryToWrite(const Batch &batch, bool isLast);
+  [[nodiscard]] IndexFault tryToWrite(const Batch &batch);
 
   const std::optional<IndexPlace> place_;
 
   mutable NSLock lock_;
   Batch collected_ PF_GUARDED_BY(lock_);
-  std::vector<FolderKey> stale_ PF_GUARDED_BY(lock_);
-  /// Volume and inode of the folders that have been recorded.
-  std::vector<std::pair<std::int64_t, std::int64_t>> recorded_ PF_GUARDED_BY(lock_);
   bool isBroken_ PF_GUARDED_BY(lock_) = false;
   bool isWriting_ PF_GUARDED_BY(lock_) = false;
   bool isDisabled_ PF_GUARDED_BY(lock_) = false;

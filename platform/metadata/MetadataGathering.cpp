@@ -53,6 +53,7 @@ MetadataGathering::MetadataGathering(NSMetadataQuery &query, Ref<const NSPredica
     : predicate_(std::move(predicate)), place_(std::move(place)), writer_(place_), query_(&query) {
   for (const std::string &scope : scopes) {
     FolderTask task;
+    task.kind = FolderTask::Kind::Scope;
     task.path = scope;
     queue_.add(std::move(task));
   }
@@ -98,7 +99,7 @@ bool MetadataGathering::gather() noexcept {
   bool isUnfinished = false;
   queue_.enter();
   try {
-    FolderGatherer gatherer(*predicate_, place_, writer_, isStopped_);
+    FolderGatherer gatherer({*predicate_, place_, writer_, queue_, isStopped_});
     while (const std::optional<FolderTask> task = queue_.next(tasks, !isOnMainThread)) {
       try {
         gatherer.process(*task, tasks, results);

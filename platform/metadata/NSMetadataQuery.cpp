@@ -2,6 +2,7 @@
 
 #include "platform/foundation/MainRunLoop.h"
 #include "platform/foundation/NSClass.h"
+#include "platform/metadata/FolderRecord.h"
 #include "platform/metadata/MetadataGathering.h"
 
 #include <cassert>
