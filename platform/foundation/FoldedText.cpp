@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <utf8proc.h>
 
 namespace {
@@ -130,10 +131,26 @@ bool FoldedText::continuesCharacterAt(std::string_view text, std::size_t positio
 }
 
 bool FoldedText::holdsItsASCII(std::string_view text) noexcept {
+  if (isASCII(text))
+    return true;
   for (std::size_t i = 0; i + 1 < text.size(); ++i)
     if (static_cast<unsigned char>(text[i]) >= 0x80 &&
         mayBecomeASCII(static_cast<unsigned char>(text[i]),
                        static_cast<unsigned char>(text[i + 1])))
       return false;
   return true;
+}
+
+bool FoldedText::isASCII(std::string_view text) noexcept {
+  constexpr std::uint64_t highBits = 0x8080'8080'8080'8080;
+  std::uint64_t seen = 0;
+  while (text.size() >= sizeof seen) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, text.data(), sizeof word);
+    seen |= word;
+    text.remove_prefix(sizeof word);
+  }
+  for (const char c : text)
+    seen |= static_cast<unsigned char>(c);
+  return (seen & highBits) == 0;
 }

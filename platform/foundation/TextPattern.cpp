@@ -11,13 +11,6 @@ constexpr char foldASCII(char c) noexcept {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
-bool isASCIIText(std::string_view text) noexcept {
-  unsigned char seen = 0;
-  for (const char c : text)
-    seen |= static_cast<unsigned char>(c);
-  return seen < 0x80;
-}
-
 template <class Sequence> std::vector<std::uint32_t> fallbackLengths(const Sequence &pattern) {
   if (pattern.size() >= std::numeric_limits<std::uint32_t>::max())
     throw std::bad_alloc();
@@ -56,7 +49,7 @@ bool findOccurrence(const Pattern &pattern, const std::vector<std::uint32_t> &fa
 } // namespace
 
 TextPattern::TextPattern(std::string_view text, unsigned options)
-    : options_(options), isASCII_(isASCIIText(text)) {
+    : options_(options), isASCII_(FoldedText::isASCII(text)) {
   if (isASCII_) {
     const bool foldCase = (options & NSCaseInsensitiveSearch) != 0;
     units_.reserve(text.size());

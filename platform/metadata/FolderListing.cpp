@@ -1,18 +1,25 @@
 #include "platform/metadata/FolderListing.h"
 
+#include "platform/foundation/FoldedText.h"
 #include "platform/foundation/NSWorkspace.h"
 #include "platform/foundation/PathComponents.h"
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 namespace {
 
-/// A file system that does not tell upper from lower case may have letters of its own to compare.
-bool mayBeContents(std::string_view name) noexcept {
-  const auto isNotASCII = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
-  return equalIgnoringASCIICase(name, "Contents") ||
-         std::any_of(name.begin(), name.end(), isNotASCII);
+/// Whether a file system may find something of that name when it is asked for "Contents". One that
+/// does not tell upper from lower case takes the long s for an s, and may overlook other
+/// characters.
+bool mayBeContents(std::string_view name) {
+  if (FoldedText::isASCII(name))
+    return equalIgnoringASCIICase(name, "Contents");
+  std::string ascii;
+  std::copy_if(name.begin(), name.end(), std::back_inserter(ascii),
+               [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  return equalIgnoringASCIICase(ascii, "Contents") || equalIgnoringASCIICase(ascii, "Content");
 }
 
 } // namespace

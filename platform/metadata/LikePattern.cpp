@@ -1,7 +1,6 @@
 #include "platform/metadata/LikePattern.h"
 
 #include "platform/foundation/FoldedText.h"
-#include "platform/foundation/PathComponents.h"
 
 #include <algorithm>
 #include <optional>
@@ -35,28 +34,33 @@ LikePattern::LikePattern(std::string_view pattern, bool regardsCase) : regardsCa
   if (units_.size() > 1 && units_.front() == anyText &&
       std::all_of(units_.begin() + 1, units_.end(), isPlainASCII))
     suffix_.assign(units_.begin() + 1, units_.end());
+  for (const char c : suffix_)
+    caseBits_.push_back(!regardsCase && c >= 'a' && c <= 'z' ? 'a' - 'A' : 0);
 }
 
 bool LikePattern::matches(std::string_view name) const {
   if (suffix_.empty())
     return matchesFolded(name);
-  if (endsWithSuffix(name))
+  std::size_t begin = name.size() - std::min(name.size(), suffix_.size());
+  if (isSuffix(name.substr(begin)))
     return true;
-  // Each character of the suffix takes one of the name, at most.
-  std::size_t begin = name.size();
-  for (std::size_t i = 0; i < suffix_.size() && begin > 0; ++i) {
-    do
-      --begin;
-    while (begin > 0 && (static_cast<unsigned char>(name[begin]) & 0xC0) == 0x80);
-  }
+  // Each character of the suffix takes one of the name, at most; so only one that stands here can
+  // still become what is looked for.
+  if (FoldedText::isASCII(name.substr(begin)))
+    return false;
+  while (begin > 0 && (static_cast<unsigned char>(name[begin]) & 0xC0) == 0x80)
+    --begin;
   return !FoldedText::holdsItsASCII(name.substr(begin)) && matchesFolded(name);
 }
 
-bool LikePattern::endsWithSuffix(std::string_view name) const noexcept {
-  if (name.size() < suffix_.size())
+bool LikePattern::isSuffix(std::string_view end) const noexcept {
+  if (end.size() != suffix_.size())
     return false;
-  const std::string_view end = name.substr(name.size() - suffix_.size());
-  return regardsCase_ ? end == suffix_ : equalIgnoringASCIICase(end, suffix_);
+  for (std::size_t i = 0; i < end.size(); ++i)
+    if ((static_cast<unsigned char>(end[i]) | caseBits_[i]) !=
+        static_cast<unsigned char>(suffix_[i]))
+      return false;
+  return true;
 }
 
 bool LikePattern::matchesFolded(std::string_view name) const {

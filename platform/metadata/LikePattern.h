@@ -21,7 +21,7 @@ public:
   [[nodiscard]] bool matches(std::string_view name) const;
 
 private:
-  [[nodiscard]] bool endsWithSuffix(std::string_view name) const noexcept;
+  [[nodiscard]] bool isSuffix(std::string_view end) const noexcept;
   [[nodiscard]] bool matchesFolded(std::string_view name) const;
 
   const bool regardsCase_;
@@ -29,4 +29,6 @@ private:
   std::vector<std::int32_t> units_;
   /// What follows a `*` that begins the pattern, if that is all and is ASCII.
   std::string suffix_;
+  /// For each byte of it, the bit that is set in lower case and not in upper case.
+  std::vector<unsigned char> caseBits_;
 };
