@@ -24,9 +24,9 @@ int PFMetadataIndexGetStatus(PFMetadataIndexStatus *status) {
     const std::optional<IndexPlace> place = IndexPlace::current();
     if (!place)
       return 1;
+    status->size = place->sizeOnDisk();
     IndexFault fault = IndexFault::None;
     const std::unique_ptr<IndexDatabase> index = IndexDatabase::openToRead(*place, fault);
-    status->size = place->sizeOnDisk();
     if (!index)
       return fault == IndexFault::Missing ? 1 : 0;
     const std::optional<IndexDatabase::Totals> totals = index->totals();

@@ -60,33 +60,31 @@ TEST(FolderRecord, IsForOneFolderAtOneMomentAndUndamaged) {
 class IndexTest : public QueryFixture {
 protected:
   IndexTest() {
-    calls.statusAt = statusAnHourAgo;
     for (int i = 0; i < 40; ++i)
-      tree.file("folder " + std::to_string(i % 7) + "/in " + std::to_string(i % 20) + "/" +
-                std::to_string(i) + ".jpg");
-  }
-
-  std::string file() const { return PFMetadataIndexGetPath(); }
-
-  /// How many folders a query lists, which finds `all`.
-  int listed() {
-    EXPECT_EQ(find(), all);
-    const int count = guard.counts().openAt;
+      tree.file("folder " + std::to_string(i % 7) + "/in " + std::to_string(i) + "/a.jpg");
+    all = find();
     guard.resetCounts();
-    return count;
   }
 
-  SystemCalls calls{};
-  const SystemCallsGuard guard{[this] {
+  static std::string file() { return PFMetadataIndexGetPath(); }
+
+  static SystemCalls agedFolders() {
+    SystemCalls calls{};
     calls.statusAt = statusAnHourAgo;
     return calls;
-  }()};
-  const std::string all = [this] {
-    for (int i = 0; i < 40; ++i)
-      tree.file("folder " + std::to_string(i % 7) + "/in " + std::to_string(i % 20) + "/" +
-                std::to_string(i) + ".jpg");
-    return find();
-  }();
+  }
+
+  /// How many folders a query lists, which finds all.
+  int listed() {
+    EXPECT_EQ(find(), all);
+    const int calls = guard.counts().listEntries;
+    guard.resetCounts();
+    return calls / 2;
+  }
+
+  static constexpr int folders = 1 + 7 + 40;
+  const SystemCallsGuard guard{agedFolders()};
+  std::string all;
 };
 
 /// Changes a tree at random, in all the ways that a user or a program might.
@@ -116,8 +114,8 @@ public:
         std::filesystem::rename(tree_.path(a), tree_.path(b), ignored);
         break;
       case 7:
-        std::filesystem::rename(tree_.path(a + "/" + fileName()),
-                                tree_.path(b + "/" + fileName()), ignored);
+        std::filesystem::rename(tree_.path(a + "/" + fileName()), tree_.path(b + "/" + fileName()),
+                                ignored);
         break;
       case 8:
         // A folder replaced by a link to where it is now.
@@ -166,22 +164,23 @@ TEST_P(ChangesTest, NeverMakeItWrong) {
   Request request = makeRequest("n=");
   const SystemCallsGuard guard;
   int known = 0;
-  for (int step = 0; step < 500; ++step) {
+  for (int step = 0; step < 600; ++step) {
     const int count = step % 50 == 0 ? 40 : step % 3;
     for (int i = 0; i < count; ++i)
       changes.change();
-    const std::string walked = searchSorted(request);
+    std::string walked = searchSorted(request);
+    walked.resize(walked.size() - std::min<std::size_t>(walked.size(), 2));
     const int folders = guard.counts().openAt;
     guard.resetCounts();
     // What changes next does so right after this query.
-    ASSERT_EQ(find() + " !", walked.starts_with(' ') ? walked.substr(1) : walked) << step;
+    ASSERT_EQ(find(), walked) << step;
     known += folders - guard.counts().openAt;
     guard.resetCounts();
   }
   EXPECT_GT(known, 500) << "the index has been of use";
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, ChangesTest, testing::Range(1U, 7U));
+INSTANTIATE_TEST_SUITE_P(Seeds, ChangesTest, testing::Range(1U, 5U));
 
 TEST_F(IndexTest, WhatIsBrokenIsMadeAnew) {
   using Damage = void (*)(const std::string &);
@@ -191,12 +190,10 @@ TEST_F(IndexTest, WhatIsBrokenIsMadeAnew) {
       {"empty", [](const std::string &file) { std::filesystem::resize_file(file, 0); }},
       {"cut short", [](const std::string &file) { std::filesystem::resize_file(file, 9000); }},
       {"something else",
-       [](const std::string &file) {
-         std::ofstream(file) << std::string(10'000, 'x');
-       }},
+       [](const std::string &file) { std::ofstream(file) << std::string(10'000, 'x'); }},
       {"page lost",
        [](const std::string &file) {
-         std::fstream(file).seekp(8192 + 8).write(std::string(8000, '\xff').data(), 8000);
+         std::fstream(file).seekp(2 * 8192).write(std::string(8000, '\xff').data(), 8000);
        }},
       {"another's table",
        [](const std::string &file) {
@@ -217,16 +214,151 @@ TEST_F(IndexTest, WhatIsBrokenIsMadeAnew) {
       {"second link",
        [](const std::string &file) { std::filesystem::create_hard_link(file, file + ".copy"); }},
   };
-  const int folders = 1 + 7 + 40;
-  listed();
   for (const auto &[name, damage] : rows) {
     SCOPED_TRACE(name);
     ASSERT_EQ(listed(), 0);
     damage(file());
-    const int count = listed();
-    EXPECT_EQ(count, std::string_view(name) == "none" ? 0 : folders);
+    EXPECT_EQ(listed(), std::string_view(name) == "none" ? 0 : folders);
     EXPECT_EQ(listed(), 0) << "repaired";
     EXPECT_EQ(std::filesystem::status(file()).permissions(), std::filesystem::perms(0600));
+  }
+}
+
+TEST_F(IndexTest, WhereThereCanBeNone) {
+  cache.file("file");
+  cache.link("link", "nowhere");
+  cache.folder("1/SearchSystem/folders-1.sqlite");
+  cache.file("2/SearchSystem");
+  cache.link("3/SearchSystem", cache.path("1"));
+  for (const char *const folder : {"file", "link", "1", "2", "3", "missing/missing", "/proc"}) {
+    SCOPED_TRACE(folder);
+    IndexPlace::setCacheFolderForTesting(*folder == '/' ? folder : cache.path(folder));
+    EXPECT_EQ(listed(), folders);
+    EXPECT_EQ(listed(), folders);
+  }
+}
+
+TEST_F(IndexTest, TellsItsSizeAndIsCleared) {
+  IndexPlace::setCacheFolderForTesting(cache.path("new"));
+  EXPECT_EQ(file(), cache.path("new/SearchSystem/folders-1.sqlite"));
+  EXPECT_EQ(status().size, 0);
+  EXPECT_EQ(PFMetadataIndexClear(), 1);
+  for (int i = 0; i < 4000; ++i)
+    tree.file("many " + std::to_string(i / 40) + "/A name as files have it " + std::to_string(i));
+  find();
+  const PFMetadataIndexStatus filled = status();
+  EXPECT_EQ(filled.folders, folders + 100);
+  EXPECT_EQ(filled.entries, folders - 1 + 40 + 100 + 4000);
+  EXPECT_LE(filled.size, 64 * filled.entries);
+  EXPECT_EQ(filled.size, static_cast<std::int64_t>(std::filesystem::file_size(file())));
+  for (int i = 1; i < 100; ++i)
+    std::filesystem::remove_all(tree.path("many " + std::to_string(i)));
+  find();
+  EXPECT_EQ(status().folders, folders + 1);
+  EXPECT_LT(status().size, filled.size / 2) << "gives back what it does not need";
+  EXPECT_EQ(PFMetadataIndexClear(), 1);
+  EXPECT_FALSE(std::filesystem::exists(file()));
+}
+
+TEST_F(IndexTest, AnotherThatUsesItIsNotWaitedFor) {
+  sqlite3 *other = nullptr;
+  ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
+  const auto execute = [&](const char *commands) {
+    EXPECT_EQ(sqlite3_exec(other, commands, nullptr, nullptr, nullptr), SQLITE_OK) << commands;
+  };
+  execute("BEGIN; SELECT count(*) FROM folder");
+  EXPECT_EQ(listed(), 0) << "another reads";
+  execute("COMMIT; BEGIN EXCLUSIVE");
+  EXPECT_EQ(listed(), 0) << "another writes";
+  tree.file("folder 1/new.jpg");
+  all = find();
+  EXPECT_GE(listed(), 1) << "what was learnt could not be written";
+  execute("COMMIT; PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; COMMIT");
+  sqlite3_close(other);
+  listed();
+  EXPECT_EQ(listed(), 0);
+  // Locked altogether, as by a process that has it for itself.
+  ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
+  execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; DELETE FROM folder");
+  EXPECT_EQ(listed(), folders);
+  sqlite3_close(other);
+  EXPECT_EQ(listed(), 0);
+}
+
+TEST_F(IndexTest, TwoQueriesShareIt) {
+  for (int round = 0; round < 20; ++round) {
+    PFMetadataIndexClear();
+    const Ref<NSMetadataQuery> other = NSMetadataQuery::create();
+    other->setPredicate(anyKind());
+    other->setSearchScopes(NSArray::create({Ref<const NSObject>(NSString::create(tree.path()))}));
+    ASSERT_EQ(other->startQuery(), 1);
+    EXPECT_EQ(find(), all);
+    EXPECT_EQ(other->isGathering(), 0);
+    EXPECT_EQ(other->resultCount(), found.size());
+    listed();
+    ASSERT_EQ(listed(), 0);
+  }
+}
+
+/// SQLite's calls to the system, of which all fail from one on.
+struct Writes {
+  static int left;
+  static bool allFail, hasFailed;
+
+  static bool fails(bool isWrite) {
+    if (isWrite ? --left > 0 : left > 0 || !allFail)
+      return false;
+    hasFailed = true;
+    errno = ENOSPC;
+    return true;
+  }
+  static ssize_t write(int fd, const void *bytes, std::size_t size) {
+    return fails(true) ? -1 : ::write(fd, bytes, size);
+  }
+  static ssize_t pwrite(int fd, const void *bytes, std::size_t size, off_t offset) {
+    return fails(true) ? -1 : ::pwrite(fd, bytes, size, offset);
+  }
+  static int unlink(const char *path) { return fails(false) ? -1 : ::unlink(path); }
+  static int ftruncate(int fd, off_t size) { return fails(false) ? -1 : ::ftruncate(fd, size); }
+
+  /// Puts them in, or takes them out.
+  static void replace(bool isReplaced) {
+    sqlite3_vfs *const system = sqlite3_vfs_find(nullptr);
+    const auto put = [&](const char *name, auto *call) {
+      system->xSetSystemCall(system, name,
+                             isReplaced ? reinterpret_cast<sqlite3_syscall_ptr>(call) : nullptr);
+    };
+    put("write", write);
+    put("pwrite", pwrite);
+    put("pwrite64", pwrite);
+    put("unlink", unlink);
+    put("ftruncate", ftruncate);
+  }
+};
+int Writes::left;
+bool Writes::allFail, Writes::hasFailed;
+
+TEST_F(IndexTest, DiskFullOrProcessKilledAtAnyWrite) {
+  int count = 0;
+  for (const bool isKilled : {false, true}) {
+    for (const bool isThere : {false, true}) {
+      Writes::hasFailed = true;
+      for (int number = 1; Writes::hasFailed; ++number) {
+        SCOPED_TRACE(std::to_string(number) + (isKilled ? " killed" : " full") +
+                     (isThere ? ", with an index" : ""));
+        if (!isThere)
+          PFMetadataIndexClear();
+        tree.file("folder 1/new " + std::to_string(++count));
+        Writes::left = number;
+        Writes::allFail = isKilled;
+        Writes::hasFailed = false;
+        Writes::replace(true);
+        EXPECT_GE(listed(), 1);
+        Writes::replace(false);
+        listed();
+        ASSERT_EQ(listed(), 0) << "repaired";
+      }
+    }
   }
 }
 

@@ -151,9 +151,7 @@ TEST_F(QueryTest, NothingIsToldAfterAStop) {
   EXPECT_EQ(log, "");
   int starts = 0;
   onResult = [] {};
-  onFinish = [&] {
-    EXPECT_TRUE(++starts == 3 || start({tree.path()}) == 1);
-  };
+  onFinish = [&] { EXPECT_TRUE(++starts == 3 || start({tree.path()}) == 1); };
   find();
   EXPECT_EQ(found.size(), 300U);
   EXPECT_EQ(starts, 3);
