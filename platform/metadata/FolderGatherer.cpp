@@ -103,8 +103,11 @@ void FolderGatherer::searchRow(const RecordStream &stream, const RecordStream::C
   const std::string_view key = chunk.key(row);
   const std::string &scope = stream.scopePrefix();
   const bool isScope = key == stream.scopeKey();
+  const std::string_view keyBelow = key.substr(stream.scopeKey().size());
+  if (FolderKey::isHidden(keyBelow))
+    return;
   path_ = scope;
-  FolderKey::appendPath(path_, key.substr(stream.scopeKey().size()));
+  FolderKey::appendPath(path_, keyBelow);
   if (path_.empty())
     path_ = "/";
   if (path_.size() > longestPath)
@@ -112,6 +115,7 @@ void FolderGatherer::searchRow(const RecordStream &stream, const RecordStream::C
   const std::optional<FolderStatus> status =
       isScope ? folderStatus(currentFolder, path_.c_str())
               : folderStatus(stream.scopeFolder(), path_.c_str() + scope.size() + 1);
+  row.isGone = !status;
   if (!status || (status->isMountRoot && !isScope))
     return;
   const std::string_view name = key.substr(key.rfind('\0') + 1);

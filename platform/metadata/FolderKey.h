@@ -20,6 +20,11 @@ void appendPath(std::string &path, std::string_view key);
   return std::string(key).append(1, '\1');
 }
 
+/// Whether one of the components is a hidden one.
+[[nodiscard]] inline bool isHidden(std::string_view key) noexcept {
+  return key.find(std::string_view("\0.", 2)) != std::string_view::npos;
+}
+
 [[nodiscard]] inline bool isBelow(std::string_view key, std::string_view folder) noexcept {
   return key.size() > folder.size() && key.starts_with(folder) && key[folder.size()] == '\0';
 }

@@ -113,7 +113,9 @@ void RecordStream::mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &ta
     if (name.find('\0') != std::string_view::npos)
       return;
     if (!isExpected(name, tasks)) {
-      writer_.addGone(key);
+      // What is there all the same has been searched for its own sake, and may be again.
+      if (row.isGone)
+        writer_.addGone(key);
       return;
     }
   }

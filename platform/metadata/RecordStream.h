@@ -27,8 +27,10 @@ public:
 
   struct Row {
     std::size_t keyBegin = 0, keySize = 0, recordSize = 0;
-    /// What the search has found out: whether the folder may be searched, the names of its
-    /// sub-folders in the order of their bytes, each ended by a NUL, and the files that it found.
+    /// What the search has found out: whether the folder is gone, whether it may be searched, the
+    /// names of its sub-folders in the order of their bytes, each ended by a NUL, and the files
+    /// that it found.
+    bool isGone = false;
     bool isSearched = false;
     std::string folders;
     Results results;

@@ -238,6 +238,25 @@ TEST_F(IndexTest, WhereThereCanBeNone) {
   }
 }
 
+TEST_F(IndexTest, OthersAndTheirRecordsAreNotReliedOn) {
+  if (geteuid() != 0)
+    GTEST_SKIP() << "only root can be somebody else";
+  const gid_t group = getegid();
+  ASSERT_EQ(setegid(group + 1), 0);
+  EXPECT_EQ(listed(), folders) << "made by another group";
+  EXPECT_EQ(listed(), 0);
+  ASSERT_EQ(setegid(group), 0);
+  EXPECT_EQ(listed(), folders);
+  cache.folder("others");
+  ASSERT_EQ(chown(cache.path("others").c_str(), 1, 1), 0);
+  IndexPlace::setCacheFolderForTesting(cache.path("others"));
+  EXPECT_EQ(listed(), folders);
+  EXPECT_EQ(listed(), folders);
+  IndexPlace::setCacheFolderForTesting(cache.path("others/missing"));
+  EXPECT_EQ(listed(), folders);
+  EXPECT_TRUE(std::filesystem::is_empty(cache.path("others")));
+}
+
 TEST_F(IndexTest, TellsItsSizeAndIsCleared) {
   IndexPlace::setCacheFolderForTesting(cache.path("new"));
   EXPECT_EQ(file(), cache.path("new/SearchSystem/folders-1.sqlite"));

@@ -92,6 +92,16 @@ TEST_F(QueryTest, AsksForEachKnownFolderOnce) {
   guard.resetCounts();
   EXPECT_EQ(find().size(), first.size() + sizeof "folder 3/new.jpg folder 5/new/new.jpg");
   EXPECT_EQ(guard.counts().listEntries, 2 * 3) << "two changed, one new";
+  // What is below a hidden folder or in a package is known as long as it is there.
+  tree.file("folder 1/.hidden/in/a.jpg");
+  tree.file("folder 1/a.app/in/b.jpg");
+  for (const bool isSecond : {false, true}) {
+    guard.resetCounts();
+    EXPECT_EQ(find({tree.path("folder 1/.hidden")}), "folder 1/.hidden/in/a.jpg");
+    EXPECT_EQ(find({tree.path("folder 1/a.app")}), "folder 1/a.app/in/b.jpg");
+    EXPECT_EQ(guard.counts().listEntries, isSecond ? 0 : 2 * 4);
+    EXPECT_EQ(find().find("/in/a.jpg"), std::string::npos);
+  }
 }
 
 TEST_F(QueryTest, ResultsComeInPortionsOfTheirOwn) {
