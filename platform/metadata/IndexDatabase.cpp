@@ -126,7 +126,7 @@ std::unique_ptr<IndexDatabase> IndexDatabase::openToWrite(const IndexPlace &plac
   std::unique_ptr<IndexDatabase> database = open(place, true, fault);
   if (!database)
     return nullptr;
-  fault = database->execute("PRAGMA synchronous = OFF");
+  fault = database->execute("PRAGMA synchronous = OFF; PRAGMA wal_autocheckpoint = 64");
   if (fault == IndexFault::None)
     fault = database->checkSchema();
   if (fault == IndexFault::Missing) {

@@ -5,7 +5,7 @@
 namespace {
 
 /// So many bytes of records are written in some ten milliseconds.
-constexpr std::size_t bytesAtOnce = std::size_t{2} << 20;
+constexpr std::size_t bytesAtOnce = std::size_t{1} << 20;
 
 /// What is collected while a disk is slow to write. More is not kept.
 constexpr std::size_t mostBytes = std::size_t{8} << 20;
