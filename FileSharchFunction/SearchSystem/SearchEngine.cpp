@@ -12,8 +12,8 @@ namespace {
 constexpr std::int32_t lastVersionWithoutIndex = 0x1040;
 constexpr double delayOfEmptyRequest = 0.1;
 
-constexpr std::string_view queryProgress = "NSMetadataQueryGatheringProgressNotification";
-constexpr std::string_view queryFinish = "NSMetadataQueryDidFinishGatheringNotification";
+constexpr std::string_view queryProgress = NSMetadataQueryGatheringProgressNotification;
+constexpr std::string_view queryFinish = NSMetadataQueryDidFinishGatheringNotification;
 
 } // namespace
 
@@ -51,9 +51,11 @@ SearchEngine::SearchEngine() : listFolder_(NSString::create("")) {
   if (isAvailableSpotlight() != 1)
     return;
   if (const NSClass *const queryClass = NSClass::named("NSMetadataQuery"))
-    _metaQuery = queryClass->newInstance();
+    _metaQuery =
+        Ref<NSMetadataQuery>(dynamic_cast<NSMetadataQuery *>(queryClass->newInstance().get()));
   if (!_metaQuery)
     return;
+  _metaQuery->setDelegate(this);
   NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
   center.addObserver(
       this,
@@ -75,6 +77,10 @@ SearchEngine::~SearchEngine() {
   NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
   center.removeObserver(this, queryFinish);
   center.removeObserver(this, queryProgress);
+  if (!_metaQuery)
+    return;
+  _metaQuery->stopQuery();
+  _metaQuery->setDelegate(nullptr);
 }
 
 void SearchEngine::startFileSearch(const SearchPredicate *predicate) noexcept {

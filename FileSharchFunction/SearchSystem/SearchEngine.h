@@ -13,12 +13,14 @@
 #include "platform/foundation/Perform.h"
 #include "platform/foundation/Ref.h"
 #include "platform/foundation/TextPattern.h"
+#include "platform/metadata/NSMetadataQuery.h"
 
 #include <array>
 #include <atomic>
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <string>
 #include <vector>
 
 /// The object that runs a search: it checks the request, chooses the strategy, judges candidates,
@@ -85,10 +87,13 @@ public:
   [[nodiscard]] char keyWordSearch(const NSString *text, const NSString *keyword,
                                    char isDistinct) const;
 
-  /// Searches through the metadata index.
+  /// Searches through the metadata index, and beside it, where any condition suffices, walks for
+  /// those on content.
   void spotlightSearch() noexcept;
   /// The query has new results.
   void getSpotlightResult(const NSNotification *notification) noexcept;
+  /// Hands on the query's results that have not been looked at.
+  void picUpResultData() noexcept;
   /// The query has ended (with its notification), or is to end now (with null).
   void stopSpotlight(const NSNotification *notification) noexcept;
 
@@ -103,6 +108,13 @@ public:
   /// Worker thread.
   void andSearch(const NSString *folder, int type) noexcept;
   void orSearch(const NSString *folder, int type) noexcept;
+
+  /// Queues a folder for the content walk, or, with null, takes note that a worker has ended.
+  void spotligtExifPDFSearchPool(const NSString *folder) noexcept;
+  /// A worker's body: searches one folder for content. Worker thread.
+  void spotligtExifPDFSearchThread(const NSString *folder) noexcept;
+  /// Searches one folder for files of a class that meet the conditions on content. Worker thread.
+  void exifSearchWithSpotlight(const NSString *folder, int type) noexcept;
 
   /// Looks for the content keyword in the EXIF text of a file, and for its shooting date in the
   /// range. Both results are always written. Throws `std::bad_alloc`. Any thread.
@@ -122,6 +134,8 @@ private:
 
   struct FolderSearch;
   using Conditions = bool (SearchEngine::*)(FolderSearch &, SearchItem &) const;
+  /// What takes a path for a worker, or, with null, the end of one.
+  using TakePath = void (SearchEngine::*)(const NSString *) noexcept;
 
   /// What the content tests have answered about one file, each asked at most once.
   struct ContentAnswers {
@@ -137,13 +151,14 @@ private:
   /// The search of one folder, or of the list, which pauses whenever it has found something.
   struct FolderSearch {
     FolderSearch(SearchEngine &searchEngine, const NSString *searchedFolder, int filterType,
-                 Conditions anyOrAll);
+                 Conditions conditionsOnFile, TakePath poolOfSubFolders);
 
     SearchEngine &engine;
     const SearchPredicate &record;
     const Ref<const NSString> folder;
     const int type;
     const Conditions conditions;
+    const TakePath pool;
     std::optional<TextPattern> name;
     std::optional<DirectoryListing> listing;
     std::size_t nextInList = 0;
@@ -191,12 +206,15 @@ private:
   [[nodiscard]] static unsigned keywordOptions(char isDistinct) noexcept;
   [[nodiscard]] bool hasContentKeyword() const noexcept;
 
-  void searchFolder(const NSString *folder, int type, Conditions conditions) noexcept;
+  void searchFolder(const NSString *folder, int type, Conditions conditions,
+                    TakePath pool) noexcept;
   /// These answer false when the search has paused.
   [[nodiscard]] bool searchEntries(FolderSearch &search);
   [[nodiscard]] bool searchItem(FolderSearch &search, SearchItem &item) noexcept;
   [[nodiscard]] bool meetsAll(FolderSearch &search, SearchItem &item) const;
   [[nodiscard]] bool meetsAny(FolderSearch &search, SearchItem &item) const;
+  [[nodiscard]] bool meetsContent(FolderSearch &search, SearchItem &item) const;
+  [[nodiscard]] bool meetsAnyContentCondition(SearchItem &item) const;
 
   /// One more than can run: a worker that reports its end is still in its place when the next is
   /// started.
@@ -209,6 +227,14 @@ private:
   /// on the first of the pool, if one may be.
   void addToPool(const NSString *path, Pool &pool, int &threadCount, Workers &workers,
                  Worker::Body body) noexcept;
+  /// A worker's body has come to its end, unless it has paused: tells the pool, on the main thread.
+  template <TakePath pool> static void toldEnd(void *engine) noexcept {
+    (static_cast<SearchEngine *>(engine)->*pool)(nullptr);
+  }
+  template <TakePath pool> void endWorker() noexcept {
+    if (const Worker *const worker = Worker::current(); worker == nullptr || !worker->isPaused())
+      ThreadJob::performAtExit(toldEnd<pool>, this);
+  }
   void producerEnded();
 
   void defer(Deferred deferred) noexcept;
@@ -216,6 +242,8 @@ private:
   void exifSearch(FileItem &item, char *outKeywordResult, char *outTokenDateResult) const;
   [[nodiscard]] bool isShotInRange(ExifAnalysis &analysis) const;
   [[nodiscard]] bool hasKeywordInTags(ExifAnalysis &analysis) const;
+  /// Empty answers, ready for the tests of one file.
+  static ContentAnswers &answersAbout(SearchItem &item, ContentAnswers &answers) noexcept;
   [[nodiscard]] const ContentAnswers::Exif &askExif(SearchItem &item,
                                                     ContentAnswers &answers) const;
   [[nodiscard]] bool askPDF(SearchItem &item, ContentAnswers &answers) const;
@@ -224,26 +252,37 @@ private:
   [[nodiscard]] bool meetsContentConditions(SearchItem &item, bool testsPDF,
                                             ContentAnswers &answers) const;
   void distributeFound(FolderSearch &search) noexcept;
+
+  void startContentWalk() noexcept;
+  /// Poses a query with these conditions to the index; whether it has started.
+  [[nodiscard]] bool startQuery(std::vector<Ref<const NSPredicate>> conditions);
+  void reportQueryEnd() noexcept;
+  [[nodiscard]] bool isOfAnotherQuery(const NSNotification *notification) const noexcept;
+  /// The folder of the search as the query's results write it.
+  [[nodiscard]] std::string baseFolder() const;
   [[nodiscard]] bool shouldDeliver(const NSString *path);
   void deliver(const NSString *path) noexcept;
+
+  /// From the last worker of a walk or pool to the report of its end.
+  static constexpr double delayOfProducerEnd = 1.0;
 
   static SearchEngine *sSharedSearchEngine;
 
   // Main thread, but for what is atomic. A worker reads the request and the flags of its search,
   // which stay as they are until every worker has ended.
-  Ref<NSObject> _metaQuery;
+  Ref<NSMetadataQuery> _metaQuery;
   char _isSearching = 0;
   std::atomic<char> _bCancel{0};
   char _isUseSpotlight = 0;
   char _isSearchSpotlight = 0;
-  [[maybe_unused]] char _isExifSearch = 0;
+  char _isExifSearch = 0;
   char _isEndWait = 0;
   char _isStopSpotligth = 0;
   const SearchPredicate *_searchPredicate = nullptr;
-  [[maybe_unused]] int _resultCheckCount = 0;
+  int _resultCheckCount = 0;
   ResultPool _resultPoolArray;
-  [[maybe_unused]] const NSString *_defaultPath = nullptr;
-  [[maybe_unused]] char _isCheckSubFolder = 0;
+  const NSString *_defaultPath = nullptr;
+  char _isCheckSubFolder = 0;
   NSLock _lock;
   [[maybe_unused]] std::vector<Ref<const NSString>> _subDirList;
   int _endCount = 0;

@@ -14,9 +14,10 @@ bool SearchEngine::hasContentKeyword() const noexcept {
 }
 
 SearchEngine::FolderSearch::FolderSearch(SearchEngine &searchEngine, const NSString *searchedFolder,
-                                         int filterType, Conditions anyOrAll)
+                                         int filterType, Conditions conditionsOnFile,
+                                         TakePath poolOfSubFolders)
     : engine(searchEngine), record(*searchEngine._searchPredicate), folder(searchedFolder),
-      type(filterType), conditions(anyOrAll),
+      type(filterType), conditions(conditionsOnFile), pool(poolOfSubFolders),
       listing(record.fileList == nullptr && folder ? DirectoryListing::open(folder->view())
                                                    : std::nullopt) {
   if (hasText(record.nameKeyword))
@@ -25,20 +26,25 @@ SearchEngine::FolderSearch::FolderSearch(SearchEngine &searchEngine, const NSStr
 }
 
 void SearchEngine::andSearch(const NSString *folder, int type) noexcept {
-  searchFolder(folder, type, &SearchEngine::meetsAll);
+  searchFolder(folder, type, &SearchEngine::meetsAll, &SearchEngine::manualSearchPool);
 }
 
 void SearchEngine::orSearch(const NSString *folder, int type) noexcept {
-  searchFolder(folder, type, &SearchEngine::meetsAny);
+  searchFolder(folder, type, &SearchEngine::meetsAny, &SearchEngine::manualSearchPool);
 }
 
-void SearchEngine::searchFolder(const NSString *folder, int type, Conditions conditions) noexcept {
+void SearchEngine::exifSearchWithSpotlight(const NSString *folder, int type) noexcept {
+  searchFolder(folder, type, &SearchEngine::meetsContent, &SearchEngine::spotligtExifPDFSearchPool);
+}
+
+void SearchEngine::searchFolder(const NSString *folder, int type, Conditions conditions,
+                                TakePath pool) noexcept {
   std::optional<FolderSearch> own;
   Worker *const worker = Worker::current();
   std::optional<FolderSearch> &search = worker != nullptr ? worker->search : own;
   try {
     if (!search)
-      search.emplace(*this, folder, type, conditions);
+      search.emplace(*this, folder, type, conditions, pool);
     if (!searchEntries(*search))
       return;
   } catch (...) {
@@ -77,9 +83,8 @@ bool SearchEngine::searchItem(FolderSearch &search, SearchItem &item) noexcept {
     char isFolder = 0;
     if (defaultFilter(item, search.type, &isFolder) == 0) {
       if (isFolder != 0 && search.record.checkSubFolder != 0 && isAlias(item) == 0)
-        performOnMainThread([engine = Ref<SearchEngine>(this), path = item.path()] {
-          engine->manualSearchPool(path.get());
-        });
+        performOnMainThread([engine = Ref<SearchEngine>(this), pool = search.pool,
+                             path = item.path()] { ((*engine).*pool)(path.get()); });
       return true;
     }
     if (!(this->*search.conditions)(search, item))
@@ -106,12 +111,9 @@ bool SearchEngine::meetsAll(FolderSearch &search, SearchItem &item) const {
     return false;
   if (isPDFSearch() == 0 && isExifSearch() == 0 && isTokenDateSearch() == 0)
     return true;
-  search.answers = {};
-  if (const std::optional<FileStatus> &status = item.file.status(); status && isSettled(*status))
-    search.answers.file = status;
   // Unlike the distribution, which tests again, the walk passes over an empty keyword.
   return meetsContentConditions(item, record.searchPDFText != 0 && hasContentKeyword(),
-                                search.answers);
+                                answersAbout(item, search.answers));
 }
 
 bool SearchEngine::meetsAny(FolderSearch &search, SearchItem &item) const {
@@ -121,6 +123,16 @@ bool SearchEngine::meetsAny(FolderSearch &search, SearchItem &item) const {
   if ((record.modDateStart != nullptr || record.modDateEnd != nullptr) &&
       fileModDateSearch(item, record.modDateStart, record.modDateEnd) != 0)
     return true;
+  return meetsAnyContentCondition(item);
+}
+
+bool SearchEngine::meetsContent(FolderSearch &search, SearchItem &item) const {
+  if (search.record.isAndSearch == 0)
+    return meetsAnyContentCondition(item);
+  return meetsContentConditions(item, isPDFSearch() != 0, answersAbout(item, search.answers));
+}
+
+bool SearchEngine::meetsAnyContentCondition(SearchItem &item) const {
   if (isPDFSearch() != 0 && PDFSearch(item.path().get()) != 0)
     return true;
   if (isExifSearch() == 0 && isTokenDateSearch() == 0)
@@ -128,6 +140,5 @@ bool SearchEngine::meetsAny(FolderSearch &search, SearchItem &item) const {
   char hasKeyword = 0;
   char hasDate = 0;
   exifSearch(item.file, &hasKeyword, &hasDate);
-  return (record.searchExifText != 0 && hasContentKeyword() && hasKeyword != 0) ||
-         (isTokenDateSearch() != 0 && hasDate != 0);
+  return hasKeyword != 0 || hasDate != 0;
 }

@@ -71,6 +71,14 @@ char SearchEngine::PDFSearch(const NSString *path) const {
   return result == 1 ? 1 : 0;
 }
 
+SearchEngine::ContentAnswers &SearchEngine::answersAbout(SearchItem &item,
+                                                         ContentAnswers &answers) noexcept {
+  answers = {};
+  if (const std::optional<FileStatus> &status = item.file.status(); status && isSettled(*status))
+    answers.file = status;
+  return answers;
+}
+
 const SearchEngine::ContentAnswers::Exif &SearchEngine::askExif(SearchItem &item,
                                                                 ContentAnswers &answers) const {
   if (!answers.exif) {

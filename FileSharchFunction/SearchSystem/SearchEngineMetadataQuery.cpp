@@ -1,25 +1,169 @@
 #include "FileSharchFunction/SearchSystem/SearchController.h"
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
+#include "platform/foundation/NSArray.h"
+#include "platform/foundation/NSClass.h"
+#include "platform/foundation/NSDate.h"
+#include "platform/foundation/PathComponents.h"
+#include "platform/foundation/ResolvedPath.h"
+#include "platform/metadata/NSCompoundPredicate.h"
+#include "platform/metadata/NSPredicate.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace {
 
 constexpr double delayOfRefusal = 0.1;
 
-} // namespace
+using Predicate = Ref<const NSPredicate>;
+using Predicates = NSCompoundPredicate::Subpredicates;
 
-// No metadata query is part of the library yet, so that a search that asks for one is refused, as
-// on any system that lacks the classes.
-void SearchEngine::spotlightSearch() noexcept {
-  SearchController::scheduleEndSearchProcess(this, delayOfRefusal);
+/// The files of the classes that may meet a request.
+Predicate typePredicate(const SearchEngine &engine, bool mustMeetAll) {
+  const Predicate pdf = NSPredicate::predicateWithFormat("kMDItemFSName like[c] '*.pdf'");
+  const Predicate jpeg = NSPredicate::predicateWithFormat("kMDItemFSName like[c] '*.jpg'");
+  const Predicate tiff = NSPredicate::predicateWithFormat("kMDItemFSName like[c] '*.tif'");
+  const Predicate pict = NSPredicate::predicateWithFormat("kMDItemFSName like[c] '*.pct'");
+  Predicates types;
+  if (!mustMeetAll) {
+    types = {jpeg, tiff, pdf, pict};
+  } else {
+    if (engine.isPDFSearch() != 0)
+      types.push_back(pdf);
+    if (engine.isExifSearch() != 0 || engine.isTokenDateSearch() != 0)
+      types.push_back(jpeg);
+    if (types.empty())
+      types = {pdf, pict, jpeg, tiff};
+  }
+  return types.size() > 1 ? NSCompoundPredicate::orPredicateWithSubpredicates(std::move(types))
+                          : types.front();
 }
 
-void SearchEngine::getSpotlightResult(const NSNotification * /*notification*/) noexcept {}
+/// The conditions that the index can answer. A range of dates counts only with both its ends.
+Predicates conditions(const SearchPredicate &record) {
+  Predicates all;
+  if (record.nameKeyword != nullptr && record.nameKeyword->length() != 0)
+    all.push_back(NSPredicate::predicateWithFormat(
+        record.isDistinct != 0 ? "kMDItemFSName in %@" : "kMDItemFSName in[c] %@",
+        {record.nameKeyword}));
+  if (record.modDateStart != nullptr && record.modDateEnd != nullptr)
+    all.push_back(NSCompoundPredicate::andPredicateWithSubpredicates(
+        {NSPredicate::predicateWithFormat("kMDItemFSContentChangeDate > %@", {record.modDateStart}),
+         NSPredicate::predicateWithFormat("kMDItemFSContentChangeDate < %@",
+                                          {record.modDateEnd})}));
+  return all;
+}
 
-void SearchEngine::stopSpotlight(const NSNotification * /*notification*/) noexcept {
-  _isSearchSpotlight = 0;
-  if (_isStopSpotligth != 0)
+Predicate joined(Predicates all, bool mustMeetAll) {
+  if (all.size() == 1)
+    return all.front();
+  return mustMeetAll ? NSCompoundPredicate::andPredicateWithSubpredicates(std::move(all))
+                     : NSCompoundPredicate::orPredicateWithSubpredicates(std::move(all));
+}
+
+} // namespace
+
+void SearchEngine::spotlightSearch() noexcept {
+  if (NSClass::named("NSPredicate") == nullptr ||
+      NSClass::named("NSCompoundPredicate") == nullptr ||
+      _searchPredicate->searchFolder == nullptr) {
+    SearchController::scheduleEndSearchProcess(this, delayOfRefusal);
     return;
-  _isStopSpotligth = 1;
+  }
+  _defaultPath = _searchPredicate->searchFolder;
+  if (_searchPredicate->isAndSearch == 0 &&
+      (isExifSearch() != 0 || isPDFSearch() != 0 || isTokenDateSearch() != 0))
+    startContentWalk();
+  try {
+    Predicates all = conditions(*_searchPredicate);
+    const bool mustMeetAll = _searchPredicate->isAndSearch != 0;
+    if (all.empty() && !mustMeetAll && _isSearching != 0) {
+      // The walk alone decides: the query counts as finished.
+      ++_endCount;
+      return;
+    }
+    if (!(all.empty() && !mustMeetAll) && startQuery(std::move(all)))
+      return;
+  } catch (...) {
+    // Memory is short: a query that cannot be posed is one that refuses to start.
+  }
+  reportQueryEnd();
+}
+
+bool SearchEngine::startQuery(Predicates all) {
+  if (!_metaQuery)
+    return false;
+  const bool mustMeetAll = _searchPredicate->isAndSearch != 0;
+  Predicate predicate = typePredicate(*this, mustMeetAll);
+  if (!all.empty())
+    predicate = NSCompoundPredicate::andPredicateWithSubpredicates(
+        {predicate, joined(std::move(all), mustMeetAll)});
+  _metaQuery->setSearchScopes(NSArray::create({Ref<const NSObject>(_defaultPath)}));
+  _metaQuery->setPredicate(std::move(predicate));
+  if (_metaQuery->startQuery() != 1)
+    return false;
+  _isSearching = _isSearchSpotlight = 1;
+  return true;
+}
+
+void SearchEngine::reportQueryEnd() noexcept {
   const ResultMessage end;
   searchResultDistribution(&end);
+}
+
+void SearchEngine::getSpotlightResult(const NSNotification *notification) noexcept {
+  if (isOfAnotherQuery(notification))
+    return;
+  picUpResultData();
+}
+
+void SearchEngine::picUpResultData() noexcept {
+  if (!_metaQuery || _searchPredicate == nullptr)
+    return;
+  // The host's callback may run the main loop, and that the end process.
+  const Ref<SearchEngine> self(this);
+  ResultMessage message;
+  message.SearchState = 1;
+  try {
+    const std::string base = _isCheckSubFolder == 0 ? baseFolder() : std::string();
+    while (static_cast<std::size_t>(_resultCheckCount) < _metaQuery->resultCount()) {
+      // Counted first: the callback may lead back here.
+      const Ref<const NSMetadataItem> item =
+          _metaQuery->resultAtIndex(static_cast<std::size_t>(_resultCheckCount++));
+      const Ref<const NSObject> value = item->valueForAttribute("kMDItemPath");
+      const auto *const path = dynamic_cast<const NSString *>(value.get());
+      if (path == nullptr ||
+          (_isCheckSubFolder == 0 && pathWithoutLastComponent(path->view()) != base))
+        continue;
+      message.ResultData = Ref<const NSString>(path);
+      ++_returnCount;
+      searchResultDistribution(&message);
+    }
+  } catch (...) {
+    // Memory is short: the next notification may fare better.
+  }
+}
+
+void SearchEngine::stopSpotlight(const NSNotification *notification) noexcept {
+  if (isOfAnotherQuery(notification))
+    return;
+  const Ref<SearchEngine> self(this);
+  if (_metaQuery)
+    _metaQuery->stopQuery();
+  picUpResultData();
+  _isSearchSpotlight = 0;
+  if (std::exchange(_isStopSpotligth, 1) == 0)
+    reportQueryEnd();
+}
+
+bool SearchEngine::isOfAnotherQuery(const NSNotification *notification) const noexcept {
+  return notification != nullptr && notification->object != _metaQuery.get();
+}
+
+std::string SearchEngine::baseFolder() const {
+  constexpr std::string_view blanks = " \t";
+  std::string_view path = _defaultPath->view();
+  path.remove_prefix(std::min(path.find_first_not_of(blanks), path.size()));
+  path = path.substr(0, path.find_last_not_of(blanks) + 1);
+  return resolvedPath(std::string(path));
 }

@@ -7,8 +7,6 @@
 namespace {
 
 constexpr int mostWorkers = 5;
-/// From the last worker of a walk or pool to the report of its end.
-constexpr double delayOfProducerEnd = 1.0;
 
 } // namespace
 
@@ -97,10 +95,7 @@ void SearchEngine::manualSearchThread(const NSString *folder) noexcept {
   } else {
     orSearch(folder, type);
   }
-  if (const Worker *const worker = Worker::current(); worker != nullptr && worker->isPaused())
-    return;
-  ThreadJob::performAtExit(
-      [](void *engine) { static_cast<SearchEngine *>(engine)->manualSearchPool(nullptr); }, this);
+  endWorker<&SearchEngine::manualSearchPool>();
 }
 
 void SearchEngine::PDFSearchPool(const NSString *path) noexcept {
@@ -118,6 +113,5 @@ void SearchEngine::PDFSearchThread(const NSString *path) noexcept {
   } catch (...) {
     // The answer is not used, only the end is reported.
   }
-  ThreadJob::performAtExit(
-      [](void *engine) { static_cast<SearchEngine *>(engine)->PDFSearchPool(nullptr); }, this);
+  endWorker<&SearchEngine::PDFSearchPool>();
 }

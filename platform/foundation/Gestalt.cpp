@@ -5,7 +5,8 @@
 namespace {
 
 constexpr int gestaltUndefSelectorErr = -5551;
-constexpr std::int32_t versionWithoutIndex = 0x1040;
+/// A system with a metadata index.
+constexpr std::int32_t systemVersion = 0x1058;
 
 std::atomic<std::int32_t> versionForTesting{0};
 
@@ -15,7 +16,7 @@ int Gestalt(std::uint32_t selector, std::int32_t *response) noexcept {
   if (selector != gestaltSystemVersion)
     return gestaltUndefSelectorErr;
   const std::int32_t version = versionForTesting.load();
-  *response = version != 0 ? version : versionWithoutIndex;
+  *response = version != 0 ? version : systemVersion;
   return 0;
 }
 

@@ -23,6 +23,15 @@ std::string_view lastPathComponent(std::string_view path) noexcept {
   return trimmed.substr(trimmed.rfind('/') + 1);
 }
 
+std::string_view pathWithoutLastComponent(std::string_view path) noexcept {
+  const std::string_view trimmed = pathWithoutTrailingSlashes(path);
+  const std::size_t slash = trimmed.rfind('/');
+  if (slash == std::string_view::npos)
+    return path.substr(0, trimmed.empty() && !path.empty() ? 1 : 0);
+  const std::string_view folder = pathWithoutTrailingSlashes(trimmed.substr(0, slash));
+  return folder.empty() ? path.substr(0, 1) : folder;
+}
+
 std::string_view pathExtension(std::string_view path) noexcept {
   return extensionOfName(lastPathComponent(path));
 }

@@ -7,6 +7,10 @@
 /// The last component, trailing slashes left out: "b" of "/a/b/", "/" of "/", "" of "".
 [[nodiscard]] std::string_view lastPathComponent(std::string_view path) noexcept;
 
+/// What stands before the last component, without a slash at its end: "/a" of "/a/b/", "/" of "/a",
+/// "" of "a".
+[[nodiscard]] std::string_view pathWithoutLastComponent(std::string_view path) noexcept;
+
 /// What follows the last dot of the last component, without the dot. Empty when there is no dot,
 /// or only one that begins the component (".profile") or ends it.
 [[nodiscard]] std::string_view pathExtension(std::string_view path) noexcept;

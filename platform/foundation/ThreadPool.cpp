@@ -162,7 +162,8 @@ void ThreadPool::noteEndOfJob(bool hasPaused) noexcept {
   pausedJobs += hasPaused ? 1 : 0;
   if (++countedJobs < jobsToCount)
     return;
-  MainRunLoop::shared().setAreJobsWaiting(processorCount() > 1 && pausedJobs >= countedJobs * 3 / 4);
+  MainRunLoop::shared().setAreJobsWaiting(processorCount() > 1 &&
+                                          pausedJobs >= countedJobs * 3 / 4);
   countedJobs = pausedJobs = 0;
 }
 

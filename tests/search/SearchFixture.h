@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
+#include "platform/foundation/Gestalt.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSDate.h"
 #include "tests/support/TemporaryTree.h"
@@ -90,8 +91,15 @@ protected:
     bool isInResult = false;
   };
 
-  SearchFixture() { current = this; }
-  ~SearchFixture() override { reset(); }
+  SearchFixture() {
+    current = this;
+    // Without an index, unless a test wants one.
+    setSystemVersionForTesting(0x1040);
+  }
+  ~SearchFixture() override {
+    reset();
+    setSystemVersionForTesting(0);
+  }
 
   /// Begins anew, for the next row of a table.
   void reset() {
