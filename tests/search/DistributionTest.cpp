@@ -91,8 +91,11 @@ TEST_F(DistributionTest, WhatAHostMayDoInAResult) {
   for (const std::string &name : all)
     tree.file(name);
   for (const auto &row : rows) {
-    for (const bool isEvery : {false, true}) {
-      SCOPED_TRACE(std::string(row.name) + (isEvery ? " in every result" : " in the first"));
+    for (const auto &[isEvery, hasIndex] :
+         {std::pair(false, false), {true, false}, {false, true}, {true, true}}) {
+      SCOPED_TRACE(std::string(row.name) + (isEvery ? " in every result" : " in the first") +
+                   (hasIndex ? ", index" : ""));
+      setSystemVersionForTesting(hasIndex ? 0x1058 : 0x1040);
       reset();
       Request request = makeRequest("n=");
       Request other = makeRequest<1>("n=");

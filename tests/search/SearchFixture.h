@@ -4,6 +4,7 @@
 #include "platform/foundation/Gestalt.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSDate.h"
+#include "platform/metadata/IndexPlace.h"
 #include "tests/support/TemporaryTree.h"
 #include "tests/support/VirtualClock.h"
 
@@ -95,10 +96,12 @@ protected:
     current = this;
     // Without an index, unless a test wants one.
     setSystemVersionForTesting(0x1040);
+    IndexPlace::setCacheFolderForTesting(indexFolder.path());
   }
   ~SearchFixture() override {
     reset();
     setSystemVersionForTesting(0);
+    IndexPlace::setCacheFolderForTesting(std::nullopt);
   }
 
   /// Begins anew, for the next row of a table.
@@ -168,6 +171,7 @@ protected:
   static bool isAt(double moment, double expected) { return std::abs(moment - expected) < 1e-6; }
 
   TemporaryTree tree;
+  const TemporaryTree indexFolder;
   const VirtualClock clock;
   double startTime = VirtualClock::now();
   Host hosts[2];
