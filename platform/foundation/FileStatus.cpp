@@ -36,11 +36,8 @@ bool isOnOtherDeviceThanParent(int folder, const char *path, std::uint64_t devic
          deviceOf(parent) != device;
 }
 
-} // namespace
-
-std::optional<FileStatus> fileStatus(int folder, const char *path, FollowLink follow) noexcept {
+std::optional<FileStatus> statusOf(int folder, const char *path, int flags) noexcept {
   struct statx status {};
-  const int flags = AT_NO_AUTOMOUNT | (follow == FollowLink::No ? AT_SYMLINK_NOFOLLOW : 0);
   if (systemCalls().statusAt(folder, path, flags, &status) != 0)
     return std::nullopt;
   FileStatus result;
@@ -54,4 +51,15 @@ std::optional<FileStatus> fileStatus(int folder, const char *path, FollowLink fo
   else if (result.kind == FileKind::Folder)
     result.isMountRoot = isOnOtherDeviceThanParent(folder, path, result.device);
   return result;
+}
+
+} // namespace
+
+std::optional<FileStatus> fileStatus(int folder, const char *path, FollowLink follow) noexcept {
+  return statusOf(folder, path,
+                  AT_NO_AUTOMOUNT | (follow == FollowLink::No ? AT_SYMLINK_NOFOLLOW : 0));
+}
+
+std::optional<FileStatus> fileStatus(int file) noexcept {
+  return statusOf(file, "", AT_EMPTY_PATH);
 }

@@ -30,5 +30,8 @@ extern const int currentFolder;
 [[nodiscard]] std::optional<FileStatus> fileStatus(int folder, const char *path,
                                                    FollowLink follow) noexcept;
 
+/// The status of an open file; none when it cannot be had. Any thread.
+[[nodiscard]] std::optional<FileStatus> fileStatus(int file) noexcept;
+
 /// The longest path that the system takes, in bytes without the NUL.
 extern const std::size_t longestPath;
