@@ -1,11 +1,15 @@
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
+#include "platform/foundation/NSDate.h"
 #include "tests/support/PhotoFile.h"
 #include "tests/support/SystemCallsGuard.h"
 #include "tests/support/TemporaryTree.h"
 
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -153,6 +157,30 @@ TEST(ExifAnalysis, SurvivesShortAndFailingReads) {
     const SystemCallsGuard guard(calls);
     EXPECT_EQ(answer(path, model), "closed");
   }
+}
+
+TEST(ExifAnalysis, AnswersRightWhileOthersReadOtherFiles) {
+  TemporaryTree tree;
+  std::vector<std::thread> workers;
+  std::atomic<int> wrong{0};
+  for (int worker = 0; worker < 4; ++worker) {
+    const auto date = "2005:07:1" + std::to_string(worker) + " 09:05:03";
+    const PhotoTags tags = PhotoTags::photo().taken(date).comment("JIS", "\x1b$B<L??\x1b(B" + date);
+    const auto path = tree.file(date, jpegFile({tags.exifSegment()}));
+    workers.emplace_back([&wrong, path, date] {
+      const auto expected = NSDate::dateWithNaturalLanguageString(
+          *NSString::join("2005/07/", std::string_view(date).substr(8), {}));
+      for (int round = 0; round < 100; ++round) {
+        const auto text = NSString::create(answer(path, taken));
+        const auto moment = NSDate::dateWithNaturalLanguageString(*text);
+        if (!moment || moment->compare(*expected) != 0 || answer(path, comment) != "写真" + date)
+          ++wrong;
+      }
+    });
+  }
+  for (std::thread &worker : workers)
+    worker.join();
+  EXPECT_EQ(wrong, 0);
 }
 
 TEST(FS_CheckDate, TakesDatesApartInsideTheirText) {
