@@ -4,11 +4,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -50,6 +51,21 @@ std::int16_t numberOf(const char *text) noexcept {
 }
 
 bool isDigits(const char *text) noexcept { return text[std::strspn(text, "0123456789")] == '\0'; }
+
+/// Writes a number with so many digits at least, a minus sign being one; where it ends. This is
+/// what
+/// "%02d" does, in a part of the time.
+char *putNumber(char *text, int number, int width) noexcept {
+  if (number < 0) {
+    *text++ = '-';
+    --width;
+  }
+  std::array<char, 6> digits;
+  const auto result = std::to_chars(digits.begin(), digits.end(), std::abs(number));
+  const auto count = static_cast<int>(result.ptr - digits.data());
+  text = std::fill_n(text, std::max(width - count, 0), '0');
+  return std::copy(digits.data(), result.ptr, text);
+}
 
 template <class T> int copyFirst(void *value, const T *values) noexcept {
   std::memcpy(value, values, sizeof(T));
@@ -120,11 +136,16 @@ Ref<const NSString> ExifAnalysis::dateText() {
   DateTimeRec date{};
   if (FS_CheckDate(info->value.bytes, &date) == 0)
     return NSString::create("test");
-  // Six numbers of 16 bits, with their signs, and what separates them.
-  std::array<char, 48> text{};
-  std::snprintf(text.data(), text.size(), "%04d/%02d/%02d %02d:%02d:%02d", date.year, date.month,
-                date.day, date.hour, date.minute, date.second);
-  return NSString::create(text.data());
+  // Room for six numbers of 16 bits with their signs, and what separates them.
+  std::array<char, 48> text;
+  char *end = putNumber(text.data(), date.year, 4);
+  for (const auto &[separator, number] :
+       {std::pair{'/', date.month}, std::pair{'/', date.day}, std::pair{' ', date.hour},
+        std::pair{':', date.minute}, std::pair{':', date.second}}) {
+    *end++ = separator;
+    end = putNumber(end, number, 2);
+  }
+  return NSString::create({text.data(), end});
 }
 
 Ref<const NSString> ExifAnalysis::mainText(std::uint32_t tag) {

@@ -139,7 +139,7 @@ private:
 
   /// What the content tests have answered about one file, each asked at most once.
   struct ContentAnswers {
-    /// The file as it was before it was tested, if a change since then would show.
+    /// The file as it was before it was tested.
     std::optional<FileStatus> file;
     struct Exif {
       bool hasKeyword, hasDate;
@@ -242,8 +242,6 @@ private:
   void exifSearch(FileItem &item, char *outKeywordResult, char *outTokenDateResult) const;
   [[nodiscard]] bool isShotInRange(ExifAnalysis &analysis) const;
   [[nodiscard]] bool hasKeywordInTags(ExifAnalysis &analysis) const;
-  /// Empty answers, ready for the tests of one file.
-  static ContentAnswers &answersAbout(SearchItem &item, ContentAnswers &answers) noexcept;
   [[nodiscard]] const ContentAnswers::Exif &askExif(SearchItem &item,
                                                     ContentAnswers &answers) const;
   [[nodiscard]] bool askPDF(SearchItem &item, ContentAnswers &answers) const;

@@ -111,9 +111,10 @@ bool SearchEngine::meetsAll(FolderSearch &search, SearchItem &item) const {
     return false;
   if (isPDFSearch() == 0 && isExifSearch() == 0 && isTokenDateSearch() == 0)
     return true;
+  search.answers = {};
   // Unlike the distribution, which tests again, the walk passes over an empty keyword.
   return meetsContentConditions(item, record.searchPDFText != 0 && hasContentKeyword(),
-                                answersAbout(item, search.answers));
+                                search.answers);
 }
 
 bool SearchEngine::meetsAny(FolderSearch &search, SearchItem &item) const {
@@ -129,7 +130,8 @@ bool SearchEngine::meetsAny(FolderSearch &search, SearchItem &item) const {
 bool SearchEngine::meetsContent(FolderSearch &search, SearchItem &item) const {
   if (search.record.isAndSearch == 0)
     return meetsAnyContentCondition(item);
-  return meetsContentConditions(item, isPDFSearch() != 0, answersAbout(item, search.answers));
+  search.answers = {};
+  return meetsContentConditions(item, isPDFSearch() != 0, search.answers);
 }
 
 bool SearchEngine::meetsAnyContentCondition(SearchItem &item) const {

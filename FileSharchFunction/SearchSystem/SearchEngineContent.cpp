@@ -71,14 +71,6 @@ char SearchEngine::PDFSearch(const NSString *path) const {
   return result == 1 ? 1 : 0;
 }
 
-SearchEngine::ContentAnswers &SearchEngine::answersAbout(SearchItem &item,
-                                                         ContentAnswers &answers) noexcept {
-  answers = {};
-  if (const std::optional<FileStatus> &status = item.file.status(); status && isSettled(*status))
-    answers.file = status;
-  return answers;
-}
-
 const SearchEngine::ContentAnswers::Exif &SearchEngine::askExif(SearchItem &item,
                                                                 ContentAnswers &answers) const {
   if (!answers.exif) {
@@ -91,6 +83,8 @@ const SearchEngine::ContentAnswers::Exif &SearchEngine::askExif(SearchItem &item
 }
 
 bool SearchEngine::askPDF(SearchItem &item, ContentAnswers &answers) const {
+  // The status as it is before the file is read.
+  static_cast<void>(item.file.status());
   if (!answers.hasPDFText)
     answers.hasPDFText = PDFSearch(item.path().get()) != 0;
   return *answers.hasPDFText;
@@ -108,5 +102,8 @@ bool SearchEngine::meetsContentConditions(SearchItem &item, bool testsPDF,
     if (hasExifKeyword && !askExif(item, answers).hasKeyword)
       return false;
   }
-  return isTokenDateSearch() == 0 || askExif(item, answers).hasDate;
+  if (isTokenDateSearch() != 0 && !askExif(item, answers).hasDate)
+    return false;
+  answers.file = item.file.status();
+  return true;
 }

@@ -9,6 +9,13 @@
 #include <string>
 #include <unistd.h>
 
+namespace {
+
+/// Should another kind of thing have come into the place of a regular file, nobody waits for that.
+constexpr int readingFlags = O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
+
+} // namespace
+
 FileItem::FileItem(const NSString &path) noexcept
     : listing_(nullptr), folder_(currentFolder), path_(path.UTF8String()),
       name_(lastPathComponent(path.view())), listedKind_(FileKind::Unknown), isNameable_(true) {}
@@ -52,6 +59,8 @@ bool FileItem::holds(std::string_view path) const {
 }
 
 int FileItem::openRegularFile() noexcept {
+  if (!isExamined_ && listedKind_ == FileKind::Regular)
+    return openAndExamine();
   if (!status())
     return -1;
   const bool isLink = status_->kind == FileKind::Link;
@@ -59,9 +68,24 @@ int FileItem::openRegularFile() noexcept {
       isLink ? fileStatus(folder_, path_, FollowLink::Yes) : status_;
   if (!target || target->kind != FileKind::Regular)
     return -1;
-  // Should another kind of thing have come into its place, nobody waits for that.
-  const int flags = O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
-  return systemCalls().openAt(folder_, path_, isLink ? flags : flags | O_NOFOLLOW);
+  return systemCalls().openAt(folder_, path_, isLink ? readingFlags : readingFlags | O_NOFOLLOW);
+}
+
+int FileItem::openAndExamine() noexcept {
+  if (!isNameable_)
+    return -1;
+  const int file = systemCalls().openAt(folder_, path_, readingFlags | O_NOFOLLOW);
+  if (file < 0)
+    return -1;
+  // The status of an open file is had for much less than that of a name.
+  const std::optional<FileStatus> status = fileStatus(file);
+  if (!status || status->kind != FileKind::Regular) {
+    close(file);
+    return -1;
+  }
+  isExamined_ = true;
+  status_ = status;
+  return file;
 }
 
 bool FileItem::isBookmarkFile() noexcept {

@@ -50,6 +50,9 @@ public:
   [[nodiscard]] bool isBookmarkFile() noexcept;
 
 private:
+  /// Opens what is listed as a regular file, and asks the open file for the item's status.
+  [[nodiscard]] int openAndExamine() noexcept;
+
   DirectoryListing *const listing_;
   const int folder_;
   const char *const path_;

@@ -20,6 +20,12 @@ constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
 /// More than any file system's clock lags behind or is coarse.
 constexpr std::int64_t settlingTime = 3 * nanosecondsPerSecond;
 
+std::int64_t now() noexcept {
+  timespec time{};
+  clock_gettime(CLOCK_REALTIME_COARSE, &time);
+  return time.tv_sec * nanosecondsPerSecond + time.tv_nsec;
+}
+
 FileKind kindOfMode(unsigned mode) noexcept {
   if (S_ISREG(mode))
     return FileKind::Regular;
@@ -42,11 +48,8 @@ bool isOnOtherDeviceThanParent(int folder, const char *path, std::uint64_t devic
          deviceOf(parent) != device;
 }
 
-} // namespace
-
-std::optional<FileStatus> fileStatus(int folder, const char *path, FollowLink follow) noexcept {
+std::optional<FileStatus> statusOf(int folder, const char *path, int flags) noexcept {
   struct statx status {};
-  const int flags = AT_NO_AUTOMOUNT | (follow == FollowLink::No ? AT_SYMLINK_NOFOLLOW : 0);
   if (systemCalls().statusAt(folder, path, flags, &status) != 0)
     return std::nullopt;
   FileStatus result;
@@ -57,6 +60,7 @@ std::optional<FileStatus> fileStatus(int folder, const char *path, FollowLink fo
   result.device = deviceOf(status);
   result.inode = status.stx_ino;
   result.changeTime = status.stx_ctime.tv_sec * nanosecondsPerSecond + status.stx_ctime.tv_nsec;
+  result.isSettled = now() - result.changeTime >= settlingTime;
   if ((status.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0)
     result.isMountRoot = (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
   else if (result.kind == FileKind::Folder)
@@ -64,14 +68,19 @@ std::optional<FileStatus> fileStatus(int folder, const char *path, FollowLink fo
   return result;
 }
 
-bool isSameUnchangedFile(const FileStatus &first, const FileStatus &second) noexcept {
-  return first.kind == FileKind::Regular && second.kind == FileKind::Regular &&
-         first.device == second.device && first.inode == second.inode &&
-         first.size == second.size && first.changeTime == second.changeTime;
+} // namespace
+
+std::optional<FileStatus> fileStatus(int folder, const char *path, FollowLink follow) noexcept {
+  return statusOf(folder, path,
+                  AT_NO_AUTOMOUNT | (follow == FollowLink::No ? AT_SYMLINK_NOFOLLOW : 0));
 }
 
-bool isSettled(const FileStatus &status) noexcept {
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME_COARSE, &now);
-  return now.tv_sec * nanosecondsPerSecond + now.tv_nsec - status.changeTime >= settlingTime;
+std::optional<FileStatus> fileStatus(int file) noexcept {
+  return statusOf(file, "", AT_EMPTY_PATH);
+}
+
+bool isSameUnchangedFile(const FileStatus &first, const FileStatus &second) noexcept {
+  return first.kind == FileKind::Regular && second.kind == FileKind::Regular && first.isSettled &&
+         first.device == second.device && first.inode == second.inode &&
+         first.size == second.size && first.changeTime == second.changeTime;
 }

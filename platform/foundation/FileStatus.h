@@ -23,15 +23,12 @@ struct FileStatus {
   std::uint64_t inode = 0;
   /// When content or status changed last, in nanoseconds since 1970-01-01 00:00 UTC.
   std::int64_t changeTime = 0;
+  /// That was so long ago that a change after this status was taken shows in the change time.
+  bool isSettled = false;
 };
 
-/// Whether both are of one regular file that has not changed from the first to the second, as far
-/// as the file system's clock tells: see `isSettled`.
+/// Whether both are of one regular file that has not changed from the first to the second.
 [[nodiscard]] bool isSameUnchangedFile(const FileStatus &first, const FileStatus &second) noexcept;
-
-/// Whether the file, whose status has just been taken, last changed so long ago that a further
-/// change would show in its change time.
-[[nodiscard]] bool isSettled(const FileStatus &status) noexcept;
 
 /// A descriptor that stands for the current folder.
 extern const int currentFolder;
@@ -40,6 +37,9 @@ extern const int currentFolder;
 /// `path` ends with a NUL. Any thread.
 [[nodiscard]] std::optional<FileStatus> fileStatus(int folder, const char *path,
                                                    FollowLink follow) noexcept;
+
+/// The status of an open file; none when it cannot be had. Any thread.
+[[nodiscard]] std::optional<FileStatus> fileStatus(int file) noexcept;
 
 /// The longest path that the system takes, in bytes without the NUL.
 extern const std::size_t longestPath;

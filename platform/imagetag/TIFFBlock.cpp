@@ -51,9 +51,13 @@ std::optional<TIFFBlock::Field> TIFFBlock::find(std::uint32_t directory,
   std::string_view entries = bytes_.substr(directory + std::size_t{2});
   entries =
       entries.substr(0, std::min<std::size_t>(entries.size(), number(countBytes) * entrySize));
+  const auto high = static_cast<char>(tag >> 8);
+  const auto low = static_cast<char>(tag & 0xFF);
+  const char first = isLittleEndian_ ? low : high;
+  const char second = isLittleEndian_ ? high : low;
   // Entries should be sorted by their tags; some writers do not care.
   for (; entries.size() >= entrySize; entries.remove_prefix(entrySize))
-    if (number(entries.substr(0, 2)) == tag)
+    if (entries[0] == first && entries[1] == second)
       return fieldOf(entries.substr(0, entrySize));
   return std::nullopt;
 }

@@ -1,11 +1,15 @@
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
+#include "platform/foundation/NSDate.h"
 #include "tests/support/PhotoFile.h"
 #include "tests/support/SystemCallsGuard.h"
 #include "tests/support/TemporaryTree.h"
 
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -115,25 +119,25 @@ TEST(ExifAnalysis, ReadsTheBeginningOfRegularFilesOnce) {
   const struct {
     const char *name;
     std::string path, text;
-    int opens;
+    int opens, reads;
   } rows[] = {
-      {"large", path, "D70", 1},
-      {"behind the first 65,535 bytes", tree.file("behind.jpg", behind), "closed", 1},
-      {"empty", tree.file("empty.jpg"), "closed", 0},
-      {"missing", tree.path("missing.jpg"), "closed", 0},
-      {"a folder", tree.folder("folder.jpg"), "closed", 0},
-      {"a pipe", tree.fifo("pipe.jpg"), "closed", 0},
-      {"a link as long as the tags need", tree.path("long.jpg"), "D70", 1},
-      {"a link too short for the tags", tree.path("short.jpg"), "closed", 1},
-      {"a link to a pipe", tree.link("to_pipe.jpg", tree.path("pipe.jpg")), "closed", 0},
-      {"a link to nothing", tree.link("to_nothing.jpg", tree.path("missing.jpg")), "closed", 0},
+      {"large", path, "D70", 1, 1},
+      {"behind the first 65,535 bytes", tree.file("behind.jpg", behind), "closed", 1, 1},
+      {"empty", tree.file("empty.jpg"), "closed", 1, 0},
+      {"missing", tree.path("missing.jpg"), "closed", 0, 0},
+      {"a folder", tree.folder("folder.jpg"), "closed", 0, 0},
+      {"a pipe", tree.fifo("pipe.jpg"), "closed", 0, 0},
+      {"a link as long as the tags need", tree.path("long.jpg"), "D70", 1, 1},
+      {"a link too short for the tags", tree.path("short.jpg"), "closed", 1, 1},
+      {"a link to a pipe", tree.link("to_pipe.jpg", tree.path("pipe.jpg")), "closed", 0, 0},
+      {"a link to nothing", tree.link("to_nothing.jpg", tree.path("missing.jpg")), "closed", 0, 0},
   };
   const SystemCallsGuard guard;
   for (const auto &row : rows) {
     guard.resetCounts();
     EXPECT_EQ(answer(row.path, model), row.text) << row.name;
     EXPECT_EQ(guard.counts().openAt, row.opens) << row.name;
-    EXPECT_EQ(guard.counts().read, row.opens) << row.name;
+    EXPECT_EQ(guard.counts().read, row.reads) << row.name;
   }
 }
 
@@ -153,6 +157,30 @@ TEST(ExifAnalysis, SurvivesShortAndFailingReads) {
     const SystemCallsGuard guard(calls);
     EXPECT_EQ(answer(path, model), "closed");
   }
+}
+
+TEST(ExifAnalysis, AnswersRightWhileOthersReadOtherFiles) {
+  TemporaryTree tree;
+  std::vector<std::thread> workers;
+  std::atomic<int> wrong{0};
+  for (int worker = 0; worker < 4; ++worker) {
+    const auto date = "2005:07:1" + std::to_string(worker) + " 09:05:03";
+    const PhotoTags tags = PhotoTags::photo().taken(date).comment("JIS", "\x1b$B<L??\x1b(B" + date);
+    const auto path = tree.file(date, jpegFile({tags.exifSegment()}));
+    workers.emplace_back([&wrong, path, date] {
+      const auto expected = NSDate::dateWithNaturalLanguageString(
+          *NSString::join("2005/07/", std::string_view(date).substr(8), {}));
+      for (int round = 0; round < 100; ++round) {
+        const auto text = NSString::create(answer(path, taken));
+        const auto moment = NSDate::dateWithNaturalLanguageString(*text);
+        if (!moment || moment->compare(*expected) != 0 || answer(path, comment) != "写真" + date)
+          ++wrong;
+      }
+    });
+  }
+  for (std::thread &worker : workers)
+    worker.join();
+  EXPECT_EQ(wrong, 0);
 }
 
 TEST(FS_CheckDate, TakesDatesApartInsideTheirText) {
