@@ -1,18 +1,19 @@
 #include "platform/metadata/MetadataIndex.h"
 
+#include "platform/foundation/NeverDestroyed.h"
 #include "platform/metadata/IndexDatabase.h"
 
 #include <memory>
 #include <string>
 
 const char *PFMetadataIndexGetPath(void) {
-  static std::string path;
+  static NeverDestroyed<std::string> path;
   try {
     const std::optional<IndexPlace> place = IndexPlace::current();
     if (!place)
       return nullptr;
-    path = place->file();
-    return path.c_str();
+    path.get() = place->file();
+    return path.get().c_str();
   } catch (...) {
     return nullptr;
   }
