@@ -44,7 +44,9 @@ int PFMetadataIndexGetStatus(PFMetadataIndexStatus *status) {
 int PFMetadataIndexClear(void) {
   try {
     const std::optional<IndexPlace> place = IndexPlace::current();
-    return !place || place->removeFiles() ? 1 : 0;
+    if (!place)
+      return 1;
+    return place->look() != IndexPlace::Finding::Impossible && place->removeFiles() ? 1 : 0;
   } catch (...) {
     return 0;
   }
