@@ -53,7 +53,7 @@ def measure_first(report, tools, cache, by_name, tree, rounds):
         series["filling the index"].add(figures(indexed))
         series["the walk"].add(figures(walk))
     first, second = series.values()
-    print("## First search\n")
+    print("## First search")
     print_table(["search", "median ms", "least ms", "least CPU ms", "lrrr"],
                 [[label, f"{one.median():.1f}", f"{one.minimum():.1f}",
                   f"{one.minimum('cpu_ms'):.1f}"] for label, one in series.items()])
@@ -80,7 +80,7 @@ def measure_plocate(tools, by_name, tree, scratch, rounds):
         {"ssfind": timed(tools, by_name[0].on(tree)),
          "plocate": timed(tools, [plocate, "-d", database, "-i", "--regex", pattern])}, rounds)
     database.unlink()
-    print("## Beside plocate\n")
+    print("## Beside plocate")
     print_table(["program", "median ms", "least ms", "least CPU ms", "peak MB", "lrrrr"],
                 [[label, f"{one.median():.1f}", f"{one.minimum():.1f}",
                   f"{one.minimum('cpu_ms'):.1f}", f"{one.median('peak_kib') / 1024:.1f}"]

@@ -202,6 +202,8 @@ void FolderGatherer::keep(const FolderStatus &status, std::int64_t volume, bool 
 void FolderGatherer::search(const FolderNames &names, Results &results) {
   const std::string_view folder = pathWithoutTrailingSlashes(path_);
   const auto meetsPredicate = [&](std::string_view name) {
+    if (isStopped())
+      return false;
     FileInFolder file(folder, name, entryPath_);
     return common_.predicate.evaluateWithObject(file) &&
            folder.size() + 1 + name.size() <= longestPath;

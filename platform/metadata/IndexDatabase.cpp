@@ -115,10 +115,8 @@ std::unique_ptr<IndexDatabase> IndexDatabase::openToRead(const IndexPlace &place
 std::unique_ptr<IndexDatabase> IndexDatabase::openToWrite(const IndexPlace &place,
                                                           IndexFault &fault) {
   fault = IndexFault::Unavailable;
-  if (!place.makeFolder())
-    return nullptr;
   const IndexPlace::Finding finding = place.look();
-  if (finding == IndexPlace::Finding::Impossible)
+  if (finding == IndexPlace::Finding::Impossible || !place.makeFolder())
     return nullptr;
   const bool isTooLarge = finding == IndexPlace::Finding::Usable && place.sizeOnDisk() > mostBytes;
   if ((finding == IndexPlace::Finding::Untrusted || isTooLarge) && !place.removeFiles())
@@ -200,13 +198,14 @@ void IndexDatabase::fail(IndexFault fault) noexcept {
 }
 
 void IndexDatabase::selectTree(std::string_view key) {
+  treeKey_ = key;
   treeEnd_ = FolderKey::endOfTree(key);
   lastKey_ = key;
   isFirst_ = true;
   if (!tree_)
     return;
   sqlite3_reset(tree_.get());
-  sqlite3_bind_blob64(tree_.get(), 1, key.empty() ? "" : key.data(), key.size(), SQLITE_TRANSIENT);
+  bind(tree_.get(), 1, treeKey_);
   bind(tree_.get(), 2, treeEnd_);
 }
 

@@ -61,7 +61,8 @@ public:
     std::string_view key, record;
   };
 
-  /// The next record; none at the end, and when reading fails, as `fault` tells then.
+  /// The next record; none at the end, and when reading fails, as `fault` tells then. Throws
+  /// `std::bad_alloc`.
   [[nodiscard]] std::optional<Row> next();
 
   /// What made reading fail. Nothing can be read any more then.
@@ -102,7 +103,8 @@ private:
   // The statement is closed before its connection.
   Connection connection_;
   Statement tree_;
-  std::string treeEnd_;
+  /// What is read lies between these.
+  std::string treeKey_, treeEnd_;
   std::string lastKey_;
   bool isFirst_ = true;
   IndexFault fault_ = IndexFault::None;

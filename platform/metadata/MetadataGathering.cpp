@@ -182,7 +182,6 @@ void MetadataGathering::announce() {
     portionEnd_ = Clock::now() + portionTime;
     isAnnouncing_ = true;
     center.postNotification(NSMetadataQueryGatheringProgressNotification, query.get());
-    isAnnouncing_ = false;
     return;
   }
   {
@@ -196,6 +195,7 @@ void MetadataGathering::announce() {
 }
 
 void MetadataGathering::announced() noexcept {
+  isAnnouncing_ = false;
   {
     const LockGuard guard(lock_);
     const bool hasMore = visible_ < results_.size() || !gathered_.empty() || isComplete_;

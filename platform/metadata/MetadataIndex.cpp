@@ -1,18 +1,19 @@
 #include "platform/metadata/MetadataIndex.h"
 
+#include "platform/foundation/NeverDestroyed.h"
 #include "platform/metadata/IndexDatabase.h"
 
 #include <memory>
 #include <string>
 
 const char *PFMetadataIndexGetPath(void) {
-  static std::string path;
+  static NeverDestroyed<std::string> path;
   try {
     const std::optional<IndexPlace> place = IndexPlace::current();
     if (!place)
       return nullptr;
-    path = place->file();
-    return path.c_str();
+    path.get() = place->file();
+    return path.get().c_str();
   } catch (...) {
     return nullptr;
   }
@@ -43,7 +44,9 @@ int PFMetadataIndexGetStatus(PFMetadataIndexStatus *status) {
 int PFMetadataIndexClear(void) {
   try {
     const std::optional<IndexPlace> place = IndexPlace::current();
-    return !place || place->removeFiles() ? 1 : 0;
+    if (!place)
+      return 1;
+    return place->look() != IndexPlace::Finding::Impossible && place->removeFiles() ? 1 : 0;
   } catch (...) {
     return 0;
   }

@@ -157,12 +157,23 @@ private:
   std::mt19937 random_;
 };
 
-class ChangesTest : public QueryFixture, public testing::WithParamInterface<std::uint32_t> {};
+/// Odd numbers stand for a file system whose clock counts whole seconds.
+class ChangesTest : public QueryFixture, public testing::WithParamInterface<std::uint32_t> {
+protected:
+  static int statusInSeconds(int folder, const char *path, int flags, struct statx *status) {
+    const int result = realSystemCalls().statusAt(folder, path, flags, status);
+    status->stx_ctime.tv_nsec = 0;
+    return result;
+  }
+};
 
 TEST_P(ChangesTest, NeverMakeItWrong) {
   Changes changes(tree, GetParam());
   Request request = makeRequest("n=");
-  const SystemCallsGuard guard;
+  SystemCalls calls{};
+  const bool isCoarse = GetParam() % 2 != 0;
+  calls.statusAt = isCoarse ? statusInSeconds : realSystemCalls().statusAt;
+  const SystemCallsGuard guard(calls);
   int known = 0;
   for (int step = 0; step < 600; ++step) {
     const int count = step % 50 == 0 ? 40 : step % 3;
@@ -170,14 +181,14 @@ TEST_P(ChangesTest, NeverMakeItWrong) {
       changes.change();
     std::string walked = searchSorted(request);
     walked.resize(walked.size() - std::min<std::size_t>(walked.size(), 2));
-    const int folders = guard.counts().openAt;
+    const int folders = guard.counts().listEntries / 2;
     guard.resetCounts();
     // What changes next does so right after this query.
     ASSERT_EQ(find(), walked) << step;
-    known += folders - guard.counts().openAt;
+    known += folders - guard.counts().listEntries / 2;
     guard.resetCounts();
   }
-  EXPECT_GT(known, 500) << "the index has been of use";
+  EXPECT_GT(known, isCoarse ? 0 : 500) << "the index has been of use";
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, ChangesTest, testing::Range(1U, 5U));
