@@ -63,8 +63,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
   // The limit on what may be read again is no part of the plain reader.
   PlainDocument plain(file, 4 << 20);
-  const unsigned options = isCaseSensitive ? NSLiteralSearch
-                                           : NSLiteralSearch | NSCaseInsensitiveSearch;
+  const unsigned options =
+      isCaseSensitive ? NSLiteralSearch : NSLiteralSearch | NSCaseInsensitiveSearch;
   const bool isPlainlyOpen = plain.open();
   const bool isPlainlyFound = isPlainlyOpen && plain.find(keyword, options, encoding);
   if (plain.isWorn())
