@@ -4,6 +4,7 @@
 #include "tests/support/TemporaryTree.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <random>
@@ -31,6 +32,8 @@ protected:
   /// "closed" when the document does not open, else whether the keyword is found.
   std::string search(const std::string &text, const std::string &keyword,
                      bool isCaseSensitive = true, unsigned long encoding = macRoman) {
+    // A file that is emptied and written anew goes to the disk at once, a new one does not.
+    std::filesystem::remove(tree_.path("document.pdf"));
     const std::string path = tree_.file("document.pdf", text);
     CountedDocument document;
     if (document.Open(path.c_str()) != 1)
@@ -407,6 +410,7 @@ TEST_F(Document, OpensAndCloses) {
   padded(pdf).pages({3}).page(3, {4}).shown(4, {"x"}).section();
   const std::string path = tree_.file("good.pdf", pdf.text);
   const std::string bad = tree_.file("bad.pdf", "%PDF-1.4");
+  const std::string folder = tree_.path();
   const auto keyword = NSString::create("x");
   CPDFFile document;
   EXPECT_EQ(document.Close(), 1) << "never opened";
@@ -418,8 +422,8 @@ TEST_F(Document, OpensAndCloses) {
   EXPECT_EQ(document.Close(), 1);
   EXPECT_EQ(document.FindText(keyword.get(), 1, macRoman), 0) << "closed";
   EXPECT_EQ(document.Open(path.c_str()), 1) << "again";
-  for (const char *const failing : {bad.c_str(), "/does/not/exist", "", tree_.path().c_str(),
-                                    static_cast<const char *>(nullptr)}) {
+  for (const char *const failing :
+       {bad.c_str(), "/does/not/exist", "", folder.c_str(), static_cast<const char *>(nullptr)}) {
     EXPECT_EQ(document.Open(failing), 0);
     EXPECT_EQ(document.GetSize(), 0) << "released";
   }
