@@ -123,7 +123,7 @@ public:
         const bool isJoined = !carried.empty();
         const std::string text =
             carried + std::string(file_.substr(static_cast<std::size_t>(block + line),
-                                               static_cast<std::size_t>(count - line)));
+                                               static_cast<std::size_t>(next - line)));
         const long origin = isJoined ? carriedPosition : block + line;
         unsigned long begin = 0;
         unsigned long length = 0;

@@ -62,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     document.IsVordaPDF();
 
   // The limit on what may be read again is no part of the plain reader.
-  PlainDocument plain(file, 4 << 20);
+  PlainDocument plain(file, 1 << 19);
   const unsigned options =
       isCaseSensitive ? NSLiteralSearch : NSLiteralSearch | NSCaseInsensitiveSearch;
   const bool isPlainlyOpen = plain.open();

@@ -57,7 +57,8 @@ void checkReader(std::string &text, bool keepsComments) {
 
 void checkFirstLine(const std::string &text) {
   Tokens first;
-  PlainDocument plain(text.substr(0, text.find_first_of("\r\n")), 1L << 40);
+  const std::string line = text.substr(0, text.find_first_of("\r\n"));
+  PlainDocument plain(line, 1L << 40);
   plain.forEachLine(0, false, [&](const Tokens &tokens, long, bool) {
     first.insert(first.end(), tokens.begin(), tokens.end());
     return true;
@@ -134,14 +135,12 @@ void checkHexString(const std::string &text) {
   require(ConvertStringObjectToString(bytes, nullptr, &size) == 1, "no size");
   require(size == expected.size() + 1, "other size");
   for (const unsigned long room : {size, size / 2}) {
-    std::vector<unsigned char> out(room);
+    std::vector<unsigned char> out(room + 1);
     unsigned long done = room;
     require(ConvertStringObjectToString(bytes, out.data(), &done) == 1, "not decoded");
     require(std::string(out.begin(), out.begin() + static_cast<long>(done)) ==
                 expected.substr(0, room),
             "other bytes");
-    if (out.empty())
-      break;
   }
 }
 
