@@ -103,10 +103,11 @@ public:
     long position;
   };
 
-  /// Calls `take` with each line's tokens, and where they begin; `isComplete` is false for a part of
-  /// a line that the edge of a block ends. Gives where reading stopped, which is when `take` answers
-  /// false.
-  using Take = std::function<bool(const std::vector<std::string> &, long position, bool isComplete)>;
+  /// Calls `take` with each line's tokens, and where they begin; `isComplete` is false for a part
+  /// of a line that the edge of a block ends. Gives where reading stopped, which is when `take`
+  /// answers false.
+  using Take =
+      std::function<bool(const std::vector<std::string> &, long position, bool isComplete)>;
   long forEachLine(long start, bool keepsComments, const Take &take) {
     const long size = static_cast<long>(file_.size());
     std::string carried;
@@ -122,7 +123,7 @@ public:
         const bool isJoined = !carried.empty();
         const std::string text =
             carried + std::string(file_.substr(static_cast<std::size_t>(block + line),
-                                               static_cast<std::size_t>(count - line)));
+                                               static_cast<std::size_t>(next - line)));
         const long origin = isJoined ? carriedPosition : block + line;
         unsigned long begin = 0;
         unsigned long length = 0;
@@ -132,8 +133,7 @@ public:
         else
           GetLineInfo(bytes, text.size(), &begin, &length);
         std::vector<std::string> tokens = tokensOf(text.substr(begin, length));
-        const bool isTerminated =
-            text.find_first_of("\r\n", begin + length) != std::string::npos;
+        const bool isTerminated = text.find_first_of("\r\n", begin + length) != std::string::npos;
         std::string().swap(carried);
         if (!tokens.empty() && begin + length == text.size() && !isLast) {
           carried = tokens.back();

@@ -62,9 +62,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     document.IsVordaPDF();
 
   // The limit on what may be read again is no part of the plain reader.
-  PlainDocument plain(file, 4 << 20);
-  const unsigned options = isCaseSensitive ? NSLiteralSearch
-                                           : NSLiteralSearch | NSCaseInsensitiveSearch;
+  PlainDocument plain(file, 1 << 19);
+  const unsigned options =
+      isCaseSensitive ? NSLiteralSearch : NSLiteralSearch | NSCaseInsensitiveSearch;
   const bool isPlainlyOpen = plain.open();
   const bool isPlainlyFound = isPlainlyOpen && plain.find(keyword, options, encoding);
   if (plain.isWorn())

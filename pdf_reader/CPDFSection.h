@@ -8,10 +8,12 @@
 /// and hands their tokens to `ParseLine`, until that has seen enough.
 ///
 /// The operations answer 1 for success and 0 for failure; a section keeps what it read before a
-/// failure. Ownership: a section owns what it read, never the stream. Threads: one at a time.
+/// failure. Ownership: a section owns what it read, never the stream, and must not be deleted
+/// through a pointer to its base. Threads: one at a time.
 class CPDFSection {
 public:
   CPDFSection() noexcept = default;
+  ~CPDFSection() = default;
   CPDFSection(const CPDFSection &) = delete;
   CPDFSection &operator=(const CPDFSection &) = delete;
 
@@ -37,8 +39,6 @@ public:
                             long *found);
 
 protected:
-  ~CPDFSection() = default;
-
   /// Hands groups of tokens to `ParseLine` until it ends the parse or the stream does.
   int parseGroups(TokenReader &reader);
 

@@ -30,6 +30,7 @@ void trim(const unsigned char *line, unsigned long size, unsigned long *outStart
     *outLength = size - start;
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): kept as what it is
 char **newIterator(unsigned char *buf, unsigned long len, unsigned long position,
                    bool isReverse) noexcept {
   if (buf == nullptr || len > std::numeric_limits<std::uint32_t>::max())

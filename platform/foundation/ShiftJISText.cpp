@@ -1,5 +1,6 @@
 #include "platform/foundation/ShiftJISText.h"
 
+#include "platform/foundation/ASCIIRun.h"
 #include "platform/foundation/CodePoints.h"
 #include "platform/foundation/IconvText.h"
 #include "platform/foundation/NeverDestroyed.h"
@@ -115,6 +116,13 @@ std::optional<std::string> decode(std::string_view bytes, ShiftJIS form) {
   std::string text;
   text.reserve(bytes.size());
   for (std::size_t i = 0; i < bytes.size(); ++i) {
+    // Of ASCII the backslash alone stands for something else, a yen sign.
+    const std::string_view rest = bytes.substr(i, lengthOfASCIIRun(bytes.substr(i)));
+    const std::string_view run = rest.substr(0, rest.find('\\'));
+    text += run;
+    i += run.size();
+    if (i == bytes.size())
+      break;
     if (const char16_t single = singles.characterOf(bytes[i]); single < 0x80) {
       text.push_back(static_cast<char>(single));
     } else if (single != SingleByteTable::notAlone) {

@@ -1,5 +1,6 @@
 #include "platform/foundation/StringEncoding.h"
 
+#include "platform/foundation/ASCIIRun.h"
 #include "platform/foundation/CodePoints.h"
 #include "platform/foundation/IconvText.h"
 #include "platform/foundation/ShiftJISText.h"
@@ -10,12 +11,7 @@
 
 namespace {
 
-bool isASCII(std::string_view text) noexcept {
-  unsigned char seen = 0;
-  for (const char c : text)
-    seen |= static_cast<unsigned char>(c);
-  return seen < 0x80;
-}
+bool isASCII(std::string_view text) noexcept { return lengthOfASCIIRun(text) == text.size(); }
 
 bool isUTF8(std::string_view text) noexcept {
   while (!text.empty())
@@ -33,11 +29,14 @@ std::optional<std::string> copyIf(bool isValid, std::string_view text) {
 std::string decodeSingleBytes(std::string_view bytes, const SingleByteTable &table) {
   std::string text;
   text.reserve(bytes.size() + bytes.size() / 8);
-  for (const char byte : bytes)
-    if (static_cast<unsigned char>(byte) < 0x80)
-      text.push_back(byte);
-    else
-      appendCodePoint(text, table.characterOf(byte));
+  while (!bytes.empty()) {
+    const std::size_t run = lengthOfASCIIRun(bytes);
+    text.append(bytes.substr(0, run));
+    bytes.remove_prefix(run);
+    for (; !bytes.empty() && static_cast<unsigned char>(bytes.front()) >= 0x80;
+         bytes.remove_prefix(1))
+      appendCodePoint(text, table.characterOf(bytes.front()));
+  }
   return text;
 }
 

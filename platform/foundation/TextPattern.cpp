@@ -1,5 +1,6 @@
 #include "platform/foundation/TextPattern.h"
 
+#include "platform/foundation/ASCIIRun.h"
 #include "platform/foundation/FoldedText.h"
 
 #include <limits>
@@ -46,6 +47,30 @@ bool findOccurrence(const Pattern &pattern, const std::vector<std::uint32_t> &fa
   return false;
 }
 
+constexpr char unfoldASCII(char c) noexcept {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+}
+
+/// The bytes that a pattern may begin and end with.
+struct Ends {
+  char first, otherFirst, last, otherLast;
+};
+
+/// Whether a pattern with these ends may begin at one of so many positions. Without branches, so
+/// that the compiler makes vector instructions of it.
+template <std::size_t size>
+bool mayBeginInBlock(const char *firsts, const char *lasts, Ends ends) noexcept {
+  unsigned char isMet = 0;
+  for (std::size_t i = 0; i < size; ++i) {
+    const bool isFirst = static_cast<bool>(static_cast<int>(firsts[i] == ends.first) |
+                                           static_cast<int>(firsts[i] == ends.otherFirst));
+    const bool isLast = static_cast<bool>(static_cast<int>(lasts[i] == ends.last) |
+                                          static_cast<int>(lasts[i] == ends.otherLast));
+    isMet |= static_cast<unsigned char>(static_cast<int>(isFirst) & static_cast<int>(isLast));
+  }
+  return isMet != 0;
+}
+
 } // namespace
 
 TextPattern::TextPattern(std::string_view text, unsigned options)
@@ -68,6 +93,8 @@ TextPattern::TextPattern(std::string_view text, unsigned options)
 NSRange TextPattern::find(std::string_view text) const {
   if (units_.empty() || text.empty())
     return {};
+  if (isASCII_ && lengthOfASCIIRun(text) == text.size())
+    return findBytes(text);
   // In UTF-8 an ASCII byte is always a character of its own, so that comparing code points is
   // comparing bytes.
   if (isASCII_ && (options_ == NSLiteralSearch || FoldedText::holdsItsASCII(text)))
@@ -83,14 +110,56 @@ NSRange TextPattern::findBytes(std::string_view text) const noexcept {
     range = {end - units_.size(), units_.size()};
     return true;
   };
+  const std::size_t start = findCandidate(text);
   const auto search = [&](auto unitAt) {
-    findOccurrence(units_, fallback_, text.size(), unitAt, accept);
+    findOccurrence(
+        units_, fallback_, text.size() - start, [&](std::size_t i) { return unitAt(start + i); },
+        [&](std::size_t end) { return accept(start + end); });
   };
   if ((options_ & NSCaseInsensitiveSearch) != 0)
     search([&](std::size_t i) { return std::int32_t{foldASCII(text[i])}; });
   else
     search([&](std::size_t i) { return std::int32_t{text[i]}; });
   return range;
+}
+
+/// A position before which no occurrence of an ASCII pattern begins. Texts mostly hold none at all,
+/// and then the first and the last byte of the pattern together are met so seldom that whole blocks
+/// can be passed at a time.
+std::size_t TextPattern::findCandidate(std::string_view text) const noexcept {
+  constexpr std::size_t blockSize = 64;
+  const std::size_t last = units_.size() - 1;
+  const bool foldCase = (options_ & NSCaseInsensitiveSearch) != 0;
+  const auto first = static_cast<char>(units_.front());
+  const auto final = static_cast<char>(units_.back());
+  const char otherFirst = foldCase ? unfoldASCII(first) : first;
+  const char otherFinal = foldCase ? unfoldASCII(final) : final;
+  const auto isCandidate = [&](const char *begin) {
+    for (std::size_t i = 1; i < last; ++i)
+      if (units_[i] != (foldCase ? foldASCII(begin[i]) : begin[i]))
+        return false;
+    return true;
+  };
+  // Candidates that fail late, over and over, are left to the search that is never worse than
+  // linear.
+  std::size_t position = 0;
+  std::size_t failures = 0;
+  while (text.size() - position >= blockSize + last &&
+         failures * units_.size() <= position + 1024) {
+    const char *const block = text.data() + position;
+    if (mayBeginInBlock<blockSize>(block, block + last, {first, otherFirst, final, otherFinal})) {
+      for (std::size_t i = 0; i < blockSize; ++i) {
+        if ((block[i] != first && block[i] != otherFirst) ||
+            (block[i + last] != final && block[i + last] != otherFinal))
+          continue;
+        if (isCandidate(block + i))
+          return position + i;
+        ++failures;
+      }
+    }
+    position += blockSize;
+  }
+  return position;
 }
 
 NSRange TextPattern::findFolded(std::string_view text) const {

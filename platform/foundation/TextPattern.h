@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSString.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,7 @@ public:
 
 private:
   [[nodiscard]] NSRange findBytes(std::string_view text) const noexcept;
+  [[nodiscard]] std::size_t findCandidate(std::string_view text) const noexcept;
   [[nodiscard]] NSRange findFolded(std::string_view text) const;
 
   const unsigned options_;

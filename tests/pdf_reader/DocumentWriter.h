@@ -38,8 +38,8 @@ public:
   }
 
   DocumentWriter &page(int number, const std::vector<int> &contents) {
-    return object(number, "<< /Type /Page" + end() + "/Contents " + references(contents) + end() +
-                              ">>");
+    return object(number,
+                  "<< /Type /Page" + end() + "/Contents " + references(contents) + end() + ">>");
   }
 
   DocumentWriter &content(int number, const std::string &data) {

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+/// How many bytes of ASCII a text begins with. Most texts are nothing else, so that it pays to look
+/// at many bytes at once. Any thread.
+[[nodiscard]] inline std::size_t lengthOfASCIIRun(std::string_view text) noexcept {
+  constexpr std::uint64_t topBits = 0x8080808080808080U;
+  constexpr std::size_t count = 4;
+  std::uint64_t words[count];
+  std::size_t i = 0;
+  for (; text.size() - i >= sizeof words; i += sizeof words) {
+    std::memcpy(words, text.data() + i, sizeof words);
+    if (((words[0] | words[1] | words[2] | words[3]) & topBits) != 0)
+      break;
+  }
+  while (i < text.size() && static_cast<unsigned char>(text[i]) < 0x80)
+    ++i;
+  return i;
+}

@@ -1,0 +1,432 @@
+#include "pdf_reader/CPDFFile.h"
+#include "platform/foundation/NSString.h"
+#include "tests/pdf_reader/DocumentWriter.h"
+#include "tests/support/TemporaryTree.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Style = DocumentWriter::Style;
+
+constexpr unsigned long macRoman = 0, macJapanese = 1, isoLatin1 = 0x0201;
+
+/// A document that tells how much of it was read.
+class CountedDocument : public CPDFFile {
+public:
+  int Read(void *buffer, long count, long *done) override {
+    bytesRead += count;
+    return CPDFFile::Read(buffer, count, done);
+  }
+  long bytesRead = 0;
+};
+
+class Document : public testing::Test {
+protected:
+  /// "closed" when the document does not open, else whether the keyword is found.
+  std::string search(const std::string &text, const std::string &keyword,
+                     bool isCaseSensitive = true, unsigned long encoding = macRoman) {
+    // A file that is emptied and written anew goes to the disk at once, a new one does not.
+    std::filesystem::remove(tree_.path("document.pdf"));
+    const std::string path = tree_.file("document.pdf", text);
+    CountedDocument document;
+    if (document.Open(path.c_str()) != 1)
+      return "closed";
+    const auto string = NSString::create(keyword);
+    const int found = document.FindText(string.get(), isCaseSensitive, encoding);
+    EXPECT_EQ(document.FindText(string.get(), isCaseSensitive, encoding), found) << "asked again";
+    bytesRead_ = document.bytesRead / 2;
+    return found == 1 ? "found" : "absent";
+  }
+
+  TemporaryTree tree_;
+  long bytesRead_ = 0;
+};
+
+/// Makes a document large enough to be opened at all.
+DocumentWriter &padded(DocumentWriter &pdf) { return pdf.filler(600); }
+
+TEST_F(Document, IsSearchedInEveryLayout) {
+  using Write = std::function<void(DocumentWriter &)>;
+  const auto twoPages = [](DocumentWriter &pdf) {
+    padded(pdf).pages({3, 5}).page(3, {4}).shown(4, {"first", "page"});
+    pdf.page(5, {6, 7}).shown(6, {"second"}).shown(7, {"third"});
+  };
+  const struct {
+    const char *name;
+    Write write;
+    std::string keyword, answer;
+  } rows[] = {
+      {"one section", [&](auto &pdf) { twoPages(pdf), pdf.section(); }, "third", "found"},
+      {"other case", [&](auto &pdf) { twoPages(pdf), pdf.section(); }, "Third", "absent"},
+      {"not there", [&](auto &pdf) { twoPages(pdf), pdf.section(); }, "fourth", "absent"},
+      {"over two strings", [&](auto &pdf) { twoPages(pdf), pdf.section(); }, "firstpage", "found"},
+      {"over two pages", [&](auto &pdf) { twoPages(pdf), pdf.section(); }, "pagesecond", "found"},
+      {"empty keyword", [&](auto &pdf) { twoPages(pdf), pdf.section(); }, "", "absent"},
+      {"update that does not repeat all",
+       [&](auto &pdf) {
+         twoPages(pdf), pdf.section();
+         pdf.content(4, "q").content(6, "q").shown(7, {"newer"}).section();
+       },
+       "newer", "absent"},
+      {"update that does",
+       [&](auto &pdf) {
+         twoPages(pdf), pdf.section();
+         twoPages(pdf), pdf.content(4, "q").content(6, "q").shown(7, {"newer"}).section();
+       },
+       "newer", "found"},
+      {"sections in a chain",
+       [&](auto &pdf) {
+         // As in a document for the web: the last trailer names the first section, whose trailer
+         // names the one that stands before the last trailer.
+         pdf.raw("1 0 obj /Pages 2 0 R endobj" + pdf.end());
+         const std::size_t first = pdf.text.size();
+         pdf.raw("xref" + pdf.end() + "1 1" + pdf.end() + "0000000009 00000 n" + pdf.end());
+         const std::string link(10, '0');
+         pdf.trailer(1, 8, 1'000'000'000);
+         padded(pdf).object(2, "/Kids [ 3 0 R ]" + pdf.end() + "/Count 1").page(3, {4});
+         pdf.shown(4, {"linked"});
+         const std::size_t second = pdf.table();
+         pdf.text.replace(pdf.text.find("1000000000"), 10,
+                          std::string(10 - std::to_string(second).size(), '0') +
+                              std::to_string(second));
+         pdf.trailer(0, 0, first);
+       },
+       "linked", "found"},
+      {"chain that comes back",
+       [&](auto &pdf) {
+         twoPages(pdf);
+         const std::size_t start = pdf.table();
+         pdf.trailer(1, -1, start).raw("x" + pdf.end()).trailer(0, 0, start);
+       },
+       "third", "found"},
+      {"no trailer", [&](auto &pdf) { twoPages(pdf); }, "first", "closed"},
+      {"no size", [&](auto &pdf) { twoPages(pdf), pdf.section(1, 0); }, "first", "closed"},
+      {"no root", [&](auto &pdf) { twoPages(pdf), pdf.section(0); }, "first", "closed"},
+      {"size too small", [&](auto &pdf) { twoPages(pdf), pdf.section(1, 3); }, "first", "found"},
+      {"root absent reads what is first", [&](auto &pdf) { twoPages(pdf), pdf.section(9); },
+       "first", "found"},
+      {"content absent reads what is first",
+       [&](auto &pdf) { padded(pdf).pages({3}).page(3, {9}).shown(4, {"x"}).section(); }, "x",
+       "found"},
+      {"too small", [](auto &pdf) { pdf.pages({3}).raw("trailer" + pdf.end()); }, "x", "closed"},
+      {"literal string ends the search",
+       [&](auto &pdf) {
+         padded(pdf).pages({3, 5}).page(3, {4}).content(4, "BT" + pdf.end() + "(a) Tj");
+         pdf.page(5, {6}).shown(6, {"behind"}).section();
+       },
+       "behind", "absent"},
+      {"graphics first",
+       [&](auto &pdf) {
+         padded(pdf).pages({3, 5}).page(3, {4}).content(4, "q" + pdf.end() + pdf.showing({"no"}));
+         pdf.page(5, {6}).shown(6, {"yes"}).section();
+       },
+       "no", "absent"},
+      {"and the next page",
+       [&](auto &pdf) {
+         padded(pdf).pages({3, 5}).page(3, {4}).content(4, "q" + pdf.end() + pdf.showing({"no"}));
+         pdf.page(5, {6}).shown(6, {"yes"}).section();
+       },
+       "yes", "found"},
+      {"pages below pages",
+       [&](auto &pdf) {
+         padded(pdf).pages({3}).object(3, "/Kids [ 4 0 R ]" + pdf.end() + "/Count 1");
+         pdf.content(5, "q").page(4, {6}).shown(6, {"deep"}).section();
+       },
+       "deep", "absent"},
+      {"fewer kids than counted",
+       [&](auto &pdf) {
+         padded(pdf).object(1, "/Pages 2 0 R").object(2, "/Kids [ 3 0 R ] /Count 2");
+         pdf.page(3, {4}).shown(4, {"x"}).section();
+       },
+       "x", "found"},
+      {"more kids than counted",
+       [&](auto &pdf) {
+         padded(pdf).object(1, "/Pages 2 0 R").object(2, "/Kids [ 3 0 R 5 0 R ] /Count 1");
+         pdf.page(3, {4}).content(4, "q").page(5, {6}).shown(6, {"x"}).section();
+       },
+       "x", "absent"},
+      {"page without content",
+       [&](auto &pdf) {
+         padded(pdf).pages({3, 5}).page(3, {}).page(5, {6}).shown(6, {"x"}).section();
+       },
+       "x", "absent"},
+  };
+  for (const std::string lineEnd : {"\n", "\r", "\r\n"})
+    for (const bool hasTrailerOnOneLine : {false, true})
+      for (const auto &row : rows) {
+        DocumentWriter pdf(Style{lineEnd, hasTrailerOnOneLine});
+        row.write(pdf);
+        EXPECT_EQ(search(pdf.text, row.keyword), row.answer)
+            << row.name << ", " << testing::PrintToString(lineEnd) << hasTrailerOnOneLine;
+      }
+}
+
+TEST_F(Document, MustBeginAsOne) {
+  DocumentWriter pdf;
+  padded(pdf).pages({3}).page(3, {4}).shown(4, {"x"}).section();
+  EXPECT_EQ(search("%PDF-" + pdf.text.substr(5), "x"), "found");
+  EXPECT_EQ(search("%pdf-" + pdf.text.substr(5), "x"), "closed");
+  EXPECT_EQ(search(" " + pdf.text, "x"), "closed");
+  EXPECT_EQ(search("", "x"), "closed");
+}
+
+TEST_F(Document, IsReadAlikeWhereverTheEdgesOfBlocksStand) {
+  for (std::size_t shift = 0; shift <= 1100; ++shift) {
+    DocumentWriter pdf(Style{shift % 3 == 0 ? "\r\n" : "\n", shift % 2 == 0});
+    const std::string pad(shift, 'p');
+    padded(pdf).object(1, pad + " << /Pages 2 0 R >>");
+    pdf.object(2, pad + pdf.end() + "/Kids [ 3 0 R 5 0 R ]" + pdf.end() + "/Count 2");
+    pdf.object(3, pad + pdf.end() + "/Contents [ 4 0 R ]").content(4, "q");
+    pdf.page(5, {6}).object(6, pad + pdf.end() + "stream" + pdf.end() +
+                                   pdf.showing({"some", "text"}) + pdf.end() + "endstream");
+    pdf.raw(pad + pdf.end()).section();
+    ASSERT_EQ(search(pdf.text, "sometext"), "found") << shift;
+    ASSERT_EQ(search(pdf.text, "sometexts"), "absent") << shift;
+  }
+}
+
+TEST_F(Document, IsReadInItsEncoding) {
+  const struct {
+    const char *name;
+    std::vector<std::string> texts;
+    std::string keyword;
+    unsigned long encoding;
+    bool isCaseSensitive;
+    std::string answer;
+  } rows[] = {
+      {"Mac Roman", {"caf\x8E"}, "caf\u00e9", macRoman, true, "found"},
+      {"Mac Roman, other case", {"CAF\x83"}, "caf\u00e9", macRoman, false, "found"},
+      {"Latin-1", {"caf\xE9"}, "caf\u00e9", isoLatin1, true, "found"},
+      {"Mac Japanese", {"\x82\xA0\x83\x41"}, "\u3042\u30a2", macJapanese, true, "found"},
+      {"character over two strings", {"\x82", "\xA0"}, "\u3042", macJapanese, true, "found"},
+      {"trail byte is no letter", {"\x83\x41"}, "A", macJapanese, true, "absent"},
+      {"only in the other Shift-JIS", {"\x85\x40 x"}, "x", macJapanese, true, "found"},
+      {"in neither", {"\xFC\xFC x"}, "x", macJapanese, true, "absent"},
+      {"one bad byte hides all", {"x", "\x82"}, "x", macJapanese, true, "absent"},
+      {"unknown encoding", {"x"}, "x", 0x7777, true, "absent"},
+      {"no encoding", {"x"}, "x", 1UL << 40, true, "absent"},
+      {"UTF-16", {"ab"}, "\u6162", 0x0100, true, "found"},
+  };
+  for (const auto &row : rows) {
+    DocumentWriter pdf;
+    padded(pdf).pages({3}).page(3, {4}).shown(4, row.texts).section();
+    EXPECT_EQ(search(pdf.text, row.keyword, row.isCaseSensitive, row.encoding), row.answer)
+        << row.name;
+  }
+}
+
+/// Pages 3, 5, 7 ..., with their contents in the objects behind them in the given order.
+DocumentWriter pagesInOrder(const std::vector<int> &order,
+                            const std::function<std::string(int)> &textOf,
+                            const std::string &behindLines = "") {
+  DocumentWriter pdf(Style{behindLines + "\n", false});
+  std::vector<int> kids = order;
+  std::sort(kids.begin(), kids.end());
+  pdf.pages(kids);
+  for (const int page : order)
+    pdf.page(page, {page + 1}).content(page + 1, pdf.showing({textOf(page), "more of it"}));
+  pdf.section();
+  return pdf;
+}
+
+std::vector<int> pageNumbers(int count) {
+  std::vector<int> numbers;
+  for (int i = 0; i < count; ++i)
+    numbers.push_back(3 + 2 * i);
+  return numbers;
+}
+
+TEST_F(Document, IsNotReadOnceForEachPage) {
+  constexpr int count = 600;
+  const auto plain = [](int page) { return "page " + std::to_string(page); };
+  const auto japanese = [](int page) { return "\x82\xA0 " + std::to_string(page); };
+  const auto other = [](int page) { return page % 100 == 1 ? "\x85\x40" : "\x82\xA0 x"; };
+  const auto unreadable = [](int page) { return page % 10 == 1 ? "\xFC\xFC" : "\x82\xA0 x"; };
+  std::vector<int> reverse = pageNumbers(count);
+  std::reverse(reverse.begin(), reverse.end());
+  std::vector<int> shuffled = reverse;
+  std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937(20010101));
+  const struct {
+    const char *name;
+    DocumentWriter pdf;
+    long readings;
+  } rows[] = {
+      {"in order", pagesInOrder(pageNumbers(count), plain), 8},
+      {"from the last", pagesInOrder(reverse, plain), 12},
+      {"in any order", pagesInOrder(shuffled, plain), 12},
+      {"Japanese", pagesInOrder(shuffled, japanese), 12},
+      {"in the second encoding here and there", pagesInOrder(pageNumbers(count), other), 16},
+      {"unreadable here and there", pagesInOrder(shuffled, unreadable), 16},
+      {"blanks at the ends of lines", pagesInOrder(shuffled, plain, " "), 24},
+  };
+  for (const auto &row : rows) {
+    EXPECT_EQ(search(row.pdf.text, "absent", true, macJapanese), "absent") << row.name;
+    const long size = static_cast<long>(row.pdf.text.size());
+    EXPECT_LT(bytesRead_, row.readings * size) << row.name;
+  }
+}
+
+TEST_F(Document, IsAnsweredAsIfEachPageWereReadForItself) {
+  // The last page is parsed first, so that the others are known by what follows them.
+  const struct {
+    const char *name;
+    std::vector<std::string> texts;
+    std::string keyword;
+    unsigned long encoding;
+    std::string answer;
+  } rows[] = {
+      {"first page alone", {"one ", "two "}, "one", macRoman, "found"},
+      {"from one page into the next", {"a b", "c d"}, "of itc", macRoman, "found"},
+      {"not from the last to the first", {"a b", "c d"}, "of ita", macRoman, "absent"},
+      {"bad byte hides the pages before", {"one", "\xFC\xFC", "two"}, "one", macJapanese, "absent"},
+      {"and not those behind", {"one", "\xFC\xFC", "two"}, "two", macJapanese, "found"},
+      {"encoding of each parse", {"\x85\x40", "\x82\xA0"}, "\u3042", macJapanese, "found"},
+  };
+  for (const auto &row : rows) {
+    std::vector<int> order = pageNumbers(static_cast<int>(row.texts.size()));
+    do {
+      const auto textOf = [&](int page) {
+        return row.texts[static_cast<std::size_t>(page - 3) / 2];
+      };
+      DocumentWriter pdf(Style{});
+      std::vector<int> kids = order;
+      padded(pdf).pages(kids);
+      for (std::size_t i = 0; i < row.texts.size(); ++i) {
+        const int page = 3 + 2 * static_cast<int>(i);
+        pdf.page(page, {page + 1}).shown(page + 1, {textOf(page), "of it"});
+      }
+      pdf.section();
+      EXPECT_EQ(search(pdf.text, row.keyword, true, row.encoding), row.answer)
+          << row.name << ", kids " << DocumentWriter::references(kids);
+    } while (std::next_permutation(order.begin(), order.end()));
+  }
+}
+
+TEST_F(Document, CannotMakeTheReaderReadForEver) {
+  const auto starts = [](int count, const std::string &body) {
+    // Every object begins one byte further inside the same text.
+    DocumentWriter pdf;
+    std::string kids;
+    std::string table = "xref\n0 " + std::to_string(count) + "\n";
+    for (int i = 0; i < count; ++i) {
+      kids += " " + std::to_string(i) + " 0 R";
+      table += std::to_string(i > 9 ? 600 + i : 0) + " 0 n\n";
+    }
+    pdf.filler(600).filler(static_cast<std::size_t>(count)).raw("\n3 0 obj /Pages 4 0 R\n");
+    pdf.raw(std::string("/Count ") + std::to_string(count) + "\n" + body);
+    pdf.raw("/Kids [" + kids + " ]\nendobj\n");
+    const std::size_t start = pdf.text.size();
+    return pdf.raw(table).trailer(11, count, start).text;
+  };
+  const std::string tokens = [] {
+    std::string text;
+    for (int i = 0; i < 200'000; ++i)
+      text += i % 97 == 0 ? "\n" : "x ";
+    return text + "\n";
+  }();
+  const auto oneLine = [](const std::string &part) {
+    DocumentWriter pdf;
+    std::string line;
+    while (line.size() < 1 << 20)
+      line += part;
+    pdf.object(1, "/Pages 2 0 R").object(2, "/Count 1 /Kids [ 3 0 R ]" + line);
+    return pdf.page(3, {4}).shown(4, {"x"}).section().text;
+  };
+  const struct {
+    const char *name;
+    std::string text;
+  } rows[] = {
+      {"kids inside one object without an end", starts(2000, "")},
+      {"contents inside one", starts(2000, "/Contents [ 12 0 R 13 0 R 14 0 R ]\n")},
+      {"tokens of one letter", starts(300, tokens)},
+      {"brackets without an end", oneLine(" /Kids [")},
+      {"one token", oneLine("x")},
+      {"one comment", oneLine("%")},
+      {"blanks", oneLine(" ")},
+  };
+  for (const auto &row : rows) {
+    EXPECT_NE(search(row.text, "absent"), "found") << row.name;
+    EXPECT_LE(bytesRead_, 32 * static_cast<long>(row.text.size()) + (4 << 20) + 1024) << row.name;
+  }
+}
+
+TEST_F(Document, MayBeLargeAndInAnyOrder) {
+  std::vector<int> order = pageNumbers(500);
+  std::shuffle(order.begin(), order.end(), std::mt19937(1));
+  DocumentWriter pdf;
+  for (const int page : order)
+    pdf.page(page, {page + 1}).content(page + 1, "q\n" + std::string(4000, 'q'));
+  pdf.pages(order).page(2001, {2002}).shown(2002, {"needle"});
+  pdf.object(2, "/Kids " + DocumentWriter::references(order) + "\n/Kids [ 2001 0 R ] /Count 501");
+  pdf.section();
+  EXPECT_EQ(search(pdf.text, "needle"), "found");
+}
+
+TEST_F(Document, SurvivesEveryDamage) {
+  DocumentWriter pdf;
+  pdf.filler(520).pages({3, 5}).page(3, {4}).shown(4, {"one"}).page(5, {6}).shown(6, {"two"});
+  pdf.section();
+  for (std::size_t i = 0; i < pdf.text.size(); ++i) {
+    search(pdf.text.substr(0, i), "two", false, macJapanese);
+    std::string damaged = pdf.text;
+    damaged[i] = static_cast<char>(damaged[i] ^ (1 << i % 8));
+    search(damaged, "two", false, macJapanese);
+    damaged[i] = "\n %<"[i % 4];
+    search(damaged, "two", false, macJapanese);
+  }
+}
+
+TEST_F(Document, BearsTheMarkInItsFirstPage) {
+  const std::string mark = "% VORDA_PFINF_TYPE\nq";
+  const struct {
+    const char *name;
+    std::vector<std::string> contents;
+    int isVorda;
+  } rows[] = {{"first content", {mark, "q"}, 1},
+              {"second content", {"q", mark}, 1},
+              {"second page", {"q", "q", mark}, 0},
+              {"none", {"q", "BT ET", "q"}, 0}};
+  for (const auto &row : rows) {
+    DocumentWriter pdf;
+    padded(pdf).pages({3, 6}).page(3, {4, 5}).page(6, {7});
+    for (std::size_t i = 0; i < row.contents.size(); ++i)
+      pdf.content(std::vector<int>{4, 5, 7}[i], row.contents[i]);
+    pdf.section();
+    CPDFFile document;
+    ASSERT_EQ(document.Open(tree_.file("mark.pdf", pdf.text).c_str()), 1);
+    EXPECT_EQ(document.IsVordaPDF(), row.isVorda) << row.name;
+  }
+}
+
+TEST_F(Document, OpensAndCloses) {
+  DocumentWriter pdf;
+  padded(pdf).pages({3}).page(3, {4}).shown(4, {"x"}).section();
+  const std::string path = tree_.file("good.pdf", pdf.text);
+  const std::string bad = tree_.file("bad.pdf", "%PDF-1.4");
+  const std::string folder = tree_.path();
+  const auto keyword = NSString::create("x");
+  CPDFFile document;
+  EXPECT_EQ(document.Close(), 1) << "never opened";
+  EXPECT_EQ(document.FindText(keyword.get(), 1, macRoman), 0);
+  EXPECT_EQ(document.IsVordaPDF(), 0);
+  EXPECT_EQ(document.Open(path.c_str()), 1);
+  EXPECT_EQ(document.FindText(nullptr, 1, macRoman), 0);
+  EXPECT_EQ(document.FindText(keyword.get(), 1, macRoman), 1);
+  EXPECT_EQ(document.Close(), 1);
+  EXPECT_EQ(document.FindText(keyword.get(), 1, macRoman), 0) << "closed";
+  EXPECT_EQ(document.Open(path.c_str()), 1) << "again";
+  for (const char *const failing :
+       {bad.c_str(), "/does/not/exist", "", folder.c_str(), static_cast<const char *>(nullptr)}) {
+    EXPECT_EQ(document.Open(failing), 0);
+    EXPECT_EQ(document.GetSize(), 0) << "released";
+  }
+}
+
+} // namespace
