@@ -13,7 +13,7 @@ LAYERS = [SEARCH, "hosts", "pdf_reader", "streams", "platform/foundation", "plat
 # What each layer may include besides itself; tests and the like may include anything.
 ALLOWED = {
     "hosts": {SEARCH + "/SearchSystem.h", "platform/foundation/CoreFoundation.h",
-              "platform/foundation/MainLoop.h"},
+              "platform/foundation/MainLoop.h", "platform/metadata/MetadataIndex.h"},
     SEARCH: {"pdf_reader", "streams", "platform/foundation", "platform/metadata",
              "platform/imagetag"},
     "pdf_reader": {"streams", "platform/foundation/CoreFoundation.h",

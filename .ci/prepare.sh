@@ -48,5 +48,6 @@ build_preset() {
   fi
 }
 
-build_packages=(cmake ninja-build g++ pkg-config libutf8proc-dev libcli11-dev)
+build_packages=(cmake ninja-build g++ pkg-config libutf8proc-dev libsqlite3-dev
+  libcli11-dev)
 test_packages=(libgtest-dev python3 binutils)

@@ -83,6 +83,7 @@ std::optional<DirectoryEntry> DirectoryListing::next() noexcept {
   for (;;) {
     if (position_ == filled_) {
       const ssize_t size = systemCalls().listEntries(descriptor_, buffer_.get(), bufferSize);
+      hasBrokenOff_ = size < 0;
       if (size <= 0)
         return std::nullopt;
       position_ = 0;

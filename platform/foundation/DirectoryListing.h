@@ -32,6 +32,9 @@ public:
   /// The next name; none at the end, and where the system refuses to go on.
   [[nodiscard]] std::optional<DirectoryEntry> next() noexcept;
 
+  /// Whether the system has refused to go on, so that names may be missing.
+  [[nodiscard]] bool hasBrokenOff() const noexcept { return hasBrokenOff_; }
+
   /// Whether the folder's entries can be reached at all: one that can be read but not entered tells
   /// their names and no more.
   [[nodiscard]] bool canReachEntries() const noexcept { return canReachEntries_; }
@@ -59,4 +62,5 @@ private:
   std::size_t filled_ = 0;
   /// Asked for once, when the first folder among the entries is met.
   std::optional<std::shared_ptr<const MountPoints>> mountPoints_;
+  bool hasBrokenOff_ = false;
 };

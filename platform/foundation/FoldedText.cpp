@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <utf8proc.h>
 
 namespace {
@@ -44,6 +45,29 @@ void orderMarks(std::vector<FoldedText::Unit> &units) {
         return combiningClass(a) < combiningClass(b);
       });
     begin = end;
+  }
+}
+
+/// The characters that are not ASCII but become ASCII when case is folded or canonical equivalence
+/// resolved, by the first two bytes of their UTF-8 form: ß, the long s, the Greek question mark and
+/// grave accent, the Kelvin sign, the capital ß, and the Latin ligatures. (A few neighbours share
+/// their beginning.)
+bool mayBecomeASCII(unsigned char first, unsigned char second) noexcept {
+  switch (first) {
+  case 0xC3:
+    return second == 0x9F;
+  case 0xC5:
+    return second == 0xBF;
+  case 0xCD:
+    return second == 0xBE;
+  case 0xE1:
+    return second == 0xBA || second == 0xBF;
+  case 0xE2:
+    return second == 0x84;
+  case 0xEF:
+    return second == 0xAC;
+  default:
+    return false;
   }
 }
 
@@ -104,4 +128,29 @@ bool FoldedText::continuesCharacterAt(std::string_view text, std::size_t positio
       utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t *>(text.data()) + position,
                        static_cast<utf8proc_ssize_t>(text.size() - position), &codePoint);
   return length > 0 && continuesCharacter(text[position - 1], codePoint);
+}
+
+bool FoldedText::holdsItsASCII(std::string_view text) noexcept {
+  if (isASCII(text))
+    return true;
+  for (std::size_t i = 0; i + 1 < text.size(); ++i)
+    if (static_cast<unsigned char>(text[i]) >= 0x80 &&
+        mayBecomeASCII(static_cast<unsigned char>(text[i]),
+                       static_cast<unsigned char>(text[i + 1])))
+      return false;
+  return true;
+}
+
+bool FoldedText::isASCII(std::string_view text) noexcept {
+  constexpr std::uint64_t highBits = 0x8080'8080'8080'8080;
+  std::uint64_t seen = 0;
+  while (text.size() >= sizeof seen) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, text.data(), sizeof word);
+    seen |= word;
+    text.remove_prefix(sizeof word);
+  }
+  for (const char c : text)
+    seen |= static_cast<unsigned char>(c);
+  return (seen & highBits) == 0;
 }

@@ -30,5 +30,10 @@ struct FoldedText {
   [[nodiscard]] static bool continuesCharacterAt(std::string_view text,
                                                  std::size_t position) noexcept;
 
+  /// Whether every ASCII character that the folded text holds stands in the text itself.
+  [[nodiscard]] static bool holdsItsASCII(std::string_view text) noexcept;
+
+  [[nodiscard]] static bool isASCII(std::string_view text) noexcept;
+
   std::vector<Unit> units;
 };

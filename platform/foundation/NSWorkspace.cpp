@@ -14,13 +14,14 @@ constexpr std::array<std::string_view, 14> packageExtensions{
 
 } // namespace
 
+bool hasPackageExtension(std::string_view name) noexcept {
+  const std::string_view extension = extensionOfName(name);
+  return std::any_of(
+      packageExtensions.begin(), packageExtensions.end(),
+      [&](std::string_view known) { return equalIgnoringASCIICase(extension, known); });
+}
+
 bool isFilePackage(const FileItem &folder) {
-  const std::string_view extension = extensionOfName(folder.name());
-  if (extension.empty())
-    return false;
-  const auto isSame = [&](std::string_view known) {
-    return equalIgnoringASCIICase(extension, known);
-  };
-  return std::any_of(packageExtensions.begin(), packageExtensions.end(), isSame) ||
-         folder.holds("/Contents/Info.plist");
+  return !extensionOfName(folder.name()).empty() &&
+         (hasPackageExtension(folder.name()) || folder.holds("/Contents/Info.plist"));
 }

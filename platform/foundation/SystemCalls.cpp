@@ -16,6 +16,7 @@ constexpr SystemCalls realCalls{
           return statx(folder, path, flags, STATX_BASIC_STATS, status);
         },
     .openMountTable = [](int flags) { return open("/proc/self/mountinfo", flags); },
+    .fileSystemOf = [](int file, struct statfs *fileSystem) { return fstatfs(file, fileSystem); },
     .read = [](int file, void *buffer, std::size_t size) { return ::read(file, buffer, size); },
     .startThread =
         [](pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <pthread.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <sys/types.h>
 
 /// The calls to the operating system that can fail, in one table, so that a test can make any of
@@ -15,6 +16,8 @@ struct SystemCalls {
   int (*statusAt)(int folder, const char *path, int flags, struct statx *status);
   /// open(2) of the table of mounted file systems, proc(5).
   int (*openMountTable)(int flags);
+  /// fstatfs(2).
+  int (*fileSystemOf)(int file, struct statfs *fileSystem);
   ssize_t (*read)(int file, void *buffer, std::size_t size);
   /// pthread_create(3): the error is the result.
   int (*startThread)(pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),

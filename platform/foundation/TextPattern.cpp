@@ -11,46 +11,6 @@ constexpr char foldASCII(char c) noexcept {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
-bool isASCIIText(std::string_view text) noexcept {
-  unsigned char seen = 0;
-  for (const char c : text)
-    seen |= static_cast<unsigned char>(c);
-  return seen < 0x80;
-}
-
-/// The characters that are not ASCII but become ASCII when case is folded or canonical equivalence
-/// resolved, by the first two bytes of their UTF-8 form: ß, the long s, the Greek question mark and
-/// grave accent, the Kelvin sign, the capital ß, and the Latin ligatures. (A few neighbours share
-/// their beginning.)
-bool mayBecomeASCII(unsigned char first, unsigned char second) noexcept {
-  switch (first) {
-  case 0xC3:
-    return second == 0x9F;
-  case 0xC5:
-    return second == 0xBF;
-  case 0xCD:
-    return second == 0xBE;
-  case 0xE1:
-    return second == 0xBA || second == 0xBF;
-  case 0xE2:
-    return second == 0x84;
-  case 0xEF:
-    return second == 0xAC;
-  default:
-    return false;
-  }
-}
-
-/// Whether every ASCII character that the folded text holds stands in the text itself.
-bool holdsItsASCII(std::string_view text) noexcept {
-  for (std::size_t i = 0; i + 1 < text.size(); ++i)
-    if (static_cast<unsigned char>(text[i]) >= 0x80 &&
-        mayBecomeASCII(static_cast<unsigned char>(text[i]),
-                       static_cast<unsigned char>(text[i + 1])))
-      return false;
-  return true;
-}
-
 template <class Sequence> std::vector<std::uint32_t> fallbackLengths(const Sequence &pattern) {
   if (pattern.size() >= std::numeric_limits<std::uint32_t>::max())
     throw std::bad_alloc();
@@ -89,7 +49,7 @@ bool findOccurrence(const Pattern &pattern, const std::vector<std::uint32_t> &fa
 } // namespace
 
 TextPattern::TextPattern(std::string_view text, unsigned options)
-    : options_(options), isASCII_(isASCIIText(text)) {
+    : options_(options), isASCII_(FoldedText::isASCII(text)) {
   if (isASCII_) {
     const bool foldCase = (options & NSCaseInsensitiveSearch) != 0;
     units_.reserve(text.size());
@@ -110,7 +70,7 @@ NSRange TextPattern::find(std::string_view text) const {
     return {};
   // In UTF-8 an ASCII byte is always a character of its own, so that comparing code points is
   // comparing bytes.
-  if (isASCII_ && (options_ == NSLiteralSearch || holdsItsASCII(text)))
+  if (isASCII_ && (options_ == NSLiteralSearch || FoldedText::holdsItsASCII(text)))
     return findBytes(text);
   return findFolded(text);
 }

@@ -11,8 +11,8 @@
 class SystemCallsGuard {
 public:
   struct Counts {
-    std::atomic<int> openAt{0}, listEntries{0}, statusAt{0}, openMountTable{0}, read{0},
-        startThread{0};
+    std::atomic<int> openAt{0}, listEntries{0}, statusAt{0}, openMountTable{0}, fileSystemOf{0},
+        read{0}, startThread{0};
   };
 
   explicit SystemCallsGuard(const SystemCalls &replaced = {}) {
@@ -20,6 +20,7 @@ public:
     put<&SystemCalls::listEntries, &Counts::listEntries>(replaced);
     put<&SystemCalls::statusAt, &Counts::statusAt>(replaced);
     put<&SystemCalls::openMountTable, &Counts::openMountTable>(replaced);
+    put<&SystemCalls::fileSystemOf, &Counts::fileSystemOf>(replaced);
     put<&SystemCalls::read, &Counts::read>(replaced);
     put<&SystemCalls::startThread, &Counts::startThread>(replaced);
     resetCounts();
@@ -35,7 +36,8 @@ public:
 
   void resetCounts() const noexcept {
     Counts &c = state().counts;
-    c.openAt = c.listEntries = c.statusAt = c.openMountTable = c.read = c.startThread = 0;
+    c.openAt = c.listEntries = c.statusAt = c.openMountTable = c.fileSystemOf = 0;
+    c.read = c.startThread = 0;
   }
 
 private:

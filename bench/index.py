@@ -1,0 +1,155 @@
+#!/usr/bin/env python3
+"""Measures the search through the index side by side with the walk, fd and plocate.
+
+Prints tables in Markdown. The exit code tells whether all programs gave the same answers; no limit
+on time or space makes it fail, since the machine may be busy.
+"""
+
+import argparse
+import os
+import pathlib
+import shutil
+import sys
+import tempfile
+
+from measuring import Series, ToolError, figures, run, side_by_side, timed
+from programs import EXTENSIONS, WORD, Program, installed, programs
+from walk import ROOT, Report, Trees, build, compare, print_machine, print_table
+
+# What the index may take on the disk, per name that it records.
+MOST_BYTES_PER_ENTRY = 64
+
+
+class Cache:
+    """A cache folder of our own, so that the user's index is left alone."""
+
+    def __init__(self, scratch):
+        self.folder = scratch / "cache"
+        os.environ["XDG_CACHE_HOME"] = str(self.folder)
+        self.clear()
+
+    def clear(self):
+        shutil.rmtree(self.folder, ignore_errors=True)
+        self.folder.mkdir(mode=0o700)
+
+    def size(self):
+        return sum(path.stat().st_size for path in self.folder.rglob("*") if path.is_file())
+
+
+def searches(tools, has_word=True):
+    """The search through the index, the walk, and fd."""
+    walk, *others = programs(tools, has_word)
+    indexed = [part for part in walk.command if part != "--no-index"]
+    peers = [program for program in others if program.label.startswith("fd")]
+    return [Program("ssfind", indexed), Program("ssfind --no-index", walk.command), *peers]
+
+
+def measure_first(report, tools, cache, by_name, tree, rounds):
+    """A search that finds no index and fills it, and the walk."""
+    indexed, walk = (timed(tools, search.on(tree)) for search in by_name[:2])
+    series = {"filling the index": Series(), "the walk": Series()}
+    for _ in range(rounds):
+        cache.clear()
+        series["filling the index"].add(figures(indexed))
+        series["the walk"].add(figures(walk))
+    first, second = series.values()
+    print("## First search\n")
+    print_table(["search", "median ms", "least ms", "least CPU ms", "lrrr"],
+                [[label, f"{one.median():.1f}", f"{one.minimum():.1f}",
+                  f"{one.minimum('cpu_ms'):.1f}"] for label, one in series.items()])
+    report.limit("first search: of the walk's time", 1.3, first.median() / second.median(),
+                 note=f"by the least times {first.minimum() / second.minimum():.2f}")
+
+
+def limit_second(report, what, series, most):
+    ours, peer = series["ssfind"], series["fd -uu"]
+    report.limit(f"{what}: of the time of fd -uu", most, ours.median() / peer.median(),
+                 note=f"by the least times {ours.minimum() / peer.minimum():.2f}")
+
+
+def measure_plocate(tools, by_name, tree, scratch, rounds):
+    """plocate answers from its database alone; ours looks at the disk."""
+    plocate, updatedb = installed("plocate"), installed("updatedb.plocate")
+    if not plocate or not updatedb:
+        print("plocate is not installed, and so not measured", file=sys.stderr)
+        return
+    database = scratch / "plocate.db"
+    run([updatedb, "-l", "0", "-U", tree, "-o", database])
+    pattern = rf"/[^/]*{WORD}[^/]*\.({'|'.join(EXTENSIONS)})$"
+    series = side_by_side(
+        {"ssfind": timed(tools, by_name[0].on(tree)),
+         "plocate": timed(tools, [plocate, "-d", database, "-i", "--regex", pattern])}, rounds)
+    database.unlink()
+    print("## Beside plocate\n")
+    print_table(["program", "median ms", "least ms", "least CPU ms", "peak MB", "lrrrr"],
+                [[label, f"{one.median():.1f}", f"{one.minimum():.1f}",
+                  f"{one.minimum('cpu_ms'):.1f}", f"{one.median('peak_kib') / 1024:.1f}"]
+                 for label, one in series.items()])
+
+
+def measure(options, tools, trees):
+    report = Report()
+    cache = Cache(trees.scratch)
+    few = trees.make("few", entries=options.entries)
+    print_machine(tools, 0)
+    by_name = searches(tools)
+    measure_first(report, tools, cache, by_name, few, options.rounds)
+    entries = sum(not name.startswith(".") for _, folders, files in os.walk(few)
+                  for name in [*folders, *files])
+    report.limit("size of the index", MOST_BYTES_PER_ENTRY, cache.size() / entries,
+                 "bytes", f"per entry, {entries:,} of them")
+
+    series, _ = compare(report, f"Name, second search in {options.entries:,} entries", tools,
+                        trees.scratch, by_name, few, options.rounds)
+    limit_second(report, "name search", series, 0.2)
+    report.limit("peak memory", 24, series["ssfind"].maximum("peak_kib") / 1024, "MB")
+    compare(report, f"Modification date, second search in {options.entries:,} entries", tools,
+            trees.scratch, searches(tools, has_word=False), few, options.rounds)
+
+    if options.large:
+        large = trees.make("large", entries=5 * options.entries)
+        run(timed(tools, by_name[0].on(large)))
+        compare(report, f"Name, second search in {5 * options.entries:,} entries", tools,
+                trees.scratch, by_name, large, options.rounds)
+        measure_plocate(tools, by_name, large, trees.scratch, options.rounds)
+    report.print_limits()
+    print(f"Load at the end {os.getloadavg()[0]:.1f}")
+    return 1 if report.answers_differ else 0
+
+
+def parse_options():
+    parser = argparse.ArgumentParser(description=__doc__.partition("\n")[0])
+    default_scratch = pathlib.Path(tempfile.gettempdir()) / "searchsystem-bench"
+    parser.add_argument("--entries", type=int, default=200_000, help="of the tree (%(default)s)")
+    parser.add_argument("--rounds", type=int, default=9, help="runs of each program (%(default)s)")
+    parser.add_argument("--no-large", dest="large", action="store_false",
+                        help="leave out the tree with five times the entries")
+    parser.add_argument("--keep", action="store_true", help="keep the trees for the next run")
+    parser.add_argument("--build-dir", type=pathlib.Path, default=ROOT / "build" / "bench",
+                        help="where to build (%(default)s)")
+    parser.add_argument("scratch", nargs="?", type=pathlib.Path, default=default_scratch,
+                        help="folder for the trees (%(default)s)")
+    return parser.parse_args()
+
+
+def main():
+    options = parse_options()
+    scratch = options.scratch.resolve()
+    scratch.mkdir(parents=True, exist_ok=True)
+    try:
+        trees = Trees(build(options.build_dir.resolve()), scratch)
+        try:
+            return measure(options, trees.tools, trees)
+        finally:
+            shutil.rmtree(scratch / "cache", ignore_errors=True)
+            if not options.keep:
+                trees.remove()
+    except ToolError as error:
+        print(f"index.py: {error}", file=sys.stderr)
+        return 2
+    except KeyboardInterrupt:
+        return 130
+
+
+if __name__ == "__main__":
+    sys.exit(main())

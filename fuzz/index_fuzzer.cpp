@@ -1,0 +1,108 @@
+// Damages the file of the index and asks a query; it must find what there is to find.
+//
+// An input is a list of changes to a good file: the place (two bytes, counted in fours), a length,
+// and that many bytes. A length of 255 cuts the file off there.
+
+#include "platform/foundation/CoreFoundation.h"
+#include "platform/foundation/MainLoop.h"
+#include "platform/foundation/Perform.h"
+#include "platform/foundation/SystemCalls.h"
+#include "platform/metadata/IndexPlace.h"
+#include "platform/metadata/NSMetadataQuery.h"
+#include "tests/support/TemporaryTree.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Paths = std::vector<std::string>;
+
+/// A tree, and an index of it.
+class Fixture {
+public:
+  Fixture() {
+    PFMainLoopSetClock(PFMainLoopClockVirtual);
+    IndexPlace::setCacheFolderForTesting(cache_.path());
+    for (int i = 0; i < 120; ++i)
+      tree_.file("folder " + std::to_string(i % 5) + "/in " + std::to_string(i % 40) + "/" +
+                 std::to_string(i) + ".jpg");
+    calls_.statusAt = [](int folder, const char *path, int flags, struct statx *status) {
+      const int result = realSystemCalls().statusAt(folder, path, flags, status);
+      status->stx_ctime.tv_sec -= 3600;
+      return result;
+    };
+    setSystemCallsForTesting(&calls_);
+    expected_ = find();
+    std::ifstream stream(file());
+    good_.assign(std::istreambuf_iterator<char>(stream), {});
+    if (expected_.size() != 120 || good_.size() < 16384)
+      std::abort();
+  }
+
+  ~Fixture() { setSystemCallsForTesting(nullptr); }
+  Fixture(const Fixture &) = delete;
+  Fixture &operator=(const Fixture &) = delete;
+
+  void test(std::string_view changes) {
+    std::string bytes = good_;
+    while (changes.size() > 3) {
+      const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(changes[i]); };
+      const std::size_t place = std::min<std::size_t>((byte(0) << 8 | byte(1)) * 4, bytes.size());
+      const std::size_t length = byte(2);
+      changes.remove_prefix(3);
+      const std::string_view put = changes.substr(0, length);
+      changes.remove_prefix(put.size());
+      if (length == 255)
+        bytes.resize(place);
+      else
+        bytes.replace(place, std::min(put.size(), bytes.size() - place), put);
+    }
+    IndexPlace::current()->removeFiles();
+    std::ofstream(file()) << bytes;
+    chmod(file().c_str(), 0600);
+    if (find() != expected_)
+      std::abort();
+  }
+
+private:
+  static std::string file() { return IndexPlace::current()->file(); }
+
+  Paths find() {
+    const auto query = NSMetadataQuery::create();
+    query->setPredicate(NSPredicate::predicateWithFormat("kMDItemFSName like[c] '*.jpg'"));
+    query->setSearchScopes(NSArray::create({Ref<const NSObject>(NSString::create(tree_.path()))}));
+    if (query->startQuery() != 1)
+      std::abort();
+    // The virtual clock waits for the query and for what it still writes.
+    performAfterDelay(1, [] { CFRunLoopStop(CFRunLoopGetMain()); });
+    CFRunLoopRun();
+    Paths paths;
+    for (std::size_t i = 0; i < query->resultCount(); ++i) {
+      const auto path = query->resultAtIndex(i)->valueForAttribute("kMDItemPath");
+      paths.emplace_back(dynamic_cast<const NSString &>(*path).view());
+    }
+    std::sort(paths.begin(), paths.end());
+    return paths;
+  }
+
+  TemporaryTree cache_, tree_;
+  SystemCalls calls_ = realSystemCalls();
+  Paths expected_;
+  std::string good_;
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+  static Fixture fixture;
+  if (size > 4096)
+    return 0;
+  fixture.test({reinterpret_cast<const char *>(data), size});
+  return 0;
+}

@@ -1,0 +1,103 @@
+#include "platform/metadata/LikePattern.h"
+
+#include "platform/foundation/FoldedText.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+constexpr std::int32_t anyText = -1;
+constexpr std::int32_t anyCharacter = -2;
+
+} // namespace
+
+LikePattern::LikePattern(std::string_view pattern, bool regardsCase) : regardsCase_(regardsCase) {
+  std::string text;
+  std::vector<bool> isWildcard;
+  for (std::size_t i = 0; i < pattern.size(); ++i) {
+    const bool isEscaped = pattern[i] == '\\' && i + 1 < pattern.size();
+    i += isEscaped ? 1 : 0;
+    text.push_back(pattern[i]);
+    isWildcard.push_back(!isEscaped && (pattern[i] == '*' || pattern[i] == '?'));
+  }
+  const FoldedText folded(text, !regardsCase, true);
+  units_.reserve(folded.units.size());
+  for (const FoldedText::Unit &unit : folded.units) {
+    const bool meansItself = !isWildcard[unit.source];
+    if (!meansItself && unit.codePoint == '*')
+      units_.push_back(anyText);
+    else
+      units_.push_back(!meansItself && unit.codePoint == '?' ? anyCharacter : unit.codePoint);
+  }
+  const auto isPlainASCII = [](std::int32_t unit) { return unit >= 0 && unit < 0x80; };
+  if (units_.size() > 1 && units_.front() == anyText &&
+      std::all_of(units_.begin() + 1, units_.end(), isPlainASCII))
+    suffix_.assign(units_.begin() + 1, units_.end());
+  for (const char c : suffix_)
+    caseBits_.push_back(!regardsCase && c >= 'a' && c <= 'z' ? 'a' - 'A' : 0);
+}
+
+bool LikePattern::matches(std::string_view name) const {
+  if (suffix_.empty())
+    return matchesFolded(name);
+  std::size_t begin = name.size() - std::min(name.size(), suffix_.size());
+  if (isSuffix(name.substr(begin)))
+    return true;
+  // Each character of the suffix takes one of the name, at most; so only one that stands here can
+  // still become what is looked for.
+  if (FoldedText::isASCII(name.substr(begin)))
+    return false;
+  while (begin > 0 && (static_cast<unsigned char>(name[begin]) & 0xC0) == 0x80)
+    --begin;
+  return !FoldedText::holdsItsASCII(name.substr(begin)) && matchesFolded(name);
+}
+
+bool LikePattern::isSuffix(std::string_view end) const noexcept {
+  if (end.size() != suffix_.size())
+    return false;
+  for (std::size_t i = 0; i < end.size(); ++i)
+    if ((static_cast<unsigned char>(end[i]) | caseBits_[i]) !=
+        static_cast<unsigned char>(suffix_[i]))
+      return false;
+  return true;
+}
+
+bool LikePattern::matchesFolded(std::string_view name) const {
+  const FoldedText folded(name, !regardsCase_, true);
+  const std::vector<FoldedText::Unit> &text = folded.units;
+  const auto isBoundary = [&](std::size_t i) { return i == text.size() || text[i].isBoundary; };
+  const auto nextBoundary = [&](std::size_t i) {
+    do
+      ++i;
+    while (!isBoundary(i));
+    return i;
+  };
+  // What the last `*` stands for grows until the rest of the pattern fits. One before it need never
+  // be looked at again: what follows that one has been found as early as it occurs.
+  std::optional<std::size_t> afterStar;
+  std::size_t starEnd = 0;
+  std::size_t unit = 0;
+  std::size_t position = 0;
+  for (;;) {
+    const std::int32_t wanted = unit < units_.size() ? units_[unit] : anyText;
+    if (unit < units_.size() && wanted == anyText && isBoundary(position)) {
+      afterStar = ++unit;
+      starEnd = position;
+    } else if (position < text.size() && wanted == anyCharacter && isBoundary(position)) {
+      ++unit;
+      position = nextBoundary(position);
+    } else if (position < text.size() && wanted == text[position].codePoint) {
+      ++unit;
+      ++position;
+    } else if (unit == units_.size() && position == text.size()) {
+      return true;
+    } else if (!afterStar || starEnd == text.size()) {
+      return false;
+    } else {
+      starEnd = nextBoundary(starEnd);
+      position = starEnd;
+      unit = *afterStar;
+    }
+  }
+}

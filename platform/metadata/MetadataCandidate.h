@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+/// One file as a predicate sees it: its name, and what costs a look at the disk only if asked for.
+///
+/// Ownership: borrows the name. Threads: one at a time.
+class MetadataCandidate {
+public:
+  explicit MetadataCandidate(std::string_view fileName) noexcept : name(fileName) {}
+  MetadataCandidate(const MetadataCandidate &) = delete;
+  MetadataCandidate &operator=(const MetadataCandidate &) = delete;
+
+  /// When the file's content was last changed, in seconds since 2001; none when that cannot be had.
+  [[nodiscard]] virtual std::optional<double> contentChangeDate() noexcept = 0;
+
+  /// The last component of the file's path.
+  const std::string_view name;
+
+protected:
+  ~MetadataCandidate() = default;
+};

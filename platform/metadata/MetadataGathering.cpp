@@ -1,0 +1,222 @@
+#include "platform/metadata/MetadataGathering.h"
+
+#include "platform/foundation/FreeElsewhere.h"
+#include "platform/foundation/NSNotificationCenter.h"
+#include "platform/foundation/ProcessorTime.h"
+#include "platform/metadata/NSMetadataQuery.h"
+
+#include <algorithm>
+#include <cassert>
+#include <chrono>
+#include <iterator>
+#include <utility>
+
+namespace {
+
+using Clock = MainRunLoop::Clock;
+
+/// More than there may be processors: on a disk that is slow to answer, several wait at a time.
+constexpr int fewestJobs = 4;
+
+constexpr std::chrono::milliseconds portionTime{5};
+
+/// For how long a thread may keep results to itself, unless they are many.
+constexpr std::chrono::milliseconds longestDelay{2};
+constexpr std::size_t manyResults = 256;
+
+} // namespace
+
+void MetadataGathering::Job::start(MetadataGathering &gathering) noexcept {
+  gathering_ = &gathering;
+  gathering.retain();
+  ++gathering.runningJobs_;
+  NSThread::detachNewThread(*this);
+}
+
+void MetadataGathering::Job::main() { isUnfinished_ = gathering_->gather(); }
+
+void MetadataGathering::Job::ended() noexcept {
+  if (isUnfinished_ && !gathering_->isStopped_.load()) {
+    NSThread::detachNewThread(*this);
+    return;
+  }
+  // This object is part of the gathering, and may go with it here.
+  MetadataGathering *const gathering = std::exchange(gathering_, nullptr);
+  if (--gathering->runningJobs_ == 0)
+    gathering->setComplete();
+  gathering->release();
+}
+
+MetadataGathering::MetadataGathering(NSMetadataQuery &query, Ref<const NSPredicate> predicate,
+                                     const std::vector<std::string> &scopes,
+                                     std::optional<IndexPlace> place)
+    : predicate_(std::move(predicate)), place_(std::move(place)), writer_(place_), query_(&query) {
+  for (const std::string &scope : scopes) {
+    FolderTask task;
+    task.kind = FolderTask::Kind::Scope;
+    task.path = scope;
+    queue_.add(std::move(task));
+  }
+}
+
+MetadataGathering::~MetadataGathering() {
+  takeGathered();
+  freeElsewhere(results_);
+}
+
+void MetadataGathering::start() noexcept {
+  const int count = std::clamp(processorCount(), fewestJobs, static_cast<int>(jobs_.size()));
+  std::for_each_n(jobs_.begin(), count, [this](Job &job) { job.start(*this); });
+}
+
+void MetadataGathering::stop() noexcept {
+  assert(MainRunLoop::shared().isMainThread());
+  query_ = nullptr;
+  isStopped_.store(true);
+  queue_.stop();
+  takeGathered();
+  if (visible_ == results_.size())
+    return;
+  try {
+    Results dropped(
+        std::make_move_iterator(results_.begin() + static_cast<std::ptrdiff_t>(visible_)),
+        std::make_move_iterator(results_.end()));
+    results_.resize(visible_);
+    freeElsewhere(dropped);
+  } catch (...) {
+    results_.resize(visible_);
+  }
+}
+
+bool MetadataGathering::gather() noexcept {
+  if (queue_.isDone())
+    return false;
+  const bool isOnMainThread = MainRunLoop::shared().isMainThread();
+  const Clock::time_point begin = Clock::now();
+  FolderQueue::Tasks tasks;
+  Results results;
+  Clock::time_point lastHandOver;
+  bool isUnfinished = false;
+  queue_.enter();
+  try {
+    FolderGatherer gatherer({*predicate_, place_, writer_, queue_, isStopped_});
+    while (const std::optional<FolderTask> task = queue_.next(tasks, !isOnMainThread)) {
+      try {
+        gatherer.process(*task, tasks, results);
+      } catch (...) {
+        // Memory is short: what this folder still holds cannot be found.
+      }
+      const Clock::time_point now = results.empty() && !isOnMainThread ? begin : Clock::now();
+      if (!results.empty() &&
+          (results.size() >= manyResults || tasks.empty() || now - lastHandOver >= longestDelay)) {
+        handOver(results);
+        lastHandOver = now;
+      }
+      if (isOnMainThread && now - begin >= portionTime) {
+        isUnfinished = true;
+        break;
+      }
+    }
+  } catch (...) {
+    // Without memory for its tools this thread is of no help; the last one tells the end.
+  }
+  handOver(results);
+  queue_.leave(tasks);
+  if (queue_.isDone() && !isWritten_.exchange(true)) {
+    setComplete();
+    if (!isOnMainThread)
+      writer_.finish();
+  }
+  return isUnfinished && !queue_.isDone();
+}
+
+void MetadataGathering::handOver(Results &results) noexcept {
+  if (results.empty() || isStopped_.load(std::memory_order_relaxed))
+    return;
+  const LockGuard guard(lock_);
+  try {
+    gathered_.insert(gathered_.end(), std::make_move_iterator(results.begin()),
+                     std::make_move_iterator(results.end()));
+  } catch (...) {
+    // Memory is short: these are lost.
+  }
+  results.clear();
+  postAnnouncement();
+}
+
+void MetadataGathering::setComplete() noexcept {
+  const LockGuard guard(lock_);
+  if (std::exchange(isComplete_, true))
+    return;
+  postAnnouncement();
+}
+
+void MetadataGathering::postAnnouncement() noexcept {
+  if (isPosted_)
+    return;
+  isPosted_ = true;
+  retain();
+  MainRunLoop::shared().post(announcement_);
+}
+
+void MetadataGathering::takeGathered() noexcept {
+  const LockGuard guard(lock_);
+  try {
+    results_.insert(results_.end(), std::make_move_iterator(gathered_.begin()),
+                    std::make_move_iterator(gathered_.end()));
+  } catch (...) {
+    // Memory is short: these are lost.
+  }
+  gathered_.clear();
+}
+
+void MetadataGathering::announce() {
+  if (query_ == nullptr)
+    return;
+  takeGathered();
+  // A handler may give back the last reference to the query.
+  const Ref<NSMetadataQuery> query(query_);
+  NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
+  if (visible_ < results_.size()) {
+    ++visible_;
+    portionEnd_ = Clock::now() + portionTime;
+    isAnnouncing_ = true;
+    center.postNotification(NSMetadataQueryGatheringProgressNotification, query.get());
+    isAnnouncing_ = false;
+    return;
+  }
+  {
+    const LockGuard guard(lock_);
+    if (!isComplete_ || !gathered_.empty())
+      return;
+  }
+  query_ = nullptr;
+  query->isGathering_ = false;
+  center.postNotification(NSMetadataQueryDidFinishGatheringNotification, query.get());
+}
+
+void MetadataGathering::announced() noexcept {
+  {
+    const LockGuard guard(lock_);
+    const bool hasMore = visible_ < results_.size() || !gathered_.empty() || isComplete_;
+    if (query_ != nullptr && hasMore) {
+      MainRunLoop::shared().post(announcement_);
+      return;
+    }
+    isPosted_ = false;
+  }
+  release();
+}
+
+std::size_t MetadataGathering::visibleCount() noexcept {
+  if (isAnnouncing_ && read_ == visible_ && visible_ < results_.size() &&
+      Clock::now() < portionEnd_)
+    ++visible_;
+  return visible_;
+}
+
+const Ref<const NSString> &MetadataGathering::pathAtIndex(std::size_t index) noexcept {
+  assert(index < visible_);
+  read_ = std::max(read_, index + 1);
+  return results_[index];
+}

@@ -1,0 +1,108 @@
+#pragma once
+
+#include "platform/foundation/NSLock.h"
+#include "platform/foundation/NSObject.h"
+#include "platform/foundation/NSThread.h"
+#include "platform/metadata/FolderGatherer.h"
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+class NSMetadataQuery;
+
+/// What one start of a metadata query sets going: threads that gather, and work of the main thread
+/// that makes their results visible, portion by portion, and at last tells the end.
+///
+/// Ownership: counted. Every running thread and posted work holds a reference, which is given back
+/// on the main thread; the query is borrowed until `stop`.
+/// Threads: main, but for what says otherwise.
+class MetadataGathering final : public NSObject {
+public:
+  /// Throws `std::bad_alloc`.
+  MetadataGathering(NSMetadataQuery &query, Ref<const NSPredicate> predicate,
+                    const std::vector<std::string> &scopes, std::optional<IndexPlace> place);
+
+  void start() noexcept;
+
+  /// Ends it without a word: what is not visible never will be.
+  void stop() noexcept;
+
+  /// How many results are visible. While some are announced, the next becomes visible once all
+  /// before it have been read, as long as there is time.
+  [[nodiscard]] std::size_t visibleCount() noexcept;
+
+  /// The path of a visible result.
+  [[nodiscard]] const Ref<const NSString> &pathAtIndex(std::size_t index) noexcept;
+
+private:
+  using Results = FolderGatherer::Results;
+
+  /// A thread that gathers. One that could not be had works on the main thread, a moment at a time.
+  class Job final : public ThreadJob {
+  public:
+    void start(MetadataGathering &gathering) noexcept;
+
+  private:
+    void main() override;
+    void ended() noexcept override;
+
+    MetadataGathering *gathering_ = nullptr;
+    bool isUnfinished_ = false;
+  };
+
+  /// The main thread's part.
+  class Announcement final : public Work {
+  public:
+    explicit Announcement(MetadataGathering &gathering) noexcept : gathering_(gathering) {}
+
+  private:
+    void run() override { gathering_.announce(); }
+    void finished() noexcept override { gathering_.announced(); }
+
+    MetadataGathering &gathering_;
+  };
+
+  ~MetadataGathering() override;
+
+  /// Gathers until all is done, on the main thread for a moment only; whether something is left.
+  /// Any thread.
+  [[nodiscard]] bool gather() noexcept;
+  /// Any thread.
+  void handOver(Results &results) noexcept;
+  void setComplete() noexcept;
+  void postAnnouncement() noexcept PF_REQUIRES(lock_);
+
+  void announce();
+  void announced() noexcept;
+  void takeGathered() noexcept;
+
+  // Constant while threads run.
+  const Ref<const NSPredicate> predicate_;
+  const std::optional<IndexPlace> place_;
+
+  // These take care of themselves.
+  std::atomic<bool> isStopped_{false};
+  FolderQueue queue_;
+  IndexWriter writer_;
+  std::atomic<bool> isWritten_{false};
+
+  NSLock lock_;
+  Results gathered_ PF_GUARDED_BY(lock_);
+  bool isComplete_ PF_GUARDED_BY(lock_) = false;
+  bool isPosted_ PF_GUARDED_BY(lock_) = false;
+
+  // Main thread.
+  NSMetadataQuery *query_;
+  Results results_;
+  std::size_t visible_ = 0;
+  std::size_t read_ = 0;
+  bool isAnnouncing_ = false;
+  MainRunLoop::Clock::time_point portionEnd_;
+  Announcement announcement_{*this};
+  std::array<Job, 8> jobs_;
+  int runningJobs_ = 0;
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/foundation/NSObject.h"
+#include "platform/foundation/NSString.h"
+#include "platform/foundation/Ref.h"
+
+#include <string_view>
+#include <utility>
+
+/// One result of a metadata query.
+///
+/// Ownership: counted; holds a reference to its path. Threads: any; immutable.
+class NSMetadataItem final : public NSObject {
+public:
+  /// Throws `std::bad_alloc`.
+  static Ref<const NSMetadataItem> create(Ref<const NSString> path);
+
+  /// The value of an attribute; null when the item has none of that name. The full path is
+  /// "kMDItemPath", a string.
+  [[nodiscard]] Ref<const NSObject> valueForAttribute(std::string_view name) const noexcept;
+
+private:
+  explicit NSMetadataItem(Ref<const NSString> path) noexcept : path_(std::move(path)) {}
+  ~NSMetadataItem() override = default;
+
+  const Ref<const NSString> path_;
+};

@@ -1,0 +1,78 @@
+#include "platform/metadata/NSMetadataQuery.h"
+
+#include "platform/foundation/MainRunLoop.h"
+#include "platform/foundation/NSClass.h"
+#include "platform/metadata/FolderRecord.h"
+#include "platform/metadata/MetadataGathering.h"
+
+#include <cassert>
+#include <utility>
+
+namespace {
+
+const NSClass queryClass("NSMetadataQuery",
+                         []() -> Ref<NSObject> { return NSMetadataQuery::create(); });
+
+/// The paths in `scopes`; none when one is no path, or there is no scope. Throws `std::bad_alloc`.
+std::vector<std::string> pathsOf(const NSArray *scopes) {
+  std::vector<std::string> paths;
+  for (std::size_t i = 0; scopes != nullptr && i < scopes->count(); ++i) {
+    const auto *const path = dynamic_cast<const NSString *>(scopes->objectAtIndex(i));
+    if (path == nullptr)
+      return {};
+    paths.emplace_back(path->view());
+  }
+  return paths;
+}
+
+} // namespace
+
+NSMetadataQuery::NSMetadataQuery() noexcept = default;
+
+NSMetadataQuery::~NSMetadataQuery() { stopQuery(); }
+
+Ref<NSMetadataQuery> NSMetadataQuery::create() {
+  return Ref<NSMetadataQuery>::adopt(new NSMetadataQuery);
+}
+
+void NSMetadataQuery::setPredicate(Ref<const NSPredicate> predicate) noexcept {
+  predicate_ = std::move(predicate);
+}
+
+void NSMetadataQuery::setSearchScopes(Ref<const NSArray> scopes) noexcept {
+  scopes_ = std::move(scopes);
+}
+
+char NSMetadataQuery::startQuery() noexcept {
+  assert(MainRunLoop::shared().isMainThread());
+  if (isGathering_ || !predicate_)
+    return 0;
+  try {
+    const std::vector<std::string> scopes = pathsOf(scopes_.get());
+    if (scopes.empty())
+      return 0;
+    learnRightsOfProcess();
+    gathering_ = Ref<MetadataGathering>::adopt(
+        new MetadataGathering(*this, predicate_, scopes, IndexPlace::current()));
+  } catch (...) {
+    return 0;
+  }
+  isGathering_ = true;
+  gathering_->start();
+  return 1;
+}
+
+void NSMetadataQuery::stopQuery() noexcept {
+  assert(MainRunLoop::shared().isMainThread());
+  if (!std::exchange(isGathering_, false))
+    return;
+  gathering_->stop();
+}
+
+std::size_t NSMetadataQuery::resultCount() noexcept {
+  return gathering_ ? gathering_->visibleCount() : 0;
+}
+
+Ref<const NSMetadataItem> NSMetadataQuery::resultAtIndex(std::size_t index) const {
+  return NSMetadataItem::create(gathering_->pathAtIndex(index));
+}

@@ -1,0 +1,160 @@
+#include "platform/metadata/RecordStream.h"
+
+#include "platform/foundation/FileStatus.h"
+#include "platform/foundation/PathComponents.h"
+#include "platform/foundation/SystemCalls.h"
+#include "platform/metadata/FolderKey.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+/// So many are searched in a quarter of a millisecond, so that threads seldom meet.
+constexpr std::size_t rowsInChunk = 64;
+constexpr std::size_t bytesInChunk = std::size_t{64} << 10;
+
+/// While one thread waits for a disk, the others do not hurry on without end.
+constexpr std::size_t mostChunksAhead = 64;
+
+} // namespace
+
+std::shared_ptr<RecordStream> RecordStream::open(const std::string &scope, const IndexPlace &place,
+                                                 IndexWriter &writer) {
+  IndexFault fault = IndexFault::None;
+  std::unique_ptr<IndexDatabase> index = IndexDatabase::openToRead(place, fault);
+  if (index) {
+    const std::string key = FolderKey::ofPath(scope);
+    index->selectTree(key);
+    const std::optional<IndexDatabase::Row> first = index->next();
+    fault = index->fault();
+    if (first && first->key == key) {
+      const int folder = systemCalls().openAt(currentFolder, scope.c_str(),
+                                              O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+      if (folder < 0)
+        return nullptr;
+      std::shared_ptr<RecordStream> stream(
+          new RecordStream(scope, folder, std::move(index), writer));
+      stream->nextRow_ = first;
+      return stream;
+    }
+  }
+  if (fault == IndexFault::Broken)
+    writer.setBroken();
+  return nullptr;
+}
+
+RecordStream::RecordStream(const std::string &scope, int scopeFolder,
+                           std::unique_ptr<IndexDatabase> index, IndexWriter &writer)
+    : scopeKey_(FolderKey::ofPath(scope)), scopePrefix_(pathWithoutTrailingSlashes(scope)),
+      scopeFolder_(scopeFolder), writer_(writer), index_(std::move(index)) {}
+
+RecordStream::~RecordStream() { close(scopeFolder_); }
+
+std::unique_ptr<RecordStream::Chunk> RecordStream::read() {
+  auto chunk = std::make_unique<Chunk>();
+  chunk->bytes.reserve(bytesInChunk);
+  chunk->rows.reserve(rowsInChunk);
+  while (nextRow_ && chunk->rows.size() < rowsInChunk && chunk->bytes.size() < bytesInChunk) {
+    Row row;
+    row.keyBegin = chunk->bytes.size();
+    row.keySize = nextRow_->key.size();
+    row.recordSize = nextRow_->record.size();
+    chunk->bytes.append(nextRow_->key).append(nextRow_->record);
+    chunk->rows.push_back(std::move(row));
+    nextRow_ = index_->next();
+  }
+  if (!nextRow_) {
+    chunk->isLast = true;
+    if (index_->fault() == IndexFault::Broken)
+      writer_.setBroken();
+    index_.reset();
+  }
+  chunk->number = nextNumber_++;
+  const LockGuard guard(lock_);
+  ++readCount_;
+  return chunk;
+}
+
+bool RecordStream::mayRead() noexcept {
+  const LockGuard guard(lock_);
+  isHeldUp_ = readCount_ - mergedCount_ > mostChunksAhead;
+  return !isHeldUp_;
+}
+
+bool RecordStream::merge(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks &tasks,
+                         Results &results) {
+  const LockGuard guard(lock_);
+  const std::size_t number = chunk->number;
+  searched_[number] = std::move(chunk);
+  while (!searched_.empty() && searched_.begin()->first == mergedCount_) {
+    const std::unique_ptr<Chunk> next = std::move(searched_.begin()->second);
+    searched_.erase(searched_.begin());
+    ++mergedCount_;
+    for (Row &row : next->rows)
+      mergeRow(*next, row, tasks, results);
+    while (next->isLast && !way_.empty())
+      leaveFolder(tasks);
+  }
+  return readCount_ - mergedCount_ <= mostChunksAhead && std::exchange(isHeldUp_, false);
+}
+
+void RecordStream::mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &tasks,
+                            Results &results) {
+  const std::string_view key = chunk.key(row);
+  if (key != scopeKey_) {
+    while (!way_.empty() && !FolderKey::isBelow(key, wayKey_))
+      leaveFolder(tasks);
+    if (way_.empty())
+      return;
+    const std::string_view name = key.substr(wayKey_.size() + 1);
+    // A folder in between may not be searched, or has no record itself and is searched anew.
+    if (name.find('\0') != std::string_view::npos)
+      return;
+    if (!isExpected(name, tasks)) {
+      // What is there all the same has been searched for its own sake, and may be again.
+      if (row.isGone)
+        writer_.addGone(key);
+      return;
+    }
+  }
+  if (!row.isSearched)
+    return;
+  results.insert(results.end(), std::make_move_iterator(row.results.begin()),
+                 std::make_move_iterator(row.results.end()));
+  way_.push_back({key.size(), std::move(row.folders)});
+  wayKey_ = key;
+}
+
+bool RecordStream::isExpected(std::string_view name, FolderQueue::Tasks &tasks) {
+  Folder &folder = way_.back();
+  while (folder.next < folder.names.size()) {
+    const std::string_view expected(folder.names.c_str() + folder.next);
+    if (expected > name)
+      return false;
+    folder.next += expected.size() + 1;
+    if (expected == name)
+      return true;
+    addTask(expected, tasks);
+  }
+  return false;
+}
+
+void RecordStream::leaveFolder(FolderQueue::Tasks &tasks) {
+  const Folder folder = std::move(way_.back());
+  for (std::size_t next = folder.next; next < folder.names.size();) {
+    const std::string_view name(folder.names.c_str() + next);
+    addTask(name, tasks);
+    next += name.size() + 1;
+  }
+  way_.pop_back();
+  wayKey_.resize(way_.empty() ? 0 : way_.back().keySize);
+}
+
+void RecordStream::addTask(std::string_view name, FolderQueue::Tasks &tasks) {
+  FolderTask task;
+  FolderKey::appendPath(task.path, wayKey_);
+  task.path.append("/").append(name);
+  tasks.push_back(std::move(task));
+}

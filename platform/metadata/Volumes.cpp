@@ -1,0 +1,76 @@
+#include "platform/metadata/Volumes.h"
+
+#include "platform/foundation/FileStatus.h"
+#include "platform/foundation/SystemCalls.h"
+#include "platform/metadata/FolderStatus.h"
+#include "platform/metadata/Mixing.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr long zfsMagic = 0x2FC12FC1;
+constexpr long xfsMagic = 0x58465342;
+
+constexpr std::array<long, 7> reliableTypes{EXT4_SUPER_MAGIC,     xfsMagic, BTRFS_SUPER_MAGIC,
+                                            F2FS_SUPER_MAGIC,     zfsMagic, TMPFS_MAGIC,
+                                            OVERLAYFS_SUPER_MAGIC};
+
+std::int64_t identityOf(const struct statfs &fileSystem, std::uint64_t device) noexcept {
+  static_assert(sizeof fileSystem.f_fsid == sizeof(std::uint64_t));
+  std::uint64_t number = 0;
+  std::memcpy(&number, &fileSystem.f_fsid, sizeof number);
+  // Those that live in memory, or on top of others, may share a number or have none. They do not
+  // outlive their device.
+  const bool needsDevice =
+      number == 0 || fileSystem.f_type == TMPFS_MAGIC || fileSystem.f_type == OVERLAYFS_SUPER_MAGIC;
+  std::uint64_t mixed = mix(static_cast<std::uint64_t>(fileSystem.f_type), number);
+  mixed = mix(mixed, needsDevice ? device : 0);
+  return static_cast<std::int64_t>(mixed);
+}
+
+} // namespace
+
+bool isReliableFileSystem(long type) noexcept {
+  return std::find(reliableTypes.begin(), reliableTypes.end(), type) != reliableTypes.end();
+}
+
+const Volumes::Known *Volumes::find(std::uint64_t device) const noexcept {
+  const auto known = std::find_if(known_.begin(), known_.end(),
+                                  [&](const Known &one) { return one.first == device; });
+  return known != known_.end() ? &*known : nullptr;
+}
+
+std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, const char *path) {
+  if (const Known *const known = find(device))
+    return known->second;
+  const int folder =
+      systemCalls().openAt(currentFolder, path, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (folder < 0)
+    return std::nullopt;
+  std::optional<std::int64_t> volume;
+  // Another may have taken its place meanwhile.
+  const std::optional<FolderStatus> status = folderStatus(folder, ".");
+  if (status && status->device == device)
+    volume = volumeOf(device, folder);
+  close(folder);
+  return volume;
+}
+
+std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, int folder) {
+  if (const Known *const known = find(device))
+    return known->second;
+  struct statfs fileSystem {};
+  if (systemCalls().fileSystemOf(folder, &fileSystem) != 0)
+    return std::nullopt;
+  std::optional<std::int64_t> volume;
+  if (isReliableFileSystem(static_cast<long>(fileSystem.f_type)))
+    volume = identityOf(fileSystem, device);
+  known_.emplace_back(device, volume);
+  return volume;
+}

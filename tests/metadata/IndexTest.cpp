@@ -1,0 +1,384 @@
+#include "platform/metadata/FolderRecord.h"
+#include "tests/metadata/QueryFixture.h"
+
+#include <csignal>
+#include <fstream>
+#include <random>
+#include <sqlite3.h>
+
+namespace {
+
+TEST(FolderStatus, ChangesWithinOneTickAreTold) {
+  constexpr struct {
+    const char *name;
+    FileMoment changed, begin;
+    bool isSettled;
+  } rows[] = {
+      {"long ago", {5, 1}, {100, 0}, true},
+      {"a moment ago", {5, 100'000'000}, {5, 150'000'000}, true},
+      {"over a second's end", {5, 999'000'000}, {6, 100'000'000}, true},
+      {"just now", {5, 100'000'000}, {5, 100'000'000}, false},
+      {"a tick ago", {5, 100'000'000}, {5, 110'000'000}, false},
+      {"in the future", {6, 1}, {5, 999'999'999}, false},
+      {"whole seconds, the same", {5, 0}, {5, 999'999'999}, false},
+      {"whole seconds, the next", {5, 0}, {6, 0}, true},
+      {"before 1970", {-3, 1}, {5, 0}, true},
+  };
+  for (const auto &row : rows)
+    EXPECT_EQ(isSettled(row.changed, row.begin), row.isSettled) << row.name;
+}
+
+TEST(FolderRecord, IsForOneFolderAtOneMomentAndUndamaged) {
+  constexpr FolderIdentity folder{7, 8};
+  constexpr FileMoment moment{9, 10};
+  FolderListing listing;
+  for (const char *const name : {"b", "a b", "a"})
+    listing.add(FileKind::Folder, name);
+  for (const char *const name : {".hidden", "file", "Content\xc5\xbf"})
+    listing.add(FileKind::Regular, name);
+  listing.add(FileKind::Link, "link");
+  listing.add(FileKind::Folder, "a.APP");
+  const std::string record = FolderRecord::pack(folder, moment, listing.names());
+  const auto names = FolderRecord::unpack(folder, moment, record);
+  ASSERT_TRUE(names);
+  using namespace std::string_view_literals;
+  EXPECT_EQ(names->folders, "a\0a b\0b\0"sv);
+  EXPECT_EQ(names->files, "file\0Content\xc5\xbf\0"sv);
+  EXPECT_EQ(names->links, "link\0"sv);
+  EXPECT_TRUE(names->mayHoldContents);
+  EXPECT_FALSE(FolderRecord::unpack({8, 8}, moment, record));
+  EXPECT_FALSE(FolderRecord::unpack({7, 9}, moment, record));
+  EXPECT_FALSE(FolderRecord::unpack(folder, {9, 11}, record));
+  for (std::size_t i = 0; i < record.size(); ++i) {
+    std::string damaged = record;
+    damaged[i] ^= 4;
+    EXPECT_FALSE(FolderRecord::unpack(folder, moment, damaged)) << i;
+    EXPECT_FALSE(FolderRecord::unpack(folder, moment, record.substr(0, i))) << i;
+  }
+}
+
+class IndexTest : public QueryFixture {
+protected:
+  IndexTest() {
+    for (int i = 0; i < 40; ++i)
+      tree.file("folder " + std::to_string(i % 7) + "/in " + std::to_string(i) + "/a.jpg");
+    all = find();
+    guard.resetCounts();
+  }
+
+  static std::string file() { return PFMetadataIndexGetPath(); }
+
+  static SystemCalls agedFolders() {
+    SystemCalls calls{};
+    calls.statusAt = statusAnHourAgo;
+    return calls;
+  }
+
+  /// How many folders a query lists, which finds all.
+  int listed() {
+    EXPECT_EQ(find(), all);
+    const int calls = guard.counts().listEntries;
+    guard.resetCounts();
+    return calls / 2;
+  }
+
+  static constexpr int folders = 1 + 7 + 40;
+  const SystemCallsGuard guard{agedFolders()};
+  std::string all;
+};
+
+/// Changes a tree at random, in all the ways that a user or a program might.
+class Changes {
+public:
+  explicit Changes(TemporaryTree &tree, std::uint32_t seed) : tree_(tree), random_(seed) {}
+
+  void change() {
+    const std::string a = anyPath();
+    const std::string b = anyPath();
+    std::error_code ignored;
+    try {
+      switch (random_() % 12) {
+      case 0:
+      case 1:
+      case 2:
+        tree_.file(a + "/" + fileName(), "new");
+        break;
+      case 3:
+        tree_.folder(a);
+        break;
+      case 4:
+        std::filesystem::remove_all(tree_.path(a), ignored);
+        break;
+      case 5:
+      case 6:
+        std::filesystem::rename(tree_.path(a), tree_.path(b), ignored);
+        break;
+      case 7:
+        std::filesystem::rename(tree_.path(a + "/" + fileName()), tree_.path(b + "/" + fileName()),
+                                ignored);
+        break;
+      case 8:
+        // A folder replaced by a link to where it is now.
+        std::filesystem::rename(tree_.path(a), tree_.path(b + " moved"), ignored);
+        tree_.link(a, tree_.path(b + " moved"));
+        break;
+      case 9:
+        tree_.link(a + "/" + fileName(), tree_.path(b + "/" + fileName()));
+        break;
+      case 10:
+        tree_.file(a + "/Contents/Info.plist");
+        break;
+      default:
+        tree_.setModified(a, static_cast<std::int64_t>(random_() % 1000));
+        renameat2(AT_FDCWD, tree_.path(a).c_str(), AT_FDCWD, tree_.path(b).c_str(), 2);
+        break;
+      }
+    } catch (const std::system_error &) {
+      // What cannot be done to this tree is not done.
+    }
+  }
+
+private:
+  /// A folder, up to three levels deep; few names, so that they are met again.
+  std::string anyPath() {
+    constexpr const char *names[] = {"a", "b", "a b", "c.doc", ".h", "d.app", "\xc3\xa9"};
+    std::string path = names[random_() % 7];
+    for (std::uint32_t depth = random_() % 3; depth > 0; --depth)
+      path += std::string("/") + names[random_() % 7];
+    return path;
+  }
+
+  std::string fileName() {
+    constexpr const char *names[] = {"1.jpg", "2.PDF", "3.txt", ".4.tif"};
+    return names[random_() % 4];
+  }
+
+  TemporaryTree &tree_;
+  std::mt19937 random_;
+};
+
+class ChangesTest : public QueryFixture, public testing::WithParamInterface<std::uint32_t> {};
+
+TEST_P(ChangesTest, NeverMakeItWrong) {
+  Changes changes(tree, GetParam());
+  Request request = makeRequest("n=");
+  const SystemCallsGuard guard;
+  int known = 0;
+  for (int step = 0; step < 600; ++step) {
+    const int count = step % 50 == 0 ? 40 : step % 3;
+    for (int i = 0; i < count; ++i)
+      changes.change();
+    std::string walked = searchSorted(request);
+    walked.resize(walked.size() - std::min<std::size_t>(walked.size(), 2));
+    const int folders = guard.counts().openAt;
+    guard.resetCounts();
+    // What changes next does so right after this query.
+    ASSERT_EQ(find(), walked) << step;
+    known += folders - guard.counts().openAt;
+    guard.resetCounts();
+  }
+  EXPECT_GT(known, 500) << "the index has been of use";
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, ChangesTest, testing::Range(1U, 5U));
+
+TEST_F(IndexTest, WhatIsBrokenIsMadeAnew) {
+  using Damage = void (*)(const std::string &);
+  const std::pair<const char *, Damage> rows[] = {
+      {"none", [](const std::string &) {}},
+      {"gone", [](const std::string &file) { std::filesystem::remove(file); }},
+      {"empty", [](const std::string &file) { std::filesystem::resize_file(file, 0); }},
+      {"cut short", [](const std::string &file) { std::filesystem::resize_file(file, 9000); }},
+      {"something else",
+       [](const std::string &file) { std::ofstream(file) << std::string(10'000, 'x'); }},
+      {"page lost",
+       [](const std::string &file) {
+         std::fstream(file).seekp(2 * 8192).write(std::string(8000, '\xff').data(), 8000);
+       }},
+      {"another's table",
+       [](const std::string &file) {
+         sqlite3 *database = nullptr;
+         sqlite3_open(file.c_str(), &database);
+         EXPECT_EQ(sqlite3_exec(database,
+                                "CREATE TRIGGER t AFTER INSERT ON folder BEGIN DELETE FROM folder; "
+                                "END",
+                                nullptr, nullptr, nullptr),
+                   SQLITE_OK);
+         sqlite3_close(database);
+       }},
+      {"open to others", [](const std::string &file) { chmod(file.c_str(), 0666); }},
+      {"open folder",
+       [](const std::string &file) {
+         chmod(std::filesystem::path(file).parent_path().c_str(), 0777);
+       }},
+      {"second link",
+       [](const std::string &file) { std::filesystem::create_hard_link(file, file + ".copy"); }},
+  };
+  for (const auto &[name, damage] : rows) {
+    SCOPED_TRACE(name);
+    ASSERT_EQ(listed(), 0);
+    damage(file());
+    EXPECT_EQ(listed(), std::string_view(name) == "none" ? 0 : folders);
+    EXPECT_EQ(listed(), 0) << "repaired";
+    EXPECT_EQ(std::filesystem::status(file()).permissions(), std::filesystem::perms(0600));
+  }
+}
+
+TEST_F(IndexTest, WhereThereCanBeNone) {
+  cache.file("file");
+  cache.link("link", "nowhere");
+  cache.folder("1/SearchSystem/folders-1.sqlite");
+  cache.file("2/SearchSystem");
+  cache.link("3/SearchSystem", cache.path("1"));
+  for (const char *const folder : {"file", "link", "1", "2", "3", "missing/missing", "/proc"}) {
+    SCOPED_TRACE(folder);
+    IndexPlace::setCacheFolderForTesting(*folder == '/' ? folder : cache.path(folder));
+    EXPECT_EQ(listed(), folders);
+    EXPECT_EQ(listed(), folders);
+  }
+}
+
+TEST_F(IndexTest, OthersAndTheirRecordsAreNotReliedOn) {
+  if (geteuid() != 0)
+    GTEST_SKIP() << "only root can be somebody else";
+  const gid_t group = getegid();
+  ASSERT_EQ(setegid(group + 1), 0);
+  EXPECT_EQ(listed(), folders) << "made by another group";
+  EXPECT_EQ(listed(), 0);
+  ASSERT_EQ(setegid(group), 0);
+  EXPECT_EQ(listed(), folders);
+  cache.folder("others");
+  ASSERT_EQ(chown(cache.path("others").c_str(), 1, 1), 0);
+  IndexPlace::setCacheFolderForTesting(cache.path("others"));
+  EXPECT_EQ(listed(), folders);
+  EXPECT_EQ(listed(), folders);
+  IndexPlace::setCacheFolderForTesting(cache.path("others/missing"));
+  EXPECT_EQ(listed(), folders);
+  EXPECT_TRUE(std::filesystem::is_empty(cache.path("others")));
+}
+
+TEST_F(IndexTest, TellsItsSizeAndIsCleared) {
+  IndexPlace::setCacheFolderForTesting(cache.path("new"));
+  EXPECT_EQ(file(), cache.path("new/SearchSystem/folders-1.sqlite"));
+  EXPECT_EQ(status().size, 0);
+  EXPECT_EQ(PFMetadataIndexClear(), 1);
+  for (int i = 0; i < 4000; ++i)
+    tree.file("many " + std::to_string(i / 40) + "/A name as files have it " + std::to_string(i));
+  find();
+  const PFMetadataIndexStatus filled = status();
+  EXPECT_EQ(filled.folders, folders + 100);
+  EXPECT_EQ(filled.entries, folders - 1 + 40 + 100 + 4000);
+  EXPECT_LE(filled.size, 64 * filled.entries);
+  EXPECT_EQ(filled.size, static_cast<std::int64_t>(std::filesystem::file_size(file())));
+  for (int i = 1; i < 100; ++i)
+    std::filesystem::remove_all(tree.path("many " + std::to_string(i)));
+  find();
+  EXPECT_EQ(status().folders, folders + 1);
+  EXPECT_LT(status().size, filled.size / 2) << "gives back what it does not need";
+  EXPECT_EQ(PFMetadataIndexClear(), 1);
+  EXPECT_FALSE(std::filesystem::exists(file()));
+}
+
+TEST_F(IndexTest, AnotherThatUsesItIsNotWaitedFor) {
+  sqlite3 *other = nullptr;
+  ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
+  const auto execute = [&](const char *commands) {
+    EXPECT_EQ(sqlite3_exec(other, commands, nullptr, nullptr, nullptr), SQLITE_OK) << commands;
+  };
+  execute("BEGIN; SELECT count(*) FROM folder");
+  EXPECT_EQ(listed(), 0) << "another reads";
+  execute("COMMIT; BEGIN EXCLUSIVE");
+  EXPECT_EQ(listed(), 0) << "another writes";
+  tree.file("folder 1/new.jpg");
+  all = find();
+  EXPECT_GE(listed(), 1) << "what was learnt could not be written";
+  execute("COMMIT; PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; COMMIT");
+  sqlite3_close(other);
+  listed();
+  EXPECT_EQ(listed(), 0);
+  // Locked altogether, as by a process that has it for itself.
+  ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
+  execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; DELETE FROM folder");
+  EXPECT_EQ(listed(), folders);
+  sqlite3_close(other);
+  EXPECT_EQ(listed(), 0);
+}
+
+TEST_F(IndexTest, TwoQueriesShareIt) {
+  for (int round = 0; round < 20; ++round) {
+    PFMetadataIndexClear();
+    const Ref<NSMetadataQuery> other = NSMetadataQuery::create();
+    other->setPredicate(anyKind());
+    other->setSearchScopes(NSArray::create({Ref<const NSObject>(NSString::create(tree.path()))}));
+    ASSERT_EQ(other->startQuery(), 1);
+    EXPECT_EQ(find(), all);
+    EXPECT_EQ(other->isGathering(), 0);
+    EXPECT_EQ(other->resultCount(), found.size());
+    listed();
+    ASSERT_EQ(listed(), 0);
+  }
+}
+
+/// SQLite's calls to the system, of which all fail from one on.
+struct Writes {
+  static int left;
+  static bool allFail, hasFailed;
+
+  static bool fails(bool isWrite) {
+    if (isWrite ? --left > 0 : left > 0 || !allFail)
+      return false;
+    hasFailed = true;
+    errno = ENOSPC;
+    return true;
+  }
+  static ssize_t write(int fd, const void *bytes, std::size_t size) {
+    return fails(true) ? -1 : ::write(fd, bytes, size);
+  }
+  static ssize_t pwrite(int fd, const void *bytes, std::size_t size, off_t offset) {
+    return fails(true) ? -1 : ::pwrite(fd, bytes, size, offset);
+  }
+  static int unlink(const char *path) { return fails(false) ? -1 : ::unlink(path); }
+  static int ftruncate(int fd, off_t size) { return fails(false) ? -1 : ::ftruncate(fd, size); }
+
+  /// Puts them in, or takes them out.
+  static void replace(bool isReplaced) {
+    sqlite3_vfs *const system = sqlite3_vfs_find(nullptr);
+    const auto put = [&](const char *name, auto *call) {
+      system->xSetSystemCall(system, name,
+                             isReplaced ? reinterpret_cast<sqlite3_syscall_ptr>(call) : nullptr);
+    };
+    put("write", write);
+    put("pwrite", pwrite);
+    put("pwrite64", pwrite);
+    put("unlink", unlink);
+    put("ftruncate", ftruncate);
+  }
+};
+int Writes::left;
+bool Writes::allFail, Writes::hasFailed;
+
+TEST_F(IndexTest, DiskFullOrProcessKilledAtAnyWrite) {
+  int count = 0;
+  for (const bool isKilled : {false, true}) {
+    for (const bool isThere : {false, true}) {
+      Writes::hasFailed = true;
+      for (int number = 1; Writes::hasFailed; ++number) {
+        SCOPED_TRACE(std::to_string(number) + (isKilled ? " killed" : " full") +
+                     (isThere ? ", with an index" : ""));
+        if (!isThere)
+          PFMetadataIndexClear();
+        tree.file("folder 1/new " + std::to_string(++count));
+        Writes::left = number;
+        Writes::allFail = isKilled;
+        Writes::hasFailed = false;
+        Writes::replace(true);
+        EXPECT_GE(listed(), 1);
+        Writes::replace(false);
+        listed();
+        ASSERT_EQ(listed(), 0) << "repaired";
+      }
+    }
+  }
+}
+
+} // namespace

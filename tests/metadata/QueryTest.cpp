@@ -1,0 +1,258 @@
+#include "tests/metadata/QueryFixture.h"
+
+#include <chrono>
+#include <dirent.h>
+
+namespace {
+
+class QueryTest : public QueryFixture {};
+
+TEST_F(QueryTest, FindsWhatAWalkMeets) {
+  for (const char *const name :
+       {"1.jpg", "in/2.PDF", "in/deep/er/3.tif", "in/4.txt", ".5.jpg", ".hidden/6.jpg",
+        "a.app/7.jpg", "b.doc/Contents/Info.plist", "b.doc/8.jpg", "c.doc/Contents/9.jpg",
+        "d \xff/\xfe.pct", "e\n.jpg"})
+    tree.file(name);
+  tree.fifo("fifo.jpg");
+  tree.folder("folder.jpg/empty");
+  for (const auto &[name, target] : {std::pair{"to file.jpg", "in/4.txt"},
+                                     {"to folder.jpg", "in"},
+                                     {"dangling.jpg", "nothing"},
+                                     {"folder", "in"}})
+    tree.link(name, target);
+  const std::string all = "1.jpg c.doc/Contents/9.jpg d \xff/\xfe.pct e\n.jpg fifo.jpg in/2.PDF "
+                          "in/deep/er/3.tif to file.jpg";
+  const struct {
+    const char *name;
+    Words scopes;
+    std::string expected;
+  } rows[] = {
+      {"the whole", {tree.path()}, all},
+      {"slashes", {tree.path() + "//"}, all},
+      {"below", {tree.path("in")}, "in/2.PDF in/deep/er/3.tif"},
+      {"link", {tree.path("folder")}, "in/2.PDF in/deep/er/3.tif"},
+      {"hidden", {tree.path(".hidden")}, ".hidden/6.jpg"},
+      {"package", {tree.path("a.app")}, "a.app/7.jpg"},
+      {"own package", {tree.path("b.doc")}, "b.doc/8.jpg"},
+      {"blanks", {" \t" + tree.path("in") + " "}, "in/2.PDF in/deep/er/3.tif"},
+      {"two", {tree.path("in/deep"), tree.path(".hidden")}, ".hidden/6.jpg in/deep/er/3.tif"},
+      {"missing", {tree.path("missing")}, ""},
+      {"a file", {tree.path("1.jpg")}, ""},
+      {"nothing but blanks", {" "}, ""},
+  };
+  SystemCalls calls{};
+  calls.statusAt = statusAnHourAgo;
+  const SystemCallsGuard guard(calls);
+  for (const char *const round : {"first", "second", "third"})
+    for (const auto &row : rows)
+      EXPECT_EQ(find(row.scopes), row.expected) << row.name << ", " << round;
+  // A folder whose name begins with a blank is taken before the one without.
+  const std::string blank = tree.file(" in/a.jpg");
+  EXPECT_EQ(find({tree.path(" in")}), " in/a.jpg");
+  Request request = makeRequest("n=");
+  EXPECT_EQ(searchSorted(request), find() + " !") << "the walk itself";
+}
+
+TEST_F(QueryTest, DatesAreThoseOfTheDiskAndOfLinksThemselves) {
+  for (const char *const name : {"1.jpg", "2.jpg", "in/3.jpg"})
+    tree.file(name);
+  tree.link("9.jpg", "1.jpg");
+  for (const char *const name : {"1.jpg", "2.jpg", "in/3.jpg", "9.jpg"})
+    tree.setModified(name, NSDate::secondsFrom1970To2001 + name[name[0] == 'i' ? 3 : 0] - '0');
+  const auto two = NSDate::dateWithTimeIntervalSinceReferenceDate(2);
+  const auto after =
+      NSPredicate::predicateWithFormat("kMDItemFSContentChangeDate > %@", {two.get()});
+  SystemCalls calls{};
+  calls.statusAt = statusAnHourAgo;
+  const SystemCallsGuard guard(calls);
+  EXPECT_EQ(find({tree.path()}, after), "9.jpg in/3.jpg");
+  tree.setModified("1.jpg", NSDate::secondsFrom1970To2001 + 5);
+  tree.setModified("9.jpg", NSDate::secondsFrom1970To2001);
+  EXPECT_EQ(find({tree.path()}, after), "1.jpg in/3.jpg") << "from the index";
+}
+
+TEST_F(QueryTest, AsksForEachKnownFolderOnce) {
+  for (int i = 0; i < 200; ++i)
+    tree.file("folder " + std::to_string(i % 7) + "/in " + std::to_string(i % 50) + "/a.jpg");
+  tree.file("folder 0/b.doc/c.txt");
+  const int folders = 1 + 7 + 200 + 1;
+  SystemCalls calls{};
+  calls.statusAt = statusAnHourAgo;
+  const SystemCallsGuard guard(calls);
+  const std::string first = find();
+  EXPECT_EQ(guard.counts().openAt, folders);
+  EXPECT_EQ(status().folders, folders);
+  EXPECT_EQ(status().entries, folders + 200);
+  guard.resetCounts();
+  EXPECT_EQ(find(), first);
+  EXPECT_EQ(guard.counts().listEntries, 0);
+  EXPECT_LE(guard.counts().statusAt, folders + 4);
+  tree.file("folder 3/new.jpg");
+  tree.file("folder 5/new/new.jpg");
+  guard.resetCounts();
+  EXPECT_EQ(find().size(), first.size() + sizeof "folder 3/new.jpg folder 5/new/new.jpg");
+  EXPECT_EQ(guard.counts().listEntries, 2 * 3) << "two changed, one new";
+  // What is below a hidden folder or in a package is known as long as it is there.
+  tree.file("folder 1/.hidden/in/a.jpg");
+  tree.file("folder 1/a.app/in/b.jpg");
+  for (const bool isSecond : {false, true}) {
+    guard.resetCounts();
+    EXPECT_EQ(find({tree.path("folder 1/.hidden")}), "folder 1/.hidden/in/a.jpg");
+    EXPECT_EQ(find({tree.path("folder 1/a.app")}), "folder 1/a.app/in/b.jpg");
+    EXPECT_EQ(guard.counts().listEntries, isSecond ? 0 : 2 * 4);
+    EXPECT_EQ(find().find("/in/a.jpg"), std::string::npos);
+  }
+}
+
+TEST_F(QueryTest, ResultsComeInPortionsOfTheirOwn) {
+  for (int i = 0; i < 40; ++i)
+    tree.file(std::to_string(i) + ".jpg");
+  ASSERT_EQ(start({tree.path()}), 1);
+  EXPECT_EQ(log, "") << "nothing is told before the start returns";
+  EXPECT_EQ(query->startQuery(), 0) << "it runs already";
+  finishQuery();
+  EXPECT_EQ(log, "p40 !");
+  // A handler that takes its time is told of one result in each turn of the loop.
+  int turns = 0;
+  onResult = [&] {
+    performOnMainThread([&] { ++turns; });
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(6);
+    while (std::chrono::steady_clock::now() < end) {
+    }
+    EXPECT_GE(turns + 1, static_cast<int>(found.size())) << "others have had their turn";
+  };
+  find();
+  EXPECT_EQ(found.size(), 40U);
+  EXPECT_EQ(log.substr(0, 9), "p1 p1 p1 ");
+  onResult = [&] { ASSERT_EQ(query->startQuery(), 0); };
+  EXPECT_EQ(start({}), 0);
+  EXPECT_EQ(query->resultCount(), 40U) << "a start that is refused changes nothing";
+  EXPECT_EQ(start({tree.path()}, nullptr), 0);
+  EXPECT_EQ(find({tree.path("missing")}), "");
+  EXPECT_EQ(log, "!");
+}
+
+TEST_F(QueryTest, NothingIsToldAfterAStop) {
+  for (int i = 0; i < 300; ++i)
+    tree.file("folder " + std::to_string(i % 20) + "/" + std::to_string(i) + ".jpg");
+  for (const std::size_t stopAt : {0, 1, 2, 100, 300}) {
+    SCOPED_TRACE(stopAt);
+    onResult = [&] {
+      if (found.size() == stopAt)
+        query->stopQuery();
+    };
+    ASSERT_EQ(start({tree.path()}), 1);
+    if (stopAt == 0)
+      query->stopQuery();
+    finishQuery();
+    EXPECT_EQ(found.size(), stopAt);
+    EXPECT_EQ(query->resultCount(), stopAt);
+    EXPECT_EQ(log.find('!'), std::string::npos);
+  }
+  // Destroyed while it gathers, from inside its own notification, and started again from there.
+  onResult = [&] { query = nullptr; };
+  ASSERT_EQ(start({tree.path()}), 1);
+  waitForThreads();
+  EXPECT_EQ(found.size(), 1U);
+  query = NSMetadataQuery::create();
+  ASSERT_EQ(start({tree.path()}), 1);
+  query = NSMetadataQuery::create();
+  waitForThreads();
+  EXPECT_EQ(log, "");
+  int starts = 0;
+  onResult = [] {};
+  onFinish = [&] { EXPECT_TRUE(++starts == 3 || start({tree.path()}) == 1); };
+  find();
+  EXPECT_EQ(found.size(), 300U);
+  EXPECT_EQ(starts, 3);
+}
+
+TEST_F(QueryTest, RunsWithoutThreadsOfItsOwn) {
+  for (int i = 0; i < 100; ++i)
+    tree.file("folder " + std::to_string(i % 20) + "/" + std::to_string(i) + ".jpg");
+  waitForThreads();
+  SystemCalls calls{};
+  calls.startThread = [](pthread_t *, const pthread_attr_t *, void *(*)(void *), void *) {
+    return EAGAIN;
+  };
+  const SystemCallsGuard guard(calls);
+  find();
+  EXPECT_EQ(found.size(), 100U);
+}
+
+TEST_F(QueryTest, DelaysWaitForIt) {
+  tree.file("a.jpg");
+  bool isOver = false;
+  onFinish = [&] { isOver = true; };
+  performAfterDelay(0.001, [&] { EXPECT_TRUE(isOver); });
+  find();
+  EXPECT_TRUE(isOver);
+}
+
+TEST_F(QueryTest, FoldersThatMayNotBeSearched) {
+  for (const char *const name : {"a.jpg", "bad/b.jpg", "bad/in/c.jpg", "good/d.jpg"})
+    tree.file(name);
+  const struct {
+    const char *name;
+    decltype(SystemCalls::statusAt) statusAt;
+    decltype(SystemCalls::openAt) openAt;
+    const char *first, *second;
+  } rows[] = {
+      {"the root of a mounted file system",
+       [](int folder, const char *path, int flags, struct statx *status) {
+         const int result = statusAnHourAgo(folder, path, flags, status);
+         if (std::string_view(path).ends_with("bad"))
+           status->stx_attributes |= STATX_ATTR_MOUNT_ROOT;
+         return result;
+       },
+       nullptr, "a.jpg good/d.jpg", "a.jpg good/d.jpg"},
+      {"unreadable", statusAnHourAgo,
+       [](int folder, const char *path, int flags) {
+         const bool isBad = std::string_view(path).find("/bad") != std::string_view::npos;
+         return isBad && !std::string_view(path).ends_with("in/.")
+                    ? (errno = EACCES, -1)
+                    : realSystemCalls().openAt(folder, path, flags);
+       },
+       "a.jpg good/d.jpg", nullptr},
+      {"all is well", statusAnHourAgo, nullptr, "a.jpg bad/b.jpg bad/in/c.jpg good/d.jpg",
+       "a.jpg bad/b.jpg bad/in/c.jpg good/d.jpg"},
+  };
+  for (const auto &row : rows) {
+    SCOPED_TRACE(row.name);
+    SystemCalls calls{};
+    calls.statusAt = row.statusAt;
+    calls.openAt = row.openAt;
+    const SystemCallsGuard guard(calls);
+    PFMetadataIndexClear();
+    EXPECT_EQ(find(), row.first);
+    EXPECT_EQ(find(), row.second != nullptr ? row.second : row.first);
+  }
+  // With everything recorded, the judgement is still the disk's.
+  SystemCalls calls{};
+  calls.statusAt = rows[0].statusAt;
+  const SystemCallsGuard guard(calls);
+  EXPECT_EQ(find(), rows[0].first);
+}
+
+TEST_F(QueryTest, ListingsThatTellNoKinds) {
+  for (const char *const name : {"a.jpg", "in/b.jpg", "in.app/c.jpg"})
+    tree.file(name);
+  tree.link("link.jpg", "a.jpg");
+  tree.link("folder", "in");
+  SystemCalls calls{};
+  calls.statusAt = statusAnHourAgo;
+  calls.listEntries = [](int folder, void *buffer, std::size_t size) {
+    const ssize_t filled = realSystemCalls().listEntries(folder, buffer, size);
+    for (ssize_t at = 0; at < filled;) {
+      auto *const entry = reinterpret_cast<dirent64 *>(static_cast<char *>(buffer) + at);
+      entry->d_type = DT_UNKNOWN;
+      at += entry->d_reclen;
+    }
+    return filled;
+  };
+  const SystemCallsGuard guard(calls);
+  for (int round = 0; round < 2; ++round)
+    EXPECT_EQ(find(), "a.jpg in/b.jpg link.jpg");
+}
+
+} // namespace
