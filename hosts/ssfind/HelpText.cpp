@@ -28,8 +28,8 @@ list that cannot be read, or output that cannot be written; 130 interrupted.
 
 Examples:
   ssfind ~/Pictures --name beach --modified 2023-06..2024-05
-  ssfind -k beach -t 2024-07 ~/Pictures       photographs of July that tell of it
-  ssfind -k invoice --in pdf ~/Documents      PDF files with that word in the text
+  ssfind -k beach -t 2024-07 ~/Pictures       photographs of that month
+  ssfind -k invoice --in pdf ~/Documents      PDF files with that word
   ssfind -m 2024-05-17T10:30.. --long         what has changed since then
   ssfind --sort modified --limit 10           the ten newest
   ssfind ~/Scans -0 | xargs -0 cp -t /backup  safe for names with line ends

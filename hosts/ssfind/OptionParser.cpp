@@ -134,8 +134,8 @@ void OptionTable::addConditions() {
   modified_ = addValue("-m,--modified", "RANGE", "last changed in RANGE (see below)");
   keyword_ = addValue("-k,--keyword", "TEXT", "TEXT occurs in the file, where --in tells");
   in_ = addValue("--in", "KINDS",
-                 "pdf: the text of PDF files; exif: description, camera and\n"
-                 "comment of photographs; default: pdf,exif");
+                 "pdf: the text of PDF files; exif: the tags of\n"
+                 "photographs; default: pdf,exif");
   taken_ = addValue("-t,--taken", "RANGE", "photographed in RANGE, as the camera noted (EXIF)");
   in_->needs(keyword_);
   any_ = addFlag("--any", "one condition is enough (default: all must hold)");
