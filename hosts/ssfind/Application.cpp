@@ -1,17 +1,22 @@
 #include "hosts/ssfind/Application.h"
 
+#include "hosts/ssfind/IndexTasks.h"
 #include "hosts/ssfind/Interrupt.h"
 #include "hosts/ssfind/OptionParser.h"
 #include "hosts/ssfind/Output.h"
 #include "hosts/ssfind/Results.h"
 #include "hosts/ssfind/SearchPlan.h"
+#include "hosts/ssfind/SearchStrategy.h"
 #include "hosts/ssfind/VisibleText.h"
 
 #include <cerrno>
 #include <ctime>
 #include <fcntl.h>
 #include <new>
+#include <optional>
+#include <string>
 #include <unistd.h>
+#include <utility>
 
 namespace ssfind {
 
@@ -26,9 +31,14 @@ void occupyStandardDescriptors() noexcept {
 }
 
 void searchFolder(const Conditions &conditions, const Folder &folder, Results &results) {
-  SearchRequest request = SearchRequest::ofFolder(conditions, folder.path);
   results.expectFrom(folder);
-  search(request, results);
+  for (const Conditions &part : searchesFor(conditions)) {
+    if (results.isOver())
+      return;
+    SearchRequest request = SearchRequest::ofFolder(part, folder.path);
+    useSpotlight(mayUseIndex(part, folder.path) ? 1 : 0);
+    search(request, results);
+  }
 }
 
 void searchFolders(const Options &options, const std::vector<FolderSearch> &folders,
@@ -47,11 +57,15 @@ void searchFolders(const Options &options, const std::vector<FolderSearch> &fold
 }
 
 void searchFiles(const Options &options, const FileList &files, Results &results) {
-  if (!options.list || results.isOver())
+  if (!options.list)
     return;
-  SearchRequest request = SearchRequest::ofFiles(options.conditions, files.paths());
   results.expectFrom(files);
-  search(request, results);
+  for (const Conditions &part : searchesFor(options.conditions)) {
+    if (results.isOver())
+      return;
+    SearchRequest request = SearchRequest::ofFiles(part, files.paths());
+    search(request, results);
+  }
 }
 
 /// Whether all output has been written, or nobody wants it any more.
@@ -62,12 +76,20 @@ bool wasWritten(const Output &output, StandardError &errors) {
   return false;
 }
 
-ExitCode show(const Information &information) {
+ExitCode show(std::string text) {
   StandardError errors(false);
   Output output(STDOUT_FILENO);
-  output.text() = information.text;
+  output.text() = std::move(text);
   output.flush();
   return wasWritten(output, errors) ? ExitCode::Matched : ExitCode::Trouble;
+}
+
+ExitCode runIndexTask(IndexTask task) {
+  StandardError errors(false);
+  if (task == IndexTask::Clear)
+    return clearIndex(errors) ? ExitCode::Matched : ExitCode::Trouble;
+  const std::optional<std::string> status = indexStatus(errors);
+  return status ? show(*status) : ExitCode::Trouble;
 }
 
 ExitCode runSearches(const Options &options) {
@@ -76,7 +98,6 @@ ExitCode runSearches(const Options &options) {
   Output output(STDOUT_FILENO);
   const SearchPlan plan = planSearch(options, errors);
   Results results(options.output, plan.hasOverlap, output, errors);
-  useSpotlight(options.conditions.usesIndex ? 1 : 0);
   searchFolders(options, plan.folders, results, errors);
   searchFiles(options, plan.files, results);
   searchFolders(options, plan.listedFolders, results, errors);
@@ -98,7 +119,9 @@ ExitCode run(int argc, const char *const *argv) noexcept {
     tzset();
     const auto parsed = parseOptions(argc, argv);
     if (const auto *information = std::get_if<Information>(&parsed))
-      return show(*information);
+      return show(information->text);
+    if (const auto *task = std::get_if<IndexTask>(&parsed))
+      return runIndexTask(*task);
     if (const auto *error = std::get_if<UsageError>(&parsed)) {
       StandardError(false).write(error->text);
       return ExitCode::Trouble;

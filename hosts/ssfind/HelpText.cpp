@@ -17,6 +17,10 @@ RANGE is FROM..TO, FROM.., ..TO or a single date, in local time. A date is a
 year, month, day, minute or second (2024, 2024-05, 2024-05-17, 2024-05-17T10:30
 or 2024-05-17T10:30:15) and means all of it: TO reaches through its last moment.
 
+A keyword is looked for in the text that a PDF file shows, and in four EXIF
+texts of a photograph: description, camera maker, camera model and comment.
+Where all conditions must hold, --taken finds photographs only.
+
 Names are escaped on a terminal, and written as they are to a file or pipe.
 
 Exit codes: 0 something matched; 1 nothing matched; 2 bad usage, a folder or
@@ -24,6 +28,8 @@ list that cannot be read, or output that cannot be written; 130 interrupted.
 
 Examples:
   ssfind ~/Pictures --name beach --modified 2023-06..2024-05
+  ssfind -k beach -t 2024-07 ~/Pictures       photographs of that month
+  ssfind -k invoice --in pdf ~/Documents      PDF files with that word
   ssfind -m 2024-05-17T10:30.. --long         what has changed since then
   ssfind --sort modified --limit 10           the ten newest
   ssfind ~/Scans -0 | xargs -0 cp -t /backup  safe for names with line ends

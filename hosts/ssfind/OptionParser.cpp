@@ -12,6 +12,8 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
+#include <sstream>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -52,20 +54,24 @@ class OptionTable {
 public:
   explicit OptionTable(CommandLine commandLine);
 
-  std::variant<Options, Information, UsageError> parse();
+  ParsedOptions parse();
 
 private:
   void addConditions();
   void addPlaces();
   void addOutput();
+  void addOthers();
   CLI::Option *addFlag(const std::string &names, const std::string &help);
   CLI::Option *addValue(const std::string &names, const std::string &value,
                         const std::string &help);
 
   [[nodiscard]] std::vector<std::string> argumentsForParser() const;
+  std::optional<IndexTask> indexTask() const;
   Options options() const;
   void readOperands(Options &options) const;
   void readConditions(Conditions &conditions) const;
+  void readKeyword(Conditions &conditions) const;
+  std::optional<DateRange> dateRange(const CLI::Option *option) const;
   void readOutput(OutputOptions &output) const;
   template <class Value>
   Value choice(const CLI::Option *option, const std::map<std::string_view, Value> &choices) const;
@@ -82,6 +88,9 @@ private:
 
   CLI::Option *name_ = nullptr;
   CLI::Option *modified_ = nullptr;
+  CLI::Option *keyword_ = nullptr;
+  CLI::Option *in_ = nullptr;
+  CLI::Option *taken_ = nullptr;
   CLI::Option *any_ = nullptr;
   CLI::Option *caseSensitive_ = nullptr;
   CLI::Option *noSubfolders_ = nullptr;
@@ -96,6 +105,8 @@ private:
   CLI::Option *quiet_ = nullptr;
   CLI::Option *limit_ = nullptr;
   CLI::Option *color_ = nullptr;
+  CLI::Option *indexStatus_ = nullptr;
+  CLI::Option *indexClear_ = nullptr;
 };
 
 OptionTable::OptionTable(CommandLine commandLine) : commandLine_(std::move(commandLine)) {
@@ -106,9 +117,7 @@ OptionTable::OptionTable(CommandLine commandLine) : commandLine_(std::move(comma
   addConditions();
   addPlaces();
   addOutput();
-  app_.set_help_flag("-h,--help", "show this help")->group("Other options");
-  app_.set_version_flag("--version", "ssfind " SSFIND_VERSION, "show the version")
-      ->group("Other options");
+  addOthers();
 }
 
 CLI::Option *OptionTable::addFlag(const std::string &names, const std::string &help) {
@@ -123,9 +132,15 @@ CLI::Option *OptionTable::addValue(const std::string &names, const std::string &
 void OptionTable::addConditions() {
   name_ = addValue("-n,--name", "TEXT", "TEXT occurs in the file's name, in any case");
   modified_ = addValue("-m,--modified", "RANGE", "last changed in RANGE (see below)");
+  keyword_ = addValue("-k,--keyword", "TEXT", "TEXT occurs in the file, where --in tells");
+  in_ = addValue("--in", "KINDS",
+                 "pdf: the text of PDF files; exif: the tags of\n"
+                 "photographs; default: pdf,exif");
+  taken_ = addValue("-t,--taken", "RANGE", "photographed in RANGE, as the camera noted (EXIF)");
+  in_->needs(keyword_);
   any_ = addFlag("--any", "one condition is enough (default: all must hold)");
   caseSensitive_ = addFlag("-s,--case-sensitive", "texts must agree to the letter");
-  for (CLI::Option *option : {name_, modified_, any_, caseSensitive_})
+  for (CLI::Option *option : {name_, modified_, keyword_, in_, taken_, any_, caseSensitive_})
     option->group("Conditions (without any, all files match)");
 }
 
@@ -145,8 +160,10 @@ void OptionTable::addOutput() {
   nul_ = addFlag("-0,--print0", "NUL in place of the line end after each path, in\n"
                                 "the output and in the list of --files-from");
   json_ = addFlag("--json", "a JSON object a line: path, size, modified; a path\n"
-                            "that is not UTF-8 is {\"bytes\":\"<base64>\"}");
-  long_ = addFlag("-l,--long", "size and date of change before each path");
+                            "that is not UTF-8 is {\"bytes\":\"<base64>\"};\n"
+                            "with --taken also taken, or null");
+  long_ = addFlag("-l,--long", "size, date of change and, with --taken, shooting date\n"
+                               "before each path");
   sort_ = addValue("--sort", "ORDER",
                    "path (byte by byte) or modified (newest first);\n"
                    "default: as found");
@@ -163,9 +180,21 @@ void OptionTable::addOutput() {
     option->group("Output");
 }
 
-std::variant<Options, Information, UsageError> OptionTable::parse() {
+void OptionTable::addOthers() {
+  indexStatus_ = addFlag("--index-status", "where the metadata index is, and what it holds");
+  indexClear_ = addFlag("--index-clear", "remove the metadata index; searches make a new one");
+  CLI::Option *const help = app_.set_help_flag("-h,--help", "show this help");
+  CLI::Option *const version =
+      app_.set_version_flag("--version", "ssfind " SSFIND_VERSION, "show the version");
+  for (CLI::Option *option : {indexStatus_, indexClear_, help, version})
+    option->group("Other options");
+}
+
+ParsedOptions OptionTable::parse() {
   try {
     app_.parse(argumentsForParser());
+    if (const std::optional<IndexTask> task = indexTask())
+      return *task;
     return options();
   } catch (const CLI::CallForVersion &version) {
     return Information{std::string(version.what()) + '\n'};
@@ -199,14 +228,26 @@ std::vector<std::string> OptionTable::argumentsForParser() const {
   return arguments;
 }
 
+std::optional<IndexTask> OptionTable::indexTask() const {
+  for (const CLI::Option *option : {indexStatus_, indexClear_}) {
+    if (option->count() == 0)
+      continue;
+    if (commandLine_.arguments().size() != 1)
+      throw UsageFault{option->get_name() + " stands alone", placesOf(option)};
+    return option == indexStatus_ ? IndexTask::ShowStatus : IndexTask::Clear;
+  }
+  return std::nullopt;
+}
+
 Options OptionTable::options() const {
-  for (const CLI::Option *option : {name_, modified_, filesFrom_})
+  for (const CLI::Option *option : {name_, modified_, keyword_, in_, taken_, filesFrom_})
     if (option->count() > 1)
       throw UsageFault{option->get_name() + " is given twice", placesOf(option)};
   Options options;
   readOperands(options);
   readConditions(options.conditions);
   readOutput(options.output);
+  options.output.hasShootingDate = options.conditions.taken.has_value();
   options.searchesMounts = mounts_->count() != 0;
   if (nul_->count() != 0)
     options.listSeparator = options.output.separator = '\0';
@@ -240,15 +281,38 @@ void OptionTable::readConditions(Conditions &conditions) const {
     conditions.name = name_->results().back();
   if (conditions.isAnyEnough && conditions.name && conditions.name->empty())
     failValue(name_, "--name: with --any an empty text would match nothing");
-  if (modified_->count() == 0)
+  readKeyword(conditions);
+  conditions.modified = dateRange(modified_);
+  conditions.taken = dateRange(taken_);
+}
+
+void OptionTable::readKeyword(Conditions &conditions) const {
+  if (keyword_->count() == 0)
     return;
-  const std::string &text = modified_->results().back();
+  conditions.keyword = keyword_->results().back();
+  if (conditions.keyword->empty())
+    failValue(keyword_, "--keyword: an empty text would match nothing");
+  if (in_->count() == 0)
+    return;
+  conditions.isKeywordInPDF = conditions.isKeywordInExif = false;
+  std::istringstream kinds(in_->results().back() + ',');
+  for (std::string kind; std::getline(kinds, kind, ',');) {
+    if (kind != "pdf" && kind != "exif")
+      failValue(in_, "--in is pdf, exif or pdf,exif");
+    (kind == "pdf" ? conditions.isKeywordInPDF : conditions.isKeywordInExif) = true;
+  }
+}
+
+std::optional<DateRange> OptionTable::dateRange(const CLI::Option *option) const {
+  if (option->count() == 0)
+    return std::nullopt;
+  const std::string &text = option->results().back();
   const auto range = parseDateRange(text);
   if (const auto *error = std::get_if<TextError>(&range)) {
-    throw UsageError{programMessage("--modified: " + error->message) + '\n' +
+    throw UsageError{programMessage(option->get_name() + ": " + error->message) + '\n' +
                      MarkedText::withMarkAt(text, error->column).text()};
   }
-  conditions.modified = std::get<DateRange>(range);
+  return std::get<DateRange>(range);
 }
 
 void OptionTable::readOutput(OutputOptions &output) const {
@@ -338,7 +402,7 @@ UsageError OptionTable::usageError(const UsageFault &fault) const {
 
 } // namespace
 
-std::variant<Options, Information, UsageError> parseOptions(int argc, const char *const *argv) {
+ParsedOptions parseOptions(int argc, const char *const *argv) {
   return OptionTable(CommandLine(argc, argv)).parse();
 }
 

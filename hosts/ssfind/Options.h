@@ -13,6 +13,12 @@ namespace ssfind {
 struct Conditions {
   std::optional<std::string> name;
   std::optional<DateRange> modified;
+  /// Text in the file: in that of a PDF, in the EXIF tags of a photograph, or in either.
+  std::optional<std::string> keyword;
+  bool isKeywordInPDF = true;
+  bool isKeywordInExif = true;
+  /// When a photograph was taken.
+  std::optional<DateRange> taken;
   bool isAnyEnough = false;
   bool isCaseSensitive = false;
   bool searchesSubfolders = true;
@@ -32,6 +38,8 @@ struct OutputOptions {
   Coloring coloring = Coloring::Auto;
   Report report = Report::All;
   std::optional<std::uint64_t> limit;
+  /// Whether formats with details have the shooting date among them.
+  bool hasShootingDate = false;
   char separator = '\n';
 };
 

@@ -11,44 +11,62 @@ namespace {
 constexpr std::string_view folderColor = "\x1b[36m";
 constexpr std::string_view plainColor = "\x1b[0m";
 
-void appendJson(std::string &out, std::string_view path, const std::optional<EntryStatus> &status) {
-  out += "{\"path\":";
-  appendJsonName(out, path);
-  out += ",\"size\":";
-  out += status ? std::to_string(status->size) : "null";
-  out += ",\"modified\":";
+void appendJsonTime(std::string &out, const std::optional<std::timespec> &time) {
   const std::size_t start = out.size();
-  if (status && appendTimestamp(out, status->modified))
+  if (time && appendTimestamp(out, *time))
     out.insert(start, 1, '"') += '"';
   else
     out += "null";
-  out += '}';
 }
 
-/// Size and date in columns; a size of more than twelve digits moves the rest of its line.
-void appendColumns(std::string &out, const std::optional<EntryStatus> &status) {
-  constexpr std::size_t sizeWidth = 12;
+void appendTimeColumn(std::string &out, const std::optional<std::timespec> &time) {
   constexpr std::string_view noDate = "                  -";
-  const std::string size = status ? std::to_string(status->size) : "-";
-  out.append(sizeWidth - std::min(sizeWidth, size.size()), ' ').append(size).append("  ");
-  if (!status || !appendClockTime(out, status->modified))
+  if (!time || !appendClockTime(out, *time))
     out += noDate;
   out += "  ";
+}
+
+std::optional<std::timespec> modificationTime(const MatchDetails &details) {
+  return details.status ? std::optional(details.status->modified) : std::nullopt;
 }
 
 } // namespace
 
 void ResultPrinter::print(std::string &out, std::string_view path,
-                          const std::optional<EntryStatus> &status) const {
+                          const MatchDetails &details) const {
   if (format_ == Format::Json) {
-    appendJson(out, path, status);
-    out += '\n';
+    appendJson(out, path, details);
     return;
   }
   if (format_ == Format::Long)
-    appendColumns(out, status);
+    appendColumns(out, details);
   appendPath(out, path);
   out += separator_;
+}
+
+void ResultPrinter::appendJson(std::string &out, std::string_view path,
+                               const MatchDetails &details) const {
+  out += "{\"path\":";
+  appendJsonName(out, path);
+  out += ",\"size\":";
+  out += details.status ? std::to_string(details.status->size) : "null";
+  out += ",\"modified\":";
+  appendJsonTime(out, modificationTime(details));
+  if (hasShootingDate_) {
+    out += ",\"taken\":";
+    appendJsonTime(out, details.taken);
+  }
+  out += "}\n";
+}
+
+/// A size of more than twelve digits moves the rest of its line.
+void ResultPrinter::appendColumns(std::string &out, const MatchDetails &details) const {
+  constexpr std::size_t sizeWidth = 12;
+  const std::string size = details.status ? std::to_string(details.status->size) : "-";
+  out.append(sizeWidth - std::min(sizeWidth, size.size()), ' ').append(size).append("  ");
+  appendTimeColumn(out, modificationTime(details));
+  if (hasShootingDate_)
+    appendTimeColumn(out, details.taken);
 }
 
 void ResultPrinter::appendPath(std::string &out, std::string_view path) const {

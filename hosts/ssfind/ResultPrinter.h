@@ -2,6 +2,7 @@
 
 #include "hosts/ssfind/EntryStatus.h"
 #include "hosts/ssfind/Options.h"
+#include "hosts/ssfind/ShootingDate.h"
 
 #include <optional>
 #include <string>
@@ -9,26 +10,38 @@
 
 namespace ssfind {
 
+/// What is told about a match besides its path, where it can be found out.
+struct MatchDetails {
+  std::optional<EntryStatus> status;
+  std::optional<std::timespec> taken;
+};
+
 /// Writes one match after another in the format that was asked for.
 class ResultPrinter {
 public:
   /// With `isForTerminal` names are made visible; otherwise their bytes are written as they are.
-  ResultPrinter(Format format, char separator, bool hasColors, bool isForTerminal)
-      : format_(format), separator_(separator), hasColors_(hasColors),
+  ResultPrinter(const OutputOptions &options, bool hasColors, bool isForTerminal)
+      : format_(options.format), separator_(options.separator),
+        hasShootingDate_(options.hasShootingDate), hasColors_(hasColors),
         isForTerminal_(isForTerminal) {}
 
-  /// Whether print() wants to know the status.
+  /// What print() wants to know.
   [[nodiscard]] bool needsStatus() const noexcept { return format_ != Format::Path; }
+  [[nodiscard]] bool needsShootingDate() const noexcept {
+    return hasShootingDate_ && format_ != Format::Path;
+  }
 
-  void print(std::string &out, std::string_view path,
-             const std::optional<EntryStatus> &status) const;
+  void print(std::string &out, std::string_view path, const MatchDetails &details) const;
 
 private:
+  void appendJson(std::string &out, std::string_view path, const MatchDetails &details) const;
+  void appendColumns(std::string &out, const MatchDetails &details) const;
   void appendPath(std::string &out, std::string_view path) const;
   void appendName(std::string &out, std::string_view name) const;
 
   const Format format_;
   const char separator_;
+  const bool hasShootingDate_;
   const bool hasColors_;
   const bool isForTerminal_;
 };

@@ -37,8 +37,7 @@ std::uint64_t enoughFor(const OutputOptions &options, bool collects) {
 Results::Results(const OutputOptions &options, bool mayRepeat, Output &output,
                  StandardError &errors)
     : options_(options), mayRepeat_(mayRepeat), output_(output), errors_(errors),
-      printer_(options.format, options.separator, hasColors(options.coloring),
-               isTerminal(STDOUT_FILENO)),
+      printer_(options, hasColors(options.coloring), isTerminal(STDOUT_FILENO)),
       collects_(options.report == Report::All && options.order != Order::AsFound),
       enough_(enoughFor(options, collects_)) {}
 
@@ -70,13 +69,20 @@ SearchFollower::Next Results::found(std::string_view path) {
 
 void Results::take(std::string_view path) {
   showPath(path);
-  std::optional<EntryStatus> status;
-  if (printer_.needsStatus() || options_.order == Order::NewestFirst)
-    status = statusOf(std::string(path).c_str());
+  const MatchDetails details = detailsOf(std::string(path));
   if (collects_)
-    collected_.push_back({shown_, status});
+    collected_.push_back({shown_, details});
   else
-    printer_.print(output_.text(), shown_, status);
+    printer_.print(output_.text(), shown_, details);
+}
+
+MatchDetails Results::detailsOf(const std::string &path) const {
+  MatchDetails details;
+  if (printer_.needsStatus() || options_.order == Order::NewestFirst)
+    details.status = statusOf(path.c_str());
+  if (printer_.needsShootingDate())
+    details.taken = shootingDateOf(path);
+  return details;
 }
 
 void Results::showPath(std::string_view path) {
@@ -128,8 +134,9 @@ void Results::printCollected() {
   const auto isByPath = [](const Collected &a, const Collected &b) { return a.path < b.path; };
   const auto isNewer = [](const Collected &a, const Collected &b) {
     const auto age = [](const Collected &match) {
-      const std::timespec time = match.status ? match.status->modified : std::timespec{};
-      return std::tuple(!match.status.has_value(), -time.tv_sec, -time.tv_nsec);
+      const std::optional<EntryStatus> &status = match.details.status;
+      const std::timespec time = status ? status->modified : std::timespec{};
+      return std::tuple(!status.has_value(), -time.tv_sec, -time.tv_nsec);
     };
     return std::tuple(age(a), std::string_view(a.path)) <
            std::tuple(age(b), std::string_view(b.path));
@@ -140,7 +147,7 @@ void Results::printCollected() {
     std::sort(collected_.begin(), collected_.end(), isByPath);
   const auto size = std::min<std::uint64_t>(collected_.size(), options_.limit.value_or(unlimited));
   for (std::size_t i = 0; i < size; ++i) {
-    printer_.print(output_.text(), collected_[i].path, collected_[i].status);
+    printer_.print(output_.text(), collected_[i].path, collected_[i].details);
     if (output_.isFull())
       flush();
   }

@@ -43,11 +43,12 @@ private:
 
   struct Collected {
     std::string path;
-    std::optional<EntryStatus> status;
+    MatchDetails details;
   };
 
   void showPath(std::string_view path);
   void take(std::string_view path);
+  [[nodiscard]] MatchDetails detailsOf(const std::string &path) const;
   void flush();
   void printCollected();
 

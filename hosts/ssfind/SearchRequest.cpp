@@ -11,18 +11,29 @@ CFObject<CFStringRef> stringOf(const std::string &bytes) {
 
 } // namespace
 
+SearchRequest::DateObjects::DateObjects(const DateRange &range)
+    : start(own(CFDateCreate(nullptr, range.start))), end(own(CFDateCreate(nullptr, range.end))) {}
+
 SearchRequest::SearchRequest(const Conditions &conditions) {
-  const bool hasConditions = conditions.name || conditions.modified;
+  const bool hasConditions =
+      conditions.name || conditions.modified || conditions.keyword || conditions.taken;
   // An empty name is the condition that every file meets, where all conditions must hold.
   if (conditions.name || !hasConditions)
     name_ = stringOf(conditions.name.value_or(""));
-  if (conditions.modified) {
-    modifiedStart_ = own(CFDateCreate(nullptr, conditions.modified->start));
-    modifiedEnd_ = own(CFDateCreate(nullptr, conditions.modified->end));
-  }
+  if (conditions.keyword)
+    keyword_ = stringOf(*conditions.keyword);
+  if (conditions.modified)
+    modified_ = DateObjects(*conditions.modified);
+  if (conditions.taken)
+    taken_ = DateObjects(*conditions.taken);
   record_.nameKeyword = name_.get();
-  record_.modDateStart = modifiedStart_.get();
-  record_.modDateEnd = modifiedEnd_.get();
+  record_.contentKeyword = keyword_.get();
+  record_.searchPDFText = conditions.keyword && conditions.isKeywordInPDF ? 1 : 0;
+  record_.searchExifText = conditions.keyword && conditions.isKeywordInExif ? 1 : 0;
+  record_.modDateStart = modified_.start.get();
+  record_.modDateEnd = modified_.end.get();
+  record_.exifDateStart = taken_.start.get();
+  record_.exifDateEnd = taken_.end.get();
   record_.isAndSearch = conditions.isAnyEnough && hasConditions ? 0 : 1;
   record_.isDistinct = conditions.isCaseSensitive ? 1 : 0;
 }

@@ -22,11 +22,20 @@ public:
   [[nodiscard]] SearchPredicate &record() noexcept { return record_; }
 
 private:
+  struct DateObjects {
+    DateObjects() = default;
+    explicit DateObjects(const DateRange &range);
+
+    CFObject<CFDateRef> start;
+    CFObject<CFDateRef> end;
+  };
+
   explicit SearchRequest(const Conditions &conditions);
 
   CFObject<CFStringRef> name_;
-  CFObject<CFDateRef> modifiedStart_;
-  CFObject<CFDateRef> modifiedEnd_;
+  CFObject<CFStringRef> keyword_;
+  DateObjects modified_;
+  DateObjects taken_;
   CFObject<CFStringRef> folder_;
   CFObject<CFArrayRef> files_;
   SearchPredicate record_{};

@@ -112,9 +112,11 @@ private:
   pid_t process_ = -1;
 };
 
-/// Makes a tree and runs the command in it.
+/// Makes a tree and runs the command in it, with a cache folder of its own.
 class CommandTest : public testing::Test {
 protected:
+  CommandTest() { setenv("XDG_CACHE_HOME", cache.path().c_str(), 1); }
+
   struct Row {
     std::vector<std::string> arguments;
     std::string out;
@@ -134,4 +136,5 @@ protected:
   }
 
   TemporaryTree tree;
+  TemporaryTree cache;
 };

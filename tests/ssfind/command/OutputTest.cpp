@@ -1,4 +1,5 @@
 #include "tests/ssfind/command/Command.h"
+#include "tests/support/PhotoFile.h"
 
 #include <poll.h>
 #include <pty.h>
@@ -72,6 +73,29 @@ TEST_F(OutputTest, FormatsOrderAndLimit) {
             (Outcome{0, "./old.jpg\n./new-b.jpg\n./new/a.tif\n./new/b.pdf\n"}));
 }
 
+TEST_F(OutputTest, ShootingDates) {
+  const auto photo = [] { return PhotoTags::photo(); };
+  tree.file("a.jpg", jpegFile({photo().taken("2024:01:02 03:04:05").exifSegment()}));
+  tree.file("b.tif", photo().text(1, 0x9004, "2024:07:31 23:59:59").tiff());
+  tree.file("c.jpg", jpegFile({photo().taken("2024:02:30 00:00:00").exifSegment()}));
+  tree.file("d.tif", photo().taken("2023:12:31 23:59:59").tiff());
+  tree.file("e.pdf", "2024:01:02 03:04:05");
+  const auto shown = [this](const std::string &format) {
+    std::istringstream lines(run({"-t", "2024", "-n", "e", "--any", "--sort", "path", format}).out);
+    std::string dates;
+    for (std::string line; std::getline(lines, line);)
+      dates += format == "--json" ? line.substr(line.find(",\"taken\"")) : line.substr(33);
+    return dates;
+  };
+  for (const char *const name : {"a.jpg", "b.tif", "c.jpg", "d.tif", "e.pdf"})
+    tree.setModified(name, 0);
+  EXPECT_EQ(shown("--json"), R"(,"taken":"2024-01-02T03:04:05.000000+01:00"})"
+                             R"(,"taken":"2024-07-31T23:59:59.000000+02:00"},"taken":null})");
+  EXPECT_EQ(shown("--long"), "  2024-01-02 03:04:05  ./a.jpg  2024-07-31 23:59:59  ./b.tif"
+                             "                    -  ./e.pdf");
+  EXPECT_EQ(run({"--json", "-n", "e"}).out.find("taken"), std::string::npos);
+}
+
 TEST_F(OutputTest, NamesOfAnyBytes) {
   tree.file("other.jpg");
   tree.file("a\n\x1b[31m\xFF\xE2\x80\xAE\\.jpg");
@@ -140,6 +164,20 @@ TEST_F(OutputTest, TheFirstInterruptPrintsWhatWasFoundTheSecondEndsAtOnce) {
     EXPECT_TRUE(rest.ends_with(".jpg\n"));
     EXPECT_LT(std::count(rest.begin(), rest.end(), '\n'), fileCount);
   }
+}
+
+TEST_F(OutputTest, StatusOfTheIndexAndItsRemoval) {
+  const std::string index = cache.path("SearchSystem/folders-1.sqlite");
+  const Outcome none{0, "index    " + index + "\nsize     0 bytes\nfolders  0\nentries  0\n"};
+  EXPECT_EQ(run({"--index-status"}), none);
+  cache.file("SearchSystem/folders-1.sqlite", "a file of another program");
+  EXPECT_EQ(run({"--index-status"}),
+            (Outcome{2, "", "ssfind: " + index + ": the index cannot be read at present\n"}));
+  EXPECT_EQ(run({"--index-clear"}), (Outcome{0}));
+  EXPECT_EQ(run({"--index-status"}), none);
+  Command homeless(tree.path(), {"--index-status"});
+  homeless.prepare([] { return unsetenv("XDG_CACHE_HOME") == 0 && unsetenv("HOME") == 0; });
+  EXPECT_EQ(homeless.run().code, 2);
 }
 
 TEST_F(OutputTest, HelpAndVersion) {

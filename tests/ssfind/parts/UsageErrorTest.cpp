@@ -5,7 +5,7 @@
 namespace ssfind {
 namespace {
 
-std::variant<Options, Information, UsageError> parse(std::vector<const char *> arguments) {
+ParsedOptions parse(std::vector<const char *> arguments) {
   arguments.insert(arguments.begin(), "ssfind");
   return parseOptions(static_cast<int>(arguments.size()), arguments.data());
 }
@@ -24,6 +24,10 @@ TEST(UsageErrorTest, PointsAtTheArgument) {
       {{"--sort", "size", "a"}, "--sort is one of modified, path", "--sort size a", "       ^^^^"},
       {{"-l", "a", "--json"}, "--json excludes --long", "-l a --json", "^^   ^^^^^^"},
       {{"-nx", "a", "--name=y"}, "--name is given twice", "-nx a --name=y", "^^^   ^^^^^^^^"},
+      {{"-k", "", "a"}, "--keyword: an empty text would match nothing", "-k  a", "   ^"},
+      {{"-kx", "--in", "pdf,"}, "--in is pdf, exif or pdf,exif", "-kx --in pdf,", "         ^^^^"},
+      {{"--in", "pdf"}, "--in requires --keyword", "--in pdf", "^^^^"},
+      {{"a", "--index-clear"}, "--index-clear stands alone", "a --index-clear", "  ^^^^^^^^^^^^^"},
       {{"a", "b", "c", "d", "e", "-z", "f", "g", "h", "i"},
        "there is no option -z",
        "… c d e -z f g h …",

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "hosts/ssfind/StandardError.h"
+
+#include <optional>
+#include <string>
+
+namespace ssfind {
+
+/// Lines that tell where the metadata index is and what it holds; nothing when that cannot be found
+/// out, which is reported.
+[[nodiscard]] std::optional<std::string> indexStatus(StandardError &errors);
+
+/// Removes the metadata index; false when it cannot be removed, which is reported.
+[[nodiscard]] bool clearIndex(StandardError &errors);
+
+} // namespace ssfind
