@@ -9,6 +9,7 @@
 /// of three bytes a pixel, and passes padded rows on to another stream. It can only be written to.
 ///
 /// Ownership: borrows the target, which must live until the stream is released.
+/// Threads: one at a time.
 class CBlankStream : public CIOStream {
 public:
   CBlankStream() noexcept = default;

@@ -9,6 +9,7 @@
 /// opened again, `Release` forgets it.
 ///
 /// Ownership: owns the open file and a copy of its path.
+/// Threads: one at a time.
 class CFileStream : public CIOStream {
 public:
   CFileStream() noexcept = default;

@@ -106,20 +106,20 @@ int CMemStream::Open(unsigned short mode) {
     dataSize_ = 0;
   }
   position_ = 0;
-  isOpen_ = 1;
+  open_ = 1;
   return 1;
 }
 
 int CMemStream::Close() {
   position_ = 0;
-  isOpen_ = 0;
+  open_ = 0;
   openMode_ = 0;
   return 1;
 }
 
 int CMemStream::Read(void *buffer, long count, long *done) {
   report(0, done);
-  if (buffer == nullptr || isOpen_ == 0 || (openMode_ & streamReadMode) == 0)
+  if (buffer == nullptr || open_ == 0 || (openMode_ & streamReadMode) == 0)
     return 0;
   if (buffer_ == nullptr || position_ < 0 || position_ >= dataSize_ || count <= 0)
     return 0;
@@ -132,7 +132,7 @@ int CMemStream::Read(void *buffer, long count, long *done) {
 
 int CMemStream::Write(void *buffer, long count, long *done) {
   report(0, done);
-  if (buffer == nullptr || isOpen_ == 0 || (openMode_ & streamWriteMode) == 0)
+  if (buffer == nullptr || open_ == 0 || (openMode_ & streamWriteMode) == 0)
     return 0;
   if (count == 0)
     return 1;
@@ -156,7 +156,7 @@ int CMemStream::Write(void *buffer, long count, long *done) {
 }
 
 int CMemStream::Seek(long offset, unsigned short origin) {
-  if (isOpen_ == 0 || origin < streamSeekBegin || origin > streamSeekEnd || !fits(offset))
+  if (open_ == 0 || origin < streamSeekBegin || origin > streamSeekEnd || !fits(offset))
     return 0;
   if ((openMode_ & streamWriteMode) != 0 && attached_ == 0)
     return seekToWrite(offset, origin);
@@ -186,7 +186,7 @@ int CMemStream::seekToWrite(std::int64_t offset, unsigned short origin) noexcept
 
 int CMemStream::Release() {
   CIOStream::Release();
-  if (isOpen_ != 0)
+  if (open_ != 0)
     Close();
   ReleaseBuffer();
   growthUnit_ = defaultGrowthUnit;

@@ -11,6 +11,7 @@
 /// does not fit fails.
 ///
 /// Ownership: owns its own buffer; an attached one must live until it is released.
+/// Threads: one at a time.
 class CMemStream : public CIOStream {
 public:
   CMemStream() noexcept = default;
@@ -73,7 +74,7 @@ private:
   std::int32_t capacity_ = 0;
   std::int32_t dataSize_ = 0;
   std::int32_t growthUnit_ = defaultGrowthUnit;
-  std::int32_t isOpen_ = 0;
+  std::int32_t open_ = 0;
   std::int32_t position_ = 0;
   GrowingBlock own_;
 };

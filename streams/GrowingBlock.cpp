@@ -1,6 +1,5 @@
 #include "streams/GrowingBlock.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <new>
@@ -27,6 +26,20 @@ char *allocate(std::size_t room) noexcept {
   return memory + sizeof(Head);
 }
 
+/// At least `capacity` bytes, and more where there is room already: what never grows takes no more
+/// than it needs. Of a large block's spare bytes the system keeps only the address until they are
+/// used, while moving costs it new memory for all, hence the larger factor.
+char *allocateWithSpare(std::size_t room, std::size_t capacity) noexcept {
+  constexpr std::size_t large = 1 << 20;
+  for (std::size_t factor = room < large ? 2 : 4; factor > 1; factor /= 2) {
+    if (room > SIZE_MAX / factor || room * factor <= capacity)
+      continue;
+    if (char *const bytes = allocate(room * factor))
+      return bytes;
+  }
+  return allocate(capacity);
+}
+
 } // namespace
 
 GrowingBlock::GrowingBlock(GrowingBlock &&other) noexcept
@@ -40,13 +53,10 @@ GrowingBlock &GrowingBlock::operator=(GrowingBlock &&other) noexcept {
 bool GrowingBlock::grow(std::size_t kept, std::size_t capacity, GrowingBlock &former) noexcept {
   const std::size_t room = bytes_ == nullptr ? 0 : headOf(bytes_)->room;
   if (bytes_ == nullptr || room < capacity) {
-    // What never grows takes no more than it needs.
-    char *bytes = allocate(std::max(capacity, room <= SIZE_MAX / 2 ? 2 * room : 0));
-    if (bytes == nullptr)
-      bytes = allocate(capacity);
+    char *const bytes = allocateWithSpare(room, capacity);
     if (bytes == nullptr)
       return false;
-    if (kept > 0)
+    if (bytes_ != nullptr)
       std::memcpy(bytes, bytes_, kept);
     former.free();
     former.bytes_ = std::exchange(bytes_, bytes);

@@ -15,7 +15,10 @@ public:
   GrowingBlock &operator=(GrowingBlock &&other) noexcept;
   GrowingBlock(const GrowingBlock &) = delete;
   GrowingBlock &operator=(const GrowingBlock &) = delete;
-  ~GrowingBlock() { free(); }
+  ~GrowingBlock() {
+    if (bytes_ != nullptr)
+      free();
+  }
 
   /// The bytes, aligned for any type; null when nothing was ever asked for.
   [[nodiscard]] char *bytes() const noexcept { return bytes_; }
