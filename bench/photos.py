@@ -1,0 +1,132 @@
+#!/usr/bin/env python3
+"""Measures searches in the EXIF data of photographs side by side with exiftool, exiv2 and a bare
+loop that opens each file, reads its beginning and closes it.
+
+Prints tables in Markdown. The exit code tells whether all programs gave the same answers; no limit
+on time makes it fail, since the machine may be busy.
+"""
+
+import argparse
+import os
+import pathlib
+import sys
+import tempfile
+
+from measuring import ToolError, run
+from programs import FOLDER, Program, installed
+from walk import TARGETS, Report, Trees, build, compare, print_table
+
+TARGETS |= {"make_photos": "bench", "read_floor": "bench"}
+THREADS = 5
+YEAR = "2019"
+TEXT_TAGS = ["Exif.Image.ImageDescription", "Exif.Image.Make", "Exif.Image.Model",
+             "Exif.Photo.UserComment"]
+
+
+class Photos(Trees):
+    """Folders of photographs, made where they are missing."""
+
+    def __init__(self, tools, scratch):
+        super().__init__({**tools, "make_tree": tools["make_photos"]}, scratch)
+
+
+def exiftool(condition):
+    return ["exiftool", "-q", "-q", "-fast", "-r", "-if", condition, "-p", "$Directory/$FileName",
+            FOLDER]
+
+
+def exiv2(tags, pattern):
+    keys = " ".join(f"-K {tag}" for tag in tags)
+    # It names a file only beside several, hence the one that is none.
+    return ["sh", "-c", f"find \"$1\" -type f -print0 | xargs -0 -n 200 -P {THREADS} "
+            f"exiv2 -q {keys} -Pv /dev/null 2>/dev/null | grep -aiE '{pattern}' | "
+            "sed 's/  .*//' | sort -u", "sh", FOLDER]
+
+
+def searches(tools, by_keyword):
+    if by_keyword:
+        ours = ["--keyword", "beach", "--in", "exif"]
+        condition = "($ImageDescription.$Make.$Model.$UserComment) =~ /beach/i"
+        tags, pattern = TEXT_TAGS, "  .*beach"
+    else:
+        ours = ["--taken", YEAR]
+        condition = f"$DateTimeOriginal =~ /^{YEAR}/"
+        tags, pattern = ["Exif.Photo.DateTimeOriginal"], f"  {YEAR}"
+    found = [Program("ssfind", [tools["ssfind"], "--no-index", *ours, FOLDER])]
+    if installed("exiftool"):
+        found.append(Program("exiftool", exiftool(condition), is_peer=True))
+    if installed("exiv2"):
+        found.append(Program("exiv2", exiv2(tags, pattern), is_peer=True))
+    for threads in (THREADS, 1):
+        found.append(Program(f"floor, {threads} threads",
+                             [tools["read_floor"], "--threads", threads, FOLDER],
+                             gives_paths=False))
+    return found
+
+
+def limit(report, what, series, floor, most_of_floor, peers=None):
+    ours = series["ssfind"]
+    for peer, times in (peers or {}).items():
+        if peer in series:
+            report.limit(f"{what}: of {peer}'s time", 1 / times,
+                         ours.median() / series[peer].median())
+    report.limit(f"{what}: of the floor's time", most_of_floor,
+                 ours.median() / series[floor].median(),
+                 note=f"by the least times {ours.minimum() / series[floor].minimum():.2f}")
+
+
+def measure(options, tools, photos):
+    report = Report()
+    peers = {"exiftool": 50, "exiv2": 5}
+    few = photos.make("few", jpegs=options.jpegs, tiffs=options.jpegs // 10, keyword=0.01,
+                      taken=0.01)
+    half = photos.make("half", jpegs=options.jpegs, tiffs=options.jpegs // 10, keyword=0.01,
+                       taken=0.5)
+    flat = photos.make("flat", **{"jpegs": options.jpegs, "tiffs": 0, "keyword": 0.01,
+                                  "taken": 0.01, "per-folder": options.jpegs})
+    by_keyword, by_date = searches(tools, True), searches(tools, False)
+    floor = f"floor, {THREADS} threads"
+    for title, programs, folder, most in (
+            ("EXIF keyword", by_keyword, few, 1.3), ("Shooting date", by_date, few, 1.3),
+            ("Shooting date that half of the photographs meet", by_date, half, 2)):
+        series, _ = compare(report, title, tools, photos.scratch, programs, folder, options.rounds)
+        limit(report, title, series, floor, most, peers if most < 2 else None)
+    without_peers = [program for program in by_date if not program.is_peer]
+    series, _ = compare(report, "All photographs in one folder", tools, photos.scratch,
+                        without_peers, flat, options.rounds)
+    print_table(["one folder, one worker", "times the floor with one thread", "lr"],
+                [["shooting date", f"{series['ssfind'].median() / series['floor, 1 threads'].median():.2f}"]])
+    report.print_limits()
+    print(f"Load at the end {os.getloadavg()[0]:.1f}")
+    return 1 if report.answers_differ else 0
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.partition("\n")[0])
+    parser.add_argument("--jpegs", type=int, default=20_000, help="and a tenth as many TIFF files")
+    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--keep", action="store_true", help="keep the files for the next run")
+    parser.add_argument("--build-dir", type=pathlib.Path,
+                        default=pathlib.Path(__file__).resolve().parent.parent / "build" / "bench")
+    parser.add_argument("scratch", nargs="?", type=pathlib.Path,
+                        default=pathlib.Path(tempfile.gettempdir()) / "searchsystem-photos")
+    options = parser.parse_args()
+    scratch = options.scratch.resolve()
+    scratch.mkdir(parents=True, exist_ok=True)
+    try:
+        tools = build(options.build_dir.resolve())
+        photos = Photos(tools, scratch)
+        try:
+            return measure(options, tools, photos)
+        finally:
+            if not options.keep:
+                photos.remove()
+    except ToolError as error:
+        print(f"photos.py: {error}", file=sys.stderr)
+        return 2
+    except KeyboardInterrupt:
+        return 130
+
+
+if __name__ == "__main__":
+    sys.exit(main())
