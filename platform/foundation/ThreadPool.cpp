@@ -24,8 +24,9 @@ constexpr std::chrono::microseconds watchTime{500};
 /// Progress of a busy thread between two of these looks that shows that it hardly waits.
 constexpr int jobsOfBusyThread = 4;
 
-/// After so many jobs it is judged anew whether most of them pause.
+/// After so many jobs it is judged anew whether most of them pause, and how soon each.
 constexpr int jobsToCount = 32;
+constexpr std::chrono::microseconds shortJob{10};
 
 constexpr int yieldsBeforeSleep = 300;
 
@@ -40,6 +41,7 @@ int ThreadPool::comingThreads = 0;
 int ThreadPool::takenJobs = 0;
 int ThreadPool::countedJobs = 0;
 int ThreadPool::pausedJobs = 0;
+Wakeup::Clock::time_point ThreadPool::countedSince;
 ThreadPool::Sleeper *ThreadPool::watcher = nullptr;
 ThreadPool::Sleeper *ThreadPool::firstSleeper = nullptr;
 
@@ -162,7 +164,10 @@ void ThreadPool::noteEndOfJob(bool hasPaused) noexcept {
   pausedJobs += hasPaused ? 1 : 0;
   if (++countedJobs < jobsToCount)
     return;
-  MainRunLoop::shared().setAreJobsWaiting(processorCount() > 1 &&
+  const auto now = Wakeup::Clock::now();
+  const bool areShort = now - countedSince < jobsToCount * shortJob;
+  countedSince = now;
+  MainRunLoop::shared().setAreJobsWaiting(processorCount() > 1 && areShort &&
                                           pausedJobs >= countedJobs * 3 / 4);
   countedJobs = pausedJobs = 0;
 }

@@ -15,8 +15,8 @@ class ThreadJob;
 /// from the queue, and while every processor has a thread at work, no further one is woken: one
 /// watches instead, and joins in when it sees after half a millisecond that jobs are waiting and
 /// processors idle, because the busy threads wait for a disk. As long as there are jobs in the
-/// queue, some thread is on its way to it or watches. While most jobs pause for the main thread,
-/// one processor is left to that.
+/// queue, some thread is on its way to it or watches. While most jobs pause for the main thread
+/// after a few microseconds, one processor is left to that.
 /// A thread that finds nothing to do for a while ends.
 ///
 /// Ownership: borrows the jobs. Threads: any, unless said otherwise; never destroyed.
@@ -63,6 +63,7 @@ private:
   /// Of the last few jobs, how many have come to an end or paused, and how many have paused.
   static int countedJobs PF_GUARDED_BY(lock);
   static int pausedJobs PF_GUARDED_BY(lock);
+  static Wakeup::Clock::time_point countedSince PF_GUARDED_BY(lock);
   static Sleeper *watcher PF_GUARDED_BY(lock);
   /// The one that fell asleep last in front.
   static Sleeper *firstSleeper PF_GUARDED_BY(lock);
