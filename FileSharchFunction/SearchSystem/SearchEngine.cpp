@@ -57,18 +57,24 @@ SearchEngine::SearchEngine() : listFolder_(NSString::create("")) {
     return;
   _metaQuery->setDelegate(this);
   NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
-  center.addObserver(
-      this,
-      [](void *engine, const NSNotification &notification) {
-        static_cast<SearchEngine *>(engine)->stopSpotlight(&notification);
-      },
-      queryFinish);
-  center.addObserver(
-      this,
-      [](void *engine, const NSNotification &notification) {
-        static_cast<SearchEngine *>(engine)->getSpotlightResult(&notification);
-      },
-      queryProgress);
+  try {
+    center.addObserver(
+        this,
+        [](void *engine, const NSNotification &notification) {
+          static_cast<SearchEngine *>(engine)->stopSpotlight(&notification);
+        },
+        queryFinish);
+    center.addObserver(
+        this,
+        [](void *engine, const NSNotification &notification) {
+          static_cast<SearchEngine *>(engine)->getSpotlightResult(&notification);
+        },
+        queryProgress);
+  } catch (...) {
+    // Nobody may be told anything on behalf of an engine that will not be.
+    center.removeObserver(this, queryFinish);
+    throw;
+  }
 }
 
 SearchEngine::~SearchEngine() {

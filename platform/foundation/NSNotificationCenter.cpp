@@ -4,6 +4,7 @@
 #include "platform/foundation/NeverDestroyed.h"
 
 #include <cassert>
+#include <utility>
 
 NSNotificationCenter &NSNotificationCenter::defaultCenter() noexcept {
   static NeverDestroyed<NSNotificationCenter> center;
@@ -40,9 +41,12 @@ void NSNotificationCenter::postNotification(std::string_view name, NSObject *obj
   const NSNotification notification{name, object};
   const std::size_t count = registrations_.size();
   for (std::size_t i = 0; i < count; ++i) {
-    const Registration registration = registrations_[i];
-    if (registration.handler != nullptr && registration.name == name)
-      registration.handler(registration.observer, notification);
+    if (registrations_[i].handler == nullptr || registrations_[i].name != name)
+      continue;
+    // Taken out first, since a handler may register more; and nothing may fail here.
+    const auto [observer, handler] =
+        std::pair(registrations_[i].observer, registrations_[i].handler);
+    handler(observer, notification);
   }
 }
 

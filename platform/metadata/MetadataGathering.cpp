@@ -137,10 +137,10 @@ void MetadataGathering::handOver(Results &results) noexcept {
   try {
     gathered_.insert(gathered_.end(), std::make_move_iterator(results.begin()),
                      std::make_move_iterator(results.end()));
+    results.clear();
   } catch (...) {
-    // Memory is short: these are lost.
+    // Memory is short: they are handed over with the next, if there are any.
   }
-  results.clear();
   postAnnouncement();
 }
 
@@ -161,6 +161,10 @@ void MetadataGathering::postAnnouncement() noexcept {
 
 void MetadataGathering::takeGathered() noexcept {
   const LockGuard guard(lock_);
+  if (results_.empty()) {
+    results_.swap(gathered_);
+    return;
+  }
   try {
     results_.insert(results_.end(), std::make_move_iterator(gathered_.begin()),
                     std::make_move_iterator(gathered_.end()));

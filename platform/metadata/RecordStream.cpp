@@ -30,12 +30,11 @@ std::shared_ptr<RecordStream> RecordStream::open(const std::string &scope, const
     const std::optional<IndexDatabase::Row> first = index->next();
     fault = index->fault();
     if (first && first->key == key) {
-      const int folder = systemCalls().openAt(currentFolder, scope.c_str(),
-                                              O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-      if (folder < 0)
+      std::shared_ptr<RecordStream> stream(new RecordStream(scope, std::move(index), writer));
+      stream->scopeFolder_ = systemCalls().openAt(currentFolder, scope.c_str(),
+                                                  O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+      if (stream->scopeFolder_ < 0)
         return nullptr;
-      std::shared_ptr<RecordStream> stream(
-          new RecordStream(scope, folder, std::move(index), writer));
       stream->nextRow_ = first;
       return stream;
     }
@@ -45,12 +44,15 @@ std::shared_ptr<RecordStream> RecordStream::open(const std::string &scope, const
   return nullptr;
 }
 
-RecordStream::RecordStream(const std::string &scope, int scopeFolder,
-                           std::unique_ptr<IndexDatabase> index, IndexWriter &writer)
+RecordStream::RecordStream(const std::string &scope, std::unique_ptr<IndexDatabase> index,
+                           IndexWriter &writer)
     : scopeKey_(FolderKey::ofPath(scope)), scopePrefix_(pathWithoutTrailingSlashes(scope)),
-      scopeFolder_(scopeFolder), writer_(writer), index_(std::move(index)) {}
+      writer_(writer), index_(std::move(index)) {}
 
-RecordStream::~RecordStream() { close(scopeFolder_); }
+RecordStream::~RecordStream() {
+  if (scopeFolder_ >= 0)
+    close(scopeFolder_);
+}
 
 std::unique_ptr<RecordStream::Chunk> RecordStream::read() {
   auto chunk = std::make_unique<Chunk>();

@@ -86,8 +86,7 @@ private:
     std::size_t next = 0;
   };
 
-  RecordStream(const std::string &scope, int scopeFolder, std::unique_ptr<IndexDatabase> index,
-               IndexWriter &writer);
+  RecordStream(const std::string &scope, std::unique_ptr<IndexDatabase> index, IndexWriter &writer);
 
   void mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &tasks, Results &results)
       PF_REQUIRES(lock_);
@@ -99,7 +98,7 @@ private:
   // Constant.
   const std::string scopeKey_;
   const std::string scopePrefix_;
-  const int scopeFolder_;
+  int scopeFolder_ = -1;
   IndexWriter &writer_;
 
   // Of whoever reads.

@@ -49,6 +49,8 @@ const Volumes::Known *Volumes::find(std::uint64_t device) const noexcept {
 std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, const char *path) {
   if (const Known *const known = find(device))
     return known->second;
+  // Room first, so that nothing fails while the folder is open.
+  known_.reserve(known_.size() + 1);
   const int folder =
       systemCalls().openAt(currentFolder, path, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
   if (folder < 0)
