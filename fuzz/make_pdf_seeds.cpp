@@ -1,6 +1,6 @@
 // Writes what the fuzzers of the PDF reader begin with: make_pdf_seeds fuzz/seeds
 
-#include "tests/pdf_reader/DocumentWriter.h"
+#include "samples/DocumentWriter.h"
 
 #include <cstdio>
 #include <filesystem>

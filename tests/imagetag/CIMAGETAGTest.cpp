@@ -1,5 +1,5 @@
 #include "platform/imagetag/CIMAGETAG.h"
-#include "tests/support/PhotoFile.h"
+#include "samples/PhotoFile.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "pdf_reader/CPDFFile.h"
 #include "platform/foundation/NSString.h"
-#include "tests/pdf_reader/DocumentWriter.h"
+#include "samples/DocumentWriter.h"
 #include "tests/support/TemporaryTree.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
-#include "tests/pdf_reader/DocumentWriter.h"
+#include "samples/DocumentWriter.h"
+#include "samples/PhotoFile.h"
 #include "tests/search/SearchFixture.h"
-#include "tests/support/PhotoFile.h"
 #include "tests/support/SystemCallsGuard.h"
 #include "tests/support/TimeZone.h"
 

@@ -1,6 +1,6 @@
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
 #include "platform/foundation/NSDate.h"
-#include "tests/support/PhotoFile.h"
+#include "samples/PhotoFile.h"
 #include "tests/support/SystemCallsGuard.h"
 #include "tests/support/TemporaryTree.h"
 

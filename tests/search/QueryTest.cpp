@@ -1,7 +1,7 @@
 #include "platform/foundation/NSClass.h"
-#include "tests/pdf_reader/DocumentWriter.h"
+#include "samples/DocumentWriter.h"
+#include "samples/PhotoFile.h"
 #include "tests/search/SearchFixture.h"
-#include "tests/support/PhotoFile.h"
 #include "tests/support/TimeZone.h"
 
 namespace {

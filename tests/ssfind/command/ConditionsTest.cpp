@@ -1,6 +1,6 @@
-#include "tests/pdf_reader/DocumentWriter.h"
+#include "samples/DocumentWriter.h"
+#include "samples/PhotoFile.h"
 #include "tests/ssfind/command/Command.h"
-#include "tests/support/PhotoFile.h"
 
 #include <map>
 #include <tuple>

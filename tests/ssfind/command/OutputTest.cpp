@@ -1,5 +1,5 @@
+#include "samples/PhotoFile.h"
 #include "tests/ssfind/command/Command.h"
-#include "tests/support/PhotoFile.h"
 
 #include <poll.h>
 #include <pty.h>
