@@ -91,8 +91,9 @@ TEST_F(DistributionTest, WhatAHostMayDoInAResult) {
   for (const std::string &name : all)
     tree.file(name);
   for (const auto &row : rows) {
-    for (const auto &[isEvery, hasIndex] :
+    for (const auto &variant :
          {std::pair(false, false), {true, false}, {false, true}, {true, true}}) {
+      const bool isEvery = variant.first, hasIndex = variant.second;
       SCOPED_TRACE(std::string(row.name) + (isEvery ? " in every result" : " in the first") +
                    (hasIndex ? ", index" : ""));
       setSystemVersionForTesting(hasIndex ? 0x1058 : 0x1040);
