@@ -65,7 +65,7 @@ void Host::take(CFStringRef path, int32_t state) {
 Paths Host::search(Record &record) {
   results.clear();
   ends = 0;
-  mustGoOnWithin(60);
+  mustGoOnWithin(120);
   SS_SearchStart(&record.predicate);
   while (ends == 0 &&
          CFRunLoopRunInMode(kCFRunLoopDefaultMode, 20, 1) == kCFRunLoopRunHandledSource) {
