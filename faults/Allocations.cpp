@@ -70,9 +70,7 @@ void *__libc_malloc(std::size_t size);
 void *__libc_calloc(std::size_t count, std::size_t size);
 void *__libc_realloc(void *block, std::size_t size);
 
-void *malloc(std::size_t size) {
-  return fails() ? (errno = ENOMEM, nullptr) : __libc_malloc(size);
-}
+void *malloc(std::size_t size) { return fails() ? (errno = ENOMEM, nullptr) : __libc_malloc(size); }
 void *calloc(std::size_t count, std::size_t size) {
   return fails() ? (errno = ENOMEM, nullptr) : __libc_calloc(count, size);
 }

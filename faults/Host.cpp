@@ -48,8 +48,8 @@ void Record::setList(const Paths &paths) {
   std::vector<const void *> elements;
   for (const std::string &path : paths)
     elements.push_back(keep(CFStringCreateWithFileSystemRepresentation(nullptr, path.c_str())));
-  predicate.fileList = keep(CFArrayCreate(nullptr, elements.data(),
-                                          static_cast<CFIndex>(elements.size()), nullptr));
+  predicate.fileList =
+      keep(CFArrayCreate(nullptr, elements.data(), static_cast<CFIndex>(elements.size()), nullptr));
 }
 
 void Host::take(CFStringRef path, int32_t state) {

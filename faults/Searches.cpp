@@ -6,8 +6,7 @@
 #include <memory>
 
 void makeSmallTree(TemporaryTree &tree) {
-  const PhotoTags tags =
-      PhotoTags::photo().text(0, 0x010E, "a beach").taken("2010:01:05 12:00:00");
+  const PhotoTags tags = PhotoTags::photo().text(0, 0x010E, "a beach").taken("2010:01:05 12:00:00");
   const std::string photo = jpegFile({tags.exifSegment()});
   DocumentWriter pdf;
   const std::string document =
@@ -45,22 +44,22 @@ const std::vector<Way> &allWays() {
        false,
        "1beach.jpg 2Beach.pdf 3other.jpg in/4beach.tif in/deep/6beach.pct "
        "in/deep/link beach.jpg shelf.doc/7beach.jpg"},
-      {"walk, content", content, false, false,
-       "1beach.jpg 2Beach.pdf 3other.jpg in/5other.pdf"},
+      {"walk, content", content, false, false, "1beach.jpg 2Beach.pdf 3other.jpg in/5other.pdf"},
       {"walk, any content", anyContent, false, false,
        "1beach.jpg 2Beach.pdf 3other.jpg in/4beach.tif in/5other.pdf"},
-      {"list", {.name = "beach"}, false, true,
+      {"list",
+       {.name = "beach"},
+       false,
+       true,
        "1beach.jpg 2Beach.pdf in/4beach.tif in/deep/6beach.pct"},
-      {"list, content", content, false, true,
-       "1beach.jpg 2Beach.pdf 3other.jpg in/5other.pdf"},
+      {"list, content", content, false, true, "1beach.jpg 2Beach.pdf 3other.jpg in/5other.pdf"},
       {"index", {.name = "beach"}, true, false, named},
       {"index, dates",
        {.name = "beach", .modifiedFrom = 2.5, .modifiedTo = 6.5},
        true,
        false,
        "in/4beach.tif in/deep/6beach.pct"},
-      {"index, content", content, true, false,
-       "1beach.jpg 2Beach.pdf 3other.jpg in/5other.pdf"},
+      {"index, content", content, true, false, "1beach.jpg 2Beach.pdf 3other.jpg in/5other.pdf"},
       {"index, shot", shot, true, false, "1beach.jpg 3other.jpg"},
       {"content walk", anyContent, true, false,
        "1beach.jpg 2Beach.pdf 3other.jpg in/4beach.tif in/5other.pdf"},

@@ -124,8 +124,8 @@ SystemCalls faultyCalls() {
     failing.noteFile(file);
     return errno = failing.error, -1;
   };
-  calls.startThread = [](pthread_t *thread, const pthread_attr_t *attributes,
-                         void *(*body)(void *), void *argument) {
+  calls.startThread = [](pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),
+                         void *argument) {
     return failing.fails(Thread)
                ? failing.error
                : realSystemCalls().startThread(thread, attributes, body, argument);
@@ -200,9 +200,8 @@ private:
 
   void judgeHoldings() {
     const int descriptors = Holdings::now().descriptors;
-    if (!check(descriptors == descriptors_,
-               std::to_string(descriptors - descriptors_) + " descriptors left open:" +
-                   openDescriptors()))
+    if (!check(descriptors == descriptors_, std::to_string(descriptors - descriptors_) +
+                                                " descriptors left open:" + openDescriptors()))
       descriptors_ = descriptors;
   }
 

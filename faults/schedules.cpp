@@ -303,8 +303,9 @@ int main(int argc, char **argv) {
   std::uint64_t searches = 2000, seed = 1, seconds = 60;
   for (int i = 1; i + 1 < argc; i += 2) {
     const std::string option = argv[i];
-    (option == "--searches" ? searches : option == "--seed" ? seed : seconds) =
-        numberOf(argv[i + 1]);
+    (option == "--searches" ? searches
+     : option == "--seed"   ? seed
+                            : seconds) = numberOf(argv[i + 1]);
   }
   const VirtualClock clock;
   TemporaryTree tree;

@@ -78,9 +78,8 @@ int main(int argc, char **argv) {
     useIndex(way.usesIndex);
     const std::unique_ptr<Record> record = makeRecord(way, tree.path(), Host::take);
     Paths found = Host::search(*record);
-    std::erase_if(found, [&](const std::string &path) {
-      return path.starts_with(tree.path("changing"));
-    });
+    std::erase_if(found,
+                  [&](const std::string &path) { return path.starts_with(tree.path("changing")); });
     check(relative(found, tree.path()) == way.found, "finds " + relative(found, tree.path()));
     ++searches;
     if (!hasEarly && Clock::now() >= first) {

@@ -91,7 +91,8 @@ void specialFiles() {
   close(unused);
   // The terminal of whoever runs this would be read, an endless file never end.
   for (const auto &[name, number] : {std::pair("zero.jpg", 5), std::pair("tty.pdf", 0)})
-    if (mknod(tree.path(name).c_str(), S_IFCHR | 0666, makedev(name[0] == 'z' ? 1 : 5, number)) == 0)
+    if (mknod(tree.path(name).c_str(), S_IFCHR | 0666, makedev(name[0] == 'z' ? 1 : 5, number)) ==
+        0)
       all.push_back(tree.path(name));
   all.push_back(tree.link("to zero.jpg", "/dev/zero"));
   all.push_back(tree.link("to pipe.pdf", tree.path("pipe.pdf")));
@@ -184,19 +185,14 @@ void changeOnce(const std::string &name) {
 void changesInBetween() {
   using Act = void (*)(TemporaryTree &, const std::string &);
   constexpr std::pair<const char *, Act> acts[] = {
-      {"vanishes",
-       [](TemporaryTree &tree, const std::string &name) {
-         std::filesystem::remove_all(tree.path(name));
-       }},
-      {"becomes empty", [](TemporaryTree &tree, const std::string &name) {
-         truncate(tree.path(name).c_str(), 0);
-       }},
-      {"is cut short", [](TemporaryTree &tree, const std::string &name) {
-         truncate(tree.path(name).c_str(), 40);
-       }},
-      {"grows", [](TemporaryTree &tree, const std::string &name) {
-         truncate(tree.path(name).c_str(), 50'000'000);
-       }},
+      {"vanishes", [](TemporaryTree &tree,
+                      const std::string &name) { std::filesystem::remove_all(tree.path(name)); }},
+      {"becomes empty",
+       [](TemporaryTree &tree, const std::string &name) { truncate(tree.path(name).c_str(), 0); }},
+      {"is cut short",
+       [](TemporaryTree &tree, const std::string &name) { truncate(tree.path(name).c_str(), 40); }},
+      {"grows", [](TemporaryTree &tree,
+                   const std::string &name) { truncate(tree.path(name).c_str(), 50'000'000); }},
       {"becomes a pipe",
        [](TemporaryTree &tree, const std::string &name) {
          std::filesystem::remove_all(tree.path(name));
@@ -286,7 +282,8 @@ void changesAllTheTime(int seconds) {
   std::atomic<bool> isOver{false};
   std::thread changer([&] {
     std::mt19937 random(1);
-    const char *const names[] = {"v/a.jpg", "v/b.pdf", "v/c", "v/c/d.tif", "v/e.doc", "v/w", "v/w/f.jpg"};
+    const char *const names[] = {"v/a.jpg", "v/b.pdf", "v/c",      "v/c/d.tif",
+                                 "v/e.doc", "v/w",     "v/w/f.jpg"};
     const auto any = [&] { return tree.path(names[random() % std::size(names)]); };
     while (!isOver) {
       std::error_code error;
@@ -370,8 +367,9 @@ void fullDisk() {
   makeSmallTree(tree);
   for (int i = 0; i < 300; ++i)
     tree.file("folder " + std::to_string(i) + "/file.txt");
-  const Way &way = *std::find_if(allWays().begin(), allWays().end(),
-                                 [](const Way &one) { return std::strcmp(one.name, "index") == 0; });
+  const Way &way = *std::find_if(allWays().begin(), allWays().end(), [](const Way &one) {
+    return std::strcmp(one.name, "index") == 0;
+  });
   const std::unique_ptr<Record> record = makeRecord(way, tree.path(), Host::take);
   rlimit before{};
   getrlimit(RLIMIT_FSIZE, &before);
@@ -419,10 +417,10 @@ void mountedCache(const std::string &mountPoint) {
     check(remount(MS_REMOUNT | MS_RDONLY, "size=40k"), "cannot be remounted");
     tree.file("new beach.jpg");
     for (int i = 0; i < 3; ++i)
-      faults += check(search(tree.path(), Wanted{.name = "beach"}, true).size() == 7,
-                      "does not find all")
-                    ? 0
-                    : 1;
+      faults +=
+          check(search(tree.path(), Wanted{.name = "beach"}, true).size() == 7, "does not find all")
+              ? 0
+              : 1;
     std::exit(faults == 0 ? 0 : 1);
   }
   int status = 0;
