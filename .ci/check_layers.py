@@ -8,7 +8,7 @@ import sys
 
 SEARCH = "FileSharchFunction/SearchSystem"
 LAYERS = [SEARCH, "hosts", "pdf_reader", "streams", "platform/foundation", "platform/metadata",
-          "platform/imagetag", "tests", "samples", "bench", "fuzz"]
+          "platform/imagetag", "tests", "samples", "bench", "fuzz", "faults"]
 
 # What each layer may include besides itself; tests and the like may include anything.
 ALLOWED = {

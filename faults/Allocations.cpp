@@ -1,0 +1,82 @@
+#include "faults/Allocations.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <new>
+#include <sqlite3.h>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define SANITIZER_HAS_MALLOC 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define SANITIZER_HAS_MALLOC 1
+#endif
+#endif
+
+Shortage Allocations::shortage;
+
+namespace {
+
+thread_local int exemptions = 0;
+
+bool fails() noexcept { return exemptions == 0 && Allocations::shortage.fails(); }
+
+sqlite3_mem_methods real;
+
+} // namespace
+
+Allocations::Exempt::Exempt() noexcept { ++exemptions; }
+Allocations::Exempt::~Exempt() { --exemptions; }
+
+void Allocations::watchSQLite() {
+#ifdef SANITIZER_HAS_MALLOC
+  sqlite3_config(SQLITE_CONFIG_GETMALLOC, &real);
+  sqlite3_mem_methods failing = real;
+  failing.xMalloc = [](int size) { return fails() ? nullptr : real.xMalloc(size); };
+  failing.xRealloc = [](void *block, int size) {
+    return fails() ? nullptr : real.xRealloc(block, size);
+  };
+  sqlite3_config(SQLITE_CONFIG_MALLOC, &failing);
+#else
+  static_cast<void>(real);
+#endif
+}
+
+#ifdef SANITIZER_HAS_MALLOC
+
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
+  return fails() ? nullptr : std::malloc(size > 0 ? size : 1);
+}
+void *operator new(std::size_t size) {
+  if (void *const block = operator new(size, std::nothrow))
+    return block;
+  throw std::bad_alloc();
+}
+void *operator new[](std::size_t size) { return operator new(size); }
+void *operator new[](std::size_t size, const std::nothrow_t &how) noexcept {
+  return operator new(size, how);
+}
+void operator delete(void *block) noexcept { std::free(block); }
+void operator delete(void *block, std::size_t) noexcept { std::free(block); }
+void operator delete[](void *block) noexcept { std::free(block); }
+void operator delete[](void *block, std::size_t) noexcept { std::free(block); }
+
+#else
+
+// The names beneath are the C library's own.
+extern "C" {
+
+void *__libc_malloc(std::size_t size);
+void *__libc_calloc(std::size_t count, std::size_t size);
+void *__libc_realloc(void *block, std::size_t size);
+
+void *malloc(std::size_t size) { return fails() ? (errno = ENOMEM, nullptr) : __libc_malloc(size); }
+void *calloc(std::size_t count, std::size_t size) {
+  return fails() ? (errno = ENOMEM, nullptr) : __libc_calloc(count, size);
+}
+void *realloc(void *block, std::size_t size) {
+  return fails() ? (errno = ENOMEM, nullptr) : __libc_realloc(block, size);
+}
+}
+
+#endif

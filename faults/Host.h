@@ -1,0 +1,65 @@
+#pragma once
+
+#include "FileSharchFunction/SearchSystem/SearchSystem.h"
+
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+using Paths = std::vector<std::string>;
+
+/// What a search is to look for, and how.
+struct Wanted {
+  static constexpr double open = std::numeric_limits<double>::infinity();
+
+  const char *name = nullptr;
+  const char *content = nullptr;
+  bool isInExif = false, isInPDF = false;
+  /// Dates, in seconds since 2001; an open end is none.
+  double modifiedFrom = -open, modifiedTo = open, shotFrom = -open;
+  /// One condition is enough.
+  bool any = false;
+  bool isFolderAlone = false;
+};
+
+/// A request with the objects that it borrows.
+class Record {
+public:
+  Record(const std::string &folder, const Wanted &wanted, SearchResultCallback callback);
+  ~Record();
+  Record(const Record &) = delete;
+  Record &operator=(const Record &) = delete;
+
+  void setList(const Paths &paths);
+
+  SearchPredicate predicate{};
+
+private:
+  template <class T> T keep(T object) {
+    kept_.push_back(object);
+    return object;
+  }
+
+  std::vector<CFTypeRef> kept_;
+};
+
+/// A host with one search at a time, which judges what it is told.
+class Host {
+public:
+  /// Starts a search and follows it to its end, and the library's threads to that of their work.
+  /// Answers with the results in alphabetical order.
+  static Paths search(Record &record);
+
+  /// The callback for the records of `search`.
+  static void take(CFStringRef path, int32_t state);
+
+  /// Runs the loop until the library has nothing more to do.
+  static void settle();
+};
+
+/// Whether the library may use the index.
+void useIndex(bool isUsed);
+
+/// `paths` relative to `folder`, joined by blanks.
+std::string relative(const Paths &paths, const std::string &folder);
