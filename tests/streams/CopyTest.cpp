@@ -1,11 +1,9 @@
 #include "streams/CBlankStream.h"
 #include "streams/CMemStream.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
+#include <gtest/gtest.h>
 #include <string>
-#include <utility>
 
 namespace {
 
@@ -21,28 +19,25 @@ TEST(CBlankStream, PadsCanvasesOfAnySize) {
   } rows[] = {{2, 2, 4, 4, 12},     {1, 1, 1, 1, 3},         {5, 3, 5, 3, 4},
               {5, 3, 8, 3, 1},      {5, 3, 5, 8, 7},         {3, 2, 300, 201, 5},
               {50, 40, 51, 41, 64}, {640, 5, 641, 100, 9999}};
-  for (const auto &row : rows) {
-    const auto name = testing::Message() << row.canvasWidth << " by " << row.canvasHeight;
-    std::string image(row.width * row.height * 3, 0), expected;
-    for (std::size_t i = 0; i < image.size(); ++i)
-      image[i] = static_cast<char>(1 + i % 250);
-    const long top = (row.canvasHeight - row.height) / 2, left = (row.canvasWidth - row.width) / 2;
-    expected.resize((top + row.height) * row.canvasWidth * 3);
-    for (long y = 0; y < row.height; ++y)
-      expected.replace(((top + y) * row.canvasWidth + left) * 3, row.width * 3,
-                       image.substr(y * row.width * 3, row.width * 3));
+  for (const auto &[width, height, canvasWidth, canvasHeight, part] : rows) {
+    const auto name = testing::Message() << canvasWidth << " by " << canvasHeight;
+    const long left = (canvasWidth - width) / 2;
+    std::string image, expected((canvasHeight - height) / 2 * canvasWidth * 3, 0);
+    for (long y = 0; y < height; ++y) {
+      const std::string row(width * 3, static_cast<char>(1 + y));
+      image += row;
+      expected += std::string(left * 3, 0) + row + std::string((canvasWidth - left - width) * 3, 0);
+    }
     CMemStream target;
     CBlankStream blank;
-    blank.CreateBlankStream(&target, row.width, row.height, row.canvasWidth, row.canvasHeight);
+    blank.CreateBlankStream(&target, width, height, canvasWidth, canvasHeight);
     ASSERT_EQ(blank.Open(2), 1);
-    for (std::size_t at = 0; at < image.size(); at += row.part) {
-      std::string part = image.substr(at, row.part);
-      ASSERT_EQ(blank.Write(part.data(), static_cast<long>(part.size()), nullptr), 1) << name;
-    }
+    for (std::size_t at = 0; at < image.size(); at += part)
+      ASSERT_EQ(blank.Write(&image[at], std::min<long>(part, image.size() - at), nullptr), 1);
     EXPECT_TRUE(contentOf(target) == expected) << name << ": no rows below";
     ASSERT_EQ(blank.Write(image.data(), 1, nullptr) + blank.Close(), 2);
-    expected += expected.substr(expected.size() - row.canvasWidth * 3);
-    expected[expected.size() - (row.canvasWidth - left) * 3] = image[0];
+    expected += expected.substr(expected.size() - canvasWidth * 3);
+    expected[expected.size() - (canvasWidth - left) * 3] = image[0];
     EXPECT_TRUE(contentOf(target) == expected) << name << ": a row that was begun";
   }
 }
@@ -69,46 +64,48 @@ TEST(CBlankStream, TakesOddSizesWithoutHarm) {
   }
 }
 
-/// Writes down what is done to it, and answers 7 to what is to fail.
+/// Writes down what is done to it, as in ">open2", and answers 7 to what is to fail.
 struct LoggedStream : CIOStream {
-  int Open(unsigned short mode) override { return answer("open", mode); }
-  int Close() override { return answer("close", 0); }
-  int Read(void *, long count, long *) override { return answer("read", count); }
-  int Write(void *, long count, long *) override { return answer("write", count); }
+  int Open(unsigned short mode) override { return answer("open" + std::to_string(mode)); }
+  int Close() override { return answer("close"); }
+  int Read(void *, long count, long *) override { return answer("read" + std::to_string(count)); }
+  int Write(void *, long count, long *) override { return answer("write" + std::to_string(count)); }
   long GetSize() override { return size; }
 
-  int answer(const std::string &operation, long number) {
-    log += name + operation + (number == 0 ? "" : std::to_string(number)) + " ";
-    return operation == failing ? 7 : 1;
+  int answer(const std::string &operation) {
+    *log += name + operation + " ";
+    return name + operation == failing ? 7 : 1;
   }
 
-  std::string &log, name, failing;
-  long size;
-  LoggedStream(std::string &to, std::string who, std::string fails, long bytes)
-      : log(to), name(std::move(who)), failing(std::move(fails)), size(bytes) {}
+  std::string *log, name, failing;
+  long size = 0;
 };
 
 TEST(CopyStream, OpensCopiesAndCloses) {
   const struct {
     long size, block;
-    const char *sourceFails, *targetFails;
+    const char *failing;
     int result;
     const char *log;
-  } rows[] = {
-      {0, 4, "", "", 1, "<open1 >open2 >close <close "},
-      {5, 4, "", "", 1, "<open1 >open2 <read4 >write4 <read1 >write1 >close <close "},
-      {5, LONG_MAX, "", "", 1, "<open1 >open2 <read5 >write5 >close <close "},
-      {5, 0, "", "", 0, ""},
-      {5, -1, "", "", 0, "<open1 >open2 >close <close "},
-      {-5, 4, "", "", 0, "<open1 >open2 >close <close "},
-      {5, 4, "open", "", 7, "<open1 "},
-      {5, 4, "", "open", 7, "<open1 >open2 <close "},
-      {5, 4, "read", "", 7, "<open1 >open2 <read4 >close <close "},
-      {5, 4, "", "write", 7, "<open1 >open2 <read4 >write4 >close <close "},
-  };
+  } rows[] = {{0, 4, "", 1, "<open1 >open2 >close <close "},
+              {5, 4, "", 1, "<open1 >open2 <read4 >write4 <read1 >write1 >close <close "},
+              {5, LONG_MAX, "", 1, "<open1 >open2 <read5 >write5 >close <close "},
+              {5, 0, "", 0, ""},
+              {5, -1, "", 0, "<open1 >open2 >close <close "},
+              {-5, 4, "", 0, "<open1 >open2 >close <close "},
+              {5, 4, "<open1", 7, "<open1 "},
+              {5, 4, ">open2", 7, "<open1 >open2 <close "},
+              {5, 4, "<read4", 7, "<open1 >open2 <read4 >close <close "},
+              {5, 4, ">write4", 7, "<open1 >open2 <read4 >write4 >close <close "}};
   for (const auto &row : rows) {
     std::string log;
-    LoggedStream source(log, "<", row.sourceFails, row.size), target(log, ">", row.targetFails, 0);
+    LoggedStream source, target;
+    for (LoggedStream *const stream : {&source, &target}) {
+      stream->log = &log;
+      stream->name = stream == &source ? "<" : ">";
+      stream->failing = row.failing;
+      stream->size = row.size;
+    }
     EXPECT_EQ(CopyStream(&target, &source, row.block), row.result) << row.log;
     EXPECT_EQ(log, row.log);
   }
