@@ -304,7 +304,7 @@ int main(int argc, char **argv) {
     else
       chosen = argv[i];
   Allocations::watchSQLite();
-  const int threadsBefore = Holdings::now().threads;
+  const int threadsBefore = threadsAtRest();
   int searches = 0;
   {
     FailingCalls faults(isQuick);
