@@ -41,6 +41,12 @@ std::string openDescriptors() {
   return all;
 }
 
+int threadsAtRest() {
+  // A sanitizer may start its own with the first of the process.
+  std::thread([] {}).join();
+  return Holdings::now().threads;
+}
+
 int threadsAfterRest(int most) {
   int threads = Holdings::now().threads;
   for (int i = 0; i < 100 && threads > most; ++i) {

@@ -16,6 +16,9 @@ struct Holdings {
 /// What the process's descriptors lead to, for a message.
 std::string openDescriptors();
 
+/// How many threads the process has when it does nothing, that of a sanitizer included.
+int threadsAtRest();
+
 /// Waits, for some seconds at most, until there are no more threads than `most`; how many there
 /// are. A thread of the library without a job ends after two seconds.
 int threadsAfterRest(int most);

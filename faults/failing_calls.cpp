@@ -241,6 +241,7 @@ private:
     }
     std::printf("%s: %d failed allocations; of single ones %d cost results, at most %zu of %zu\n",
                 way_.c_str(), count, lossy, mostLost, all_.size());
+    std::fflush(stdout);
   }
 
   void failCalls(const CallFaults &faults, int error, const Way &way) {
@@ -303,7 +304,7 @@ int main(int argc, char **argv) {
     else
       chosen = argv[i];
   Allocations::watchSQLite();
-  const int threadsBefore = Holdings::now().threads;
+  const int threadsBefore = threadsAtRest();
   int searches = 0;
   {
     FailingCalls faults(isQuick);

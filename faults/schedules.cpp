@@ -312,7 +312,7 @@ int main(int argc, char **argv) {
   const TemporaryTree cache;
   makeSmallTree(tree);
   IndexPlace::setCacheFolderForTesting(cache.path());
-  const int threadsBefore = Holdings::now().threads;
+  const int threadsBefore = threadsAtRest();
   learnAnswers(tree.path());
   static_cast<void>(PFMainLoopGetDescriptor());
   const int descriptors = Holdings::now().descriptors;

@@ -61,7 +61,7 @@ int main(int argc, char **argv) {
   const TemporaryTree cache;
   IndexPlace::setCacheFolderForTesting(cache.path());
   makeSmallTree(tree);
-  const int threadsBefore = Holdings::now().threads;
+  const int threadsBefore = threadsAtRest();
   std::mt19937 random(1);
   const Clock::time_point begin = Clock::now();
   // The first minute of a long run, a third of a short one.

@@ -438,10 +438,10 @@ int main(int argc, char **argv) {
   for (int i = 1; i + 1 < argc; i += 2)
     (std::strcmp(argv[i], "--files") == 0 ? files : seconds) = std::atoi(argv[i + 1]);
   TemporaryTree cache;
-  const int threadsBefore = Holdings::now().threads;
   doing = "an index's disk";
   // Before this process has used the library: a child could not go on with its threads.
   mountedCache(cache.folder("disk"));
+  const int threadsBefore = threadsAtRest();
   const VirtualClock clock;
   IndexPlace::setCacheFolderForTesting(cache.path());
   const std::pair<const char *, std::function<void()>> trees[] = {
