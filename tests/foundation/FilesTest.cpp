@@ -6,7 +6,6 @@
 #include "tests/support/SystemCallsGuard.h"
 #include "tests/support/TemporaryTree.h"
 
-#include <dirent.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
@@ -31,17 +30,6 @@ std::set<std::string> forEachItem(
     look(item);
   }
   return names;
-}
-
-/// Lets a listing know nothing of the kinds of its entries, as some file systems do.
-ssize_t listWithoutKinds(int folder, void *buffer, std::size_t size) {
-  const ssize_t filled = realSystemCalls().listEntries(folder, buffer, size);
-  for (ssize_t at = 0; at < filled;) {
-    auto *const entry = reinterpret_cast<dirent64 *>(static_cast<char *>(buffer) + at);
-    entry->d_type = DT_UNKNOWN;
-    at += entry->d_reclen;
-  }
-  return filled;
 }
 
 TEST(DirectoryListing, TellsEveryNameOnce) {

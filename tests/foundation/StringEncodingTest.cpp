@@ -87,20 +87,18 @@ TEST(StringEncoding, ReadsJapaneseOfTwoBytes) {
     const char *name;
     StringEncoding encoding;
     std::string bytes, text;
-  } rows[] = {
-      {"kanji beside ASCII", MacJapanese, "a\x8e\xca\x90^~", "a写真~"},
-      {"second byte of a backslash", MacJapanese, "\x83\x5c\x83\x5c", "ソソ"},
-      {"dashes", MacJapanese, "\x81\x5c\x81\x60\x81\x7c", "\u2014\u301c\u2212"},
-      {"ellipsis", MacJapanese, "\x81\x63", "\u2026"},
-      {"the last row", MacJapanese, "\xea\xa4", "熙"},
-      {"cut off", MacJapanese, "a\x8e", "none"},
-      {"no second byte", MacJapanese, "\x8e\x20", "none"},
-      {"a circled digit", MacJapanese, "\x87\x40", "none"},
-      {"a circled digit", ShiftJIS_X0213, "\x87\x40~", "\u2460~"},
-      {"letter and mark", ShiftJIS_X0213, "\x82\xa9\x82\xf5", "\u304b\u304b\u309a"},
-      {"the second plane", ShiftJIS_X0213, "\xf0\x40", "\U00020089"},
-      {"Mac's copyright", ShiftJIS_X0213, "\xfd", "none"},
-  };
+  } rows[] = {{"kanji beside ASCII", MacJapanese, "a\x8e\xca\x90^~", "a写真~"},
+              {"second byte of a backslash", MacJapanese, "\x83\x5c\x83\x5c", "ソソ"},
+              {"dashes", MacJapanese, "\x81\x5c\x81\x60\x81\x7c", "\u2014\u301c\u2212"},
+              {"ellipsis", MacJapanese, "\x81\x63", "\u2026"},
+              {"the last row", MacJapanese, "\xea\xa4", "熙"},
+              {"cut off", MacJapanese, "a\x8e", "none"},
+              {"no second byte", MacJapanese, "\x8e\x20", "none"},
+              {"a circled digit", MacJapanese, "\x87\x40", "none"},
+              {"a circled digit", ShiftJIS_X0213, "\x87\x40~", "\u2460~"},
+              {"letter and mark", ShiftJIS_X0213, "\x82\xa9\x82\xf5", "\u304b\u304b\u309a"},
+              {"the second plane", ShiftJIS_X0213, "\xf0\x40", "\U00020089"},
+              {"Mac's copyright", ShiftJIS_X0213, "\xfd", "none"}};
   for (const auto &row : rows) {
     EXPECT_EQ(decoded(row.bytes, row.encoding), row.text) << row.name;
     if (row.text != "none") {

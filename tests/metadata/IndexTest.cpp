@@ -13,17 +13,15 @@ TEST(FolderStatus, ChangesWithinOneTickAreTold) {
     const char *name;
     FileMoment changed, begin;
     bool isSettled;
-  } rows[] = {
-      {"long ago", {5, 1}, {100, 0}, true},
-      {"a moment ago", {5, 100'000'000}, {5, 150'000'000}, true},
-      {"over a second's end", {5, 999'000'000}, {6, 100'000'000}, true},
-      {"just now", {5, 100'000'000}, {5, 100'000'000}, false},
-      {"a tick ago", {5, 100'000'000}, {5, 110'000'000}, false},
-      {"in the future", {6, 1}, {5, 999'999'999}, false},
-      {"whole seconds, the same", {5, 0}, {5, 999'999'999}, false},
-      {"whole seconds, the next", {5, 0}, {6, 0}, true},
-      {"before 1970", {-3, 1}, {5, 0}, true},
-  };
+  } rows[] = {{"long ago", {5, 1}, {100, 0}, true},
+              {"a moment ago", {5, 100'000'000}, {5, 150'000'000}, true},
+              {"over a second's end", {5, 999'000'000}, {6, 100'000'000}, true},
+              {"just now", {5, 100'000'000}, {5, 100'000'000}, false},
+              {"a tick ago", {5, 100'000'000}, {5, 110'000'000}, false},
+              {"in the future", {6, 1}, {5, 999'999'999}, false},
+              {"whole seconds, the same", {5, 0}, {5, 999'999'999}, false},
+              {"whole seconds, the next", {5, 0}, {6, 0}, true},
+              {"before 1970", {-3, 1}, {5, 0}, true}};
   for (const auto &row : rows)
     EXPECT_EQ(isSettled(row.changed, row.begin), row.isSettled) << row.name;
 }
@@ -57,6 +55,17 @@ TEST(FolderRecord, IsForOneFolderAtOneMomentAndUndamaged) {
   }
 }
 
+/// The index as another program opens it.
+struct Database {
+  explicit Database(const std::string &file) { sqlite3_open(file.c_str(), &handle); }
+  ~Database() { sqlite3_close(handle); }
+  void execute(const char *commands) {
+    EXPECT_EQ(sqlite3_exec(handle, commands, nullptr, nullptr, nullptr), SQLITE_OK) << commands;
+  }
+
+  sqlite3 *handle = nullptr;
+};
+
 class IndexTest : public QueryFixture {
 protected:
   IndexTest() {
@@ -67,12 +76,6 @@ protected:
   }
 
   static std::string file() { return PFMetadataIndexGetPath(); }
-
-  static SystemCalls agedFolders() {
-    SystemCalls calls{};
-    calls.statusAt = statusAnHourAgo;
-    return calls;
-  }
 
   /// How many folders a query lists, which finds all.
   int listed() {
@@ -93,46 +96,26 @@ public:
   explicit Changes(TemporaryTree &tree, std::uint32_t seed) : tree_(tree), random_(seed) {}
 
   void change() {
-    const std::string a = anyPath();
-    const std::string b = anyPath();
+    const std::string a = anyPath(), b = anyPath();
+    const std::string inA = a + "/" + fileName(), inB = b + "/" + fileName();
+    const auto rename = [this](const std::string &from, const std::string &to, unsigned flags = 0) {
+      renameat2(AT_FDCWD, tree_.path(from).c_str(), AT_FDCWD, tree_.path(to).c_str(), flags);
+    };
     std::error_code ignored;
+    const std::function<void()> kinds[] = {
+        [&] { tree_.file(inA, "new"); },
+        [&] { tree_.file(inB, "new"); },
+        [&] { tree_.folder(a); },
+        [&] { tree_.file(a + "/Contents/Info.plist"); },
+        [&] { tree_.link(inA, tree_.path(inB)); },
+        [&] { rename(inA, inB); },
+        [&] { rename(a, b); },
+        [&] { rename(a, b + " moved"), tree_.link(a, tree_.path(b + " moved")); },
+        [&] { tree_.setModified(a, random_() % 1000), rename(a, b, RENAME_EXCHANGE); },
+        [&] { std::filesystem::remove_all(tree_.path(a), ignored); },
+    };
     try {
-      switch (random_() % 12) {
-      case 0:
-      case 1:
-      case 2:
-        tree_.file(a + "/" + fileName(), "new");
-        break;
-      case 3:
-        tree_.folder(a);
-        break;
-      case 4:
-        std::filesystem::remove_all(tree_.path(a), ignored);
-        break;
-      case 5:
-      case 6:
-        std::filesystem::rename(tree_.path(a), tree_.path(b), ignored);
-        break;
-      case 7:
-        std::filesystem::rename(tree_.path(a + "/" + fileName()), tree_.path(b + "/" + fileName()),
-                                ignored);
-        break;
-      case 8:
-        // A folder replaced by a link to where it is now.
-        std::filesystem::rename(tree_.path(a), tree_.path(b + " moved"), ignored);
-        tree_.link(a, tree_.path(b + " moved"));
-        break;
-      case 9:
-        tree_.link(a + "/" + fileName(), tree_.path(b + "/" + fileName()));
-        break;
-      case 10:
-        tree_.file(a + "/Contents/Info.plist");
-        break;
-      default:
-        tree_.setModified(a, static_cast<std::int64_t>(random_() % 1000));
-        renameat2(AT_FDCWD, tree_.path(a).c_str(), AT_FDCWD, tree_.path(b).c_str(), 2);
-        break;
-      }
+      kinds[random_() % std::size(kinds)]();
     } catch (const std::system_error &) {
       // What cannot be done to this tree is not done.
     }
@@ -194,41 +177,27 @@ TEST_P(ChangesTest, NeverMakeItWrong) {
 INSTANTIATE_TEST_SUITE_P(Seeds, ChangesTest, testing::Range(1U, 5U));
 
 TEST_F(IndexTest, WhatIsBrokenIsMadeAnew) {
-  using Damage = void (*)(const std::string &);
-  const std::pair<const char *, Damage> rows[] = {
-      {"none", [](const std::string &) {}},
-      {"gone", [](const std::string &file) { std::filesystem::remove(file); }},
-      {"empty", [](const std::string &file) { std::filesystem::resize_file(file, 0); }},
-      {"cut short", [](const std::string &file) { std::filesystem::resize_file(file, 9000); }},
-      {"something else",
-       [](const std::string &file) { std::ofstream(file) << std::string(10'000, 'x'); }},
+  const std::pair<const char *, void (*)()> rows[] = {
+      {"none", [] {}},
+      {"gone", [] { std::filesystem::remove(file()); }},
+      {"empty", [] { std::filesystem::resize_file(file(), 0); }},
+      {"cut short", [] { std::filesystem::resize_file(file(), 9000); }},
+      {"something else", [] { std::ofstream(file()) << std::string(10'000, 'x'); }},
       {"page lost",
-       [](const std::string &file) {
-         std::fstream(file).seekp(2 * 8192).write(std::string(8000, '\xff').data(), 8000);
-       }},
+       [] { std::fstream(file()).seekp(2 * 8192).write(std::string(8000, '\xff').data(), 8000); }},
       {"another's table",
-       [](const std::string &file) {
-         sqlite3 *database = nullptr;
-         sqlite3_open(file.c_str(), &database);
-         EXPECT_EQ(sqlite3_exec(database,
-                                "CREATE TRIGGER t AFTER INSERT ON folder BEGIN DELETE FROM folder; "
-                                "END",
-                                nullptr, nullptr, nullptr),
-                   SQLITE_OK);
-         sqlite3_close(database);
+       [] {
+         Database(file()).execute(
+             "CREATE TRIGGER t AFTER INSERT ON folder BEGIN DELETE FROM folder; END");
        }},
-      {"open to others", [](const std::string &file) { chmod(file.c_str(), 0666); }},
-      {"open folder",
-       [](const std::string &file) {
-         chmod(std::filesystem::path(file).parent_path().c_str(), 0777);
-       }},
-      {"second link",
-       [](const std::string &file) { std::filesystem::create_hard_link(file, file + ".copy"); }},
+      {"open to others", [] { chmod(file().c_str(), 0666); }},
+      {"open folder", [] { chmod(std::filesystem::path(file()).parent_path().c_str(), 0777); }},
+      {"second link", [] { std::filesystem::create_hard_link(file(), file() + ".copy"); }},
   };
   for (const auto &[name, damage] : rows) {
     SCOPED_TRACE(name);
     ASSERT_EQ(listed(), 0);
-    damage(file());
+    damage();
     EXPECT_EQ(listed(), std::string_view(name) == "none" ? 0 : folders);
     EXPECT_EQ(listed(), 0) << "repaired";
     EXPECT_EQ(std::filesystem::status(file()).permissions(), std::filesystem::perms(0600));
@@ -291,27 +260,23 @@ TEST_F(IndexTest, TellsItsSizeAndIsCleared) {
 }
 
 TEST_F(IndexTest, AnotherThatUsesItIsNotWaitedFor) {
-  sqlite3 *other = nullptr;
-  ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
-  const auto execute = [&](const char *commands) {
-    EXPECT_EQ(sqlite3_exec(other, commands, nullptr, nullptr, nullptr), SQLITE_OK) << commands;
-  };
-  execute("BEGIN; SELECT count(*) FROM folder");
+  std::optional<Database> other(file());
+  other->execute("BEGIN; SELECT count(*) FROM folder");
   EXPECT_EQ(listed(), 0) << "another reads";
-  execute("COMMIT; BEGIN EXCLUSIVE");
+  other->execute("COMMIT; BEGIN EXCLUSIVE");
   EXPECT_EQ(listed(), 0) << "another writes";
   tree.file("folder 1/new.jpg");
   all = find();
   EXPECT_GE(listed(), 1) << "what was learnt could not be written";
-  execute("COMMIT; PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; COMMIT");
-  sqlite3_close(other);
+  other->execute("COMMIT; PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; COMMIT");
+  other.reset();
   listed();
   EXPECT_EQ(listed(), 0);
   // Locked altogether, as by a process that has it for itself.
-  ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
-  execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; DELETE FROM folder");
+  other.emplace(file());
+  other->execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; DELETE FROM folder");
   EXPECT_EQ(listed(), folders);
-  sqlite3_close(other);
+  other.reset();
   EXPECT_EQ(listed(), 0);
 }
 
@@ -332,41 +297,38 @@ TEST_F(IndexTest, TwoQueriesShareIt) {
 
 /// SQLite's calls to the system, of which all fail from one on.
 struct Writes {
-  static int left;
-  static bool allFail, hasFailed;
+  static inline int left;
+  static inline bool allFail, hasFailed;
 
-  static bool fails(bool isWrite) {
+  static bool fail(bool isWrite) {
     if (isWrite ? --left > 0 : left > 0 || !allFail)
       return false;
-    hasFailed = true;
     errno = ENOSPC;
-    return true;
+    return hasFailed = true;
   }
   static ssize_t write(int fd, const void *bytes, std::size_t size) {
-    return fails(true) ? -1 : ::write(fd, bytes, size);
+    return fail(true) ? -1 : ::write(fd, bytes, size);
   }
   static ssize_t pwrite(int fd, const void *bytes, std::size_t size, off_t offset) {
-    return fails(true) ? -1 : ::pwrite(fd, bytes, size, offset);
+    return fail(true) ? -1 : ::pwrite(fd, bytes, size, offset);
   }
-  static int unlink(const char *path) { return fails(false) ? -1 : ::unlink(path); }
-  static int ftruncate(int fd, off_t size) { return fails(false) ? -1 : ::ftruncate(fd, size); }
+  static int unlink(const char *path) { return fail(false) ? -1 : ::unlink(path); }
+  static int ftruncate(int fd, off_t size) { return fail(false) ? -1 : ::ftruncate(fd, size); }
 
   /// Puts them in, or takes them out.
   static void replace(bool isReplaced) {
     sqlite3_vfs *const system = sqlite3_vfs_find(nullptr);
-    const auto put = [&](const char *name, auto *call) {
+    const std::pair<const char *, void *> calls[] = {
+        {"write", reinterpret_cast<void *>(write)},
+        {"pwrite", reinterpret_cast<void *>(pwrite)},
+        {"pwrite64", reinterpret_cast<void *>(pwrite)},
+        {"unlink", reinterpret_cast<void *>(unlink)},
+        {"ftruncate", reinterpret_cast<void *>(ftruncate)}};
+    for (const auto &[name, call] : calls)
       system->xSetSystemCall(system, name,
-                             isReplaced ? reinterpret_cast<sqlite3_syscall_ptr>(call) : nullptr);
-    };
-    put("write", write);
-    put("pwrite", pwrite);
-    put("pwrite64", pwrite);
-    put("unlink", unlink);
-    put("ftruncate", ftruncate);
+                             reinterpret_cast<sqlite3_syscall_ptr>(isReplaced ? call : nullptr));
   }
 };
-int Writes::left;
-bool Writes::allFail, Writes::hasFailed;
 
 TEST_F(IndexTest, DiskFullOrProcessKilledAtAnyWrite) {
   int count = 0;

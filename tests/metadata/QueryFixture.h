@@ -94,6 +94,11 @@ protected:
     status->stx_ctime.tv_sec -= 3600;
     return result;
   }
+  static SystemCalls agedFolders() {
+    SystemCalls calls{};
+    calls.statusAt = statusAnHourAgo;
+    return calls;
+  }
 
   TemporaryTree cache;
   Ref<NSMetadataQuery> query = NSMetadataQuery::create();

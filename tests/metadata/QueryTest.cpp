@@ -1,11 +1,16 @@
 #include "tests/metadata/QueryFixture.h"
 
 #include <chrono>
-#include <dirent.h>
 
 namespace {
 
-class QueryTest : public QueryFixture {};
+class QueryTest : public QueryFixture {
+protected:
+  void makeFiles(int count) {
+    for (int i = 0; i < count; ++i)
+      tree.file("folder " + std::to_string(i % 20) + "/" + std::to_string(i) + ".jpg");
+  }
+};
 
 TEST_F(QueryTest, FindsWhatAWalkMeets) {
   for (const char *const name :
@@ -40,9 +45,7 @@ TEST_F(QueryTest, FindsWhatAWalkMeets) {
       {"a file", {tree.path("1.jpg")}, ""},
       {"nothing but blanks", {" "}, ""},
   };
-  SystemCalls calls{};
-  calls.statusAt = statusAnHourAgo;
-  const SystemCallsGuard guard(calls);
+  const SystemCallsGuard guard(agedFolders());
   for (const char *const round : {"first", "second", "third"})
     for (const auto &row : rows)
       EXPECT_EQ(find(row.scopes), row.expected) << row.name << ", " << round;
@@ -62,9 +65,7 @@ TEST_F(QueryTest, DatesAreThoseOfTheDiskAndOfLinksThemselves) {
   const auto two = NSDate::dateWithTimeIntervalSinceReferenceDate(2);
   const auto after =
       NSPredicate::predicateWithFormat("kMDItemFSContentChangeDate > %@", {two.get()});
-  SystemCalls calls{};
-  calls.statusAt = statusAnHourAgo;
-  const SystemCallsGuard guard(calls);
+  const SystemCallsGuard guard(agedFolders());
   EXPECT_EQ(find({tree.path()}, after), "9.jpg in/3.jpg");
   tree.setModified("1.jpg", NSDate::secondsFrom1970To2001 + 5);
   tree.setModified("9.jpg", NSDate::secondsFrom1970To2001);
@@ -76,9 +77,7 @@ TEST_F(QueryTest, AsksForEachKnownFolderOnce) {
     tree.file("folder " + std::to_string(i % 7) + "/in " + std::to_string(i % 50) + "/a.jpg");
   tree.file("folder 0/b.doc/c.txt");
   const int folders = 1 + 7 + 200 + 1;
-  SystemCalls calls{};
-  calls.statusAt = statusAnHourAgo;
-  const SystemCallsGuard guard(calls);
+  const SystemCallsGuard guard(agedFolders());
   const std::string first = find();
   EXPECT_EQ(guard.counts().openAt, folders);
   EXPECT_EQ(status().folders, folders);
@@ -105,8 +104,7 @@ TEST_F(QueryTest, AsksForEachKnownFolderOnce) {
 }
 
 TEST_F(QueryTest, ResultsComeInPortionsOfTheirOwn) {
-  for (int i = 0; i < 40; ++i)
-    tree.file(std::to_string(i) + ".jpg");
+  makeFiles(40);
   ASSERT_EQ(start({tree.path()}), 1);
   EXPECT_EQ(log, "") << "nothing is told before the start returns";
   EXPECT_EQ(query->startQuery(), 0) << "it runs already";
@@ -133,8 +131,7 @@ TEST_F(QueryTest, ResultsComeInPortionsOfTheirOwn) {
 }
 
 TEST_F(QueryTest, NothingIsToldAfterAStop) {
-  for (int i = 0; i < 300; ++i)
-    tree.file("folder " + std::to_string(i % 20) + "/" + std::to_string(i) + ".jpg");
+  makeFiles(300);
   for (const std::size_t stopAt : {0, 1, 2, 100, 300}) {
     SCOPED_TRACE(stopAt);
     onResult = [&] {
@@ -168,8 +165,7 @@ TEST_F(QueryTest, NothingIsToldAfterAStop) {
 }
 
 TEST_F(QueryTest, RunsWithoutThreadsOfItsOwn) {
-  for (int i = 0; i < 100; ++i)
-    tree.file("folder " + std::to_string(i % 20) + "/" + std::to_string(i) + ".jpg");
+  makeFiles(100);
   waitForThreads();
   SystemCalls calls{};
   calls.startThread = [](pthread_t *, const pthread_attr_t *, void *(*)(void *), void *) {
@@ -197,26 +193,24 @@ TEST_F(QueryTest, FoldersThatMayNotBeSearched) {
     decltype(SystemCalls::statusAt) statusAt;
     decltype(SystemCalls::openAt) openAt;
     const char *first, *second;
-  } rows[] = {
-      {"the root of a mounted file system",
-       [](int folder, const char *path, int flags, struct statx *status) {
-         const int result = statusAnHourAgo(folder, path, flags, status);
-         if (std::string_view(path).ends_with("bad"))
-           status->stx_attributes |= STATX_ATTR_MOUNT_ROOT;
-         return result;
-       },
-       nullptr, "a.jpg good/d.jpg", "a.jpg good/d.jpg"},
-      {"unreadable", statusAnHourAgo,
-       [](int folder, const char *path, int flags) {
-         const bool isBad = std::string_view(path).find("/bad") != std::string_view::npos;
-         return isBad && !std::string_view(path).ends_with("in/.")
-                    ? (errno = EACCES, -1)
-                    : realSystemCalls().openAt(folder, path, flags);
-       },
-       "a.jpg good/d.jpg", nullptr},
-      {"all is well", statusAnHourAgo, nullptr, "a.jpg bad/b.jpg bad/in/c.jpg good/d.jpg",
-       "a.jpg bad/b.jpg bad/in/c.jpg good/d.jpg"},
-  };
+  } rows[] = {{"the root of a mounted file system",
+               [](int folder, const char *path, int flags, struct statx *status) {
+                 const int result = statusAnHourAgo(folder, path, flags, status);
+                 if (std::string_view(path).ends_with("bad"))
+                   status->stx_attributes |= STATX_ATTR_MOUNT_ROOT;
+                 return result;
+               },
+               nullptr, "a.jpg good/d.jpg", "a.jpg good/d.jpg"},
+              {"unreadable", statusAnHourAgo,
+               [](int folder, const char *path, int flags) {
+                 const bool isBad = std::string_view(path).find("/bad") != std::string_view::npos;
+                 return isBad && !std::string_view(path).ends_with("in/.")
+                            ? (errno = EACCES, -1)
+                            : realSystemCalls().openAt(folder, path, flags);
+               },
+               "a.jpg good/d.jpg", nullptr},
+              {"all is well", statusAnHourAgo, nullptr, "a.jpg bad/b.jpg bad/in/c.jpg good/d.jpg",
+               "a.jpg bad/b.jpg bad/in/c.jpg good/d.jpg"}};
   for (const auto &row : rows) {
     SCOPED_TRACE(row.name);
     SystemCalls calls{};
@@ -239,17 +233,8 @@ TEST_F(QueryTest, ListingsThatTellNoKinds) {
     tree.file(name);
   tree.link("link.jpg", "a.jpg");
   tree.link("folder", "in");
-  SystemCalls calls{};
-  calls.statusAt = statusAnHourAgo;
-  calls.listEntries = [](int folder, void *buffer, std::size_t size) {
-    const ssize_t filled = realSystemCalls().listEntries(folder, buffer, size);
-    for (ssize_t at = 0; at < filled;) {
-      auto *const entry = reinterpret_cast<dirent64 *>(static_cast<char *>(buffer) + at);
-      entry->d_type = DT_UNKNOWN;
-      at += entry->d_reclen;
-    }
-    return filled;
-  };
+  SystemCalls calls = agedFolders();
+  calls.listEntries = listWithoutKinds;
   const SystemCallsGuard guard(calls);
   for (int round = 0; round < 2; ++round)
     EXPECT_EQ(find(), "a.jpg in/b.jpg link.jpg");

@@ -1,5 +1,4 @@
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
-#include "platform/foundation/NSDate.h"
 #include "samples/PhotoFile.h"
 #include "tests/support/SystemCallsGuard.h"
 #include "tests/support/TemporaryTree.h"
@@ -76,26 +75,18 @@ TEST(ExifAnalysis, DecodesComments) {
   const struct {
     const char *name, *code;
     std::string bytes, text;
-  } rows[] = {
-      {"ASCII, padded", "ASCII", "sea  \0"s, "sea  \0"s},
-      {"ASCII, eight bits", "ASCII", "caf\xe9", "none"},
-      {"JIS", "JIS", "\x1b$B<L??\x1b(B", "写真"},
-      {"JIS, padded", "JIS", "sea \0\0"s, "sea \0\0"s},
-      {"JIS, not escaped", "JIS", "\x8e\xca", "none"},
-      {"UTF-16, no mark", "UNICODE", "A\0B\0"s, "AB"},
-      {"UTF-16, no mark, big-endian", "UNICODE", "\0A\0B"s, "\u4100\u4200"},
-      {"UTF-16, little-endian", "UNICODE", "\xff\xfe\x41\0"s, "A"},
-      {"UTF-16, big-endian", "UNICODE", "\xfe\xff\0A\0\0"s, "A\0"s},
-      {"UTF-16, half a unit", "UNICODE", "A\0B"s, "none"},
-      {"UTF-8", "UNICODE", "\xef\xbb\xbf\u00e9", "\ufeff\u00e9"},
-      {"UTF-8, damaged", "UNICODE", "\xef\xbb", "none"},
-      {"code only", "UNICODE", "", ""},
-      {"code only", "ASCII", "", "none"},
-      {"undefined, UTF-8", "", "\u00e9", "\u00e9"},
-      {"undefined, Latin-1", "", "\xe9", "\u00e9"},
-      {"undefined, blanks", "", "   ", "   "},
-      {"unknown", "Unknown", "sea", "none"},
-  };
+  } rows[] = {{"ASCII, padded", "ASCII", "sea  \0"s, "sea  \0"s},
+              {"ASCII, eight bits", "ASCII", "caf\xe9", "none"},
+              {"JIS", "JIS", "\x1b$B<L??\x1b(B", "写真"},
+              {"UTF-16, no mark", "UNICODE", "A\0B\0"s, "AB"},
+              {"UTF-16, no mark, big-endian", "UNICODE", "\0A\0B"s, "\u4100\u4200"},
+              {"UTF-16, big-endian", "UNICODE", "\xfe\xff\0A\0\0"s, "A\0"s},
+              {"UTF-8", "UNICODE", "\xef\xbb\xbf\u00e9", "\ufeff\u00e9"},
+              {"code only", "UNICODE", "", ""},
+              {"code only", "ASCII", "", "none"},
+              {"undefined, UTF-8", "", "\u00e9", "\u00e9"},
+              {"undefined, Latin-1", "", "\xe9", "\u00e9"},
+              {"unknown", "Unknown", "sea", "none"}};
   TemporaryTree tree;
   for (const auto &row : rows)
     for (const ByteOrder order : {ByteOrder::Little, ByteOrder::Big}) {
@@ -144,38 +135,27 @@ TEST(ExifAnalysis, ReadsTheBeginningOfRegularFilesOnce) {
 TEST(ExifAnalysis, SurvivesShortAndFailingReads) {
   TemporaryTree tree;
   const auto path = tree.file("a.tif", PhotoTags::photo().text(0, model, "D70").tiff(3000));
-  SystemCalls calls{};
-  {
-    calls.read = [](int file, void *buffer, std::size_t size) {
-      return realSystemCalls().read(file, buffer, std::min<std::size_t>(size, 1000));
-    };
-    const SystemCallsGuard guard(calls);
-    EXPECT_EQ(answer(path, model), "D70");
-  }
-  {
-    calls.read = [](int, void *, std::size_t) -> ssize_t { return errno = EIO, -1; };
-    const SystemCallsGuard guard(calls);
-    EXPECT_EQ(answer(path, model), "closed");
-  }
+  SystemCalls isShort{}, fails{};
+  isShort.read = [](int file, void *buffer, std::size_t size) {
+    return realSystemCalls().read(file, buffer, std::min<std::size_t>(size, 1000));
+  };
+  fails.read = [](int, void *, std::size_t) -> ssize_t { return errno = EIO, -1; };
+  EXPECT_EQ((SystemCallsGuard(isShort), answer(path, model)), "D70");
+  EXPECT_EQ((SystemCallsGuard(fails), answer(path, model)), "closed");
 }
 
 TEST(ExifAnalysis, AnswersRightWhileOthersReadOtherFiles) {
   TemporaryTree tree;
   std::vector<std::thread> workers;
   std::atomic<int> wrong{0};
-  for (int worker = 0; worker < 4; ++worker) {
-    const auto date = "2005:07:1" + std::to_string(worker) + " 09:05:03";
-    const PhotoTags tags = PhotoTags::photo().taken(date).comment("JIS", "\x1b$B<L??\x1b(B" + date);
-    const auto path = tree.file(date, jpegFile({tags.exifSegment()}));
-    workers.emplace_back([&wrong, path, date] {
-      const auto expected = NSDate::dateWithNaturalLanguageString(
-          *NSString::join("2005/07/", std::string_view(date).substr(8), {}));
-      for (int round = 0; round < 100; ++round) {
-        const auto text = NSString::create(answer(path, taken));
-        const auto moment = NSDate::dateWithNaturalLanguageString(*text);
-        if (!moment || moment->compare(*expected) != 0 || answer(path, comment) != "写真" + date)
-          ++wrong;
-      }
+  for (const char *const day : {"10", "11", "12", "13"}) {
+    const PhotoTags tags = PhotoTags::photo()
+                               .taken("2005:07:"s + day + " 09:05:03")
+                               .comment("JIS", "\x1b$B<L??\x1b(B"s + day);
+    workers.emplace_back([&wrong, day, path = tree.file(day, jpegFile({tags.exifSegment()}))] {
+      const std::string date = "2005/07/"s + day + " 09:05:03", text = "写真"s + day;
+      for (int round = 0; round < 100; ++round)
+        wrong += answer(path, taken) != date || answer(path, comment) != text ? 1 : 0;
     });
   }
   for (std::thread &worker : workers)
@@ -188,22 +168,20 @@ TEST(FS_CheckDate, TakesDatesApartInsideTheirText) {
     const char *text;
     int result;
     std::array<int, 6> fields;
-  } rows[] = {
-      {"2005:07:14 09:05:03", 1, {2005, 7, 14, 9, 5, 3}},
-      {"2005-07-14T09:05:03", 1, {2005, 7, 14, 9, 5, 3}},
-      {"2005:07:14 xx:yy:zz", 1, {2005, 7, 14, 0, 0, 0}},
-      {"2005:07:14 -1: 5:+3 and more", 1, {2005, 7, 14, -1, 5, 3}},
-      {"2005:13:45 24:60:99999", 1, {2005, 13, 45, 24, 60, -31073}},
-      {"2005:07:14 09:05:4294967297", 1, {2005, 7, 14, 9, 5, -1}},
-      {"0000:00:01 00:00:00", 1, {0, 0, 1, 0, 0, 0}},
-      {"2005:07", 1, {2005, 7, 0, 0, 0, 0}},
-      {"2005", 1, {2005, 0, 0, 0, 0, 0}},
-      {"0000:00:00 12:00:00", 0, {0, 0, 0, 12, 0, 0}},
-      {"20a5:07:14 00:00:00", 0, {}},
-      {"2005: 7:14 00:00:00", 0, {}},
-      {"2005:07:-1 00:00:00", 0, {}},
-      {"", 0, {}},
-  };
+  } rows[] = {{"2005:07:14 09:05:03", 1, {2005, 7, 14, 9, 5, 3}},
+              {"2005-07-14T09:05:03", 1, {2005, 7, 14, 9, 5, 3}},
+              {"2005:07:14 xx:yy:zz", 1, {2005, 7, 14, 0, 0, 0}},
+              {"2005:07:14 -1: 5:+3 and more", 1, {2005, 7, 14, -1, 5, 3}},
+              {"2005:13:45 24:60:99999", 1, {2005, 13, 45, 24, 60, -31073}},
+              {"2005:07:14 09:05:4294967297", 1, {2005, 7, 14, 9, 5, -1}},
+              {"0000:00:01 00:00:00", 1, {0, 0, 1, 0, 0, 0}},
+              {"2005:07", 1, {2005, 7, 0, 0, 0, 0}},
+              {"2005", 1, {2005, 0, 0, 0, 0, 0}},
+              {"0000:00:00 12:00:00", 0, {0, 0, 0, 12, 0, 0}},
+              {"20a5:07:14 00:00:00", 0, {}},
+              {"2005: 7:14 00:00:00", 0, {}},
+              {"2005:07:-1 00:00:00", 0, {}},
+              {"", 0, {}}};
   for (const auto &row : rows) {
     // As large as the text, so that a write beyond it is seen.
     const std::unique_ptr<char[]> text(new char[std::strlen(row.text) + 1]);
@@ -220,36 +198,32 @@ TEST(FS_CheckDate, TakesDatesApartInsideTheirText) {
 TEST(FS_Exif_GetValueFromType, CopiesByTheRuleOfEachType) {
   const struct {
     std::int16_t type;
-    int size, copied;
-  } rows[] = {
-      {IMAGETAG_BYTE, 1, 3},
-      {IMAGETAG_ASCII, 0, 0},
-      {IMAGETAG_SHORT, 2, 2},
-      {IMAGETAG_LONG, 4, 4},
-      {IMAGETAG_RATIONAL, 8, 24},
-      {IMAGETAG_SBYTE, 1, 1},
-      {IMAGETAG_UNDEFINED, 1, 1},
-      {IMAGETAG_SSHORT, 2, 2},
-      {IMAGETAG_SLONG, 4, 4},
-      {IMAGETAG_SRATIONAL, 4, 4},
-      {IMAGETAG_FLOAT, 4, 4},
-      {IMAGETAG_DOUBLE, 8, 8},
-      {13, 0, 0},
-  };
-  for (const auto &row : rows) {
-    alignas(8) std::array<char, 24> value;
-    value.fill('v');
-    std::string out(25, '-'), expected(25, '-');
+    int size;
+    std::size_t copied; // of three values
+  } rows[] = {{IMAGETAG_BYTE, 1, 3},
+              {IMAGETAG_ASCII, 0, 0},
+              {IMAGETAG_SHORT, 2, 2},
+              {IMAGETAG_LONG, 4, 4},
+              {IMAGETAG_RATIONAL, 8, 24},
+              {IMAGETAG_SBYTE, 1, 1},
+              {IMAGETAG_UNDEFINED, 1, 1},
+              {IMAGETAG_SSHORT, 2, 2},
+              {IMAGETAG_SLONG, 4, 4},
+              {IMAGETAG_SRATIONAL, 4, 4},
+              {IMAGETAG_FLOAT, 4, 4},
+              {IMAGETAG_DOUBLE, 8, 8},
+              {13, 0, 0}};
+  for (const auto &[type, size, copied] : rows) {
+    alignas(8) char value[] = "vvvvvvvvvvvvvvvvvvvvvvvv";
+    std::string out(25, '-');
     IMAGETAG_INFO info{};
-    info.type = row.type;
+    info.type = type;
     info.count = 3;
-    info.value.bytes = value.data();
-    EXPECT_EQ(FS_Exif_GetValueFromType(out.data(), &info), row.size) << row.type;
-    EXPECT_EQ(out, expected.replace(0, static_cast<std::size_t>(row.copied),
-                                    static_cast<std::size_t>(row.copied), 'v'))
-        << row.type;
+    info.value.bytes = value;
+    EXPECT_EQ(FS_Exif_GetValueFromType(out.data(), &info), size) << type;
+    EXPECT_EQ(out, std::string(copied, 'v') + std::string(25 - copied, '-')) << type;
     info.count = 0;
-    EXPECT_EQ(FS_Exif_GetValueFromType(out.data(), &info), 0) << row.type;
+    EXPECT_EQ(FS_Exif_GetValueFromType(out.data(), &info), 0) << type;
   }
 }
 

@@ -113,11 +113,9 @@ TEST_F(OutputTest, TerminalsAndColors) {
     const char *color;
     std::string setting;
     std::string shown;
-  } rows[] = {
-      {"auto", "TERM=xterm", colored}, {"auto", "TERM=dumb", plain},
-      {"auto", "NO_COLOR=1", plain},   {"auto", "NO_COLOR=", colored},
-      {"never", "TERM=xterm", plain},  {"always", "NO_COLOR=1", colored},
-  };
+  } rows[] = {{"auto", "TERM=xterm", colored}, {"auto", "TERM=dumb", plain},
+              {"auto", "NO_COLOR=1", plain},   {"auto", "NO_COLOR=", colored},
+              {"never", "TERM=xterm", plain},  {"always", "NO_COLOR=1", colored}};
   for (auto row : rows) {
     Pipe terminal(true);
     Command command(tree.path(), {"new", "--color", row.color});

@@ -31,18 +31,16 @@ TEST(DateRangeTest, LiesJustBeforeItsMoments) {
     /// The first moment, and the first after the range, in seconds since 1970.
     double first;
     double next;
-  } rows[] = {
-      {"December", "UTC", "2023-12", 1701388800, 1704067200},
-      {"FromTo", "UTC", "2023-06..2024-05", 1685577600, 1717200000},
-      {"From", "UTC", "2024-05-17..", 1715904000, open},
-      {"To", "UTC", "..2024-05-17", open, 1715990400},
-      {"DayOf25Hours", berlin, "2024-10-27", 1729980000, 1730070000},
-      {"FromTheDoubledHour", berlin, "2024-10-27T02:00..", 1729987200, open},
-      {"SkippedStart", berlin, "2024-03-31T02:30..", 1711846800, open},
-      {"SkippedMidnight", clockSetAtMidnight, "2018-11-04", 1541300400, 1541383200},
-      {"FirstYear", "UTC", "0001", -62135596800, -62104060800},
-      {"LastYear", "UTC", "9999", 253370764800, 253402300800},
-  };
+  } rows[] = {{"December", "UTC", "2023-12", 1701388800, 1704067200},
+              {"FromTo", "UTC", "2023-06..2024-05", 1685577600, 1717200000},
+              {"From", "UTC", "2024-05-17..", 1715904000, open},
+              {"To", "UTC", "..2024-05-17", open, 1715990400},
+              {"DayOf25Hours", berlin, "2024-10-27", 1729980000, 1730070000},
+              {"FromTheDoubledHour", berlin, "2024-10-27T02:00..", 1729987200, open},
+              {"SkippedStart", berlin, "2024-03-31T02:30..", 1711846800, open},
+              {"SkippedMidnight", clockSetAtMidnight, "2018-11-04", 1541300400, 1541383200},
+              {"FirstYear", "UTC", "0001", -62135596800, -62104060800},
+              {"LastYear", "UTC", "9999", 253370764800, 253402300800}};
   for (const auto &row : rows) {
     SCOPED_TRACE(row.name);
     const TimeZone zone(row.zone);
@@ -62,16 +60,14 @@ TEST(DateRangeTest, MistakesArePointedAt) {
     std::string message;
     /// The mark below the text.
     std::string mark;
-  } rows[] = {
-      {"20245", form, "    ^"},
-      {"", "expected four digits for the year", "^"},
-      {"..2024-13", "there is no month 13", "       ^"},
-      {"2023-02-29", "there is no day 29 in this month", "        ^"},
-      {"2024-05-17T10:30:60", "there is no second 60", "                 ^"},
-      {"2024...2025", "expected four digits for the year", "      ^"},
-      {"2024-05..2024-04", "the range ends before it starts", "         ^"},
-      {"2024-05-1\xC3\xA9", "expected two digits for the day", "         ^"},
-  };
+  } rows[] = {{"20245", form, "    ^"},
+              {"", "expected four digits for the year", "^"},
+              {"..2024-13", "there is no month 13", "       ^"},
+              {"2023-02-29", "there is no day 29 in this month", "        ^"},
+              {"2024-05-17T10:30:60", "there is no second 60", "                 ^"},
+              {"2024...2025", "expected four digits for the year", "      ^"},
+              {"2024-05..2024-04", "the range ends before it starts", "         ^"},
+              {"2024-05-1\xC3\xA9", "expected two digits for the day", "         ^"}};
   for (const auto &row : rows) {
     const char *const arguments[] = {"ssfind", "-m", row.text.c_str()};
     const auto parsed = parseOptions(3, arguments);
