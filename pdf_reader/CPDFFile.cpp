@@ -26,18 +26,6 @@ long bytesToReadOf(long size) noexcept {
              : mostReadings * size + mostBytesBesides;
 }
 
-/// So much may be read before it matters how long it takes to take bytes apart.
-constexpr long cheapReadings = 4;
-
-/// What short lines and tokens cost more than their bytes, in bytes.
-long costOfLines(const char *bytes, long count) noexcept {
-  constexpr long costOfLineEnd = 12;
-  constexpr long costOfBlank = 4;
-  const auto *const end = bytes + count;
-  return costOfLineEnd * (std::count(bytes, end, '\n') + std::count(bytes, end, '\r')) +
-         costOfBlank * std::count(bytes, end, ' ');
-}
-
 } // namespace
 
 int CPDFFile::Open(const char *path) {
@@ -59,7 +47,6 @@ bool CPDFFile::openFile(const char *path) {
   size_ = CFileStream::GetSize();
   position_ = 0;
   bytesLeft_ = bytesToReadOf(size_);
-  dearBytes_ = bytesLeft_ - bytesLeft_ / mostReadings * cheapReadings;
   isOpen_ = true;
   return true;
 }
@@ -237,8 +224,6 @@ int CPDFFile::Read(void *buffer, long count, long *done) {
     if (done != nullptr)
       *done += static_cast<long>(size);
   }
-  if (bytesLeft_ < dearBytes_)
-    bytesLeft_ -= costOfLines(static_cast<const char *>(buffer), wanted);
   return wanted == count ? 1 : 0;
 }
 

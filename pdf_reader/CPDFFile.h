@@ -16,8 +16,7 @@ class CPDFTrailer;
 /// nothing is found in it.
 ///
 /// A damaged document may ask for its bytes to be read again and again: past 32 times its size and
-/// 4 MiB, each reading fails. After the first few times, short lines and tokens count for more than
-/// their bytes, so that the time is bounded as well. Whole documents stay far below.
+/// 4 MiB, each reading fails. Whole documents stay far below.
 ///
 /// Ownership: owns the open file. Threads: one at a time.
 class CPDFFile : public CFileStream {
@@ -66,8 +65,6 @@ private:
   long position_ = 0;
   FileChunks chunks_;
   long bytesLeft_ = 0;
-  /// When no more than this is left, it counts how many lines and tokens are read.
-  long dearBytes_ = 0;
   /// What was left when the document was open: each search may read as much.
   long bytesLeftForSearch_ = 0;
 };

@@ -10,6 +10,7 @@ int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   const unsigned long count = tokens->GetCount();
   unsigned long i = 0;
   bool isEnd = false;
+  bool hasFailed = false;
   try {
     ReferenceValues values(*tokens);
     while (i < count && !isEnd) {
@@ -23,8 +24,9 @@ int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
         if (i + 1 == count)
           break;
         const unsigned long used = values.read(i + 1, contents_);
-        if (used == 0)
-          return 0;
+        hasFailed = used == 0;
+        if (hasFailed)
+          break;
         i += used;
       }
       ++i;
@@ -35,7 +37,7 @@ int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   tokens->dropFront(i);
   if (isEnd)
     *goOn = 0;
-  return 1;
+  return hasFailed ? 0 : 1;
 }
 
 void CPDFKids::Release() {

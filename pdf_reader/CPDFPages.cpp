@@ -11,6 +11,7 @@ int CPDFPages::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   const unsigned long count = tokens->GetCount();
   unsigned long i = 0;
   bool isEnd = false;
+  bool hasFailed = false;
   try {
     ReferenceValues values(*tokens);
     while (i < count && !isEnd) {
@@ -29,8 +30,9 @@ int CPDFPages::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
           used = values.read(i + 1, kids_);
         else
           count_ = static_cast<std::uint32_t>(numberOf(tokens->token(i + 1)));
-        if (used == 0)
-          return 0;
+        hasFailed = used == 0;
+        if (hasFailed)
+          break;
         i += used;
       }
       ++i;
@@ -41,7 +43,7 @@ int CPDFPages::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   tokens->dropFront(i);
   if (isEnd)
     *goOn = 0;
-  return 1;
+  return hasFailed ? 0 : 1;
 }
 
 void CPDFPages::Release() {

@@ -145,6 +145,23 @@ bool CParamArray::appendText(const char *text) noexcept {
   return append({copy.data(), length});
 }
 
+/// What stands in the text of a place without a token: a token's own text of no length begins with
+/// the NUL that ends it.
+constexpr char emptyPlace = '\1';
+
+/// Appends a place that holds no token.
+bool CParamArray::appendPlace() noexcept {
+  if (!append({}))
+    return false;
+  texts_.data()[textEnd_ - 1] = emptyPlace;
+  return true;
+}
+
+bool CParamArray::isEmptyPlace(unsigned long index) const noexcept {
+  const std::string_view text = token(index);
+  return text.empty() && *text.data() == emptyPlace;
+}
+
 int CParamArray::AddParam(const char *text) noexcept {
   return text != nullptr && appendText(text) ? 1 : 0;
 }
@@ -156,7 +173,7 @@ int CParamArray::AddParam(const CParamArray *other) noexcept {
   for (unsigned long i = 0; i < count; ++i) {
     // When the other is this array, growing may move the text.
     const std::size_t length = other->token(i).size();
-    if (!makeRoom(1, length + 1))
+    if (length == 0 || !makeRoom(1, length + 1))
       return 0;
     appendInRoom(other->token(i));
   }
@@ -175,7 +192,7 @@ int CParamArray::InsertParam(unsigned long index, const char *text) noexcept {
 }
 
 int CParamArray::SetParam(unsigned long index, const char *text) noexcept {
-  if (text == nullptr || index >= GetCount() || !appendText(text))
+  if (text == nullptr || index >= GetCount() || isEmptyPlace(index) || !appendText(text))
     return 0;
   --end_;
   slots_.data()[begin_ + index] = slots_.data()[end_];
@@ -207,7 +224,7 @@ int CParamArray::CopyParam(const CParamArray *src, unsigned long start, int n) n
   if (n > 0)
     count = std::min(count, static_cast<unsigned long>(n));
   for (unsigned long i = start; i < start + count; ++i)
-    if (!append(src->token(i))) {
+    if (!(src->token(i).empty() ? appendPlace() : append(src->token(i)))) {
       Release();
       return 0;
     }
@@ -215,7 +232,7 @@ int CParamArray::CopyParam(const CParamArray *src, unsigned long start, int n) n
 }
 
 unsigned long CParamArray::FindParam(const char *text, unsigned long from) const noexcept {
-  if (text == nullptr)
+  if (text == nullptr || *text == '\0')
     return notFound;
   const std::string_view sought(text);
   for (unsigned long i = from; i < GetCount(); ++i)
@@ -225,7 +242,7 @@ unsigned long CParamArray::FindParam(const char *text, unsigned long from) const
 }
 
 int CParamArray::Compare(unsigned long index, const char *text) const noexcept {
-  return index < GetCount() && text != nullptr && token(index) == text ? 1 : 0;
+  return Compare(GetParam(index), text);
 }
 
 int CParamArray::Compare(const char *a, const char *b) noexcept {
@@ -233,7 +250,7 @@ int CParamArray::Compare(const char *a, const char *b) noexcept {
 }
 
 const char *CParamArray::GetParam(unsigned long index) const noexcept {
-  return index < GetCount() ? token(index).data() : nullptr;
+  return index < GetCount() && !token(index).empty() ? token(index).data() : nullptr;
 }
 
 int CParamArray::Reset() noexcept {

@@ -38,27 +38,31 @@ public:
   /// Appends a token. 0 also when `text` is null.
   int AddParam(const char *text) noexcept;
 
-  /// Appends the tokens of another array. 0 also when it is null.
+  /// Appends the tokens of another array, up to one without text. 0 also when there is one, or the
+  /// array is null.
   int AddParam(const CParamArray *other) noexcept;
 
   /// Inserts a token before that at `index`, or behind the last. 0 also when `text` is null or
   /// `index` is beyond the count.
   int InsertParam(unsigned long index, const char *text) noexcept;
 
-  /// Replaces a token. 0 also when `text` is null or there is no token at `index`.
+  /// Replaces a token. 0 also when `text` is null, there is no token at `index`, or `CopyParam` left
+  /// its place empty.
   int SetParam(unsigned long index, const char *text) noexcept;
 
   /// Deletes `n` tokens, or all that there are from `index` on. 0 when there is none at `index`.
   int DeleteParam(unsigned long index, unsigned long n) noexcept;
 
-  /// Takes `n` tokens of another array, all from `start` on when `n` is negative or too many. 0
-  /// when `src` is null or has no token at `start`; the array is empty then.
+  /// Takes `n` tokens of another array, all from `start` on when `n` is negative or too many. The
+  /// place of a token without text stays empty. 0 when `src` is null or has no token at `start`; the
+  /// array is empty then.
   int CopyParam(const CParamArray *src, unsigned long start, int n) noexcept;
 
-  /// The index of the first token at or after `from` that equals `text`, or `notFound`.
+  /// The index of the first token at or after `from` that equals `text`, or `notFound`. A token
+  /// without text equals nothing.
   unsigned long FindParam(const char *text, unsigned long from) const noexcept;
 
-  /// Whether there is a token at `index` and it equals `text`: 1 or 0.
+  /// Whether there is a token with text at `index` and it equals `text`: 1 or 0.
   int Compare(unsigned long index, const char *text) const noexcept;
   int Compare(int index, const char *text) const noexcept {
     return Compare(static_cast<unsigned long>(index), text);
@@ -69,7 +73,8 @@ public:
 
   [[nodiscard]] unsigned long GetCount() const noexcept { return end_ - begin_; }
 
-  /// A token's text, valid until the next change; null when there is no token at `index`.
+  /// A token's text, valid until the next change; null when there is no token at `index`, and for
+  /// one without text.
   [[nodiscard]] const char *GetParam(unsigned long index) const noexcept;
 
   /// Deletes all tokens and keeps the room for others. Always 1.
@@ -138,6 +143,8 @@ private:
   bool grow(std::size_t count, std::size_t bytes) noexcept;
   bool dropDeletedText(std::size_t bytes) noexcept;
   bool appendText(const char *text) noexcept;
+  bool appendPlace() noexcept;
+  [[nodiscard]] bool isEmptyPlace(unsigned long index) const noexcept;
   bool parseLine(const char *buf, unsigned long start, unsigned long length) noexcept;
 
   PlainArray<Slot> slots_;

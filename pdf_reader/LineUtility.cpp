@@ -63,7 +63,9 @@ std::uint32_t nextForward(tagFINDLINE &lines) noexcept {
 }
 
 std::uint32_t nextBackward(tagFINDLINE &lines) noexcept {
-  std::uint32_t last = lines.position - 1;
+  // Behind the first line, the position is that of the line end before it.
+  const bool isAtLineEnd = lines.position < lines.length && isLineEnd(lines, lines.position);
+  std::uint32_t last = isAtLineEnd ? lines.position : lines.position - 1;
   if (isLineEnd(lines, last)) {
     if (last > 1 && isPair(lines, last - 1))
       last -= 2;

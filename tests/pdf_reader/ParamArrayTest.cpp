@@ -93,6 +93,22 @@ TEST(ParamArray, FindsAndCompares) {
   EXPECT_EQ(tokens.GetParam(6), nullptr);
 }
 
+TEST(ParamArray, TellsTokensWithoutTextFromOthers) {
+  CParamArray tokens;
+  fill(tokens, "a b");
+  EXPECT_EQ(tokens.SetParam(1, ""), 1);
+  EXPECT_EQ(tokens.GetParam(1), nullptr);
+  EXPECT_EQ(tokens.Compare(1, ""), 0);
+  EXPECT_EQ(tokens.FindParam("", 0), CParamArray::notFound);
+  CParamArray copy;
+  EXPECT_EQ(copy.CopyParam(&tokens, 0, 2), 1);
+  EXPECT_EQ(copy.GetCount(), 2UL);
+  EXPECT_EQ(copy.SetParam(1, "c"), 0) << "place left empty";
+  EXPECT_EQ(tokens.SetParam(1, "c"), 1) << "token of no length";
+  EXPECT_EQ(tokens.AddParam(&copy), 0) << "stops at the empty place";
+  EXPECT_EQ(joined(tokens), "a|c|a");
+}
+
 TEST(ParamArray, TakesAnObjectOfSeveralLines) {
   const struct {
     const char *name, *text, *tokens;

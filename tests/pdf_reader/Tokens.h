@@ -9,7 +9,7 @@
 inline std::string joined(const CParamArray &tokens) {
   std::string text;
   for (unsigned long i = 0; i < tokens.GetCount(); ++i)
-    text += (i > 0 ? "|" : "") + std::string(tokens.GetParam(i));
+    text += (i > 0 ? "|" : "") + std::string(tokens.token(i));
   return text;
 }
 
