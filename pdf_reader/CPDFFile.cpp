@@ -6,6 +6,7 @@
 #include "pdf_reader/CPDFTrailer.h"
 #include "pdf_reader/ContentSearch.h"
 #include "pdf_reader/KeywordSearch.h"
+#include "pdf_reader/PassedLines.h"
 #include "platform/foundation/NSString.h"
 
 #include <algorithm>
@@ -135,7 +136,9 @@ int CPDFFile::FindText(const void *keyword, int caseSensitive, unsigned long enc
     const KeywordSearch search(*static_cast<const NSString *>(keyword), caseSensitive != 0,
                                encoding);
     ContentSearch contents(*this, search);
+    PassedLines lines(size_);
     CPDFKids kids;
+    kids.FollowLines(&lines);
     // A page that comes again has the same content.
     std::unordered_set<unsigned long> visited;
     for (unsigned int i = 0; i < pages_.GetKidsCount(); ++i) {
@@ -143,10 +146,13 @@ int CPDFFile::FindText(const void *keyword, int caseSensitive, unsigned long enc
           i <= INT_MAX ? pages_.GetKidsInfo(static_cast<int>(i)) : nullptr;
       if (kid == nullptr)
         return 0;
-      if (!visited.insert(xrefTable_.GetOffset(*kid)).second)
+      const unsigned long position = xrefTable_.GetOffset(*kid);
+      if (!visited.insert(position).second)
         continue;
+      lines.beginParse(static_cast<long>(position));
       if (!parseAt(*kid, kids))
         return 0;
+      lines.endParse(Tell());
       for (int j = 0; j < kids.GeContentsCount(); ++j) {
         const unsigned long offset = xrefTable_.GetOffset(*kids.GetContentsInfo(j));
         const ContentSearch::Result result = contents.searchAt(static_cast<long>(offset));

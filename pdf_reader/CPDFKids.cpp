@@ -12,6 +12,11 @@ int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   bool isEnd = false;
   bool hasFailed = false;
   try {
+    if (isPassed()) {
+      tokens->Reset();
+      *goOn = 0;
+      return 1;
+    }
     ReferenceValues values(*tokens);
     while (i < count && !isEnd) {
       const std::string_view token = tokens->token(i);
@@ -35,9 +40,29 @@ int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
     return 0;
   }
   tokens->dropFront(i);
+  isClean_ = tokens->GetCount() == 0;
   if (isEnd)
     *goOn = 0;
   return hasFailed ? 0 : 1;
+}
+
+/// Whether all that follows was read by an earlier parse.
+bool CPDFKids::isPassed() {
+  if (lines_ == nullptr || reader_ == nullptr)
+    return false;
+  if (isClean_ && lines_->pass(reader_->groupPosition(), isInside_))
+    return true;
+  LooseEnds &looseEnds = lines_->looseEnds();
+  if (reader_->isJoined())
+    looseEnds.note(reader_->joinedFrom(), reader_->joinedTo());
+  if (reader_->tokensEnd() < reader_->lineEnd())
+    looseEnds.note(reader_->tokensEnd() + 1, reader_->lineEnd());
+  return false;
+}
+
+void CPDFKids::FollowLines(PassedLines *lines) noexcept {
+  lines_ = lines;
+  looseEnds_ = lines == nullptr ? nullptr : &lines->looseEnds();
 }
 
 void CPDFKids::Release() {
@@ -48,4 +73,5 @@ void CPDFKids::Release() {
 void CPDFKids::ReleaseParse() {
   CPDFSection::ReleaseParse();
   contents_.Release();
+  isClean_ = true;
 }

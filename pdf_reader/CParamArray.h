@@ -46,16 +46,16 @@ public:
   /// `index` is beyond the count.
   int InsertParam(unsigned long index, const char *text) noexcept;
 
-  /// Replaces a token. 0 also when `text` is null, there is no token at `index`, or `CopyParam` left
-  /// its place empty.
+  /// Replaces a token. 0 also when `text` is null, there is no token at `index`, or `CopyParam`
+  /// left its place empty.
   int SetParam(unsigned long index, const char *text) noexcept;
 
   /// Deletes `n` tokens, or all that there are from `index` on. 0 when there is none at `index`.
   int DeleteParam(unsigned long index, unsigned long n) noexcept;
 
   /// Takes `n` tokens of another array, all from `start` on when `n` is negative or too many. The
-  /// place of a token without text stays empty. 0 when `src` is null or has no token at `start`; the
-  /// array is empty then.
+  /// place of a token without text stays empty. 0 when `src` is null or has no token at `start`;
+  /// the array is empty then.
   int CopyParam(const CParamArray *src, unsigned long start, int n) noexcept;
 
   /// The index of the first token at or after `from` that equals `text`, or `notFound`. A token

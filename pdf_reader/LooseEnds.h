@@ -25,7 +25,12 @@ public:
   /// Whether an edge of a parse that begins at `start` stands at a noted position beyond
   /// `position`.
   [[nodiscard]] bool areMetBeyond(long position, long start) const noexcept {
-    return last_[static_cast<std::size_t>(start % blockSize)] > position;
+    return lastMet(start) > position;
+  }
+
+  /// The last noted position at which an edge of a parse that begins at `start` stands; 0 if none.
+  [[nodiscard]] long lastMet(long start) const noexcept {
+    return last_[static_cast<std::size_t>(start % blockSize)];
   }
 
 private:
