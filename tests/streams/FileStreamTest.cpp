@@ -97,17 +97,22 @@ TEST(CIOStream, ReportsProgressByItsMode) {
     calls += std::to_string(percent) + " ";
     return percent != 42;
   };
-  const char *const answers[] = {"111", "111100 ", "1010 42 100 ", "000"},
-                    *const without[] = {"111", "110", "000", "000"}; // to 0, 42, 100
-  for (unsigned short mode = 0; mode < 8; ++mode) {
-    CFileStream stream;
-    stream.CreateFileStream("unused", mode / 2, mode % 2 == 0 ? +callback : nullptr);
-    std::string actual;
-    calls.clear();
-    for (const unsigned char percent : {0, 42, 100})
-      actual += std::to_string(stream.Progress(percent));
-    EXPECT_EQ(actual + calls, (mode % 2 == 0 ? answers : without)[mode / 2]) << mode;
-  }
+  // The answers to 0, 42 and 100, and the calls; with a callback and without.
+  constexpr struct {
+    unsigned short mode;
+    const char *with, *without;
+  } rows[] = {
+      {0, "111", "111"}, {1, "111100 ", "110"}, {2, "1010 42 100 ", "000"}, {3, "000", "000"}};
+  for (const auto &row : rows)
+    for (const bool hasCallback : {false, true}) {
+      CFileStream stream;
+      stream.CreateFileStream("unused", row.mode, hasCallback ? +callback : nullptr);
+      std::string actual;
+      calls.clear();
+      for (const unsigned char percent : {0, 42, 100})
+        actual += std::to_string(stream.Progress(percent));
+      EXPECT_EQ(actual + calls, hasCallback ? row.with : row.without) << row.mode;
+    }
 }
 
 TEST_F(FileStreamTest, HandlesReadRegularFilesOnly) {
