@@ -1,7 +1,7 @@
 #include "faults/Searches.h"
 
-#include "tests/pdf_reader/DocumentWriter.h"
-#include "tests/support/PhotoFile.h"
+#include "samples/DocumentWriter.h"
+#include "samples/PhotoFile.h"
 
 #include <memory>
 

@@ -151,7 +151,7 @@ constexpr char emptyPlace = '\1';
 
 /// Appends a place that holds no token.
 bool CParamArray::appendPlace() noexcept {
-  if (!append({}))
+  if (!append(""))
     return false;
   texts_.data()[textEnd_ - 1] = emptyPlace;
   return true;
