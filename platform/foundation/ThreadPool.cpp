@@ -24,9 +24,10 @@ constexpr std::chrono::microseconds watchTime{500};
 /// Progress of a busy thread between two of these looks that shows that it hardly waits.
 constexpr int jobsOfBusyThread = 4;
 
-/// After so many jobs it is judged anew whether most of them pause, and how soon each.
+/// After so many jobs it is judged anew whether most of them pause, and how long they run until
+/// then.
 constexpr int jobsToCount = 32;
-constexpr std::chrono::microseconds shortJob{10};
+constexpr std::chrono::microseconds shortJob{12};
 
 constexpr int yieldsBeforeSleep = 300;
 
@@ -41,7 +42,7 @@ int ThreadPool::comingThreads = 0;
 int ThreadPool::takenJobs = 0;
 int ThreadPool::countedJobs = 0;
 int ThreadPool::pausedJobs = 0;
-Wakeup::Clock::time_point ThreadPool::countedSince;
+std::chrono::nanoseconds ThreadPool::timeOfJobs{};
 ThreadPool::Sleeper *ThreadPool::watcher = nullptr;
 ThreadPool::Sleeper *ThreadPool::firstSleeper = nullptr;
 
@@ -121,7 +122,9 @@ void ThreadPool::threadBody() noexcept {
   Sleeper self;
   do {
     while (ThreadJob *const job = takeJob()) {
-      if (!jobDone(job->executeOnThread()))
+      const Wakeup::Clock::time_point begin = Wakeup::Clock::now();
+      const bool hasPaused = job->executeOnThread();
+      if (!jobDone(hasPaused, Wakeup::Clock::now() - begin))
         break;
     }
   } while (restUntilCalled(self));
@@ -152,21 +155,21 @@ ThreadJob *ThreadPool::takeJob() noexcept {
   return job;
 }
 
-bool ThreadPool::jobDone(bool hasPaused) noexcept {
+bool ThreadPool::jobDone(bool hasPaused, std::chrono::nanoseconds time) noexcept {
   const LockGuard guard(lock);
   --busyThreads;
   ++comingThreads;
-  noteEndOfJob(hasPaused);
+  noteEndOfJob(hasPaused, time);
   return busyThreads + comingThreads <= threadLimit();
 }
 
-void ThreadPool::noteEndOfJob(bool hasPaused) noexcept {
+void ThreadPool::noteEndOfJob(bool hasPaused, std::chrono::nanoseconds time) noexcept {
   pausedJobs += hasPaused ? 1 : 0;
+  timeOfJobs += time;
   if (++countedJobs < jobsToCount)
     return;
-  const auto now = Wakeup::Clock::now();
-  const bool areShort = now - countedSince < jobsToCount * shortJob;
-  countedSince = now;
+  const bool areShort = timeOfJobs < jobsToCount * shortJob;
+  timeOfJobs = {};
   MainRunLoop::shared().setAreJobsWaiting(processorCount() > 1 && areShort &&
                                           pausedJobs >= countedJobs * 3 / 4);
   countedJobs = pausedJobs = 0;

@@ -5,6 +5,7 @@
 #include "platform/foundation/Wakeup.h"
 
 #include <atomic>
+#include <chrono>
 
 class ThreadJob;
 
@@ -40,9 +41,10 @@ private:
   [[nodiscard]] static Sleeper *takeSleeper() noexcept PF_REQUIRES(lock);
   [[nodiscard]] static ThreadJob *takeJob() noexcept;
   /// Whether the thread may take another job: there can be more threads than are needed.
-  [[nodiscard]] static bool jobDone(bool hasPaused) noexcept;
+  [[nodiscard]] static bool jobDone(bool hasPaused, std::chrono::nanoseconds time) noexcept;
   [[nodiscard]] static int threadLimit() noexcept PF_REQUIRES(lock);
-  static void noteEndOfJob(bool hasPaused) noexcept PF_REQUIRES(lock);
+  static void noteEndOfJob(bool hasPaused, std::chrono::nanoseconds time) noexcept
+      PF_REQUIRES(lock);
   static void abandonJobs() noexcept;
   [[nodiscard]] static bool restUntilCalled(Sleeper &self) noexcept;
   static void watch(Sleeper &self) noexcept;
@@ -60,10 +62,11 @@ private:
   static int comingThreads PF_GUARDED_BY(lock);
   /// How many jobs have been taken since the watching thread last looked.
   static int takenJobs PF_GUARDED_BY(lock);
-  /// Of the last few jobs, how many have come to an end or paused, and how many have paused.
+  /// Of the last few jobs, how many have come to an end or paused, how many have paused, and how
+  /// long all of them ran.
   static int countedJobs PF_GUARDED_BY(lock);
   static int pausedJobs PF_GUARDED_BY(lock);
-  static Wakeup::Clock::time_point countedSince PF_GUARDED_BY(lock);
+  static std::chrono::nanoseconds timeOfJobs PF_GUARDED_BY(lock);
   static Sleeper *watcher PF_GUARDED_BY(lock);
   /// The one that fell asleep last in front.
   static Sleeper *firstSleeper PF_GUARDED_BY(lock);
