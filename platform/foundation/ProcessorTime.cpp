@@ -2,10 +2,23 @@
 
 #include <algorithm>
 #include <ctime>
+#include <sched.h>
 #include <thread>
 
+namespace {
+
+int countProcessors() noexcept {
+  cpu_set_t allowed;
+  if (sched_getaffinity(0, sizeof(allowed), &allowed) == 0)
+    return std::max(CPU_COUNT(&allowed), 1);
+  // A set of this size is too small for the machine.
+  return std::max(static_cast<int>(std::thread::hardware_concurrency()), 1);
+}
+
+} // namespace
+
 int processorCount() noexcept {
-  static const int count = std::max(static_cast<int>(std::thread::hardware_concurrency()), 1);
+  static const int count = countProcessors();
   return count;
 }
 
