@@ -21,8 +21,10 @@ FileItem::FileItem(const NSString &path) noexcept
       name_(lastPathComponent(path.view())), listedKind_(FileKind::Unknown), isNameable_(true) {}
 
 bool FileItem::isListedAsPlainFolder() noexcept {
-  return listedKind_ == FileKind::Folder && isNameable_ && listing_->canReachEntries() &&
-         !listing_->mayBeMountPoint(name_);
+  if (!isPlainFolder_)
+    isPlainFolder_ = listedKind_ == FileKind::Folder && isNameable_ &&
+                     listing_->canReachEntries() && !listing_->mayBeMountPoint(name_);
+  return *isPlainFolder_;
 }
 
 FileItem::Existence FileItem::existence() noexcept {

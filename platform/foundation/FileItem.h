@@ -59,6 +59,7 @@ private:
   const std::string_view name_;
   const FileKind listedKind_;
   const bool isNameable_;
+  std::optional<bool> isPlainFolder_;
   bool isExamined_ = false;
   std::optional<FileStatus> status_;
 };
