@@ -52,9 +52,8 @@ std::int16_t numberOf(const char *text) noexcept {
 
 bool isDigits(const char *text) noexcept { return text[std::strspn(text, "0123456789")] == '\0'; }
 
-/// Writes a number with so many digits at least, a minus sign being one; where it ends. This is
-/// what
-/// "%02d" does, in a part of the time.
+/// Writes a number with so many digits at least, a minus sign being one, and answers where it ends.
+/// This is what "%02d" does, in a part of the time.
 char *putNumber(char *text, int number, int width) noexcept {
   if (number < 0) {
     *text++ = '-';

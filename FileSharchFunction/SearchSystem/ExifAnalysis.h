@@ -27,8 +27,7 @@ public:
 
   /// The text of a tag, or null when the file has no such tag, it is empty or of another type than
   /// it should be, or the tag is none of these:
-  /// - 0x9003, the date when the photograph was taken, else, when it has none, when it was
-  /// digitized
+  /// - 0x9003, the date when the photograph was taken, or, when it has none, when it was digitized
   ///   (0x9004), as "2005/07/14 09:05:03". A text that is not a date gives "test", which no
   ///   conversion to a date accepts.
   /// - 0x010E, 0x010F, 0x0110, the description, and the maker and model of the camera.
