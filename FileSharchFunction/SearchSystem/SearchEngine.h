@@ -1,6 +1,5 @@
 #pragma once
 
-#include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
 #include "FileSharchFunction/SearchSystem/ResultMessage.h"
 #include "FileSharchFunction/SearchSystem/ResultPool.h"
 #include "FileSharchFunction/SearchSystem/SearchItem.h"
@@ -22,6 +21,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+class ExifAnalysis;
 
 /// The object that runs a search: it checks the request, chooses the strategy, judges candidates,
 /// delivers results, and tells when all of it has ended. There is at most one at a time, made by
@@ -249,12 +250,12 @@ private:
   /// text alone counts among them. Throws `std::bad_alloc`. Any thread.
   [[nodiscard]] bool meetsContentConditions(SearchItem &item, bool testsPDF,
                                             ContentAnswers &answers) const;
-  void distributeFound(FolderSearch &search) noexcept;
+  /// Distributes the next file that is found; whether there is another.
+  [[nodiscard]] bool distributeFound(FolderSearch &search) noexcept;
 
   void startContentWalk() noexcept;
   /// Poses a query with these conditions to the index; whether it has started.
   [[nodiscard]] bool startQuery(std::vector<Ref<const NSPredicate>> conditions);
-  void reportQueryEnd() noexcept;
   [[nodiscard]] bool isOfAnotherQuery(const NSNotification *notification) const noexcept;
   /// The folder of the search as the query's results write it.
   [[nodiscard]] std::string baseFolder() const;
@@ -295,8 +296,8 @@ private:
   const Ref<const NSString> listFolder_;
   Workers workers_;
   Workers pdfWorkers_;
-  ReservedPerform<SearchEngine> walkEnd_{*this, &SearchEngine::producerEnded};
-  ReservedPerform<SearchEngine> pdfPoolEnd_{*this, &SearchEngine::producerEnded};
+  ReservedPerform<SearchEngine> walkEnd_{*this, &SearchEngine::reportProducerEnd};
+  ReservedPerform<SearchEngine> pdfPoolEnd_{*this, &SearchEngine::reportProducerEnd};
 
   /// While a worker's match is distributed, what the worker has found out about the file.
   ContentAnswers *knownAnswers_ = nullptr;

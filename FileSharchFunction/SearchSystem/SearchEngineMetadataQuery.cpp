@@ -77,17 +77,18 @@ void SearchEngine::spotlightSearch() noexcept {
   try {
     Predicates all = conditions(*_searchPredicate);
     const bool mustMeetAll = _searchPredicate->isAndSearch != 0;
-    if (all.empty() && !mustMeetAll && _isSearching != 0) {
+    if (!all.empty() || mustMeetAll) {
+      if (startQuery(std::move(all)))
+        return;
+    } else if (_isSearching != 0) {
       // The walk alone decides: the query counts as finished.
       ++_endCount;
       return;
     }
-    if (!(all.empty() && !mustMeetAll) && startQuery(std::move(all)))
-      return;
   } catch (...) {
     // Memory is short: a query that cannot be posed is one that refuses to start.
   }
-  reportQueryEnd();
+  reportProducerEnd();
 }
 
 bool SearchEngine::startQuery(Predicates all) {
@@ -104,11 +105,6 @@ bool SearchEngine::startQuery(Predicates all) {
     return false;
   _isSearching = _isSearchSpotlight = 1;
   return true;
-}
-
-void SearchEngine::reportQueryEnd() noexcept {
-  const ResultMessage end;
-  searchResultDistribution(&end);
 }
 
 void SearchEngine::getSpotlightResult(const NSNotification *notification) noexcept {
@@ -153,7 +149,7 @@ void SearchEngine::stopSpotlight(const NSNotification *notification) noexcept {
   picUpResultData();
   _isSearchSpotlight = 0;
   if (std::exchange(_isStopSpotligth, 1) == 0)
-    reportQueryEnd();
+    reportProducerEnd();
 }
 
 bool SearchEngine::isOfAnotherQuery(const NSNotification *notification) const noexcept {

@@ -79,7 +79,7 @@ void SearchEngine::manualSearchPool(const NSString *folder) noexcept {
     walkEnd_.schedule(delayOfProducerEnd);
 }
 
-void SearchEngine::producerEnded() {
+void SearchEngine::reportProducerEnd() noexcept {
   const ResultMessage end;
   searchResultDistribution(&end);
 }
