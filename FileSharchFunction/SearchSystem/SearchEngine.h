@@ -160,9 +160,14 @@ private:
     const int type;
     const Conditions conditions;
     const TakePath pool;
+    /// Files are judged by what the listing tells alone, whatever is done with those found before.
+    const bool judgesByListing;
     std::optional<TextPattern> name;
     std::optional<DirectoryListing> listing;
     std::size_t nextInList = 0;
+    /// Files that are to be handed over together, and how many of them have been.
+    std::vector<Ref<const NSString>> found;
+    std::size_t handedOver = 0;
     ResultMessage message;
     ContentAnswers answers;
   };
@@ -209,9 +214,13 @@ private:
 
   void searchFolder(const NSString *folder, int type, Conditions conditions,
                     TakePath pool) noexcept;
-  /// These answer false when the search has paused.
+  /// Goes through the entries; false when the search has paused.
   [[nodiscard]] bool searchEntries(FolderSearch &search);
-  [[nodiscard]] bool searchItem(FolderSearch &search, SearchItem &item) noexcept;
+  /// Adds the item to what is found, or, if it is a folder to search, to the pool.
+  void searchItem(FolderSearch &search, SearchItem &item) noexcept;
+  [[nodiscard]] bool canLookAhead(const FolderSearch &search) const noexcept;
+  /// Waits until what is found has been distributed; false when the search pauses for that.
+  [[nodiscard]] bool handOver(FolderSearch &search) noexcept;
   [[nodiscard]] bool meetsAll(FolderSearch &search, SearchItem &item) const;
   [[nodiscard]] bool meetsAny(FolderSearch &search, SearchItem &item) const;
   [[nodiscard]] bool meetsContent(FolderSearch &search, SearchItem &item) const;
@@ -236,7 +245,8 @@ private:
     if (const Worker *const worker = Worker::current(); worker == nullptr || !worker->isPaused())
       ThreadJob::performAtExit(toldEnd<pool>, this);
   }
-  void producerEnded();
+  /// The walk, the pool or the query has ended.
+  void reportProducerEnd() noexcept;
 
   void defer(Deferred deferred) noexcept;
   void distribute(const ResultMessage &message) noexcept;

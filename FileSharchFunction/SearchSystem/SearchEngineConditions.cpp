@@ -5,6 +5,9 @@
 
 namespace {
 
+/// So many files wait together to be handed over at most.
+constexpr std::size_t mostFound = 64;
+
 bool hasText(const NSString *text) noexcept { return text != nullptr && text->length() != 0; }
 
 } // namespace
@@ -18,6 +21,9 @@ SearchEngine::FolderSearch::FolderSearch(SearchEngine &searchEngine, const NSStr
                                          TakePath poolOfSubFolders)
     : engine(searchEngine), record(*searchEngine._searchPredicate), folder(searchedFolder),
       type(filterType), conditions(conditionsOnFile), pool(poolOfSubFolders),
+      judgesByListing(record.modDateStart == nullptr && record.modDateEnd == nullptr &&
+                      engine.isPDFSearch() == 0 && engine.isExifSearch() == 0 &&
+                      engine.isTokenDateSearch() == 0),
       listing(record.fileList == nullptr && folder ? DirectoryListing::open(folder->view())
                                                    : std::nullopt) {
   if (hasText(record.nameKeyword))
@@ -61,45 +67,53 @@ bool SearchEngine::searchEntries(FolderSearch &search) {
       if (path == nullptr)
         continue;
       SearchItem item(*path);
-      if (!searchItem(search, item))
+      searchItem(search, item);
+      if (!handOver(search))
         return false;
     }
     return true;
   }
-  if (!search.listing)
-    return true;
-  while (const std::optional<DirectoryEntry> entry = search.listing->next()) {
-    if (_bCancel != 0)
+  while (search.listing && _bCancel == 0) {
+    const std::optional<DirectoryEntry> entry = search.listing->next();
+    if (!entry)
       break;
     SearchItem item(*search.folder, *search.listing, *entry);
-    if (!searchItem(search, item))
+    searchItem(search, item);
+    if (!canLookAhead(search) && !handOver(search))
       return false;
   }
-  return true;
+  return handOver(search);
 }
 
-bool SearchEngine::searchItem(FolderSearch &search, SearchItem &item) noexcept {
+bool SearchEngine::canLookAhead(const FolderSearch &search) const noexcept {
+  return search.judgesByListing && search.found.size() < mostFound &&
+         search.listing->isNextRegularFile();
+}
+
+bool SearchEngine::handOver(FolderSearch &search) noexcept {
+  if (search.found.empty())
+    return true;
+  _returnCount += static_cast<int>(search.found.size());
+  return ThreadJob::performAndGoOn(
+      [](void *target) {
+        auto &paused = *static_cast<FolderSearch *>(target);
+        return paused.engine.distributeFound(paused);
+      },
+      &search);
+}
+
+void SearchEngine::searchItem(FolderSearch &search, SearchItem &item) noexcept {
   try {
     char isFolder = 0;
     if (defaultFilter(item, search.type, &isFolder) == 0) {
       if (isFolder != 0 && search.record.checkSubFolder != 0 && isAlias(item) == 0)
         performOnMainThread([engine = Ref<SearchEngine>(this), pool = search.pool,
                              path = item.path()] { ((*engine).*pool)(path.get()); });
-      return true;
+    } else if ((this->*search.conditions)(search, item)) {
+      search.found.push_back(item.path());
     }
-    if (!(this->*search.conditions)(search, item))
-      return true;
-    search.message.ResultData = item.path();
-    ++_returnCount;
-    return ThreadJob::performAndGoOn(
-        [](void *found) {
-          auto *const paused = static_cast<FolderSearch *>(found);
-          paused->engine.distributeFound(*paused);
-        },
-        &search);
   } catch (...) {
     // Memory is short: this item is passed over, and the next may fare better.
-    return true;
   }
 }
 

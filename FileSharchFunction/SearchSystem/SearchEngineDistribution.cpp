@@ -34,13 +34,21 @@ void SearchEngine::searchResultDistribution(const ResultMessage *message) noexce
   isDistributing_ = false;
 }
 
-void SearchEngine::distributeFound(FolderSearch &search) noexcept {
+bool SearchEngine::distributeFound(FolderSearch &search) noexcept {
+  search.message.ResultData = std::move(search.found[search.handedOver++]);
   const bool isOutermost = !isDistributing_;
   if (isOutermost)
     knownAnswers_ = &search.answers;
   searchResultDistribution(&search.message);
   if (isOutermost)
     knownAnswers_ = nullptr;
+  const std::size_t left = search.found.size() - search.handedOver;
+  if (left > 0 && _bCancel == 0)
+    return true;
+  _returnCount -= static_cast<int>(left);
+  search.found.clear();
+  search.handedOver = 0;
+  return false;
 }
 
 void SearchEngine::defer(Deferred deferred) noexcept {

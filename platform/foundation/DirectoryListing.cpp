@@ -79,6 +79,11 @@ std::optional<DirectoryListing> DirectoryListing::open(std::string_view path) {
                           std::move(buffer));
 }
 
+bool DirectoryListing::isNextRegularFile() const noexcept {
+  return position_ < filled_ &&
+         reinterpret_cast<const dirent64 *>(buffer_.get() + position_)->d_type == DT_REG;
+}
+
 std::optional<DirectoryEntry> DirectoryListing::next() noexcept {
   for (;;) {
     if (position_ == filled_) {

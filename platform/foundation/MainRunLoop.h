@@ -82,7 +82,7 @@ private:
 /// `Perform.h` what the library calls.
 ///
 /// Ownership: one per process, never destroyed; owns nothing that is posted.
-/// Threads: `post`, `stop`, `beginActivity`, `endActivity` and `isMainThread` any; all else main.
+/// Threads: `post`, `stop`, `isMainThread` and what counts activities any; all else main.
 class MainRunLoop {
 public:
   using Clock = std::chrono::steady_clock;
@@ -104,8 +104,8 @@ public:
   /// Wakes the main thread if it sleeps while there is work.
   void wakeForWork() noexcept;
 
-  /// Whether jobs hand over work that they wait for all the time, so that the main thread had
-  /// better not sleep in between.
+  /// Whether a few jobs hand over work that they wait for all the time, so that the main thread,
+  /// which has a processor to itself then, had better not sleep in between.
   void setAreJobsWaiting(bool areWaiting) noexcept {
     areJobsWaiting_.store(areWaiting, std::memory_order_relaxed);
   }
@@ -124,6 +124,9 @@ public:
   /// still to come. The last end is called on the main thread.
   void beginActivity() noexcept;
   void endActivity() noexcept;
+  [[nodiscard]] int activities() const noexcept {
+    return activities_.load(std::memory_order_relaxed);
+  }
 
   /// Runs what was due at the beginning, for 8 ms at most; whether there was anything.
   bool dispatch() noexcept;

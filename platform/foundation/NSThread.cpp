@@ -17,15 +17,18 @@ void ThreadJob::performAtExit(Action action, void *target) noexcept {
     return;
   }
   currentJob->exitAction_ = action;
-  currentJob->exitTarget_ = target;
+  currentJob->target_ = target;
 }
 
-bool ThreadJob::performAndGoOn(Action action, void *target) noexcept {
+bool ThreadJob::performAndGoOn(Turn turn, void *target) noexcept {
   if (currentJob == nullptr || !currentJob->hasThread_) {
-    performOnMainThreadAndWait([&] { action(target); });
+    bool goesOn = true;
+    while (goesOn)
+      performOnMainThreadAndWait([&] { goesOn = turn(target); });
     return true;
   }
-  performAtExit(action, target);
+  currentJob->turn_ = turn;
+  currentJob->target_ = target;
   currentJob->isPaused_ = true;
   return false;
 }
@@ -43,16 +46,24 @@ void ThreadJob::execute() noexcept {
 }
 
 void ThreadJob::run() {
-  if (!hasThread_)
+  if (!hasThread_) {
     execute();
-  else if (const Action action = std::exchange(exitAction_, nullptr))
-    action(exitTarget_);
+  } else if (const Turn turn = std::exchange(turn_, nullptr)) {
+    if (turn(target_))
+      turn_ = turn;
+  } else if (const Action action = std::exchange(exitAction_, nullptr)) {
+    action(target_);
+  }
 }
 
 void ThreadJob::finished() noexcept {
   MainRunLoop &loop = MainRunLoop::shared();
   if (!std::exchange(hasThread_, true)) {
     // The body has just run here. As with a thread, its end comes after all that it has posted.
+    loop.post(*this);
+    return;
+  }
+  if (turn_ != nullptr) {
     loop.post(*this);
     return;
   }

@@ -21,11 +21,14 @@ public:
   /// action and waits until that is done.
   static void performAtExit(Action action, void *target) noexcept;
 
-  /// Has the main thread call `action` and waits until that is done. A job that runs on a thread
-  /// of its own waits by pausing: this answers false, `main` must return, and is called once more
-  /// afterwards, so that no thread sleeps meanwhile. Elsewhere the action has been performed when
-  /// this answers true.
-  [[nodiscard]] static bool performAndGoOn(Action action, void *target) noexcept;
+  /// One of the calls for which a job waits; whether there is to be another.
+  using Turn = bool (*)(void *target);
+
+  /// Has the main thread call `turn`, each time in a turn of its loop, until it answers false, and
+  /// waits for that. A job that runs on a thread of its own waits by pausing: this answers false,
+  /// `main` must return, and is called once more afterwards, so that no thread sleeps meanwhile.
+  /// Elsewhere all calls have been made when this answers true.
+  [[nodiscard]] static bool performAndGoOn(Turn turn, void *target) noexcept;
 
   /// The job that the calling thread runs, or null.
   [[nodiscard]] static ThreadJob *current() noexcept;
@@ -58,7 +61,8 @@ private:
   void finished() noexcept final;
 
   Action exitAction_ = nullptr;
-  void *exitTarget_ = nullptr;
+  Turn turn_ = nullptr;
+  void *target_ = nullptr;
   bool hasThread_ = false;
   bool isPaused_ = false;
 };

@@ -46,15 +46,10 @@ std::chrono::nanoseconds ThreadPool::timeOfJobs{};
 ThreadPool::Sleeper *ThreadPool::watcher = nullptr;
 ThreadPool::Sleeper *ThreadPool::firstSleeper = nullptr;
 
-int ThreadPool::threadLimit() noexcept {
-  return MainRunLoop::shared().areJobsWaiting() ? std::max(mostBusyThreads - 1, 1)
-                                                : mostBusyThreads;
-}
-
 bool ThreadPool::needsThread() noexcept {
   if (jobs.isEmpty() || comingThreads > 0)
     return false;
-  return busyThreads < threadLimit() || watcher == nullptr;
+  return busyThreads < mostBusyThreads || watcher == nullptr;
 }
 
 bool ThreadPool::add(ThreadJob &job) noexcept {
@@ -138,7 +133,7 @@ ThreadJob *ThreadPool::takeJob() noexcept {
   Sleeper *sleeper = nullptr;
   {
     const LockGuard guard(lock);
-    if (jobs.isEmpty() || busyThreads >= threadLimit())
+    if (jobs.isEmpty() || busyThreads >= mostBusyThreads)
       return nullptr;
     job = static_cast<ThreadJob *>(jobs.takeUpTo(0));
     hasJobs.store(!jobs.isEmpty(), std::memory_order_relaxed);
@@ -160,7 +155,7 @@ bool ThreadPool::jobDone(bool hasPaused, std::chrono::nanoseconds time) noexcept
   --busyThreads;
   ++comingThreads;
   noteEndOfJob(hasPaused, time);
-  return busyThreads + comingThreads <= threadLimit();
+  return busyThreads + comingThreads <= mostBusyThreads;
 }
 
 void ThreadPool::noteEndOfJob(bool hasPaused, std::chrono::nanoseconds time) noexcept {
@@ -170,8 +165,9 @@ void ThreadPool::noteEndOfJob(bool hasPaused, std::chrono::nanoseconds time) noe
     return;
   const bool areShort = timeOfJobs < jobsToCount * shortJob;
   timeOfJobs = {};
-  MainRunLoop::shared().setAreJobsWaiting(processorCount() > 1 && areShort &&
-                                          pausedJobs >= countedJobs * 3 / 4);
+  MainRunLoop &loop = MainRunLoop::shared();
+  loop.setAreJobsWaiting(areShort && pausedJobs >= countedJobs * 3 / 4 &&
+                         loop.activities() < processorCount());
   countedJobs = pausedJobs = 0;
 }
 
@@ -191,7 +187,7 @@ bool ThreadPool::restUntilCalled(Sleeper &self) noexcept {
   bool watches = false;
   {
     const LockGuard guard(lock);
-    if (!jobs.isEmpty() && busyThreads + comingThreads <= threadLimit())
+    if (!jobs.isEmpty() && busyThreads + comingThreads <= mostBusyThreads)
       return true;
     --comingThreads;
     self.isCalled = false;

@@ -17,7 +17,7 @@ class ThreadJob;
 /// watches instead, and joins in when it sees after half a millisecond that jobs are waiting and
 /// processors idle, because the busy threads wait for a disk. As long as there are jobs in the
 /// queue, some thread is on its way to it or watches. While most jobs pause for the main thread
-/// after a few microseconds, one processor is left to that.
+/// after a few microseconds, and are so few that it has a processor to itself, neither side sleeps.
 /// A thread that finds nothing to do for a while ends.
 ///
 /// Ownership: borrows the jobs. Threads: any, unless said otherwise; never destroyed.
@@ -42,7 +42,6 @@ private:
   [[nodiscard]] static ThreadJob *takeJob() noexcept;
   /// Whether the thread may take another job: there can be more threads than are needed.
   [[nodiscard]] static bool jobDone(bool hasPaused, std::chrono::nanoseconds time) noexcept;
-  [[nodiscard]] static int threadLimit() noexcept PF_REQUIRES(lock);
   static void noteEndOfJob(bool hasPaused, std::chrono::nanoseconds time) noexcept
       PF_REQUIRES(lock);
   static void abandonJobs() noexcept;

@@ -116,7 +116,7 @@ TEST_F(NSThreadTest, JobsPauseWhileTheMainThreadActs) {
   int actions = 0;
   const auto count = [](void *number) {
     EXPECT_TRUE(MainRunLoop::shared().isMainThread());
-    ++*static_cast<int *>(number);
+    return ++*static_cast<int *>(number) % 3 != 0;
   };
   EXPECT_TRUE(ThreadJob::performAndGoOn(count, &actions)) << "at once on the main thread";
   for (int i = 0; i < jobs; ++i)
@@ -127,7 +127,7 @@ TEST_F(NSThreadTest, JobsPauseWhileTheMainThreadActs) {
       EXPECT_TRUE(ThreadJob::current()->isPaused());
     }).start();
   finishJobs();
-  EXPECT_EQ(actions, 1 + jobs * pausesOfEach);
+  EXPECT_GE(actions, 3 + jobs * pausesOfEach);
   EXPECT_EQ(log, "exit ended exit ended exit ended ");
 }
 
