@@ -5,17 +5,16 @@ Prints tables in Markdown. The exit code tells whether all programs gave the sam
 on time or space makes it fail, since the machine may be busy.
 """
 
-import argparse
 import os
-import pathlib
 import shutil
 import sys
-import tempfile
 
-from measuring import Series, ToolError, figures, run, side_by_side, timed
+from comparison import (Report, add_scratch_options, compare, measure_in_scratch, option_parser,
+                        print_machine, print_table)
+from measuring import Series, figures, run, side_by_side, timed
 from programs import EXTENSIONS, WORD, Program, installed, programs
-from walk import ROOT, Report, Trees, build, compare, print_machine, print_table
 
+PROGRAMS = ["ssfind", "make_tree", "listing_floor", "run_timed"]
 # What the index may take on the disk, per name that it records.
 MOST_BYTES_PER_ENTRY = 64
 
@@ -29,8 +28,11 @@ class Cache:
         self.clear()
 
     def clear(self):
-        shutil.rmtree(self.folder, ignore_errors=True)
+        self.remove()
         self.folder.mkdir(mode=0o700)
+
+    def remove(self):
+        shutil.rmtree(self.folder, ignore_errors=True)
 
     def size(self):
         return sum(path.stat().st_size for path in self.folder.rglob("*") if path.is_file())
@@ -88,8 +90,15 @@ def measure_plocate(tools, by_name, tree, scratch, rounds):
 
 
 def measure(options, tools, trees):
-    report = Report()
     cache = Cache(trees.scratch)
+    try:
+        return measure_with(cache, options, tools, trees)
+    finally:
+        cache.remove()
+
+
+def measure_with(cache, options, tools, trees):
+    report = Report()
     few = trees.make("few", entries=options.entries)
     print_machine(tools, 0)
     by_name = searches(tools)
@@ -112,43 +121,16 @@ def measure(options, tools, trees):
         compare(report, f"Name, second search in {5 * options.entries:,} entries", tools,
                 trees.scratch, by_name, large, options.rounds)
         measure_plocate(tools, by_name, large, trees.scratch, options.rounds)
-    report.print_limits()
-    print(f"Load at the end {os.getloadavg()[0]:.1f}")
-    return 1 if report.answers_differ else 0
-
-
-def parse_options():
-    parser = argparse.ArgumentParser(description=__doc__.partition("\n")[0])
-    default_scratch = pathlib.Path(tempfile.gettempdir()) / "searchsystem-bench"
-    parser.add_argument("--entries", type=int, default=200_000, help="of the tree (%(default)s)")
-    parser.add_argument("--rounds", type=int, default=9, help="runs of each program (%(default)s)")
-    parser.add_argument("--no-large", dest="large", action="store_false",
-                        help="leave out the tree with five times the entries")
-    parser.add_argument("--keep", action="store_true", help="keep the trees for the next run")
-    parser.add_argument("--build-dir", type=pathlib.Path, default=ROOT / "build" / "bench",
-                        help="where to build (%(default)s)")
-    parser.add_argument("scratch", nargs="?", type=pathlib.Path, default=default_scratch,
-                        help="folder for the trees (%(default)s)")
-    return parser.parse_args()
+    return report.finish()
 
 
 def main():
-    options = parse_options()
-    scratch = options.scratch.resolve()
-    scratch.mkdir(parents=True, exist_ok=True)
-    try:
-        trees = Trees(build(options.build_dir.resolve()), scratch)
-        try:
-            return measure(options, trees.tools, trees)
-        finally:
-            shutil.rmtree(scratch / "cache", ignore_errors=True)
-            if not options.keep:
-                trees.remove()
-    except ToolError as error:
-        print(f"index.py: {error}", file=sys.stderr)
-        return 2
-    except KeyboardInterrupt:
-        return 130
+    parser = option_parser(__doc__)
+    parser.add_argument("--entries", type=int, default=200_000, help="of the tree (%(default)s)")
+    parser.add_argument("--no-large", dest="large", action="store_false",
+                        help="leave out the tree with five times the entries")
+    add_scratch_options(parser, "trees", "searchsystem-bench", rounds=9)
+    return measure_in_scratch(parser.parse_args(), PROGRAMS, "make_tree", measure)
 
 
 if __name__ == "__main__":

@@ -1,8 +1,11 @@
 // Makes documents of the layout that the PDF reader knows: an index of pages, each with a content
 // stream of text shown by hexadecimal strings. The same parameters make the same documents.
 
+#include "bench/Random.h"
+
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -28,23 +31,6 @@ struct Parameters {
     return "version=1 files=" + std::to_string(files) + " matches=" + std::to_string(matches) +
            " pages=" + std::to_string(mostPages) + " text=" + std::to_string(beginsWithText) + "\n";
   }
-};
-
-/// The splitmix64 generator.
-class Random {
-public:
-  explicit Random(std::uint64_t seed) : state_(seed) {}
-
-  std::uint64_t next() {
-    std::uint64_t value = state_ += 0x9E3779B97F4A7C15;
-    value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9;
-    value = (value ^ (value >> 27)) * 0x94D049BB133111EB;
-    return value ^ (value >> 31);
-  }
-  std::uint64_t below(std::uint64_t limit) { return next() % limit; }
-
-private:
-  std::uint64_t state_;
 };
 
 constexpr std::array<std::string_view, 40> words{
@@ -74,7 +60,7 @@ std::string lineOfWords(Random &random, bool holdsKeyword) {
       line += keyword;
       holdsKeyword = false;
     } else {
-      line += words[random.below(words.size())];
+      line += random.oneOf(words);
     }
     line += ' ';
   }

@@ -1,6 +1,8 @@
 // Makes a tree of empty files whose names, kinds and dates look like an image library's. The same
 // parameters make the same tree, so that runs on different days and machines can be compared.
 
+#include "bench/Random.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -13,7 +15,6 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -39,28 +40,6 @@ struct Parameters {
     return "version=1 entries=" + std::to_string(entries) + " folders=" + std::to_string(folders) +
            " matches=" + std::to_string(matches) + " depth=" + std::to_string(depth) + "\n";
   }
-};
-
-using Choices = std::span<const std::string_view>;
-
-/// The splitmix64 generator.
-class Random {
-public:
-  explicit Random(std::uint64_t seed) : state_(seed) {}
-
-  std::uint64_t next() {
-    std::uint64_t value = state_ += 0x9E3779B97F4A7C15;
-    value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9;
-    value = (value ^ (value >> 27)) * 0x94D049BB133111EB;
-    return value ^ (value >> 31);
-  }
-  std::uint64_t below(std::uint64_t limit) { return next() % limit; }
-  bool isOneIn(std::uint64_t count) { return below(count) == 0; }
-  bool isBelow(double chance) { return static_cast<double>(next() >> 11) * 0x1p-53 < chance; }
-  std::string_view oneOf(Choices choices) { return choices[below(choices.size())]; }
-
-private:
-  std::uint64_t state_;
 };
 
 constexpr std::array<std::string_view, 20> fileWords{"IMG_",        "IMG_",
@@ -99,12 +78,12 @@ struct NameKind {
 
 std::string fileName(Random &random, NameKind kind, std::uint64_t number) {
   std::string word(kind.hasDot ? "." : "");
-  word += random.oneOf(kind.hasBeach ? Choices(beforeBeach) : Choices(fileWords));
+  word += random.oneOf(kind.hasBeach ? Random::Choices(beforeBeach) : Random::Choices(fileWords));
   if (kind.hasBeach)
     word += random.oneOf(beaches);
   return numbered(word, number)
-      .append(
-          random.oneOf(kind.isSearched ? Choices(searchedExtensions) : Choices(otherExtensions)));
+      .append(random.oneOf(kind.isSearched ? Random::Choices(searchedExtensions)
+                                           : Random::Choices(otherExtensions)));
 }
 
 struct Folder {

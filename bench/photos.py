@@ -6,32 +6,17 @@ Prints tables in Markdown. The exit code tells whether all programs gave the sam
 on time makes it fail, since the machine may be busy.
 """
 
-import argparse
-import os
-import pathlib
 import sys
-import tempfile
 
-from measuring import ToolError, run
+from comparison import (Report, add_scratch_options, compare, measure_in_scratch, option_parser,
+                        print_table)
 from programs import FOLDER, Program, installed
-from walk import TARGETS, Report, Trees, build, compare, print_table
 
-TARGETS |= {"make_photos": "bench", "read_floor": "bench"}
+PROGRAMS = ["ssfind", "make_photos", "read_floor", "run_timed"]
 THREADS = 5
 YEAR = "2019"
 TEXT_TAGS = ["Exif.Image.ImageDescription", "Exif.Image.Make", "Exif.Image.Model",
              "Exif.Photo.UserComment"]
-
-
-class Photos(Trees):
-    """Folders of photographs, made where they are missing."""
-
-    def __init__(self, tools, scratch):
-        super().__init__({**tools, "make_tree": tools["make_photos"]}, scratch)
-
-    def make(self, name, **parameters):
-        folder = self.scratch / name
-        return folder if folder.exists() else super().make(name, **parameters)
 
 
 def exiftool(condition):
@@ -90,8 +75,8 @@ def measure(options, tools, photos):
                       taken=0.01)
     half = photos.make("half", jpegs=options.jpegs, tiffs=options.jpegs // 10, keyword=0.01,
                        taken=0.5)
-    flat = photos.make("flat", **{"jpegs": options.jpegs, "tiffs": 0, "keyword": 0.01,
-                                  "taken": 0.01, "per-folder": options.jpegs})
+    flat = photos.make("flat", jpegs=options.jpegs, tiffs=0, keyword=0.01, taken=0.01,
+                       per_folder=options.jpegs)
     by_keyword, by_date = searches(tools, True), searches(tools, False)
     floor = f"floor, {THREADS} threads"
     for title, programs, folder, most in (
@@ -107,38 +92,18 @@ def measure(options, tools, photos):
     without_peers = [program for program in by_date if not program.is_peer]
     series, _ = compare(report, "All photographs in one folder", tools, photos.scratch,
                         without_peers, flat, options.rounds)
+    ratio = series["ssfind"].median() / series["floor, 1 threads"].median()
     print_table(["one folder, one worker", "times the floor with one thread", "lr"],
-                [["shooting date", f"{series['ssfind'].median() / series['floor, 1 threads'].median():.2f}"]])
-    report.print_limits()
-    print(f"Load at the end {os.getloadavg()[0]:.1f}")
-    return 1 if report.answers_differ else 0
+                [["shooting date", f"{ratio:.2f}"]])
+    return report.finish()
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.partition("\n")[0])
+    parser = option_parser(__doc__)
     parser.add_argument("--jpegs", type=int, default=20_000, help="and a tenth as many TIFF files")
-    parser.add_argument("--rounds", type=int, default=5)
-    parser.add_argument("--keep", action="store_true", help="keep the files for the next run")
-    parser.add_argument("--build-dir", type=pathlib.Path,
-                        default=pathlib.Path(__file__).resolve().parent.parent / "build" / "bench")
-    parser.add_argument("scratch", nargs="?", type=pathlib.Path,
-                        default=pathlib.Path(tempfile.gettempdir()) / "searchsystem-photos")
-    options = parser.parse_args()
-    scratch = options.scratch.resolve()
-    scratch.mkdir(parents=True, exist_ok=True)
-    try:
-        tools = build(options.build_dir.resolve())
-        photos = Photos(tools, scratch)
-        try:
-            return measure(options, tools, photos)
-        finally:
-            if not options.keep:
-                photos.remove()
-    except ToolError as error:
-        print(f"photos.py: {error}", file=sys.stderr)
-        return 2
-    except KeyboardInterrupt:
-        return 130
+    add_scratch_options(parser, "files", "searchsystem-photos", rounds=5)
+    return measure_in_scratch(parser.parse_args(), PROGRAMS, "make_photos", measure,
+                              takes_existing=True)
 
 
 if __name__ == "__main__":

@@ -5,58 +5,19 @@ Prints tables in Markdown. The exit code tells whether all programs gave the sam
 on time or memory makes it fail, since the machine may be busy.
 """
 
-import argparse
 import contextlib
 import os
-import pathlib
-import platform
-import shutil
 import subprocess
 import sys
-import tempfile
 
-from measuring import Series, ToolError, answer, figures, run, side_by_side, timed
-from programs import installed, missing_packages, programs
+from comparison import (Report, add_scratch_options, compare, measure_in_scratch, option_parser,
+                        print_machine, print_table)
+from measuring import Series, figures, run, side_by_side, timed
+from programs import programs
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
-TARGETS = {"ssfind": "hosts/ssfind", "make_tree": "bench", "listing_floor": "bench",
-           "run_timed": "bench", "search_host": "bench"}
+PROGRAMS = ["ssfind", "make_tree", "listing_floor", "run_timed", "search_host"]
 # From the end of the walk, and from there to the end of the search.
 CANCEL_DELAYS_MS = 1000 + 500
-
-
-def build(folder):
-    if not (folder / "CMakeCache.txt").exists():
-        run(["cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
-             "-DSEARCHSYSTEM_BENCHMARKS=ON"], stderr=subprocess.PIPE)
-    run(["cmake", "--build", folder, "--target", *TARGETS], stderr=subprocess.PIPE)
-    return {name: folder / place / name for name, place in TARGETS.items()}
-
-
-class Trees:
-    """The trees that are searched, made where they are missing."""
-
-    def __init__(self, tools, scratch):
-        self.tools = tools
-        self.scratch = scratch
-        self.made = []
-
-    def make(self, name, **parameters):
-        folder = self.scratch / name
-        existed = folder.exists()
-        options = [part for key, value in parameters.items() for part in (f"--{key}", value)]
-        try:
-            run([self.tools["make_tree"], folder, *options])
-        finally:
-            if not existed:
-                self.made.append(folder)
-        return folder
-
-    def remove(self):
-        for folder in self.made:
-            shutil.rmtree(folder, ignore_errors=True)
-        if self.made and not any(self.scratch.iterdir()):
-            self.scratch.rmdir()
 
 
 @contextlib.contextmanager
@@ -70,72 +31,6 @@ def kept_busy(count):
         for other in others:
             other.kill()
             other.wait()
-
-
-def print_table(head, rows):
-    """`head` ends with how its columns stand: l or r for each."""
-    *head, alignment = head
-    print()
-    for row in [head, ["---:" if side == "r" else "---" for side in alignment], *rows]:
-        print("| " + " | ".join(row) + " |")
-    print(flush=True)
-
-
-class Report:
-    """The limits, and whether all answers were the same."""
-
-    def __init__(self):
-        self.limits = []
-        self.answers_differ = False
-
-    def limit(self, what, most, value, unit="", note=""):
-        verdict = "PASS" if value <= most else "FAIL"
-        digits = 2 if unit in ("", "MB") else 0 if unit == "wake-ups" else 1
-        self.limits.append([what, f"{most:g} {unit}".strip(), f"{value:.{digits}f} {unit}".strip(),
-                            verdict, note])
-
-    def print_limits(self):
-        print("## Limits")
-        print_table(["what", "at most", "measured", "", "note", "lrrll"], self.limits)
-
-
-def check_answers(report, tools, scratch, searches, folder):
-    """Compares all answers with the first one, and returns that."""
-    answers = {search.label: answer(tools, search.on(folder), scratch)
-               for search in searches if search.gives_paths}
-    labels = list(answers)
-    expected = answers[labels[0]]
-    different = [label for label in labels[1:] if answers[label] != expected]
-    if not different:
-        print(f"The same {len(expected):,} paths from {', '.join(labels)}.")
-    for label in different:
-        report.answers_differ = True
-        missing = set(expected) - set(answers[label])
-        surplus = set(answers[label]) - set(expected)
-        print(f"ANSWERS DIFFER: {label} has {len(answers[label]):,} lines, {labels[0]} "
-              f"{len(expected):,}; it lacks {len(missing):,} and has {len(surplus):,} of its own, "
-              f"as in {sorted(missing | surplus)[:3]}")
-    return expected
-
-
-def compare(report, title, tools, scratch, searches, folder, rounds):
-    """One search by all programs; returns the series of each, and the paths found."""
-    print(f"## {title}\n")
-    paths = check_answers(report, tools, scratch, searches, folder)
-    # To list the folders once more is all the warming that the floor still needs.
-    for search in searches:
-        if not search.gives_paths:
-            run(search.on(folder))
-    series = side_by_side({search.label: timed(tools, search.on(folder)) for search in searches},
-                          rounds)
-    ours = series["ssfind"]
-    print_table(
-        ["program", "median ms", "least ms", "least CPU ms", "peak MB", "ssfind / it, medians",
-         "ssfind / it, least", "lrrrrrr"],
-        [[label, f"{one.median():.1f}", f"{one.minimum():.1f}", f"{one.minimum('cpu_ms'):.1f}",
-          f"{one.median('peak_kib') / 1024:.1f}", f"{ours.median() / one.median():.2f}",
-          f"{ours.minimum() / one.minimum():.2f}"] for label, one in series.items()])
-    return series, paths
 
 
 def limit_ratios(report, what, series, searches, most_of_peer, most_of_floor=None):
@@ -215,20 +110,6 @@ def measure_memory(report, tools, few, many, paths_of_many, flat):
                      [os.fsencode(entry.path) for entry in os.scandir(flat) if entry.is_dir()])
 
 
-def print_machine(tools, busy):
-    model = next((line.partition(":")[2].strip() for line in open("/proc/cpuinfo", encoding="utf-8")
-                  if line.startswith("model name")), platform.machine())
-    print(f"{model}, {os.cpu_count()} processors, Linux {platform.release()}, "
-          f"load {os.getloadavg()[0]:.1f}"
-          + (f", kept busy by {busy} programs" if busy else ""))
-    for name in [tools["ssfind"], installed("fdfind", "fd"), installed("bfs"), installed("find")]:
-        if name:
-            print(run([name, "--version"]).partition("\n")[0])
-    if missing := missing_packages():
-        print(f"Not installed, and so not measured: {', '.join(missing)}", file=sys.stderr)
-    print()
-
-
 def measure(options, tools, trees):
     report = Report()
     entries, rounds = options.entries, options.rounds
@@ -263,47 +144,24 @@ def measure(options, tools, trees):
     folders = entries // 2
     flat = trees.make("flat", entries=folders + 1, folders=folders, depth=1, matches=0)
     measure_memory(report, tools, few, many, paths_of_many, flat)
-    report.print_limits()
-    print(f"Load at the end {os.getloadavg()[0]:.1f}")
-    return 1 if report.answers_differ else 0
+    return report.finish()
 
 
-def parse_options():
-    parser = argparse.ArgumentParser(description=__doc__.partition("\n")[0])
-    default_scratch = pathlib.Path(tempfile.gettempdir()) / "searchsystem-bench"
-    parser.add_argument("--entries", type=int, default=200_000, help="of the tree (%(default)s)")
-    parser.add_argument("--rounds", type=int, default=9, help="runs of each program (%(default)s)")
-    parser.add_argument("--busy", type=int, default=0, metavar="N",
-                        help="let so many other programs compete for the processors")
-    parser.add_argument("--keep", action="store_true", help="keep the trees for the next run")
-    parser.add_argument("--build-dir", type=pathlib.Path, default=ROOT / "build" / "bench",
-                        help="where to build (%(default)s)")
-    parser.add_argument("scratch", nargs="?", type=pathlib.Path, default=default_scratch,
-                        help="folder for the trees (%(default)s)")
-    options = parser.parse_args()
-    if options.entries < 1000 or options.rounds < 1:
-        parser.error("at least 1000 entries and one round are needed")
-    return options
+def measure_while_busy(options, tools, trees):
+    with kept_busy(options.busy):
+        return measure(options, tools, trees)
 
 
 def main():
-    options = parse_options()
-    scratch = options.scratch.resolve()
-    scratch.mkdir(parents=True, exist_ok=True)
-    try:
-        tools = build(options.build_dir.resolve())
-        trees = Trees(tools, scratch)
-        try:
-            with kept_busy(options.busy):
-                return measure(options, tools, trees)
-        finally:
-            if not options.keep:
-                trees.remove()
-    except ToolError as error:
-        print(f"walk.py: {error}", file=sys.stderr)
-        return 2
-    except KeyboardInterrupt:
-        return 130
+    parser = option_parser(__doc__)
+    parser.add_argument("--entries", type=int, default=200_000, help="of the tree (%(default)s)")
+    parser.add_argument("--busy", type=int, default=0, metavar="N",
+                        help="let so many other programs compete for the processors")
+    add_scratch_options(parser, "trees", "searchsystem-bench", rounds=9)
+    options = parser.parse_args()
+    if options.entries < 1000 or options.rounds < 1:
+        parser.error("at least 1000 entries and one round are needed")
+    return measure_in_scratch(options, PROGRAMS, "make_tree", measure_while_busy)
 
 
 if __name__ == "__main__":

@@ -16,12 +16,13 @@
  *         CFRunLoopStop(CFRunLoopGetMain());
  *     }
  *
- * All three functions belong to the main thread, which is the process's first unless
- * PFMainLoopBindToCurrentThread has named another.
+ * All three functions and both variables belong to the main thread, which is the process's first
+ * unless PFMainLoopBindToCurrentThread has named another.
  *
  * Searched are files whose extension is tif, jpg, pdf or pct, in any case; the longer spellings
  * (jpeg, tiff, pict) are not. Names that begin with a dot, links to folders, packages, and the
- * roots of other file systems mounted below the folder are left out with all that they hold. */
+ * roots of other file systems mounted below the folder are left out with all that they hold. What
+ * cannot be read has no results; nothing else tells of it. Results come in no order. */
 
 #include "platform/foundation/CoreFoundation.h"
 
@@ -41,26 +42,34 @@ extern "C" {
 /* What a search reports. `state` is 1 for a matching file, whose full path is valid during the call
  * only (CFRetain keeps it), and 0 for the end, with NULL for the path. Always called on the main
  * thread. It may start or cancel searches and may run the main loop; results that arrive
- * meanwhile wait until it has returned. What it throws is dropped. */
+ * meanwhile wait until it has returned. What it throws is dropped.
+ *
+ * The path holds the bytes of the file's name as they are, which need not be UTF-8. The end comes
+ * half a second after the last source of results has ended, and a walk through folders or a list
+ * counts as ended a second after its last folder. */
 typedef void (*SearchResultCallback)(CFStringRef path, int32_t state);
 
 /* One search. The host owns the record and everything that it points to, and keeps all of it
- * unchanged until the end has been reported; the library copies nothing, and keeps nothing after
- * that. A field that does not matter is NULL or 0.
+ * unchanged until the end has been reported; the library copies nothing, and does not look at it
+ * after that. A field that does not matter is NULL or 0; a flag of any value but 0 counts as 1.
  *
- * At least one condition must be given (an empty nameKeyword is one); a record without any ends
- * after 0.1 seconds with no result. */
+ * At least one condition must be given: a nameKeyword, an empty one included; a contentKeyword with
+ * searchExifText or searchPDFText; or an end of a range of dates. A record without any ends after
+ * 0.1 seconds with no result. */
 typedef struct SearchPredicate {
   /* Text that occurs in the file's name. With isAndSearch an empty text is met by every file,
    * without it by none. */
   CFStringRef nameKeyword;
-  /* Text that occurs in the file, where searchExifText and searchPDFText say. */
+  /* Text that occurs in the file, where searchExifText and searchPDFText say, in one place or the
+   * other. An empty text occurs nowhere, but is no condition with isAndSearch and searchExifText
+   * without searchPDFText. */
   CFStringRef contentKeyword;
   /* The range of modification dates, both ends included; NULL leaves an end open. A search through
    * the metadata index excludes both ends and ignores a range with only one. */
   CFDateRef modDateStart;
   CFDateRef modDateEnd;
-  /* The range of shooting dates, both ends included; NULL leaves an end open. */
+  /* The range of shooting dates, both ends included; NULL leaves an end open. The camera's clock is
+   * taken for local time. A file without such a date is outside of every range. */
   CFDateRef exifDateStart;
   CFDateRef exifDateEnd;
   /* 1: look for contentKeyword in the EXIF text of JPEG and TIFF files. */
@@ -69,16 +78,21 @@ typedef struct SearchPredicate {
   signed char searchPDFText;
   /* 1: search the folders below searchFolder too. */
   signed char checkSubFolder;
-  /* 1: texts must agree to the letter, case included. */
+  /* 1: texts must agree to the letter, case included; 0: in any case, and in names and EXIF text
+   * with accents composed or not. */
   signed char isDistinct;
   /* 1: a file must meet every condition; 0: one is enough.
    *
    * When every condition must hold, conditions on the content narrow the kinds of file looked at:
    * a PDF keyword to pdf; an EXIF keyword or a shooting date to tif and jpg; both together to pdf
-   * and jpg, without tif. Through the metadata index an EXIF condition narrows to jpg alone. */
+   * and jpg, without tif. Through the metadata index an EXIF condition narrows to jpg alone.
+   *
+   * When one is enough, a search through the metadata index with a condition on the content may
+   * report a file twice, unless it looks for contentKeyword in EXIF text. */
   signed char isAndSearch;
-  /* The paths of the only files to look at, or NULL to search searchFolder. An empty list finds
-   * nothing. A list is never searched through the metadata index.
+  /* The paths of the only files to look at, as strings, or NULL to search searchFolder. An empty
+   * list finds nothing, and what is no string is passed over. A path that stands twice is reported
+   * twice. A list is never searched through the metadata index.
    *
    * A list must not hold a folder while checkSubFolder is 1: such a search looks through the list
    * again for every folder in it, reports its files again each time, and goes on until it is
@@ -86,7 +100,10 @@ typedef struct SearchPredicate {
   CFArrayRef fileList;
   /* For the host; the library never looks at it. */
   int32_t hostValue;
-  /* The path of the folder to search. Results begin with it as it is given here. */
+  /* The path of the folder to search; NULL finds nothing. Results of a walk begin with it as it is
+   * given here, without slashes at its end; those of a search through the metadata index begin with
+   * the real path of that folder, with links resolved. One that is not absolute begins at the
+   * process's working folder, which must then not change while the search runs. */
   CFStringRef searchFolder;
   /* Where results and the end are reported; NULL has the search run for nobody. */
   SearchResultCallback resultCallback;
@@ -100,21 +117,24 @@ extern SEARCHSYSTEM_EXPORT signed char gbSpotlight;
  * ended. For the host to read only. */
 extern SEARCHSYSTEM_EXPORT SearchPredicate *gSearchPredicate;
 
-/* Allows (non-zero) or forbids (0) the use of the system's metadata index, from the next start on.
- */
+/* Allows (non-zero) or forbids (0) the use of the system's metadata index, from the next start on;
+ * a running search goes on as it was begun. SS_SearchCancel without a search prepares the next one
+ * already: if the index was forbidden then and is allowed before the start, the next search of a
+ * folder asks no index and does not walk in its place, so that its name and date find nothing. */
 SEARCHSYSTEM_EXPORT void useSpotlight(signed char isAllowed);
 
 /* Starts a search and returns at once, always with 1; how it went is told by the callback alone.
  *
  * One search runs at a time. A start before the end of the one before has been reported starts
- * nothing: it cancels the running search, and the one end notification goes to the callback of the
- * newer record. So a host that wants to search for something else cancels, waits for the end, and
- * starts then; the end callback is a good place for it. A NULL record is ignored. */
+ * nothing: it cancels the running search. Results still on their way then go to the callback of the
+ * older record, the one end notification to that of the newer, and both records must stay until
+ * then. So a host that wants to search for something else cancels, waits for the end, and starts
+ * then; the end callback is a good place for it. A NULL record is ignored. */
 SEARCHSYSTEM_EXPORT int32_t SS_SearchStart(SearchPredicate *predicate);
 
 /* Asks the running search to stop, and returns at once, always with 1. Results that are on their
- * way may still arrive; the end is reported as always, within about 1.5 seconds. Without a search
- * nothing is reported. */
+ * way may still arrive; the end is reported as always, within about 1.5 seconds and the time that
+ * reading the files and listings at hand takes. Without a search nothing is reported. */
 SEARCHSYSTEM_EXPORT int32_t SS_SearchCancel(void);
 
 #ifdef __cplusplus

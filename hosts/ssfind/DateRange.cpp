@@ -44,7 +44,8 @@ public:
 
 private:
   std::optional<unsigned> number(std::size_t digits, const std::string &unit);
-  std::optional<unsigned> numberUpTo(unsigned most, const std::string &unit);
+  std::optional<unsigned> number(std::size_t digits, unsigned least, unsigned most,
+                                 const std::string &unit);
   std::optional<Period> timeOfDay(LocalTime day);
 
   std::string_view text_;
@@ -64,33 +65,28 @@ std::optional<unsigned> Parser::number(std::size_t digits, const std::string &un
   return value;
 }
 
-std::optional<unsigned> Parser::numberUpTo(unsigned most, const std::string &unit) {
+std::optional<unsigned> Parser::number(std::size_t digits, unsigned least, unsigned most,
+                                       const std::string &unit) {
   const std::size_t column = position_;
-  const std::optional<unsigned> value = number(2, unit);
-  if (value && *value > most)
+  const std::optional<unsigned> value = number(digits, unit);
+  if (value && (*value < least || *value > most))
     return fail(column, "there is no " + unit + ' ' + std::to_string(*value));
   return value;
 }
 
 std::optional<Period> Parser::period() {
   using namespace std::chrono;
-  const std::size_t begin = position_;
-  const std::optional<unsigned> yearNumber = number(4, "year");
+  const std::optional<unsigned> yearNumber = number(4, 1, 9999, "year");
   if (!yearNumber)
     return std::nullopt;
-  if (*yearNumber == 0)
-    return fail(begin, "there is no year 0");
   const year inYear(static_cast<int>(*yearNumber));
   const auto firstSecond = [](year_month_day date) { return LocalTime(local_days(date)); };
   if (!take("-"))
     return Period{firstSecond(inYear / 1 / 1), firstSecond((inYear + years(1)) / 1 / 1)};
 
-  const std::size_t monthColumn = position_;
-  const std::optional<unsigned> monthNumber = numberUpTo(12, "month");
+  const std::optional<unsigned> monthNumber = number(2, 1, 12, "month");
   if (!monthNumber)
     return std::nullopt;
-  if (*monthNumber == 0)
-    return fail(monthColumn, "there is no month 0");
   const year_month inMonth = inYear / month(*monthNumber);
   if (!take("-"))
     return Period{firstSecond(inMonth / 1), firstSecond((inMonth + months(1)) / 1)};
@@ -109,18 +105,18 @@ std::optional<Period> Parser::period() {
 
 std::optional<Period> Parser::timeOfDay(LocalTime day) {
   using namespace std::chrono;
-  const std::optional<unsigned> hour = numberUpTo(23, "hour");
+  const std::optional<unsigned> hour = number(2, 0, 23, "hour");
   if (!hour)
     return std::nullopt;
   if (!take(":"))
     return fail(position_, "expected ':' and the minute");
-  const std::optional<unsigned> minute = numberUpTo(59, "minute");
+  const std::optional<unsigned> minute = number(2, 0, 59, "minute");
   if (!minute)
     return std::nullopt;
   const LocalTime atMinute = day + hours(*hour) + minutes(*minute);
   if (!take(":"))
     return Period{atMinute, atMinute + minutes(1)};
-  const std::optional<unsigned> second = numberUpTo(59, "second");
+  const std::optional<unsigned> second = number(2, 0, 59, "second");
   if (!second)
     return std::nullopt;
   return Period{atMinute + seconds(*second), atMinute + seconds(*second + 1)};

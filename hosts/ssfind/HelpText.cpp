@@ -11,7 +11,8 @@ Usage: ssfind [OPTION...] [FOLDER...])";
 const char *const helpFooter =
     R"(FOLDER is the current folder if none is named. Below it, names that begin with
 a dot, packages and links to folders are not searched; nor are, even with
---mounts, the kernel's own file systems such as /proc.
+--mounts, the kernel's own file systems such as /proc. What cannot be read below
+it is passed over, and so is what --files-from lists and is not there.
 
 RANGE is FROM..TO, FROM.., ..TO or a single date, in local time. A date is a
 year, month, day, minute or second (2024, 2024-05, 2024-05-17, 2024-05-17T10:30
@@ -23,7 +24,7 @@ Where all conditions must hold, --taken finds photographs only.
 
 Names are escaped on a terminal, and written as they are to a file or pipe.
 
-Exit codes: 0 something matched; 1 nothing matched; 2 bad usage, a folder or
+Exit codes: 0 something matched; 1 nothing matched; 2 bad usage, a FOLDER or
 list that cannot be read, or output that cannot be written; 130 interrupted.
 
 Examples:

@@ -130,6 +130,7 @@ CLI::Option *OptionTable::addValue(const std::string &names, const std::string &
 }
 
 void OptionTable::addConditions() {
+  app_.option_defaults()->group("Conditions (without any, all files match)");
   name_ = addValue("-n,--name", "TEXT", "TEXT occurs in the file's name, in any case");
   modified_ = addValue("-m,--modified", "RANGE", "last changed in RANGE (see below)");
   keyword_ = addValue("-k,--keyword", "TEXT", "TEXT occurs in the file, where --in tells");
@@ -140,11 +141,10 @@ void OptionTable::addConditions() {
   in_->needs(keyword_);
   any_ = addFlag("--any", "one condition is enough (default: all must hold)");
   caseSensitive_ = addFlag("-s,--case-sensitive", "texts must agree to the letter");
-  for (CLI::Option *option : {name_, modified_, keyword_, in_, taken_, any_, caseSensitive_})
-    option->group("Conditions (without any, all files match)");
 }
 
 void OptionTable::addPlaces() {
+  app_.option_defaults()->group("Where to look");
   noSubfolders_ = addFlag("--no-subfolders", "leave out what lies in folders below FOLDER");
   mounts_ = addFlag("--mounts", "search other file systems mounted below FOLDER too\n"
                                 "(default: name each on standard error)");
@@ -152,11 +152,10 @@ void OptionTable::addPlaces() {
                         "look at the files listed in FILE, one path a line, and\n"
                         "search the folders in it; - is standard input");
   noIndex_ = addFlag("--no-index", "do not use the metadata index");
-  for (CLI::Option *option : {noSubfolders_, mounts_, filesFrom_, noIndex_})
-    option->group("Where to look");
 }
 
 void OptionTable::addOutput() {
+  app_.option_defaults()->group("Output");
   nul_ = addFlag("-0,--print0", "NUL in place of the line end after each path, in\n"
                                 "the output and in the list of --files-from");
   json_ = addFlag("--json", "a JSON object a line: path, size, modified; a path\n"
@@ -176,18 +175,14 @@ void OptionTable::addOutput() {
   json_->excludes(long_);
   count_->excludes(json_)->excludes(long_);
   quiet_->excludes(json_)->excludes(long_)->excludes(count_);
-  for (CLI::Option *option : {nul_, json_, long_, sort_, count_, quiet_, limit_, color_})
-    option->group("Output");
 }
 
 void OptionTable::addOthers() {
+  app_.option_defaults()->group("Other options");
   indexStatus_ = addFlag("--index-status", "where the metadata index is, and what it holds");
   indexClear_ = addFlag("--index-clear", "remove the metadata index; searches make a new one");
-  CLI::Option *const help = app_.set_help_flag("-h,--help", "show this help");
-  CLI::Option *const version =
-      app_.set_version_flag("--version", "ssfind " SSFIND_VERSION, "show the version");
-  for (CLI::Option *option : {indexStatus_, indexClear_, help, version})
-    option->group("Other options");
+  app_.set_help_flag("-h,--help", "show this help");
+  app_.set_version_flag("--version", "ssfind " SSFIND_VERSION, "show the version");
 }
 
 ParsedOptions OptionTable::parse() {
