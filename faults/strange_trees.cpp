@@ -10,7 +10,7 @@
 #include "platform/foundation/SystemCalls.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/MetadataIndex.h"
-#include "tests/support/VirtualClock.h"
+#include "samples/VirtualClock.h"
 
 #include <algorithm>
 #include <atomic>

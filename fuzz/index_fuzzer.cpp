@@ -9,7 +9,7 @@
 #include "platform/foundation/SystemCalls.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/NSMetadataQuery.h"
-#include "tests/support/TemporaryTree.h"
+#include "samples/TemporaryTree.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,5 +1,5 @@
+#include "samples/TemporaryTree.h"
 #include "streams/CFileStream.h"
-#include "tests/support/TemporaryTree.h"
 
 #include <fstream>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/support/TemporaryTree.h"
+#include "samples/TemporaryTree.h"
 
 #include <algorithm>
 #include <csignal>
