@@ -3,8 +3,8 @@
 #include "platform/foundation/LaunchServices.h"
 #include "platform/foundation/MountPoints.h"
 #include "platform/foundation/NSWorkspace.h"
+#include "samples/SystemCallsGuard.h"
 #include "samples/TemporaryTree.h"
-#include "tests/support/SystemCallsGuard.h"
 
 #include <functional>
 #include <gtest/gtest.h>

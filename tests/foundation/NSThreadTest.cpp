@@ -1,8 +1,8 @@
 #include "platform/foundation/NSThread.h"
 #include "platform/foundation/CoreFoundation.h"
 #include "platform/foundation/MainLoop.h"
+#include "samples/SystemCallsGuard.h"
 #include "samples/VirtualClock.h"
-#include "tests/support/SystemCallsGuard.h"
 
 #include <chrono>
 #include <functional>

@@ -1,7 +1,7 @@
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
 #include "samples/PhotoFile.h"
+#include "samples/SystemCallsGuard.h"
 #include "samples/TemporaryTree.h"
-#include "tests/support/SystemCallsGuard.h"
 
 #include <array>
 #include <atomic>
