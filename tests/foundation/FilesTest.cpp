@@ -16,8 +16,7 @@ namespace {
 using namespace std::string_literals;
 using Existence = FileItem::Existence;
 
-constexpr std::uint32_t alias = kLSItemInfoIsAliasFile;
-constexpr std::uint32_t symlinkFlag = kLSItemInfoIsSymlink;
+constexpr std::uint32_t alias = kLSItemInfoIsAliasFile, symlinkFlag = kLSItemInfoIsSymlink;
 
 /// Calls `look` with each item of a folder, as its listing names it; answers with the names.
 std::set<std::string> forEachItem(
