@@ -1,7 +1,7 @@
 #pragma once
 
 #include "faults/Host.h"
-#include "tests/support/TemporaryTree.h"
+#include "samples/TemporaryTree.h"
 
 #include <memory>
 

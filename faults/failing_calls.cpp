@@ -11,7 +11,7 @@
 #include "platform/foundation/SystemCalls.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/MetadataIndex.h"
-#include "tests/support/VirtualClock.h"
+#include "samples/VirtualClock.h"
 
 #include <algorithm>
 #include <array>

@@ -7,7 +7,7 @@
 #include "faults/Searches.h"
 #include "faults/Verdict.h"
 #include "platform/metadata/IndexPlace.h"
-#include "tests/support/VirtualClock.h"
+#include "samples/VirtualClock.h"
 
 #include <algorithm>
 #include <chrono>

@@ -7,10 +7,10 @@
 #include "faults/Process.h"
 #include "faults/Searches.h"
 #include "faults/Verdict.h"
-#include "platform/foundation/SystemCalls.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/MetadataIndex.h"
-#include "tests/support/VirtualClock.h"
+#include "samples/SystemCallsGuard.h"
+#include "samples/VirtualClock.h"
 
 #include <algorithm>
 #include <atomic>
@@ -219,7 +219,7 @@ void changesInBetween() {
          tree.link(name, "/dev/zero");
        }},
   };
-  SystemCalls calls = realSystemCalls();
+  SystemCalls calls{};
   calls.listEntries = [](int folder, void *buffer, std::size_t size) {
     const ssize_t filled = realSystemCalls().listEntries(folder, buffer, size);
     changeOnce("list");
@@ -237,7 +237,7 @@ void changesInBetween() {
       changeOnce("open");
     return file;
   };
-  setSystemCallsForTesting(&calls);
+  const SystemCallsGuard guard(calls);
   for (const auto &[what, act] : acts)
     for (const char *const victim : {"victim.jpg", "victim.pdf", "victim", "victim.doc"})
       for (const char *const moment : {"list", "status", "open"})
@@ -272,7 +272,6 @@ void changesInBetween() {
                       found.size() - static_cast<std::size_t>(others) <= 2,
                   "too much is found");
           }
-  setSystemCallsForTesting(nullptr);
 }
 
 /// A tree of which half changes all the time, while the other half must be found.

@@ -6,10 +6,10 @@
 #include "platform/foundation/CoreFoundation.h"
 #include "platform/foundation/MainLoop.h"
 #include "platform/foundation/Perform.h"
-#include "platform/foundation/SystemCalls.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/NSMetadataQuery.h"
-#include "tests/support/TemporaryTree.h"
+#include "samples/SystemCallsGuard.h"
+#include "samples/TemporaryTree.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -32,22 +32,12 @@ public:
     for (int i = 0; i < 120; ++i)
       tree_.file("folder " + std::to_string(i % 5) + "/in " + std::to_string(i % 40) + "/" +
                  std::to_string(i) + ".jpg");
-    calls_.statusAt = [](int folder, const char *path, int flags, struct statx *status) {
-      const int result = realSystemCalls().statusAt(folder, path, flags, status);
-      status->stx_ctime.tv_sec -= 3600;
-      return result;
-    };
-    setSystemCallsForTesting(&calls_);
     expected_ = find();
     std::ifstream stream(file());
     good_.assign(std::istreambuf_iterator<char>(stream), {});
     if (expected_.size() != 120 || good_.size() < 16384)
       std::abort();
   }
-
-  ~Fixture() { setSystemCallsForTesting(nullptr); }
-  Fixture(const Fixture &) = delete;
-  Fixture &operator=(const Fixture &) = delete;
 
   void test(std::string_view changes) {
     std::string bytes = good_;
@@ -91,8 +81,19 @@ private:
     return paths;
   }
 
+  /// All folders were last changed an hour before they were, so that the index can be relied on.
+  static SystemCalls agedFolders() {
+    SystemCalls calls{};
+    calls.statusAt = [](int folder, const char *path, int flags, struct statx *status) {
+      const int result = realSystemCalls().statusAt(folder, path, flags, status);
+      status->stx_ctime.tv_sec -= 3600;
+      return result;
+    };
+    return calls;
+  }
+
   TemporaryTree cache_, tree_;
-  SystemCalls calls_ = realSystemCalls();
+  const SystemCallsGuard calls_{agedFolders()};
   Paths expected_;
   std::string good_;
 };

@@ -1,4 +1,5 @@
 #include "platform/foundation/CoreFoundation.h"
+#include "platform/foundation/Localizations.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
 
@@ -7,9 +8,8 @@
 
 namespace {
 
-constexpr CFStringEncoding ascii = kCFStringEncodingASCII;
-constexpr CFStringEncoding latin1 = kCFStringEncodingISOLatin1;
-constexpr CFStringEncoding utf8 = kCFStringEncodingUTF8;
+constexpr CFStringEncoding ascii = kCFStringEncodingASCII, latin1 = kCFStringEncodingISOLatin1,
+                           utf8 = kCFStringEncodingUTF8;
 
 TEST(CFString, IsMadeFromValidTextAndGivenOutWhereItFits) {
   const struct {
@@ -37,10 +37,8 @@ TEST(CFString, IsMadeFromValidTextAndGivenOutWhereItFits) {
     const auto string =
         Ref<const NSString>::adopt(CFStringCreateWithCString(nullptr, row.text, row.encoding));
     char buffer[16] = "too much";
-    if (string && !CFStringGetCString(string.get(), buffer, row.size, row.encodingOut))
-      EXPECT_STREQ(row.bytes, "too much") << row.name;
-    else
-      EXPECT_STREQ(string ? buffer : "none", row.bytes) << row.name;
+    const bool fits = string && CFStringGetCString(string.get(), buffer, row.size, row.encodingOut);
+    EXPECT_STREQ(fits ? buffer : string ? "too much" : "none", row.bytes) << row.name;
   }
   const auto path =
       Ref<const NSString>::adopt(CFStringCreateWithFileSystemRepresentation(nullptr, "/caf\xe9"));
@@ -64,6 +62,28 @@ TEST(CFString, IsFoundLiterally) {
     EXPECT_EQ(std::pair(range.location, range.length), std::pair(row.location, row.length))
         << row.name;
   }
+}
+
+TEST(Localizations, FollowTheUsersLocale) {
+  const std::vector<std::string_view> all = CFBundleCopyBundleLocalizations();
+  const struct {
+    const char *name;
+    LocaleEnvironment environment;
+    std::vector<std::string_view> host, ordered;
+  } rows[] = {
+      {"nothing set", {"", "", "", ""}, all, {"English"}},
+      {"Britain", {"", "", "en_GB.UTF-8@euro", ""}, all, {"Britain", "English"}},
+      {"all over messages", {"it_IT", "es_ES", "fr_FR", ""}, all, {"Italian", "English"}},
+      {"list first", {"", "", "nl", "fr::en_US:de"}, all, {"French", "English", "German", "Dutch"}},
+      {"no name, next preference", {"", "", "pl_PL", "cs:fr"}, all, {"French", "English"}},
+      {"host without the language", {"", "", "de_DE", ""}, {"French", "English"}, {"English"}},
+      {"host without English", {"", "", "pl_PL", ""}, {"Dutch", "French"}, {"Dutch"}},
+  };
+  for (const auto &row : rows) {
+    setLocaleEnvironmentForTesting(&row.environment);
+    EXPECT_EQ(CFBundleCopyLocalizationsForPreferences(row.host), row.ordered) << row.name;
+  }
+  setLocaleEnvironmentForTesting(nullptr);
 }
 
 } // namespace

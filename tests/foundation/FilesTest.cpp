@@ -3,8 +3,8 @@
 #include "platform/foundation/LaunchServices.h"
 #include "platform/foundation/MountPoints.h"
 #include "platform/foundation/NSWorkspace.h"
-#include "tests/support/SystemCallsGuard.h"
-#include "tests/support/TemporaryTree.h"
+#include "samples/SystemCallsGuard.h"
+#include "samples/TemporaryTree.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -16,8 +16,7 @@ namespace {
 using namespace std::string_literals;
 using Existence = FileItem::Existence;
 
-constexpr std::uint32_t alias = kLSItemInfoIsAliasFile;
-constexpr std::uint32_t symlinkFlag = kLSItemInfoIsSymlink;
+constexpr std::uint32_t alias = kLSItemInfoIsAliasFile, symlinkFlag = kLSItemInfoIsSymlink;
 
 /// Calls `look` with each item of a folder, as its listing names it; answers with the names.
 std::set<std::string> forEachItem(

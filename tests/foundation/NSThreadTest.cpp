@@ -1,8 +1,8 @@
 #include "platform/foundation/NSThread.h"
 #include "platform/foundation/CoreFoundation.h"
 #include "platform/foundation/MainLoop.h"
-#include "tests/support/SystemCallsGuard.h"
-#include "tests/support/VirtualClock.h"
+#include "samples/SystemCallsGuard.h"
+#include "samples/VirtualClock.h"
 
 #include <chrono>
 #include <functional>
@@ -11,7 +11,6 @@
 #include <list>
 #include <mutex>
 #include <stdexcept>
-#include <string>
 #include <thread>
 
 namespace {
@@ -20,34 +19,17 @@ using Clock = MainRunLoop::Clock;
 
 class NSThreadTest : public testing::Test {
 protected:
-  /// A job that tells the test when it has ended.
-  class Job final : public ThreadJob {
-  public:
-    Job(NSThreadTest &test, std::function<void()> body) : body_(std::move(body)), test_(test) {}
-
-    void start() {
-      ++test_.running_;
-      NSThread::detachNewThread(*this);
-    }
-
-  private:
-    void main() override { body_(); }
-    void ended() noexcept override {
-      --test_.running_;
-      test_.note("ended");
-    }
-
-    std::function<void()> body_;
-    NSThreadTest &test_;
-  };
-
-  Job &job(std::function<void()> body) { return jobs_.emplace_back(*this, std::move(body)); }
+  /// Starts a job that notes when it has ended.
+  void start(std::function<void()> body) {
+    ++running_;
+    NSThread::detachNewThread(jobs_.emplace_back(*this, std::move(body)));
+  }
 
   /// Runs the loop until every job has ended.
   void finishJobs() {
     while (running_ > 0) {
-      const auto end = Clock::now() + std::chrono::seconds(10);
-      CFRunLoopRunInMode(nullptr, 10, 1);
+      const auto end = Clock::now() + std::chrono::seconds(40);
+      CFRunLoopRunInMode(nullptr, 40, 1);
       EXPECT_LT(Clock::now(), end) << "work has come and the loop slept on";
     }
   }
@@ -66,6 +48,17 @@ protected:
   std::string log;
 
 private:
+  struct Job final : ThreadJob {
+    Job(NSThreadTest &owner, std::function<void()> work) : body(std::move(work)), test(owner) {}
+    void main() override { body(); }
+    void ended() noexcept override {
+      --test.running_;
+      test.note("ended");
+    }
+    std::function<void()> body;
+    NSThreadTest &test;
+  };
+
   std::mutex lock_;
   std::list<Job> jobs_;
   int running_ = 0;
@@ -74,12 +67,12 @@ private:
 TEST_F(NSThreadTest, JobRunsOnItsThreadAndEndsOnTheMainThread) {
   std::latch gate(1);
   performAfterDelay(0.1, [this] { note("timer"); });
-  job([&] {
+  start([&] {
     gate.wait();
     noteAtExit();
     note("throws");
     throw std::runtime_error("job");
-  }).start();
+  });
   EXPECT_EQ(PFMainLoopDispatch(), 0) << "the virtual clock stands meanwhile";
   gate.count_down();
   finishJobs();
@@ -96,15 +89,15 @@ TEST_F(NSThreadTest, ThreadsThatCannotBeStartedBecomeWorkOfTheLoop) {
   std::latch gate(1);
   // Threads of earlier tests may still be idle: they are given something to do.
   while (calls.counts().startThread == 0)
-    job([&] {
+    start([&] {
       if (!MainRunLoop::shared().isMainThread())
         return gate.wait();
       noteAtExit();
       note("main");
-    }).start();
+    });
   EXPECT_EQ(log, "") << "not inside the call";
   while (log.find("ended") == log.npos)
-    CFRunLoopRunInMode(nullptr, 10, 1);
+    CFRunLoopRunInMode(nullptr, 40, 1);
   EXPECT_EQ(log.find("main "), 0U);
   EXPECT_LT(log.find("exit "), log.find("ended "));
   gate.count_down();
@@ -120,12 +113,12 @@ TEST_F(NSThreadTest, JobsPauseWhileTheMainThreadActs) {
   };
   EXPECT_TRUE(ThreadJob::performAndGoOn(count, &actions)) << "at once on the main thread";
   for (int i = 0; i < jobs; ++i)
-    job([&, left = pausesOfEach]() mutable {
+    start([&, left = pausesOfEach]() mutable {
       if (left-- == 0)
         return noteAtExit();
       EXPECT_FALSE(ThreadJob::performAndGoOn(count, &actions));
       EXPECT_TRUE(ThreadJob::current()->isPaused());
-    }).start();
+    });
   finishJobs();
   EXPECT_GE(actions, 3 + jobs * pausesOfEach);
   EXPECT_EQ(log, "exit ended exit ended exit ended ");
@@ -134,11 +127,11 @@ TEST_F(NSThreadTest, JobsPauseWhileTheMainThreadActs) {
 TEST_F(NSThreadTest, WorkThatAJobPostsRunsWhileAllJobsAreStuck) {
   std::latch gate(1), others(63);
   for (int i = 0; i < 63; ++i)
-    job([&] {
+    start([&] {
       others.count_down();
       gate.wait();
-    }).start();
-  job([&] {
+    });
+  start([&] {
     others.wait();
     // The main thread has time to fall asleep.
     performOnMainThreadAndWait([] {});
@@ -146,7 +139,7 @@ TEST_F(NSThreadTest, WorkThatAJobPostsRunsWhileAllJobsAreStuck) {
       std::this_thread::yield();
     performOnMainThread([&] { gate.count_down(); });
     gate.wait();
-  }).start();
+  });
   finishJobs();
 }
 

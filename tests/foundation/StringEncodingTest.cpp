@@ -2,8 +2,6 @@
 #include "platform/foundation/NSString.h"
 
 #include <gtest/gtest.h>
-#include <string>
-#include <vector>
 
 namespace {
 

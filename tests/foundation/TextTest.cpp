@@ -5,17 +5,13 @@
 
 #include <gtest/gtest.h>
 #include <random>
-#include <string>
-#include <vector>
 
 namespace {
 
 using namespace std::string_literals;
 
-constexpr unsigned exact = 0;
-constexpr unsigned anyCase = NSCaseInsensitiveSearch;
-constexpr unsigned literal = NSLiteralSearch;
-constexpr unsigned literalAnyCase = NSCaseInsensitiveSearch | NSLiteralSearch;
+constexpr unsigned exact = 0, anyCase = NSCaseInsensitiveSearch, literal = NSLiteralSearch,
+                   literalAnyCase = anyCase | literal;
 /// Location and length of a range.
 using Found = std::pair<std::size_t, std::size_t>;
 constexpr Found none{0, 0};

@@ -1,10 +1,7 @@
 #include "platform/imagetag/CIMAGETAG.h"
 #include "samples/PhotoFile.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
-#include <memory>
-#include <optional>
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include "platform/metadata/MetadataIndex.h"
 #include "platform/metadata/NSCompoundPredicate.h"
 #include "platform/metadata/NSMetadataQuery.h"
+#include "samples/SystemCallsGuard.h"
 #include "tests/search/SearchFixture.h"
-#include "tests/support/SystemCallsGuard.h"
 
 /// A folder to search, a cache folder of its own, a query, and what it has told.
 class QueryFixture : public SearchFixture {

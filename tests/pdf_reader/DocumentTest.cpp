@@ -1,7 +1,7 @@
 #include "pdf_reader/CPDFFile.h"
 #include "platform/foundation/NSString.h"
 #include "samples/DocumentWriter.h"
-#include "tests/support/TemporaryTree.h"
+#include "samples/TemporaryTree.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,7 +1,7 @@
 #include "samples/DocumentWriter.h"
 #include "samples/PhotoFile.h"
+#include "samples/SystemCallsGuard.h"
 #include "tests/search/SearchFixture.h"
-#include "tests/support/SystemCallsGuard.h"
 #include "tests/support/TimeZone.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
 #include "samples/PhotoFile.h"
-#include "tests/support/SystemCallsGuard.h"
-#include "tests/support/TemporaryTree.h"
+#include "samples/SystemCallsGuard.h"
+#include "samples/TemporaryTree.h"
 
 #include <array>
 #include <atomic>

@@ -1,5 +1,5 @@
+#include "samples/SystemCallsGuard.h"
 #include "tests/search/SearchFixture.h"
-#include "tests/support/SystemCallsGuard.h"
 
 #include <atomic>
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "platform/foundation/MountPoints.h"
+#include "samples/SystemCallsGuard.h"
 #include "tests/search/SearchFixture.h"
-#include "tests/support/SystemCallsGuard.h"
 
 #include <cerrno>
 #include <condition_variable>

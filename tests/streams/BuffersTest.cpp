@@ -1,7 +1,6 @@
 #include "streams/CStringBuffer.h"
 
 #include <gtest/gtest.h>
-#include <string>
 
 namespace {
 

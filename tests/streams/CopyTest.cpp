@@ -3,7 +3,6 @@
 
 #include <climits>
 #include <gtest/gtest.h>
-#include <string>
 
 namespace {
 
@@ -66,6 +65,8 @@ TEST(CBlankStream, TakesOddSizesWithoutHarm) {
 
 /// Writes down what is done to it, as in ">open2", and answers 7 to what is to fail.
 struct LoggedStream : CIOStream {
+  LoggedStream(std::string &sharedLog, const char *ownName, const char *toFail, long ownSize)
+      : log(sharedLog), name(ownName), failing(toFail), size(ownSize) {}
   int Open(unsigned short mode) override { return answer("open" + std::to_string(mode)); }
   int Close() override { return answer("close"); }
   int Read(void *, long count, long *) override { return answer("read" + std::to_string(count)); }
@@ -73,12 +74,13 @@ struct LoggedStream : CIOStream {
   long GetSize() override { return size; }
 
   int answer(const std::string &operation) {
-    *log += name + operation + " ";
+    log += name + operation + " ";
     return name + operation == failing ? 7 : 1;
   }
 
-  std::string *log, name, failing;
-  long size = 0;
+  std::string &log;
+  const std::string name, failing;
+  const long size;
 };
 
 TEST(CopyStream, OpensCopiesAndCloses) {
@@ -99,13 +101,7 @@ TEST(CopyStream, OpensCopiesAndCloses) {
               {5, 4, ">write4", 7, "<open1 >open2 <read4 >write4 >close <close "}};
   for (const auto &row : rows) {
     std::string log;
-    LoggedStream source, target;
-    for (LoggedStream *const stream : {&source, &target}) {
-      stream->log = &log;
-      stream->name = stream == &source ? "<" : ">";
-      stream->failing = row.failing;
-      stream->size = row.size;
-    }
+    LoggedStream source(log, "<", row.failing, row.size), target(log, ">", row.failing, row.size);
     EXPECT_EQ(CopyStream(&target, &source, row.block), row.result) << row.log;
     EXPECT_EQ(log, row.log);
   }

@@ -1,9 +1,8 @@
+#include "samples/TemporaryTree.h"
 #include "streams/CFileStream.h"
-#include "tests/support/TemporaryTree.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
-#include <vector>
 
 namespace {
 
@@ -65,9 +64,7 @@ TEST_F(FileStreamTest, TellsHowMuchOfAReadOrWriteWasDone) {
   ASSERT_EQ(open(tree.path("large"), 2) + stream.Seek(end, 1) + stream.Write(bytes, 4, nullptr), 3);
   EXPECT_EQ(stream.GetSize(), end + 4) << "with what was just written";
   ASSERT_EQ(stream.Open(1) + stream.Seek(end - 1, 1), 2);
-  EXPECT_EQ(read(8), std::string("\0"
-                                 "1234|",
-                                 6));
+  EXPECT_EQ(read(8), std::string("\0001234|", 6));
   EXPECT_EQ(stream.Tell(), end + 4);
 }
 

@@ -1,24 +1,21 @@
 #pragma once
 
-#include "tests/support/TemporaryTree.h"
+#include "samples/TemporaryTree.h"
 
 #include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
-#include <set>
 #include <sstream>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 /// What became of one run of the command.
 struct Outcome {
   int code = -1;
-  std::string out = "";
-  std::string err = "";
+  std::string out = "", err = "";
 
   bool operator==(const Outcome &) const = default;
 };
@@ -119,8 +116,7 @@ protected:
 
   struct Row {
     std::vector<std::string> arguments;
-    std::string out;
-    std::string err = "";
+    std::string out, err = "";
     int code = 0;
     std::string input = "";
   };
@@ -135,6 +131,5 @@ protected:
     return Command(tree.path(), std::move(arguments)).input(input).run();
   }
 
-  TemporaryTree tree;
-  TemporaryTree cache;
+  TemporaryTree tree, cache;
 };

@@ -32,7 +32,7 @@ class ConditionsTest : public CommandTest,
                        public testing::WithParamInterface<std::tuple<bool, bool, bool>> {
 protected:
   ConditionsTest() {
-    for (const bool name : {false, true}) {
+    for (const bool name : {false, true})
       for (const bool modified : {false, true}) {
         add("pct", "beach", {name, modified, false, false, false});
         for (const bool keyword : {false, true}) {
@@ -44,7 +44,6 @@ protected:
           }
         }
       }
-    }
   }
 
   /// The file, in each of the folders.
@@ -59,13 +58,8 @@ protected:
     }
   }
 
-  struct Combination {
-    std::string modified, kinds, taken;
-  };
-
-  void check(const Combination &combination) {
+  void check(const std::string &modified, const std::string &kinds, const std::string &taken) {
     const auto &[isAny, isFlat, hasName] = GetParam();
-    const auto &[modified, kinds, taken] = combination;
     std::vector<std::string> arguments{"plain", "blank "};
     const auto addArguments = [&](bool isGiven, const std::vector<std::string> &added) {
       if (isGiven)
@@ -109,7 +103,7 @@ TEST_P(ConditionsTest, GiveOneAnswerWhateverTheStrategy) {
   for (const char *const modified : {"", "2010", "2010..", "..2001"})
     for (const char *const kinds : {"", "pdf", "exif", "pdf,exif"})
       for (const char *const taken : {"", "2010"})
-        check({modified, kinds, taken});
+        check(modified, kinds, taken);
 }
 
 INSTANTIATE_TEST_SUITE_P(Combinations, ConditionsTest,

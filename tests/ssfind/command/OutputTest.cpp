@@ -14,10 +14,7 @@ struct Pipe {
     EXPECT_EQ(isTerminal ? openpty(ends, ends + 1, nullptr, &raw, nullptr) : pipe2(ends, O_CLOEXEC),
               0);
   }
-  ~Pipe() {
-    close(reader);
-    close(writer);
-  }
+  ~Pipe() { closeEnd(reader), closeEnd(writer); }
   /// Reads that many bytes, or all until the last writer closes its end.
   [[nodiscard]] std::string read(std::size_t size) const {
     std::string text;
@@ -110,9 +107,7 @@ TEST_F(OutputTest, TerminalsAndColors) {
   const std::string plain = "new/a\\n\\x1b\\xff.jpg\n";
   const std::string colored = "\x1b[36mnew/\x1b[0ma\\n\\x1b\\xff.jpg\n";
   const struct {
-    const char *color;
-    std::string setting;
-    std::string shown;
+    std::string color, setting, shown;
   } rows[] = {{"auto", "TERM=xterm", colored}, {"auto", "TERM=dumb", plain},
               {"auto", "NO_COLOR=1", plain},   {"auto", "NO_COLOR=", colored},
               {"never", "TERM=xterm", plain},  {"always", "NO_COLOR=1", colored}};

@@ -6,14 +6,13 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
-namespace ssfind {
 namespace {
 
-constexpr double secondsFrom1970To2001 = 978307200;
-constexpr double open = INFINITY;
+using namespace ssfind;
 
-constexpr const char *berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
-constexpr const char *clockSetAtMidnight = "BRT3BRST,M11.1.0/0,M2.3.0/0";
+constexpr double secondsFrom1970To2001 = 978307200, open = INFINITY;
+constexpr const char *berlin = "CET-1CEST,M3.5.0,M10.5.0/3",
+                     *clockSetAtMidnight = "BRT3BRST,M11.1.0/0,M2.3.0/0";
 
 /// Ends lie just before a moment, to leave out what was modified then.
 bool isJustBefore(double date, double moment) {
@@ -25,12 +24,9 @@ bool isJustBefore(double date, double moment) {
 
 TEST(DateRangeTest, LiesJustBeforeItsMoments) {
   const struct {
-    const char *name;
-    const char *zone;
-    const char *text;
+    const char *name, *zone, *text;
     /// The first moment, and the first after the range, in seconds since 1970.
-    double first;
-    double next;
+    double first, next;
   } rows[] = {{"December", "UTC", "2023-12", 1701388800, 1704067200},
               {"FromTo", "UTC", "2023-06..2024-05", 1685577600, 1717200000},
               {"From", "UTC", "2024-05-17..", 1715904000, open},
@@ -56,8 +52,7 @@ TEST(DateRangeTest, MistakesArePointedAt) {
   constexpr const char *form =
       "unexpected text; a date is written as 2024, 2024-05, 2024-05-17 or 2024-05-17T10:30";
   const struct {
-    std::string text;
-    std::string message;
+    std::string text, message;
     /// The mark below the text.
     std::string mark;
   } rows[] = {{"20245", form, "    ^"},
@@ -78,4 +73,3 @@ TEST(DateRangeTest, MistakesArePointedAt) {
 }
 
 } // namespace
-} // namespace ssfind

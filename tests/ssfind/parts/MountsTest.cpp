@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-namespace ssfind {
 namespace {
+
+using namespace ssfind;
 
 using Paths = std::vector<std::string>;
 
@@ -15,13 +16,10 @@ TEST(MountsTest, LinesOfTheTable) {
                      "\n"
                      "36 35 98:0 /m /mnt rw shared:1 master:2 - fuse.sshfs a:/b rw\n"
                      R"(36 35 0:1 / /a\040b\011c\012d\134e\04 rw - tmpfs x rw)");
-  const char *const expected[][2] = {
-      {"/", "ext4"}, {"/mnt", "fuse.sshfs"}, {"/a b\tc\nd\\e\\04", "tmpfs"}};
-  ASSERT_EQ(mounts.size(), std::size(expected));
-  for (std::size_t i = 0; i < mounts.size(); ++i) {
-    EXPECT_EQ(mounts[i].path, expected[i][0]);
-    EXPECT_EQ(mounts[i].fileSystem, expected[i][1]);
-  }
+  Paths actual;
+  for (const Mount &mount : mounts)
+    actual.insert(actual.end(), {mount.path, mount.fileSystem});
+  EXPECT_EQ(actual, (Paths{"/", "ext4", "/mnt", "fuse.sshfs", "/a b\tc\nd\\e\\04", "tmpfs"}));
 }
 
 TEST(MountsTest, ThoseBelowAFolder) {
@@ -40,4 +38,3 @@ TEST(MountsTest, ThoseBelowAFolder) {
 }
 
 } // namespace
-} // namespace ssfind

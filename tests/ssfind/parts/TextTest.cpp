@@ -6,18 +6,17 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-namespace ssfind {
 namespace {
+
+using namespace ssfind;
 
 TEST(TextTest, NamesAreEscapedForTerminalsAndJson) {
   const struct {
     const char *name;
     std::string bytes;
-    const char *visible;
-    const char *json;
+    const char *visible, *json;
   } rows[] = {
-      {"UTF-8", "\xC3\xA9\xF0\x9F\x8C\x8A", "\xC3\xA9\xF0\x9F\x8C\x8A",
-       "\"\xC3\xA9\xF0\x9F\x8C\x8A\""},
+      {"UTF-8", "\u00e9\U0001f30a", "\u00e9\U0001f30a", "\"\u00e9\U0001f30a\""},
       {"quote and backslash", R"(a"\n)", R"(a"\\n)", R"("a\"\\n")"},
       {"common controls", "\n\t\r\b\f", R"(\n\t\r\x08\x0c)", R"("\n\t\r\b\f")"},
       {"escape and delete", "\x1b[31m\x7f", R"(\x1b[31m\x7f)", R"("\u001b[31m\u007f")"},
@@ -49,4 +48,3 @@ TEST(TextTest, TimesAreLocal) {
 }
 
 } // namespace
-} // namespace ssfind

@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
-namespace ssfind {
 namespace {
+
+using namespace ssfind;
 
 ParsedOptions parse(std::vector<const char *> arguments) {
   arguments.insert(arguments.begin(), "ssfind");
@@ -13,9 +14,7 @@ ParsedOptions parse(std::vector<const char *> arguments) {
 TEST(UsageErrorTest, PointsAtTheArgument) {
   const struct {
     std::vector<const char *> arguments;
-    const char *message;
-    const char *command;
-    const char *marks;
+    const char *message, *command, *marks;
   } rows[] = {
       {{"a", "--naem", "x"}, "there is no option --naem", "a --naem x", "  ^^^^^^"},
       {{"\xC3\xA9\n", "--\x1b"}, R"(there is no option --\x1b)", "é\\n --\\x1b", "    ^^^^^^"},
@@ -56,4 +55,3 @@ TEST(UsageErrorTest, UnusualArgumentsThatAreRight) {
 }
 
 } // namespace
-} // namespace ssfind
