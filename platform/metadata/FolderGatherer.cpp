@@ -5,6 +5,7 @@
 #include "platform/foundation/PathComponents.h"
 #include "platform/metadata/FolderKey.h"
 #include "platform/metadata/FolderRecord.h"
+#include "platform/metadata/FolderStatus.h"
 #include "platform/metadata/SearchScope.h"
 
 #include <utility>
@@ -51,7 +52,7 @@ void FolderGatherer::process(const FolderTask &task, FolderQueue::Tasks &tasks, 
     return;
   case FolderTask::Kind::Listing: {
     path_ = task.path;
-    const std::optional<FolderStatus> status = folderStatus(currentFolder, path_.c_str());
+    const std::optional<FileStatus> status = folderStatus(currentFolder, path_.c_str());
     if (status && !status->isMountRoot && !isPackage(lastPathComponent(path_), true))
       listWithSubFolders(tasks, results);
     return;
@@ -112,7 +113,7 @@ void FolderGatherer::searchRow(const RecordStream &stream, const RecordStream::C
     path_ = "/";
   if (path_.size() > longestPath)
     return;
-  const std::optional<FolderStatus> status =
+  const std::optional<FileStatus> status =
       isScope ? folderStatus(currentFolder, path_.c_str())
               : folderStatus(stream.scopeFolder(), path_.c_str() + scope.size() + 1);
   row.isGone = !status;
@@ -151,7 +152,7 @@ std::optional<FolderNames> FolderGatherer::list(bool isRecorded, Results &result
   std::optional<DirectoryListing> listing = DirectoryListing::open(path_);
   if (!listing || !listing->canReachEntries())
     return std::nullopt;
-  const std::optional<FolderStatus> status = folderStatus(listing->descriptor(), ".");
+  const std::optional<FileStatus> status = folderStatus(listing->descriptor(), ".");
   std::optional<std::int64_t> volume;
   if (status)
     volume = volumes_.volumeOf(status->device, listing->descriptor());
@@ -185,7 +186,7 @@ std::optional<FolderNames> FolderGatherer::list(bool isRecorded, Results &result
   return names;
 }
 
-void FolderGatherer::keep(const FolderStatus &status, std::int64_t volume, bool isLasting,
+void FolderGatherer::keep(const FileStatus &status, std::int64_t volume, bool isLasting,
                           bool isRecorded, const FolderNames &names) {
   // A folder that cannot be relied on is only noted down, so that the way to those below is known.
   if ((!isLasting && isRecorded) || !common_.writer.isWanted())

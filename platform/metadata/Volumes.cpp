@@ -57,7 +57,7 @@ std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, const char *
     return std::nullopt;
   std::optional<std::int64_t> volume;
   // Another may have taken its place meanwhile.
-  const std::optional<FolderStatus> status = folderStatus(folder, ".");
+  const std::optional<FileStatus> status = folderStatus(folder, ".");
   if (status && status->device == device)
     volume = volumeOf(device, folder);
   close(folder);

@@ -48,6 +48,23 @@ TEST(DirectoryListing, TellsEveryNameOnce) {
   EXPECT_TRUE(forEachItem(tree.path()).empty()) << "a listing that breaks off ends";
 }
 
+TEST(FileStatusTest, TimesThatAreBeyondReckoning) {
+  static std::int64_t seconds;
+  SystemCalls replaced{};
+  replaced.statusAt = [](int folder, const char *path, int flags, struct statx *status) {
+    const int result = realSystemCalls().statusAt(folder, path, flags, status);
+    status->stx_ctime.tv_sec = seconds;
+    return result;
+  };
+  const SystemCallsGuard calls(replaced);
+  for (const std::int64_t time : {INT64_MIN, std::int64_t{0}, INT64_MAX}) {
+    seconds = time;
+    const auto status = fileStatus(currentFolder, "/", FollowLink::No);
+    EXPECT_EQ(status->changeTime.seconds, time);
+    EXPECT_EQ(status->isSettled, time <= 0) << time;
+  }
+}
+
 class FileItemTest : public testing::Test {
 protected:
   struct Made {

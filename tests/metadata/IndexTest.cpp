@@ -1,4 +1,5 @@
 #include "platform/metadata/FolderRecord.h"
+#include "platform/metadata/FolderStatus.h"
 #include "tests/metadata/QueryFixture.h"
 
 #include <csignal>
@@ -21,7 +22,9 @@ TEST(FolderStatus, ChangesWithinOneTickAreTold) {
               {"in the future", {6, 1}, {5, 999'999'999}, false},
               {"whole seconds, the same", {5, 0}, {5, 999'999'999}, false},
               {"whole seconds, the next", {5, 0}, {6, 0}, true},
-              {"before 1970", {-3, 1}, {5, 0}, true}};
+              {"before 1970", {-3, 1}, {5, 0}, true},
+              {"the first of all", {INT64_MIN, 1}, {5, 0}, true},
+              {"the last of all", {INT64_MAX, 1}, {5, 0}, false}};
   for (const auto &row : rows)
     EXPECT_EQ(isSettled(row.changed, row.begin), row.isSettled) << row.name;
 }
