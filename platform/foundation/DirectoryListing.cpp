@@ -40,7 +40,7 @@ DirectoryListing::DirectoryListing(DirectoryListing &&other) noexcept
     : descriptor_(std::exchange(other.descriptor_, -1)), pathLength_(other.pathLength_),
       canReachEntries_(other.canReachEntries_), buffer_(std::move(other.buffer_)),
       position_(other.position_), filled_(other.filled_),
-      mountPoints_(std::move(other.mountPoints_)) {}
+      mountPoints_(std::move(other.mountPoints_)), hasBrokenOff_(other.hasBrokenOff_) {}
 
 bool DirectoryListing::mayBeMountPoint(std::string_view name) noexcept {
   if (!mountPoints_)

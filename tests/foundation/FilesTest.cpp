@@ -46,6 +46,9 @@ TEST(DirectoryListing, TellsEveryNameOnce) {
   failing.listEntries = [](int, void *, std::size_t) -> ssize_t { return errno = EIO, -1; };
   const SystemCallsGuard calls(failing);
   EXPECT_TRUE(forEachItem(tree.path()).empty()) << "a listing that breaks off ends";
+  auto listing = DirectoryListing::open(tree.path());
+  static_cast<void>(listing->next());
+  EXPECT_TRUE(DirectoryListing(std::move(*listing)).hasBrokenOff());
 }
 
 TEST(FileStatusTest, TimesThatAreBeyondReckoning) {
