@@ -50,6 +50,10 @@ void FolderGatherer::process(const FolderTask &task, FolderQueue::Tasks &tasks, 
   case FolderTask::Kind::Scope:
     processScope(task.path, tasks, results);
     return;
+  case FolderTask::Kind::ScopeListing:
+    path_ = task.path;
+    listWithSubFolders(tasks, results);
+    return;
   case FolderTask::Kind::Listing: {
     path_ = task.path;
     const std::optional<FileStatus> status = folderStatus(currentFolder, path_.c_str());
@@ -69,8 +73,12 @@ void FolderGatherer::processScope(const std::string &scope, FolderQueue::Tasks &
   if (path_.empty())
     return;
   std::shared_ptr<RecordStream> stream;
-  if (common_.place)
-    stream = RecordStream::open(path_, *common_.place, common_.writer);
+  try {
+    if (common_.place)
+      stream = RecordStream::open(path_, *common_.place, common_.writer);
+  } catch (...) {
+    // Memory is short: the search does without records.
+  }
   if (stream)
     processRecords(stream, tasks, results);
   else
@@ -78,25 +86,38 @@ void FolderGatherer::processScope(const std::string &scope, FolderQueue::Tasks &
 }
 
 void FolderGatherer::processRecords(const std::shared_ptr<RecordStream> &stream,
-                                    FolderQueue::Tasks &tasks, Results &results) {
+                                    FolderQueue::Tasks &tasks, Results &results) noexcept {
   const auto offerNext = [&] {
     FolderTask next;
     next.kind = FolderTask::Kind::Records;
     next.stream = stream;
     common_.queue.add(std::move(next));
   };
-  std::unique_ptr<RecordStream::Chunk> chunk = stream->read();
-  if (!chunk->isLast && stream->mayRead())
-    offerNext();
   try {
+    std::unique_ptr<RecordStream::Chunk> chunk = stream->read();
+    if (!chunk)
+      return;
+    if (!chunk->isLast && stream->mayRead())
+      offerNext();
     for (RecordStream::Row &row : chunk->rows)
       if (!isStopped())
-        searchRow(*stream, *chunk, row);
+        tryToSearchRow(*stream, *chunk, row);
+    if (!isStopped() && stream->merge(std::move(chunk), tasks, results))
+      offerNext();
   } catch (...) {
-    // Memory is short: the other folders of the chunk are passed over, but not those after it.
+    if (!isStopped())
+      stream->giveUp(tasks);
   }
-  if (!isStopped() && stream->merge(std::move(chunk), tasks, results))
-    offerNext();
+}
+
+void FolderGatherer::tryToSearchRow(const RecordStream &stream, const RecordStream::Chunk &chunk,
+                                    RecordStream::Row &row) noexcept {
+  try {
+    searchRow(stream, chunk, row);
+  } catch (...) {
+    row.results.clear();
+    row.hasFailed = true;
+  }
 }
 
 void FolderGatherer::searchRow(const RecordStream &stream, const RecordStream::Chunk &chunk,

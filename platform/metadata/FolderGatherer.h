@@ -46,9 +46,11 @@ public:
 private:
   void processScope(const std::string &scope, FolderQueue::Tasks &tasks, Results &results);
   void processRecords(const std::shared_ptr<RecordStream> &stream, FolderQueue::Tasks &tasks,
-                      Results &results);
+                      Results &results) noexcept;
 
   /// Searches the folder that a record is about.
+  void tryToSearchRow(const RecordStream &stream, const RecordStream::Chunk &chunk,
+                      RecordStream::Row &row) noexcept;
   void searchRow(const RecordStream &stream, const RecordStream::Chunk &chunk,
                  RecordStream::Row &row);
 
