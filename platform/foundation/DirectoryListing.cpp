@@ -59,7 +59,7 @@ std::optional<DirectoryListing> DirectoryListing::open(std::string_view path) {
   auto buffer = std::make_unique_for_overwrite<std::byte[]>(bufferSize);
   constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
   const auto openFolder = [](const std::string &name) {
-    return systemCalls().openAt(currentFolder, name.c_str(), flags);
+    return uninterrupted(&SystemCalls::openAt, currentFolder, name.c_str(), flags);
   };
   // To open its "." a folder must be entered, so that this tells whether its entries can be
   // reached.
@@ -82,7 +82,8 @@ std::optional<DirectoryListing> DirectoryListing::open(std::string_view path) {
 std::optional<DirectoryEntry> DirectoryListing::next() noexcept {
   for (;;) {
     if (position_ == filled_) {
-      const ssize_t size = systemCalls().listEntries(descriptor_, buffer_.get(), bufferSize);
+      const ssize_t size =
+          uninterrupted(&SystemCalls::listEntries, descriptor_, buffer_.get(), bufferSize);
       hasBrokenOff_ = size < 0;
       if (size <= 0)
         return std::nullopt;

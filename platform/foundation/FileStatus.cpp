@@ -44,13 +44,14 @@ bool isOnOtherDeviceThanParent(int folder, const char *path, std::uint64_t devic
   const int length = std::snprintf(parentPath.data(), parentPath.size(), "%s/..", path);
   struct statx parent {};
   return length > 0 && static_cast<std::size_t>(length) < parentPath.size() &&
-         systemCalls().statusAt(folder, parentPath.data(), AT_NO_AUTOMOUNT, &parent) == 0 &&
+         uninterrupted(&SystemCalls::statusAt, folder, parentPath.data(), AT_NO_AUTOMOUNT,
+                       &parent) == 0 &&
          deviceOf(parent) != device;
 }
 
 std::optional<FileStatus> statusOf(int folder, const char *path, int flags) noexcept {
   struct statx status {};
-  if (systemCalls().statusAt(folder, path, flags, &status) != 0)
+  if (uninterrupted(&SystemCalls::statusAt, folder, path, flags, &status) != 0)
     return std::nullopt;
   FileStatus result;
   result.kind = kindOfMode(status.stx_mode);

@@ -29,6 +29,20 @@ std::atomic<const SystemCalls *> callsInUse{&realCalls};
 
 const SystemCalls &systemCalls() noexcept { return *callsInUse.load(std::memory_order_acquire); }
 
+std::size_t readFully(int file, void *buffer, std::size_t size) noexcept {
+  std::size_t count = 0;
+  while (count < size) {
+    const ssize_t result =
+        uninterrupted(&SystemCalls::read, file, static_cast<char *>(buffer) + count, size - count);
+    if (result < 0)
+      return 0;
+    if (result == 0)
+      break;
+    count += static_cast<std::size_t>(result);
+  }
+  return count;
+}
+
 const SystemCalls &realSystemCalls() noexcept { return realCalls; }
 
 void setSystemCallsForTesting(const SystemCalls *calls) noexcept {

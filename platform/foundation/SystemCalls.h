@@ -1,10 +1,12 @@
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/types.h>
+#include <type_traits>
 
 /// The calls to the operating system that can fail, in one table, so that a test can make any of
 /// them fail. Each answers as the call it is named for, with `errno` set on failure.
@@ -26,6 +28,26 @@ struct SystemCalls {
 
 /// The table in use: the real calls, unless a test put another in their place. Any thread.
 const SystemCalls &systemCalls() noexcept;
+
+/// Makes one of the calls, once more whenever a signal has interrupted it. The library's threads
+/// block all signals, but the main thread is the host's, which may handle some without having its
+/// calls restarted; and it is there that the files of a query are tested. POSIX lets a signal
+/// interrupt an open and a read, on a slow device or a network, and file systems that are programs
+/// answer other calls so as well. None of these does anything that must not be done twice; close(2)
+/// would, and is never made again. Any thread.
+template <class Result, class... Parameters>
+Result uninterrupted(Result (*SystemCalls::*call)(Parameters...),
+                     std::type_identity_t<Parameters>... arguments) noexcept {
+  Result result = 0;
+  do
+    result = (systemCalls().*call)(arguments...);
+  while (result == -1 && errno == EINTR);
+  return result;
+}
+
+/// Reads until `size` bytes are there or the file ends; how many there are, 0 after a failure. Any
+/// thread.
+[[nodiscard]] std::size_t readFully(int file, void *buffer, std::size_t size) noexcept;
 
 /// The real calls, for a table that forwards to them.
 const SystemCalls &realSystemCalls() noexcept;

@@ -32,8 +32,8 @@ std::shared_ptr<RecordStream> RecordStream::open(const std::string &scope, const
     fault = index->fault();
     if (first && first->key == key) {
       std::shared_ptr<RecordStream> stream(new RecordStream(scope, std::move(index), writer));
-      stream->scopeFolder_ = systemCalls().openAt(currentFolder, scope.c_str(),
-                                                  O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+      stream->scopeFolder_ = uninterrupted(&SystemCalls::openAt, currentFolder, scope.c_str(),
+                                           O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
       if (stream->scopeFolder_ < 0)
         return nullptr;
       stream->nextRow_ = first;
