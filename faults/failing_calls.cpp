@@ -26,7 +26,20 @@
 
 namespace {
 
-enum Call : std::uint8_t { Open, List, Status, MountTable, FileSystem, Read, Thread };
+enum Call : std::uint8_t {
+  Open,
+  List,
+  Status,
+  MountTable,
+  FileSystem,
+  FileSystemAt,
+  Resolve,
+  MakeFolder,
+  SetMode,
+  RemoveFile,
+  Read,
+  Thread
+};
 
 struct CallFaults {
   Call call;
@@ -38,12 +51,17 @@ struct CallFaults {
 
 constexpr int shortRead = -1;
 
-const std::array<CallFaults, 7> callFaults{{
+const std::array<CallFaults, 12> callFaults{{
     {Open, "open", {EMFILE, EINTR, ENFILE, EACCES, ENOENT, ENOMEM, EIO, ELOOP, ENOTDIR, ESTALE}},
     {List, "list", {EIO, EINTR, ENOENT, ENOMEM, ESTALE}},
     {Status, "status", {EACCES, EINTR, ENOENT, EIO, ENOMEM, ELOOP, ENAMETOOLONG, ESTALE}},
     {MountTable, "open of the mount table", {EMFILE, EINTR, EACCES, ENOENT, ENOMEM}},
     {FileSystem, "file system", {EIO, ENOSYS, ENOMEM, EINTR}},
+    {FileSystemAt, "file system of the cache folder", {EIO, EINTR, ENOSYS, ENOMEM}},
+    {Resolve, "resolve", {EACCES, EINTR, ENOENT, ENOMEM, ELOOP, EIO}},
+    {MakeFolder, "make folder", {EACCES, EINTR, ENOSPC, EROFS, EEXIST}},
+    {SetMode, "set mode", {EPERM, EINTR, EROFS, ENOENT}},
+    {RemoveFile, "remove file", {EACCES, EINTR, EROFS, EBUSY}},
     {Read, "read", {EIO, EINTR, shortRead, EISDIR, ESTALE}},
     {Thread, "thread", {EAGAIN, ENOMEM, EPERM}},
 }};
@@ -115,6 +133,28 @@ SystemCalls faultyCalls() {
   calls.fileSystemOf = [](int file, struct statfs *fileSystem) {
     return failing.fails(FileSystem) ? (errno = failing.error, -1)
                                      : realSystemCalls().fileSystemOf(file, fileSystem);
+  };
+  calls.fileSystemAt = [](const char *path, struct statfs *fileSystem) {
+    return failing.fails(FileSystemAt) ? (errno = failing.error, -1)
+                                       : realSystemCalls().fileSystemAt(path, fileSystem);
+  };
+  calls.resolve = [](const char *path) -> char * {
+    if (!failing.fails(Resolve))
+      return realSystemCalls().resolve(path);
+    failing.noteEntry(AT_FDCWD, path);
+    return errno = failing.error, nullptr;
+  };
+  calls.makeFolder = [](const char *path, mode_t mode) {
+    return failing.fails(MakeFolder) ? (errno = failing.error, -1)
+                                     : realSystemCalls().makeFolder(path, mode);
+  };
+  calls.setMode = [](const char *path, mode_t mode) {
+    return failing.fails(SetMode) ? (errno = failing.error, -1)
+                                  : realSystemCalls().setMode(path, mode);
+  };
+  calls.removeFile = [](const char *path) {
+    return failing.fails(RemoveFile) ? (errno = failing.error, -1)
+                                     : realSystemCalls().removeFile(path);
   };
   calls.read = [](int file, void *buffer, std::size_t size) -> ssize_t {
     if (!failing.fails(Read))
@@ -275,8 +315,9 @@ private:
         call == Status && failing.error != EINTR && wanted.modifiedFrom != -Wanted::open;
     for (const std::string &path : without(found, all_))
       check(mayPass && (lasts || isAbout(failing.path, path)), "finds what it should not: " + path);
-    const bool mayBeLost = failing.error != EINTR && failing.error != shortRead &&
-                           (call == Open || call == List || call == Status || call == Read);
+    const bool mayBeLost =
+        failing.error != EINTR && failing.error != shortRead &&
+        (call == Open || call == List || call == Status || call == Resolve || call == Read);
     for (const std::string &path : without(all_, found))
       check(mayBeLost && (lasts || isAbout(failing.path, path)),
             "has lost " + path + ", though what failed was about " + failing.path);

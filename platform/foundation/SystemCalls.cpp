@@ -1,6 +1,7 @@
 #include "platform/foundation/SystemCalls.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -17,6 +18,12 @@ constexpr SystemCalls realCalls{
         },
     .openMountTable = [](int flags) { return open("/proc/self/mountinfo", flags); },
     .fileSystemOf = [](int file, struct statfs *fileSystem) { return fstatfs(file, fileSystem); },
+    .fileSystemAt = [](const char *path,
+                       struct statfs *fileSystem) { return statfs(path, fileSystem); },
+    .resolve = [](const char *path) { return realpath(path, nullptr); },
+    .makeFolder = [](const char *path, mode_t mode) { return mkdir(path, mode); },
+    .setMode = [](const char *path, mode_t mode) { return chmod(path, mode); },
+    .removeFile = [](const char *path) { return unlink(path); },
     .read = [](int file, void *buffer, std::size_t size) { return ::read(file, buffer, size); },
     .startThread =
         [](pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),

@@ -18,8 +18,15 @@ struct SystemCalls {
   int (*statusAt)(int folder, const char *path, int flags, struct statx *status);
   /// open(2) of the table of mounted file systems, proc(5).
   int (*openMountTable)(int flags);
-  /// fstatfs(2).
+  /// fstatfs(2) and statfs(2).
   int (*fileSystemOf)(int file, struct statfs *fileSystem);
+  int (*fileSystemAt)(const char *path, struct statfs *fileSystem);
+  /// realpath(3), which allocates what it answers.
+  char *(*resolve)(const char *path);
+  /// mkdir(2), chmod(2) and unlink(2).
+  int (*makeFolder)(const char *path, mode_t mode);
+  int (*setMode)(const char *path, mode_t mode);
+  int (*removeFile)(const char *path);
   ssize_t (*read)(int file, void *buffer, std::size_t size);
   /// pthread_create(3): the error is the result.
   int (*startThread)(pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),
@@ -33,16 +40,20 @@ const SystemCalls &systemCalls() noexcept;
 /// block all signals, but the main thread is the host's, which may handle some without having its
 /// calls restarted; and it is there that the files of a query are tested. POSIX lets a signal
 /// interrupt an open and a read, on a slow device or a network, and file systems that are programs
-/// answer other calls so as well. None of these does anything that must not be done twice; close(2)
-/// would, and is never made again. Any thread.
+/// answer other calls so as well. None of these does harm when it is done twice, though what it was
+/// to make or remove may be found made or removed then; close(2) would, and is never made again.
+/// Any thread.
 template <class Result, class... Parameters>
 Result uninterrupted(Result (*SystemCalls::*call)(Parameters...),
                      std::type_identity_t<Parameters>... arguments) noexcept {
-  Result result = 0;
-  do
-    result = (systemCalls().*call)(arguments...);
-  while (result == -1 && errno == EINTR);
-  return result;
+  Result failure{};
+  if constexpr (std::is_signed_v<Result>)
+    failure = -1;
+  for (;;) {
+    const Result result = (systemCalls().*call)(arguments...);
+    if (result != failure || errno != EINTR)
+      return result;
+  }
 }
 
 /// Reads until `size` bytes are there or the file ends; how many there are, 0 after a failure. Any
