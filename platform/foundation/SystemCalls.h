@@ -40,9 +40,8 @@ const SystemCalls &systemCalls() noexcept;
 /// block all signals, but the main thread is the host's, which may handle some without having its
 /// calls restarted; and it is there that the files of a query are tested. POSIX lets a signal
 /// interrupt an open and a read, on a slow device or a network, and file systems that are programs
-/// answer other calls so as well. None of these does harm when it is done twice, though what it was
-/// to make or remove may be found made or removed then; close(2) would, and is never made again.
-/// Any thread.
+/// answer other calls so as well. To make one of these twice does no harm; it would with close(2),
+/// which is never made again. Any thread.
 template <class Result, class... Parameters>
 Result uninterrupted(Result (*SystemCalls::*call)(Parameters...),
                      std::type_identity_t<Parameters>... arguments) noexcept {
