@@ -26,24 +26,42 @@
 
 namespace {
 
-enum Call : std::uint8_t { Open, List, Status, MountTable, FileSystem, Read, Thread };
+enum Call : std::uint8_t {
+  Open,
+  List,
+  Status,
+  MountTable,
+  FileSystem,
+  FileSystemAt,
+  Resolve,
+  MakeFolder,
+  SetMode,
+  RemoveFile,
+  Read,
+  Thread
+};
 
 struct CallFaults {
   Call call;
   const char *name;
-  /// The first is the one that is tried when time is short. -1 stands for a read that gives less
-  /// than was asked for.
+  /// The first is the one that is tried when time is short, beside an interruption. -1 stands for a
+  /// read that gives less than was asked for.
   std::vector<int> errors;
 };
 
 constexpr int shortRead = -1;
 
-const std::array<CallFaults, 7> callFaults{{
-    {Open, "open", {EMFILE, ENFILE, EACCES, ENOENT, ENOMEM, EIO, ELOOP, ENOTDIR, ESTALE}},
-    {List, "list", {EIO, ENOENT, ENOMEM, ESTALE}},
-    {Status, "status", {EACCES, ENOENT, EIO, ENOMEM, ELOOP, ENAMETOOLONG, ESTALE}},
-    {MountTable, "open of the mount table", {EMFILE, EACCES, ENOENT, ENOMEM}},
+const std::array<CallFaults, 12> callFaults{{
+    {Open, "open", {EMFILE, EINTR, ENFILE, EACCES, ENOENT, ENOMEM, EIO, ELOOP, ENOTDIR, ESTALE}},
+    {List, "list", {EIO, EINTR, ENOENT, ENOMEM, ESTALE}},
+    {Status, "status", {EACCES, EINTR, ENOENT, EIO, ENOMEM, ELOOP, ENAMETOOLONG, ESTALE}},
+    {MountTable, "open of the mount table", {EMFILE, EINTR, EACCES, ENOENT, ENOMEM}},
     {FileSystem, "file system", {EIO, ENOSYS, ENOMEM, EINTR}},
+    {FileSystemAt, "file system of the cache folder", {EIO, EINTR, ENOSYS, ENOMEM}},
+    {Resolve, "resolve", {EACCES, EINTR, ENOENT, ENOMEM, ELOOP, EIO}},
+    {MakeFolder, "make folder", {EACCES, EINTR, ENOSPC, EROFS, EEXIST}},
+    {SetMode, "set mode", {EPERM, EINTR, EROFS, ENOENT}},
+    {RemoveFile, "remove file", {EACCES, EINTR, EROFS, EBUSY}},
     {Read, "read", {EIO, EINTR, shortRead, EISDIR, ESTALE}},
     {Thread, "thread", {EAGAIN, ENOMEM, EPERM}},
 }};
@@ -116,6 +134,28 @@ SystemCalls faultyCalls() {
     return failing.fails(FileSystem) ? (errno = failing.error, -1)
                                      : realSystemCalls().fileSystemOf(file, fileSystem);
   };
+  calls.fileSystemAt = [](const char *path, struct statfs *fileSystem) {
+    return failing.fails(FileSystemAt) ? (errno = failing.error, -1)
+                                       : realSystemCalls().fileSystemAt(path, fileSystem);
+  };
+  calls.resolve = [](const char *path) -> char * {
+    if (!failing.fails(Resolve))
+      return realSystemCalls().resolve(path);
+    failing.noteEntry(AT_FDCWD, path);
+    return errno = failing.error, nullptr;
+  };
+  calls.makeFolder = [](const char *path, mode_t mode) {
+    return failing.fails(MakeFolder) ? (errno = failing.error, -1)
+                                     : realSystemCalls().makeFolder(path, mode);
+  };
+  calls.setMode = [](const char *path, mode_t mode) {
+    return failing.fails(SetMode) ? (errno = failing.error, -1)
+                                  : realSystemCalls().setMode(path, mode);
+  };
+  calls.removeFile = [](const char *path) {
+    return failing.fails(RemoveFile) ? (errno = failing.error, -1)
+                                     : realSystemCalls().removeFile(path);
+  };
   calls.read = [](int file, void *buffer, std::size_t size) -> ssize_t {
     if (!failing.fails(Read))
       return realSystemCalls().read(file, buffer, size);
@@ -175,11 +215,9 @@ public:
       descriptors_ = Holdings::now().descriptors;
       failAllocations();
       for (const CallFaults &faults : callFaults)
-        for (const int error : faults.errors) {
-          failCalls(faults, error, way);
-          if (isQuick_)
-            break;
-        }
+        for (const int error : faults.errors)
+          if (!isQuick_ || error == faults.errors.front() || error == EINTR)
+            failCalls(faults, error, way);
     }
   }
 
@@ -249,6 +287,9 @@ private:
     failing.error = error;
     const std::string what = error == shortRead ? "short" : strerrorname_np(error);
     for (const bool lasts : {false, true}) {
+      // Nobody sends signals without a pause.
+      if (lasts && error == EINTR)
+        break;
       bool hasFailed = true;
       for (int number = 1; hasFailed; ++number) {
         doing = way_ + ", " + faults.name + " " + std::to_string(number) + " " + what +
@@ -270,11 +311,13 @@ private:
 
   void judgeResults(const Paths &found, Call call, bool lasts, const Wanted &wanted) {
     // What has no date passes a test of dates.
-    const bool mayPass = call == Status && wanted.modifiedFrom != -Wanted::open;
+    const bool mayPass =
+        call == Status && failing.error != EINTR && wanted.modifiedFrom != -Wanted::open;
     for (const std::string &path : without(found, all_))
       check(mayPass && (lasts || isAbout(failing.path, path)), "finds what it should not: " + path);
-    const bool mayBeLost = call == Open || call == List || call == Status ||
-                           (call == Read && failing.error != EINTR && failing.error != shortRead);
+    const bool mayBeLost =
+        failing.error != EINTR && failing.error != shortRead &&
+        (call == Open || call == List || call == Status || call == Resolve || call == Read);
     for (const std::string &path : without(all_, found))
       check(mayBeLost && (lasts || isAbout(failing.path, path)),
             "has lost " + path + ", though what failed was about " + failing.path);

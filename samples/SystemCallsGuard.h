@@ -24,7 +24,8 @@ class SystemCallsGuard {
 public:
   struct Counts {
     std::atomic<int> openAt{0}, listEntries{0}, statusAt{0}, openMountTable{0}, fileSystemOf{0},
-        read{0}, startThread{0};
+        fileSystemAt{0}, resolve{0}, makeFolder{0}, setMode{0}, removeFile{0}, read{0},
+        startThread{0};
   };
 
   explicit SystemCallsGuard(const SystemCalls &replaced = {}) {
@@ -33,6 +34,11 @@ public:
     put<&SystemCalls::statusAt, &Counts::statusAt>(replaced);
     put<&SystemCalls::openMountTable, &Counts::openMountTable>(replaced);
     put<&SystemCalls::fileSystemOf, &Counts::fileSystemOf>(replaced);
+    put<&SystemCalls::fileSystemAt, &Counts::fileSystemAt>(replaced);
+    put<&SystemCalls::resolve, &Counts::resolve>(replaced);
+    put<&SystemCalls::makeFolder, &Counts::makeFolder>(replaced);
+    put<&SystemCalls::setMode, &Counts::setMode>(replaced);
+    put<&SystemCalls::removeFile, &Counts::removeFile>(replaced);
     put<&SystemCalls::read, &Counts::read>(replaced);
     put<&SystemCalls::startThread, &Counts::startThread>(replaced);
     resetCounts();

@@ -60,7 +60,7 @@ int CFileStream::Read(void *buffer, long count, long *done) {
   if (buffer == nullptr || file_ == nullptr || count < 0)
     return 0;
   turnToReading(file_.get());
-  return report(std::fread(buffer, 1, static_cast<std::size_t>(count), file_.get()), count, done);
+  return report(readFile(file_.get(), buffer, static_cast<std::size_t>(count)), count, done);
 }
 
 int CFileStream::Write(void *buffer, long count, long *done) {

@@ -3,6 +3,7 @@
 #include "streams/CIOStream.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <fcntl.h>
 #include <new>
@@ -12,13 +13,22 @@
 
 namespace {
 
+/// open(2), once more whenever a signal interrupts it, as one may on a slow device or a network.
+int openUninterrupted(const char *path, int flags, mode_t permissions = 0) noexcept {
+  int descriptor = -1;
+  do
+    descriptor = open(path, flags, permissions);
+  while (descriptor == -1 && errno == EINTR);
+  return descriptor;
+}
+
 /// A regular file's descriptor, or -1.
 int openRegularFile(const char *path, int access) noexcept {
   struct stat status;
   // Asked before as well: to open a pipe lets its writer go on, and to open a device may move it.
   if (stat(path, &status) != 0 || !S_ISREG(status.st_mode))
     return -1;
-  const int descriptor = open(path, access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  const int descriptor = openUninterrupted(path, access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
   if (descriptor < 0)
     return -1;
   if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
@@ -48,17 +58,28 @@ bool isLeadByte(unsigned char byte) noexcept {
 } // namespace
 
 CFilePointer openFile(const char *path, unsigned short mode) noexcept {
-  constexpr int permissions = 0666;
+  constexpr mode_t permissions = 0666;
   switch (mode) {
   case streamReadMode:
     return fileOfDescriptor(openRegularFile(path, O_RDONLY), "rb");
   case streamWriteMode:
-    return fileOfDescriptor(open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, permissions),
-                            "wb");
+    return fileOfDescriptor(
+        openUninterrupted(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, permissions), "wb");
   case streamReadWriteMode:
     return fileOfDescriptor(openRegularFile(path, O_RDWR), "r+b");
   default:
     return nullptr;
+  }
+}
+
+std::size_t readFile(std::FILE *file, void *buffer, std::size_t count) noexcept {
+  std::size_t done = 0;
+  for (;;) {
+    errno = 0;
+    done += std::fread(static_cast<char *>(buffer) + done, 1, count - done, file);
+    if (done == count || std::ferror(file) == 0 || errno != EINTR)
+      return done;
+    std::clearerr(file);
   }
 }
 
@@ -124,7 +145,7 @@ int ReadFile(FileHandle *handle, void *buffer, unsigned long count, unsigned lon
              void * /*overlapped*/) noexcept {
   if (handle == nullptr || handle->file == nullptr || buffer == nullptr)
     return 0;
-  return std::fread(buffer, 1, count, handle->file) == count ? 1 : 0;
+  return readFile(handle->file, buffer, count) == count ? 1 : 0;
 }
 
 std::uint32_t FS_GetFileSize(FileHandle *handle, ...) noexcept {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -17,6 +18,11 @@ using CFilePointer = std::unique_ptr<std::FILE, CFileCloser>;
 /// fails at once, a pipe that nobody writes to included. For writing alone it is opened as the C
 /// library does, whatever it is. Null on failure and for any other mode.
 CFilePointer openFile(const char *path, unsigned short mode) noexcept;
+
+/// Reads at the file's position until `count` bytes are there or no more can be had; how many there
+/// are. A signal that the host handles interrupts nothing. (It may make a write fail: the C library
+/// does not tell how much of what it has collected was written, so that nothing can be made good.)
+std::size_t readFile(std::FILE *file, void *buffer, std::size_t count) noexcept;
 
 /// The size of an open file in bytes, with what was written last; the position stays, and so does
 /// what was read ahead. 0 on failure.

@@ -1,29 +1,8 @@
 #include "FileSharchFunction/SearchSystem/ResultPool.h"
 
-#include "platform/foundation/NSThread.h"
+#include "platform/foundation/FreeElsewhere.h"
 
-#include <new>
 #include <utility>
-
-namespace {
-
-/// So many paths are freed in about a millisecond.
-constexpr std::size_t mostFreedAtOnce = 20'000;
-
-/// Frees paths on a thread of its own.
-class FreeingJob final : public ThreadJob {
-public:
-  /// Throws `std::bad_alloc`.
-  explicit FreeingJob(std::deque<Ref<const NSString>> &paths) { paths_.swap(paths); }
-
-private:
-  void main() override { paths_.clear(); }
-  void ended() noexcept override { delete this; }
-
-  std::deque<Ref<const NSString>> paths_;
-};
-
-} // namespace
 
 ResultPool::~ResultPool() { clear(); }
 
@@ -36,14 +15,7 @@ bool ResultPool::contains(const NSString &path) {
 }
 
 void ResultPool::clear() noexcept {
-  index_.clear();
+  freeElsewhere(index_);
   indexed_ = 0;
-  if (paths_.size() > mostFreedAtOnce) {
-    try {
-      NSThread::detachNewThread(*new FreeingJob(paths_));
-    } catch (...) {
-      // Without memory for the job it is done here, and takes its time.
-    }
-  }
-  paths_.clear();
+  freeElsewhere(paths_);
 }

@@ -29,7 +29,9 @@ class ExifAnalysis;
 /// the first start or cancel and released by the end process.
 ///
 /// Ownership: borrows the request record until the end process. Pending performs, timers and
-/// workers hold references to the engine, which gives them back on the main thread.
+/// workers hold references to the engine, which gives them back on the main thread. A search ends
+/// only when its workers have; those of the PDF pool, which no search waits for, use nothing of the
+/// record, but what the engine has taken from it when the pool was given its first path.
 /// Threads: main, but for the workers' bodies and what they call, where that is said.
 class SearchEngine final : public NSObject {
 public:
@@ -125,7 +127,7 @@ public:
   [[nodiscard]] char PDFSearch(const NSString *path) const;
 
   /// Queues a PDF file for a worker, or, with null, takes note that a worker has ended. A search
-  /// does not use this pool.
+  /// neither uses this pool nor waits for it.
   void PDFSearchPool(const NSString *path) noexcept;
   /// A worker's body: tests one PDF file, whatever the answer. Worker thread.
   void PDFSearchThread(const NSString *path) noexcept;
@@ -211,6 +213,8 @@ private:
 
   [[nodiscard]] static unsigned keywordOptions(char isDistinct) noexcept;
   [[nodiscard]] bool hasContentKeyword() const noexcept;
+  [[nodiscard]] bool hasTextInPDF(const NSString *path, const NSString *keyword,
+                                  char isDistinct) const;
 
   void searchFolder(const NSString *folder, int type, Conditions conditions,
                     TakePath pool) noexcept;
@@ -301,6 +305,9 @@ private:
   Pool _dirPool;
   int _pdfThreadCount = 0;
   Pool _pdfPool;
+  /// What the workers of the PDF pool look for; constant while there are any.
+  Ref<const NSString> pdfKeyword_;
+  char isPDFDistinct_ = 0;
 
   /// What a worker of an explicit list is started on.
   const Ref<const NSString> listFolder_;

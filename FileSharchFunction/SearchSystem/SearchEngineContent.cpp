@@ -61,14 +61,14 @@ bool SearchEngine::hasKeywordInTags(ExifAnalysis &analysis) const {
 }
 
 char SearchEngine::PDFSearch(const NSString *path) const {
-  if (path == nullptr)
-    return 0;
+  return hasTextInPDF(path, _searchPredicate->contentKeyword, _searchPredicate->isDistinct) ? 1 : 0;
+}
+
+bool SearchEngine::hasTextInPDF(const NSString *path, const NSString *keyword,
+                                char isDistinct) const {
   CPDFFile document;
-  if (document.Open(path->UTF8String()) != 1)
-    return 0;
-  const int result = document.FindText(_searchPredicate->contentKeyword,
-                                       _searchPredicate->isDistinct, getSearchEncoding());
-  return result == 1 ? 1 : 0;
+  return path != nullptr && document.Open(path->UTF8String()) == 1 &&
+         document.FindText(keyword, isDistinct, getSearchEncoding()) == 1;
 }
 
 const SearchEngine::ContentAnswers::Exif &SearchEngine::askExif(SearchItem &item,

@@ -161,5 +161,6 @@ std::string SearchEngine::baseFolder() const {
   std::string_view path = _defaultPath->view();
   path.remove_prefix(std::min(path.find_first_not_of(blanks), path.size()));
   path = path.substr(0, path.find_last_not_of(blanks) + 1);
-  return resolvedPath(std::string(path));
+  const std::string folder(path);
+  return resolvedPath(folder).value_or(folder);
 }

@@ -102,6 +102,10 @@ void SearchEngine::PDFSearchPool(const NSString *path) noexcept {
   assert(MainRunLoop::shared().isMainThread());
   if (_searchPredicate == nullptr)
     return;
+  if (_pdfPool.empty() && _pdfThreadCount <= 0) {
+    pdfKeyword_ = Ref<const NSString>(_searchPredicate->contentKeyword);
+    isPDFDistinct_ = _searchPredicate->isDistinct;
+  }
   addToPool(path, _pdfPool, _pdfThreadCount, pdfWorkers_, &SearchEngine::PDFSearchThread);
   if (_pdfThreadCount <= 0)
     pdfPoolEnd_.schedule(delayOfProducerEnd);
@@ -109,7 +113,7 @@ void SearchEngine::PDFSearchPool(const NSString *path) noexcept {
 
 void SearchEngine::PDFSearchThread(const NSString *path) noexcept {
   try {
-    static_cast<void>(PDFSearch(path));
+    static_cast<void>(hasTextInPDF(path, pdfKeyword_.get(), isPDFDistinct_));
   } catch (...) {
     // The answer is not used, only the end is reported.
   }

@@ -40,7 +40,7 @@ DirectoryListing::DirectoryListing(DirectoryListing &&other) noexcept
     : descriptor_(std::exchange(other.descriptor_, -1)), pathLength_(other.pathLength_),
       canReachEntries_(other.canReachEntries_), buffer_(std::move(other.buffer_)),
       position_(other.position_), filled_(other.filled_),
-      mountPoints_(std::move(other.mountPoints_)) {}
+      mountPoints_(std::move(other.mountPoints_)), hasBrokenOff_(other.hasBrokenOff_) {}
 
 bool DirectoryListing::mayBeMountPoint(std::string_view name) noexcept {
   if (!mountPoints_)
@@ -59,7 +59,7 @@ std::optional<DirectoryListing> DirectoryListing::open(std::string_view path) {
   auto buffer = std::make_unique_for_overwrite<std::byte[]>(bufferSize);
   constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
   const auto openFolder = [](const std::string &name) {
-    return systemCalls().openAt(currentFolder, name.c_str(), flags);
+    return uninterrupted(&SystemCalls::openAt, currentFolder, name.c_str(), flags);
   };
   // To open its "." a folder must be entered, so that this tells whether its entries can be
   // reached.
@@ -87,7 +87,8 @@ bool DirectoryListing::isNextRegularFile() const noexcept {
 std::optional<DirectoryEntry> DirectoryListing::next() noexcept {
   for (;;) {
     if (position_ == filled_) {
-      const ssize_t size = systemCalls().listEntries(descriptor_, buffer_.get(), bufferSize);
+      const ssize_t size =
+          uninterrupted(&SystemCalls::listEntries, descriptor_, buffer_.get(), bufferSize);
       hasBrokenOff_ = size < 0;
       if (size <= 0)
         return std::nullopt;

@@ -70,13 +70,14 @@ int FileItem::openRegularFile() noexcept {
       isLink ? fileStatus(folder_, path_, FollowLink::Yes) : status_;
   if (!target || target->kind != FileKind::Regular)
     return -1;
-  return systemCalls().openAt(folder_, path_, isLink ? readingFlags : readingFlags | O_NOFOLLOW);
+  return uninterrupted(&SystemCalls::openAt, folder_, path_,
+                       isLink ? readingFlags : readingFlags | O_NOFOLLOW);
 }
 
 int FileItem::openAndExamine() noexcept {
   if (!isNameable_)
     return -1;
-  const int file = systemCalls().openAt(folder_, path_, readingFlags | O_NOFOLLOW);
+  const int file = uninterrupted(&SystemCalls::openAt, folder_, path_, readingFlags | O_NOFOLLOW);
   if (file < 0)
     return -1;
   // The status of an open file is had for much less than that of a name.
@@ -98,9 +99,8 @@ bool FileItem::isBookmarkFile() noexcept {
     return false;
   // "book", the size of what follows or zero, "mark".
   std::array<char, 12> header{};
-  const ssize_t size = systemCalls().read(file, header.data(), header.size());
+  const std::size_t size = readFully(file, header.data(), header.size());
   close(file);
-  return size == static_cast<ssize_t>(header.size()) &&
-         std::memcmp(header.data(), "book", 4) == 0 &&
+  return size == header.size() && std::memcmp(header.data(), "book", 4) == 0 &&
          std::memcmp(header.data() + 8, "mark", 4) == 0;
 }

@@ -15,15 +15,15 @@ const std::size_t longestPath = PATH_MAX - 1;
 
 namespace {
 
-constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
-
 /// More than any file system's clock lags behind or is coarse.
-constexpr std::int64_t settlingTime = 3 * nanosecondsPerSecond;
+constexpr std::int64_t settlingTimeInSeconds = 3;
 
-std::int64_t now() noexcept {
-  timespec time{};
-  clock_gettime(CLOCK_REALTIME_COARSE, &time);
-  return time.tv_sec * nanosecondsPerSecond + time.tv_nsec;
+/// Whether it is so long ago that a change from now on will show.
+bool isLongAgo(FileMoment moment) noexcept {
+  // Our own clock is reckoned with, since the file's time may be any number.
+  FileMoment latest = earliestMomentOfChange();
+  latest.seconds -= settlingTimeInSeconds;
+  return moment <= latest;
 }
 
 FileKind kindOfMode(unsigned mode) noexcept {
@@ -44,13 +44,14 @@ bool isOnOtherDeviceThanParent(int folder, const char *path, std::uint64_t devic
   const int length = std::snprintf(parentPath.data(), parentPath.size(), "%s/..", path);
   struct statx parent {};
   return length > 0 && static_cast<std::size_t>(length) < parentPath.size() &&
-         systemCalls().statusAt(folder, parentPath.data(), AT_NO_AUTOMOUNT, &parent) == 0 &&
+         uninterrupted(&SystemCalls::statusAt, folder, parentPath.data(), AT_NO_AUTOMOUNT,
+                       &parent) == 0 &&
          deviceOf(parent) != device;
 }
 
 std::optional<FileStatus> statusOf(int folder, const char *path, int flags) noexcept {
   struct statx status {};
-  if (systemCalls().statusAt(folder, path, flags, &status) != 0)
+  if (uninterrupted(&SystemCalls::statusAt, folder, path, flags, &status) != 0)
     return std::nullopt;
   FileStatus result;
   result.kind = kindOfMode(status.stx_mode);
@@ -59,8 +60,9 @@ std::optional<FileStatus> statusOf(int folder, const char *path, int flags) noex
   result.size = status.stx_size;
   result.device = deviceOf(status);
   result.inode = status.stx_ino;
-  result.changeTime = status.stx_ctime.tv_sec * nanosecondsPerSecond + status.stx_ctime.tv_nsec;
-  result.isSettled = now() - result.changeTime >= settlingTime;
+  result.changeTime = {status.stx_ctime.tv_sec, status.stx_ctime.tv_nsec};
+  result.isSettled = isLongAgo(result.changeTime);
+  result.isEncrypted = (status.stx_attributes & STATX_ATTR_ENCRYPTED) != 0;
   if ((status.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0)
     result.isMountRoot = (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
   else if (result.kind == FileKind::Folder)
@@ -69,6 +71,13 @@ std::optional<FileStatus> statusOf(int folder, const char *path, int flags) noex
 }
 
 } // namespace
+
+FileMoment earliestMomentOfChange() noexcept {
+  // Files are marked by this clock, or by a finer one that never lags behind it.
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME_COARSE, &now);
+  return {now.tv_sec, static_cast<std::uint32_t>(now.tv_nsec)};
+}
 
 std::optional<FileStatus> fileStatus(int folder, const char *path, FollowLink follow) noexcept {
   return statusOf(folder, path,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -10,25 +11,39 @@ enum class FileKind : std::uint8_t { Unknown, Regular, Folder, Link, Other };
 /// Whether a status is that of a link itself or of what it leads to.
 enum class FollowLink : bool { No, Yes };
 
+/// A moment as the file system counts it, since 1970-01-01 00:00 UTC. Nanoseconds are below a
+/// second; seconds may be anything, since a damaged or foreign file system tells anything.
+struct FileMoment {
+  std::int64_t seconds = 0;
+  std::uint32_t nanoseconds = 0;
+
+  friend auto operator<=>(const FileMoment &, const FileMoment &) = default;
+};
+
 /// What the file system says about one entry.
 struct FileStatus {
   FileKind kind = FileKind::Unknown;
   /// The root of a mounted file system.
   bool isMountRoot = false;
+  /// The names in an encrypted folder depend on whether its key is there.
+  bool isEncrypted = false;
   /// Seconds since 2001-01-01 00:00 UTC, in whole microseconds.
   double modificationTime = 0;
   std::uint64_t size = 0;
   /// The file system that the entry is on, and its number there.
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
-  /// When content or status changed last, in nanoseconds since 1970-01-01 00:00 UTC.
-  std::int64_t changeTime = 0;
+  /// When content or status changed last. Nobody can set it at will.
+  FileMoment changeTime;
   /// That was so long ago that a change after this status was taken shows in the change time.
   bool isSettled = false;
 };
 
 /// Whether both are of one regular file that has not changed from the first to the second.
 [[nodiscard]] bool isSameUnchangedFile(const FileStatus &first, const FileStatus &second) noexcept;
+
+/// A moment that no change to a file from now on is marked with an earlier one of. Any thread.
+[[nodiscard]] FileMoment earliestMomentOfChange() noexcept;
 
 /// A descriptor that stands for the current folder.
 extern const int currentFolder;

@@ -3,17 +3,21 @@
 #include "platform/foundation/NSThread.h"
 
 #include <cstddef>
-#include <utility>
 
 /// Empties a container, on a thread of its own if that would keep the main thread busy for long.
-/// The container must be one that is moved by taking over its memory. Main thread.
+/// Main thread.
 template <class Container> void freeElsewhere(Container &container) noexcept {
   class FreeingJob final : public ThreadJob {
   public:
-    explicit FreeingJob(Container &taken) noexcept : container_(std::move(taken)) {}
+    /// Takes over what the container holds. Even an empty one may need memory: throws
+    /// `std::bad_alloc`, and then nothing has been taken.
+    explicit FreeingJob(Container &taken) { container_.swap(taken); }
 
   private:
-    void main() override { container_ = Container(); }
+    void main() override {
+      // What is left to the destructor, on the main thread, is an empty container.
+      Container().swap(container_);
+    }
     void ended() noexcept override { delete this; }
 
     Container container_;
@@ -27,5 +31,5 @@ template <class Container> void freeElsewhere(Container &container) noexcept {
       // Without memory for the job it is done here, and takes its time.
     }
   }
-  container = Container();
+  container.clear();
 }

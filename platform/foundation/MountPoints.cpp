@@ -22,7 +22,7 @@ constexpr std::chrono::milliseconds validity{10};
 constexpr int mountPointField = 4;
 
 std::optional<std::string> readTable() {
-  const int file = systemCalls().openMountTable(O_RDONLY | O_CLOEXEC | O_NOCTTY);
+  const int file = uninterrupted(&SystemCalls::openMountTable, O_RDONLY | O_CLOEXEC | O_NOCTTY);
   if (file < 0)
     return std::nullopt;
   std::string table;
@@ -32,7 +32,7 @@ std::optional<std::string> readTable() {
     do {
       filled += static_cast<std::size_t>(size);
       table.resize(filled + (std::size_t{16} << 10));
-      size = systemCalls().read(file, table.data() + filled, table.size() - filled);
+      size = uninterrupted(&SystemCalls::read, file, table.data() + filled, table.size() - filled);
     } while (size > 0);
   } catch (...) {
     size = -1;

@@ -1,10 +1,12 @@
 #include "platform/foundation/ResolvedPath.h"
 
+#include "platform/foundation/SystemCalls.h"
+
 #include <cstdlib>
 #include <memory>
 
-std::string resolvedPath(std::string path) {
-  const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr),
-                                                             &std::free);
-  return resolved ? resolved.get() : std::move(path);
+std::optional<std::string> resolvedPath(const std::string &path) {
+  const std::unique_ptr<char, decltype(&std::free)> resolved(
+      uninterrupted(&SystemCalls::resolve, path.c_str()), &std::free);
+  return resolved ? std::optional<std::string>(resolved.get()) : std::nullopt;
 }

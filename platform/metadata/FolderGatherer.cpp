@@ -5,6 +5,7 @@
 #include "platform/foundation/PathComponents.h"
 #include "platform/metadata/FolderKey.h"
 #include "platform/metadata/FolderRecord.h"
+#include "platform/metadata/FolderStatus.h"
 #include "platform/metadata/SearchScope.h"
 
 #include <utility>
@@ -49,9 +50,13 @@ void FolderGatherer::process(const FolderTask &task, FolderQueue::Tasks &tasks, 
   case FolderTask::Kind::Scope:
     processScope(task.path, tasks, results);
     return;
+  case FolderTask::Kind::ScopeListing:
+    path_ = task.path;
+    listWithSubFolders(tasks, results);
+    return;
   case FolderTask::Kind::Listing: {
     path_ = task.path;
-    const std::optional<FolderStatus> status = folderStatus(currentFolder, path_.c_str());
+    const std::optional<FileStatus> status = folderStatus(currentFolder, path_.c_str());
     if (status && !status->isMountRoot && !isPackage(lastPathComponent(path_), true))
       listWithSubFolders(tasks, results);
     return;
@@ -68,8 +73,12 @@ void FolderGatherer::processScope(const std::string &scope, FolderQueue::Tasks &
   if (path_.empty())
     return;
   std::shared_ptr<RecordStream> stream;
-  if (common_.place)
-    stream = RecordStream::open(path_, *common_.place, common_.writer);
+  try {
+    if (common_.place)
+      stream = RecordStream::open(path_, *common_.place, common_.writer);
+  } catch (...) {
+    // Memory is short: the search does without records.
+  }
   if (stream)
     processRecords(stream, tasks, results);
   else
@@ -77,25 +86,38 @@ void FolderGatherer::processScope(const std::string &scope, FolderQueue::Tasks &
 }
 
 void FolderGatherer::processRecords(const std::shared_ptr<RecordStream> &stream,
-                                    FolderQueue::Tasks &tasks, Results &results) {
+                                    FolderQueue::Tasks &tasks, Results &results) noexcept {
   const auto offerNext = [&] {
     FolderTask next;
     next.kind = FolderTask::Kind::Records;
     next.stream = stream;
     common_.queue.add(std::move(next));
   };
-  std::unique_ptr<RecordStream::Chunk> chunk = stream->read();
-  if (!chunk->isLast && stream->mayRead())
-    offerNext();
   try {
+    std::unique_ptr<RecordStream::Chunk> chunk = stream->read();
+    if (!chunk)
+      return;
+    if (!chunk->isLast && stream->mayRead())
+      offerNext();
     for (RecordStream::Row &row : chunk->rows)
       if (!isStopped())
-        searchRow(*stream, *chunk, row);
+        tryToSearchRow(*stream, *chunk, row);
+    if (!isStopped() && stream->merge(std::move(chunk), tasks, results))
+      offerNext();
   } catch (...) {
-    // Memory is short: the other folders of the chunk are passed over, but not those after it.
+    if (!isStopped())
+      stream->giveUp(tasks);
   }
-  if (!isStopped() && stream->merge(std::move(chunk), tasks, results))
-    offerNext();
+}
+
+void FolderGatherer::tryToSearchRow(const RecordStream &stream, const RecordStream::Chunk &chunk,
+                                    RecordStream::Row &row) noexcept {
+  try {
+    searchRow(stream, chunk, row);
+  } catch (...) {
+    row.results.clear();
+    row.hasFailed = true;
+  }
 }
 
 void FolderGatherer::searchRow(const RecordStream &stream, const RecordStream::Chunk &chunk,
@@ -112,7 +134,7 @@ void FolderGatherer::searchRow(const RecordStream &stream, const RecordStream::C
     path_ = "/";
   if (path_.size() > longestPath)
     return;
-  const std::optional<FolderStatus> status =
+  const std::optional<FileStatus> status =
       isScope ? folderStatus(currentFolder, path_.c_str())
               : folderStatus(stream.scopeFolder(), path_.c_str() + scope.size() + 1);
   row.isGone = !status;
@@ -151,7 +173,7 @@ std::optional<FolderNames> FolderGatherer::list(bool isRecorded, Results &result
   std::optional<DirectoryListing> listing = DirectoryListing::open(path_);
   if (!listing || !listing->canReachEntries())
     return std::nullopt;
-  const std::optional<FolderStatus> status = folderStatus(listing->descriptor(), ".");
+  const std::optional<FileStatus> status = folderStatus(listing->descriptor(), ".");
   std::optional<std::int64_t> volume;
   if (status)
     volume = volumes_.volumeOf(status->device, listing->descriptor());
@@ -185,7 +207,7 @@ std::optional<FolderNames> FolderGatherer::list(bool isRecorded, Results &result
   return names;
 }
 
-void FolderGatherer::keep(const FolderStatus &status, std::int64_t volume, bool isLasting,
+void FolderGatherer::keep(const FileStatus &status, std::int64_t volume, bool isLasting,
                           bool isRecorded, const FolderNames &names) {
   // A folder that cannot be relied on is only noted down, so that the way to those below is known.
   if ((!isLasting && isRecorded) || !common_.writer.isWanted())

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/foundation/FileStatus.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
 #include "platform/metadata/FolderListing.h"
 #include "platform/metadata/FolderQueue.h"
-#include "platform/metadata/FolderStatus.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/IndexWriter.h"
 #include "platform/metadata/NSPredicate.h"
@@ -46,9 +46,11 @@ public:
 private:
   void processScope(const std::string &scope, FolderQueue::Tasks &tasks, Results &results);
   void processRecords(const std::shared_ptr<RecordStream> &stream, FolderQueue::Tasks &tasks,
-                      Results &results);
+                      Results &results) noexcept;
 
   /// Searches the folder that a record is about.
+  void tryToSearchRow(const RecordStream &stream, const RecordStream::Chunk &chunk,
+                      RecordStream::Row &row) noexcept;
   void searchRow(const RecordStream &stream, const RecordStream::Chunk &chunk,
                  RecordStream::Row &row);
 
@@ -56,7 +58,7 @@ private:
   /// until the next call; none when the folder cannot be searched. `isRecorded` tells whether there
   /// is a record of it, though one that does not hold.
   std::optional<FolderNames> list(bool isRecorded, Results &results);
-  void keep(const FolderStatus &status, std::int64_t volume, bool isLasting, bool isRecorded,
+  void keep(const FileStatus &status, std::int64_t volume, bool isLasting, bool isRecorded,
             const FolderNames &names);
   void listWithSubFolders(FolderQueue::Tasks &tasks, Results &results);
 

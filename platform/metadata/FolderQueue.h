@@ -17,6 +17,8 @@ struct FolderTask {
   enum class Kind {
     /// A folder that is to be searched, whatever it is.
     Scope,
+    /// The same, with the names read from the disk.
+    ScopeListing,
     /// A folder that is to be searched if it may be, with its names read from the disk.
     Listing,
     /// The next records of a stream.

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/foundation/FileStatus.h"
 #include "platform/metadata/FolderListing.h"
-#include "platform/metadata/FolderStatus.h"
 
 #include <cstdint>
 #include <optional>

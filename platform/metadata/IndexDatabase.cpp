@@ -1,5 +1,6 @@
 #include "platform/metadata/IndexDatabase.h"
 
+#include "platform/foundation/SystemCalls.h"
 #include "platform/metadata/FolderKey.h"
 #include "platform/metadata/FolderRecord.h"
 
@@ -129,7 +130,7 @@ std::unique_ptr<IndexDatabase> IndexDatabase::openToWrite(const IndexPlace &plac
     fault = database->checkSchema();
   if (fault == IndexFault::Missing) {
     // What SQLite puts beside the file has the file's permissions.
-    chmod(place.file().c_str(), S_IRUSR | S_IWUSR);
+    uninterrupted(&SystemCalls::setMode, place.file().c_str(), S_IRUSR | S_IWUSR);
     fault = database->makeTable();
   }
   return fault == IndexFault::None ? std::move(database) : nullptr;

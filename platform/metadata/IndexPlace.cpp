@@ -1,15 +1,16 @@
 #include "platform/metadata/IndexPlace.h"
 
+#include "platform/foundation/FileStatus.h"
 #include "platform/foundation/NeverDestroyed.h"
 #include "platform/foundation/PathComponents.h"
+#include "platform/foundation/SystemCalls.h"
 #include "platform/metadata/Volumes.h"
 
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <fcntl.h>
 #include <string_view>
-#include <sys/stat.h>
-#include <sys/statfs.h>
 #include <unistd.h>
 
 namespace {
@@ -31,19 +32,31 @@ std::optional<std::string> &cacheFolderInUse() {
   return folder.get();
 }
 
+/// Asks for the status of `path`, of a link itself unless it is followed; false, and `errno`, where
+/// that cannot be had.
+bool examine(const std::string &path, FollowLink follow, struct statx &status) noexcept {
+  const int flags = AT_NO_AUTOMOUNT | (follow == FollowLink::No ? AT_SYMLINK_NOFOLLOW : 0);
+  return uninterrupted(&SystemCalls::statusAt, currentFolder, path.c_str(), flags, &status) == 0;
+}
+
 enum class Owner { Nobody, Us, Other };
 
 /// Whose folder is at `path`, links followed.
-Owner ownerOfFolder(const char *path) noexcept {
-  struct stat status {};
-  if (stat(path, &status) != 0)
+Owner ownerOfFolder(const std::string &path) noexcept {
+  struct statx status {};
+  if (!examine(path, FollowLink::Yes, status))
     return errno == ENOENT ? Owner::Nobody : Owner::Other;
-  return S_ISDIR(status.st_mode) && status.st_uid == geteuid() ? Owner::Us : Owner::Other;
+  return S_ISDIR(status.stx_mode) && status.stx_uid == geteuid() ? Owner::Us : Owner::Other;
 }
 
-bool isOnLocalDisk(const char *path) noexcept {
+/// Makes a folder for the user alone, if there is nothing of that name.
+bool makeFolderAt(const std::string &path) noexcept {
+  return uninterrupted(&SystemCalls::makeFolder, path.c_str(), S_IRWXU) == 0 || errno == EEXIST;
+}
+
+bool isOnLocalDisk(const std::string &path) noexcept {
   struct statfs fileSystem {};
-  return statfs(path, &fileSystem) == 0 &&
+  return uninterrupted(&SystemCalls::fileSystemAt, path.c_str(), &fileSystem) == 0 &&
          isReliableFileSystem(static_cast<long>(fileSystem.f_type));
 }
 
@@ -65,48 +78,48 @@ void IndexPlace::setCacheFolderForTesting(std::optional<std::string> cacheFolder
 }
 
 bool IndexPlace::isCacheFolderOurs() const noexcept {
-  return ownerOfFolder(cacheFolder_.c_str()) == Owner::Us && isOnLocalDisk(cacheFolder_.c_str());
+  return ownerOfFolder(cacheFolder_) == Owner::Us && isOnLocalDisk(cacheFolder_);
 }
 
 IndexPlace::Finding IndexPlace::look() const noexcept {
-  struct stat folder {};
-  if (lstat(folder_.c_str(), &folder) != 0)
+  struct statx folder {};
+  if (!examine(folder_, FollowLink::No, folder))
     return errno == ENOENT ? Finding::Nothing : Finding::Impossible;
   const uid_t user = geteuid();
-  if (!S_ISDIR(folder.st_mode) || folder.st_uid != user || !isCacheFolderOurs())
+  if (!S_ISDIR(folder.stx_mode) || folder.stx_uid != user || !isCacheFolderOurs())
     return Finding::Impossible;
-  struct stat file {};
-  if (lstat(file_.c_str(), &file) != 0)
+  struct statx file {};
+  if (!examine(file_, FollowLink::No, file))
     return errno == ENOENT ? Finding::Nothing : Finding::Impossible;
-  if (!S_ISREG(file.st_mode))
+  if (!S_ISREG(file.stx_mode))
     return Finding::Impossible;
-  constexpr mode_t others = S_IRWXG | S_IRWXO;
-  const bool isOursAlone =
-      file.st_uid == user && file.st_nlink == 1 && ((folder.st_mode | file.st_mode) & others) == 0;
+  constexpr unsigned others = S_IRWXG | S_IRWXO;
+  const bool isOursAlone = file.stx_uid == user && file.stx_nlink == 1 &&
+                           ((folder.stx_mode | file.stx_mode) & others) == 0;
   return isOursAlone ? Finding::Usable : Finding::Untrusted;
 }
 
 bool IndexPlace::makeFolder() const {
-  if (ownerOfFolder(cacheFolder_.c_str()) == Owner::Nobody) {
+  if (ownerOfFolder(cacheFolder_) == Owner::Nobody) {
     const std::string above = cacheFolder_.substr(0, cacheFolder_.rfind('/'));
-    if (ownerOfFolder(above.c_str()) != Owner::Us || !isOnLocalDisk(above.c_str()) ||
-        (mkdir(cacheFolder_.c_str(), S_IRWXU) != 0 && errno != EEXIST))
+    if (ownerOfFolder(above) != Owner::Us || !isOnLocalDisk(above) || !makeFolderAt(cacheFolder_))
       return false;
   }
-  if (!isCacheFolderOurs() || (mkdir(folder_.c_str(), S_IRWXU) != 0 && errno != EEXIST))
+  if (!isCacheFolderOurs() || !makeFolderAt(folder_))
     return false;
-  struct stat folder {};
-  return lstat(folder_.c_str(), &folder) == 0 && S_ISDIR(folder.st_mode) &&
-         folder.st_uid == geteuid() && chmod(folder_.c_str(), S_IRWXU) == 0;
+  struct statx folder {};
+  return examine(folder_, FollowLink::No, folder) && S_ISDIR(folder.stx_mode) &&
+         folder.stx_uid == geteuid() &&
+         uninterrupted(&SystemCalls::setMode, folder_.c_str(), S_IRWXU) == 0;
 }
 
 std::int64_t IndexPlace::sizeOnDisk() const {
   std::int64_t size = 0;
   for (const std::string_view suffix : fileSuffixes) {
     const std::string path = file_ + std::string(suffix);
-    struct stat file {};
-    if (lstat(path.c_str(), &file) == 0 && S_ISREG(file.st_mode))
-      size += file.st_size;
+    struct statx file {};
+    if (examine(path, FollowLink::No, file) && S_ISREG(file.stx_mode))
+      size += static_cast<std::int64_t>(file.stx_size);
   }
   return size;
 }
@@ -115,7 +128,8 @@ bool IndexPlace::removeFiles() const {
   bool isGone = true;
   for (const std::string_view suffix : fileSuffixes) {
     const std::string path = file_ + std::string(suffix);
-    isGone &= unlink(path.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR;
+    isGone &= uninterrupted(&SystemCalls::removeFile, path.c_str()) == 0 || errno == ENOENT ||
+              errno == ENOTDIR;
   }
   return isGone;
 }

@@ -6,6 +6,7 @@
 #include "platform/metadata/FolderKey.h"
 
 #include <fcntl.h>
+#include <new>
 #include <unistd.h>
 #include <utility>
 
@@ -31,8 +32,8 @@ std::shared_ptr<RecordStream> RecordStream::open(const std::string &scope, const
     fault = index->fault();
     if (first && first->key == key) {
       std::shared_ptr<RecordStream> stream(new RecordStream(scope, std::move(index), writer));
-      stream->scopeFolder_ = systemCalls().openAt(currentFolder, scope.c_str(),
-                                                  O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+      stream->scopeFolder_ = uninterrupted(&SystemCalls::openAt, currentFolder, scope.c_str(),
+                                           O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
       if (stream->scopeFolder_ < 0)
         return nullptr;
       stream->nextRow_ = first;
@@ -55,6 +56,11 @@ RecordStream::~RecordStream() {
 }
 
 std::unique_ptr<RecordStream::Chunk> RecordStream::read() {
+  {
+    const LockGuard guard(lock_);
+    if (isGivenUp_)
+      return nullptr;
+  }
   auto chunk = std::make_unique<Chunk>();
   chunk->bytes.reserve(bytesInChunk);
   chunk->rows.reserve(rowsInChunk);
@@ -88,6 +94,10 @@ bool RecordStream::mayRead() noexcept {
 bool RecordStream::merge(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks &tasks,
                          Results &results) {
   const LockGuard guard(lock_);
+  if (isGivenUp_) {
+    addRest(tasks);
+    return false;
+  }
   const std::size_t number = chunk->number;
   searched_[number] = std::move(chunk);
   while (!searched_.empty() && searched_.begin()->first == mergedCount_) {
@@ -96,33 +106,61 @@ bool RecordStream::merge(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks &tasks
     ++mergedCount_;
     for (Row &row : next->rows)
       mergeRow(*next, row, tasks, results);
-    while (next->isLast && !way_.empty())
-      leaveFolder(tasks);
+    if (next->isLast)
+      addRest(tasks);
   }
   return readCount_ - mergedCount_ <= mostChunksAhead && std::exchange(isHeldUp_, false);
+}
+
+void RecordStream::giveUp(FolderQueue::Tasks &tasks) noexcept {
+  const LockGuard guard(lock_);
+  isGivenUp_ = true;
+  searched_.clear();
+  try {
+    addRest(tasks);
+  } catch (...) {
+    // Some memory is free again when another thread has brought its chunk back.
+  }
 }
 
 void RecordStream::mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &tasks,
                             Results &results) {
   const std::string_view key = chunk.key(row);
-  if (key != scopeKey_) {
-    while (!way_.empty() && !FolderKey::isBelow(key, wayKey_))
-      leaveFolder(tasks);
-    if (way_.empty())
-      return;
-    const std::string_view name = key.substr(wayKey_.size() + 1);
-    // A folder in between may not be searched, or has no record itself and is searched anew.
-    if (name.find('\0') != std::string_view::npos)
-      return;
-    if (!isExpected(name, tasks)) {
-      // What is there all the same has been searched for its own sake, and may be again.
-      if (row.isGone)
-        writer_.addGone(key);
-      return;
-    }
+  if (key == scopeKey_) {
+    // Without its scope nothing can be put in order.
+    if (row.hasFailed)
+      throw std::bad_alloc();
+    mergeFolder(key, row, results);
+    isBegun_ = true;
+    return;
   }
+  while (!way_.empty() && !FolderKey::isBelow(key, wayKey_))
+    leaveFolder(tasks);
+  if (way_.empty())
+    return;
+  const std::string_view name = key.substr(wayKey_.size() + 1);
+  // A folder in between may not be searched, or has no record itself and is searched anew.
+  if (name.find('\0') != std::string_view::npos)
+    return;
+  if (!isExpected(name, tasks)) {
+    // What is there all the same has been searched for its own sake, and may be again.
+    if (row.isGone)
+      writer_.addGone(key);
+    return;
+  }
+  const std::size_t above = way_.size() - 1;
+  if (row.hasFailed)
+    addTask(name, tasks);
+  else
+    mergeFolder(key, row, results);
+  way_[above].goOn();
+}
+
+void RecordStream::mergeFolder(std::string_view key, Row &row, Results &results) {
   if (!row.isSearched)
     return;
+  way_.reserve(way_.size() + 1);
+  wayKey_.reserve(key.size());
   results.insert(results.end(), std::make_move_iterator(row.results.begin()),
                  std::make_move_iterator(row.results.end()));
   way_.push_back({key.size(), std::move(row.folders)});
@@ -130,28 +168,31 @@ void RecordStream::mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &ta
 }
 
 bool RecordStream::isExpected(std::string_view name, FolderQueue::Tasks &tasks) {
-  Folder &folder = way_.back();
-  while (folder.next < folder.names.size()) {
-    const std::string_view expected(folder.names.c_str() + folder.next);
-    if (expected > name)
-      return false;
-    folder.next += expected.size() + 1;
-    if (expected == name)
-      return true;
-    addTask(expected, tasks);
+  for (Folder &folder = way_.back(); !folder.isDone(); folder.goOn()) {
+    if (folder.name() >= name)
+      return folder.name() == name;
+    addTask(folder.name(), tasks);
   }
   return false;
 }
 
 void RecordStream::leaveFolder(FolderQueue::Tasks &tasks) {
-  const Folder folder = std::move(way_.back());
-  for (std::size_t next = folder.next; next < folder.names.size();) {
-    const std::string_view name(folder.names.c_str() + next);
-    addTask(name, tasks);
-    next += name.size() + 1;
-  }
+  for (Folder &folder = way_.back(); !folder.isDone(); folder.goOn())
+    addTask(folder.name(), tasks);
   way_.pop_back();
   wayKey_.resize(way_.empty() ? 0 : way_.back().keySize);
+}
+
+void RecordStream::addRest(FolderQueue::Tasks &tasks) {
+  if (!isBegun_) {
+    FolderTask scope;
+    scope.kind = FolderTask::Kind::ScopeListing;
+    scope.path = scopePrefix_.empty() ? "/" : scopePrefix_;
+    tasks.push_back(std::move(scope));
+    isBegun_ = true;
+  }
+  while (!way_.empty())
+    leaveFolder(tasks);
 }
 
 void RecordStream::addTask(std::string_view name, FolderQueue::Tasks &tasks) {

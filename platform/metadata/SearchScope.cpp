@@ -1,9 +1,7 @@
 #include "platform/metadata/SearchScope.h"
 
 #include "platform/foundation/FileStatus.h"
-
-#include <cstdlib>
-#include <memory>
+#include "platform/foundation/ResolvedPath.h"
 
 namespace {
 
@@ -11,9 +9,7 @@ std::string resolvedFolder(const std::string &path) {
   const std::optional<FileStatus> status = fileStatus(currentFolder, path.c_str(), FollowLink::Yes);
   if (!status || status->kind != FileKind::Folder)
     return {};
-  const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr),
-                                                             &std::free);
-  return resolved ? std::string(resolved.get()) : std::string();
+  return resolvedPath(path).value_or(std::string());
 }
 
 } // namespace

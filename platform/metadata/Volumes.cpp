@@ -51,13 +51,13 @@ std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, const char *
     return known->second;
   // Room first, so that nothing fails while the folder is open.
   known_.reserve(known_.size() + 1);
-  const int folder =
-      systemCalls().openAt(currentFolder, path, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  const int folder = uninterrupted(&SystemCalls::openAt, currentFolder, path,
+                                   O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
   if (folder < 0)
     return std::nullopt;
   std::optional<std::int64_t> volume;
   // Another may have taken its place meanwhile.
-  const std::optional<FolderStatus> status = folderStatus(folder, ".");
+  const std::optional<FileStatus> status = folderStatus(folder, ".");
   if (status && status->device == device)
     volume = volumeOf(device, folder);
   close(folder);
@@ -68,7 +68,7 @@ std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, int folder) 
   if (const Known *const known = find(device))
     return known->second;
   struct statfs fileSystem {};
-  if (systemCalls().fileSystemOf(folder, &fileSystem) != 0)
+  if (uninterrupted(&SystemCalls::fileSystemOf, folder, &fileSystem) != 0)
     return std::nullopt;
   std::optional<std::int64_t> volume;
   if (isReliableFileSystem(static_cast<long>(fileSystem.f_type)))

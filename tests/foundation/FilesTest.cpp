@@ -45,6 +45,26 @@ TEST(DirectoryListing, TellsEveryNameOnce) {
   failing.listEntries = [](int, void *, std::size_t) -> ssize_t { return errno = EIO, -1; };
   const SystemCallsGuard calls(failing);
   EXPECT_TRUE(forEachItem(tree.path()).empty()) << "a listing that breaks off ends";
+  auto listing = DirectoryListing::open(tree.path());
+  static_cast<void>(listing->next());
+  EXPECT_TRUE(DirectoryListing(std::move(*listing)).hasBrokenOff());
+}
+
+TEST(FileStatusTest, TimesThatAreBeyondReckoning) {
+  static std::int64_t seconds;
+  SystemCalls replaced{};
+  replaced.statusAt = [](int folder, const char *path, int flags, struct statx *status) {
+    const int result = realSystemCalls().statusAt(folder, path, flags, status);
+    status->stx_ctime.tv_sec = seconds;
+    return result;
+  };
+  const SystemCallsGuard calls(replaced);
+  for (const std::int64_t time : {INT64_MIN, std::int64_t{0}, INT64_MAX}) {
+    seconds = time;
+    const auto status = fileStatus(currentFolder, "/", FollowLink::No);
+    EXPECT_EQ(status->changeTime.seconds, time);
+    EXPECT_EQ(status->isSettled, time <= 0) << time;
+  }
 }
 
 class FileItemTest : public testing::Test {

@@ -1,4 +1,6 @@
+#include "platform/metadata/FolderGatherer.h"
 #include "platform/metadata/FolderRecord.h"
+#include "platform/metadata/FolderStatus.h"
 #include "tests/metadata/QueryFixture.h"
 
 #include <csignal>
@@ -21,7 +23,9 @@ TEST(FolderStatus, ChangesWithinOneTickAreTold) {
               {"in the future", {6, 1}, {5, 999'999'999}, false},
               {"whole seconds, the same", {5, 0}, {5, 999'999'999}, false},
               {"whole seconds, the next", {5, 0}, {6, 0}, true},
-              {"before 1970", {-3, 1}, {5, 0}, true}};
+              {"before 1970", {-3, 1}, {5, 0}, true},
+              {"the first of all", {INT64_MIN, 1}, {5, 0}, true},
+              {"the last of all", {INT64_MAX, 1}, {5, 0}, false}};
   for (const auto &row : rows)
     EXPECT_EQ(isSettled(row.changed, row.begin), row.isSettled) << row.name;
 }
@@ -292,6 +296,36 @@ TEST_F(IndexTest, TwoQueriesShareIt) {
     EXPECT_EQ(other->resultCount(), found.size());
     listed();
     ASSERT_EQ(listed(), 0);
+  }
+}
+
+TEST_F(IndexTest, StreamThatIsGivenUpLosesNothing) {
+  for (int i = 0; i < 300; ++i)
+    tree.file("many " + std::to_string(i % 30) + "/in " + std::to_string(i) + "/a.jpg");
+  all = find();
+  const std::optional<IndexPlace> place = IndexPlace::current();
+  const Ref<const NSPredicate> predicate = anyKind();
+  const std::atomic<bool> isStopped{false};
+  constexpr int chunks = (folders + 30 + 300) / 64 + 1;
+  for (int merged = 0; merged <= chunks; ++merged) {
+    IndexWriter writer(std::nullopt);
+    FolderQueue queue;
+    FolderGatherer gatherer({*predicate, place, writer, queue, isStopped});
+    FolderQueue::Tasks tasks;
+    FolderGatherer::Results results;
+    queue.enter();
+    queue.add({FolderTask::Kind::Records, "", RecordStream::open(tree.path(), *place, writer)});
+    guard.resetCounts();
+    for (int count = 0; const auto task = queue.next(tasks, false);) {
+      if (task->stream && count++ == merged)
+        task->stream->giveUp(tasks);
+      gatherer.process(*task, tasks, results);
+    }
+    Words paths;
+    for (const auto &path : results)
+      paths.emplace_back(path->view());
+    EXPECT_EQ(sorted(paths), all) << merged;
+    EXPECT_EQ(guard.counts().listEntries > 0, merged < chunks) << merged;
   }
 }
 

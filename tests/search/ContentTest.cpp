@@ -4,6 +4,8 @@
 #include "tests/search/SearchFixture.h"
 #include "tests/support/TimeZone.h"
 
+#include <memory>
+
 namespace {
 
 std::string photo(const char *date, const char *comment = "", const char *maker = "Acme") {
@@ -136,6 +138,17 @@ TEST_F(ContentTest, PoolOfDocuments) {
   finish();
   EXPECT_EQ(told(), "!");
   EXPECT_TRUE(isAt(hosts[0].endTime, 1.5));
+}
+
+TEST_F(ContentTest, PoolOfDocumentsOutlivesTheRecord) {
+  auto request = std::make_unique<Request>(makeRequest("c=beach p"));
+  SearchEngineProbe probe;
+  probe.begin(*request);
+  for (int i = 0; i < 5; ++i)
+    probe.engine.PDFSearchPool(NSString::create(tree.path("in/text.pdf")).get());
+  SearchEngine::releaseSharedSearchEngine();
+  request = nullptr;
+  drain();
 }
 
 } // namespace

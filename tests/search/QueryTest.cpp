@@ -2,7 +2,11 @@
 #include "samples/DocumentWriter.h"
 #include "samples/PhotoFile.h"
 #include "tests/search/SearchFixture.h"
-#include "tests/support/TimeZone.h"
+#include "samples/SystemCallsGuard.h"
+#include "samples/TimeZone.h"
+
+#include <filesystem>
+#include <thread>
 
 namespace {
 
@@ -135,6 +139,35 @@ TEST_F(QueryTest, TheSwitchMayChange) {
     std::sort(hosts[0].words.begin(), hosts[0].words.end() - 1);
     EXPECT_EQ(told(), row.told);
     EXPECT_TRUE(isAt(hosts[0].endTime, row.end)) << hosts[0].endTime;
+  }
+}
+
+TEST_F(QueryTest, CancelWhileThousandsWait) {
+  for (int i = 0; i < 3000; ++i)
+    std::filesystem::create_hard_link(tree.path("1beach.jpg"),
+                                      tree.folder("many/" + std::to_string(i % 10)) + "/beach " +
+                                          std::to_string(i) + ".jpg");
+  IndexPlace::setCacheFolderForTesting("/proc");
+  constexpr int listings = 2 * (3 + 10);
+  for (const bool isInResult : {true, false}) {
+    reset();
+    Host &host = hosts[0];
+    if (isInResult)
+      host.onResult = [] { SS_SearchCancel(); };
+    const SystemCallsGuard guard;
+    Request request = makeRequest("n=beach c=beach x");
+    SS_SearchStart(&request);
+    while (guard.counts().listEntries < listings)
+      std::this_thread::yield();
+    while (host.words.empty())
+      PFMainLoopDispatch();
+    SS_SearchCancel();
+    const std::size_t count = host.words.size();
+    EXPECT_TRUE(isInResult ? count == 1 : count < 3000) << count;
+    finish();
+    EXPECT_EQ(host.words.size(), count + 1);
+    EXPECT_EQ(host.words.back(), "!");
+    EXPECT_TRUE(isAt(host.endTime, 0.5)) << host.endTime;
   }
 }
 

@@ -1,6 +1,7 @@
 #include "samples/TemporaryTree.h"
 #include "streams/CFileStream.h"
 
+#include <cerrno>
 #include <fstream>
 #include <gtest/gtest.h>
 
@@ -151,6 +152,20 @@ TEST(FileFunctions, WalkAndCopyText) {
     char buffer[] = "-----";
     EXPECT_STREQ(lstrcpyn(buffer, "abc", n), copies[n]) << n;
   }
+}
+
+TEST(FileFunctions, SignalsDoNotCutAReadShort) {
+  static int calls;
+  const auto readByteOrBeInterrupted = [](void *, char *buffer, std::size_t) -> ssize_t {
+    if (++calls % 2 != 0)
+      return errno = EINTR, -1;
+    *buffer = "-abc"[calls / 2 % 4];
+    return calls / 2 < 4 ? 1 : 0;
+  };
+  const CFilePointer file(fopencookie(nullptr, "rb", {readByteOrBeInterrupted, {}, {}, {}}));
+  char bytes[] = "-----";
+  EXPECT_EQ(readFile(file.get(), bytes, 2) + readFile(file.get(), bytes + 2, 3), 3U);
+  EXPECT_STREQ(bytes, "abc--");
 }
 
 } // namespace

@@ -1,0 +1,201 @@
+// Kills a process at a random moment while it writes the index, again and again; what it leaves
+// behind is searched.
+//
+//     killed_writers [--seconds S] [--seed FIRST]
+
+#include "faults/Searches.h"
+#include "faults/Verdict.h"
+#include "platform/foundation/SystemCalls.h"
+#include "platform/metadata/IndexPlace.h"
+#include "platform/metadata/MetadataIndex.h"
+#include "samples/VirtualClock.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <spawn.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// Their records take more than is written at a time.
+constexpr int folderCount = 1500;
+
+/// A folder that was changed longer ago than this can have a record.
+constexpr std::chrono::milliseconds settlingTime{60};
+
+std::string folderName(unsigned number) {
+  return "folder " + std::to_string(number % 30) + "/" + std::to_string(number);
+}
+
+std::string fileName(unsigned number) {
+  return std::string(200, 'n') + " " + std::to_string(number) + ".jpg";
+}
+
+/// Makes or removes a file in some of the folders.
+void change(const std::string &tree, std::mt19937 &random) {
+  for (unsigned count = random() % 400; count > 0; --count) {
+    const std::string file =
+        tree + "/" + folderName(random() % folderCount) + "/" + fileName(random() % 6);
+    if (std::error_code error; !std::filesystem::remove(file, error))
+      std::ofstream(file).flush();
+  }
+  std::this_thread::sleep_for(settlingTime);
+}
+
+std::unique_ptr<Record> photographs(const std::string &tree) {
+  return std::make_unique<Record>(tree, Wanted{.name = ".jpg"}, Host::take);
+}
+
+/// Writes the index until it is killed.
+[[noreturn]] void writeForEver(const std::string &tree, std::uint32_t seed) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  const VirtualClock clock;
+  const std::unique_ptr<Record> record = photographs(tree);
+  std::mt19937 random(seed);
+  useIndex(true);
+  for (;;) {
+    if (random() % 2 == 0)
+      PFMetadataIndexClear();
+    else
+      change(tree, random);
+    Host::search(*record);
+  }
+}
+
+/// What SQLite has collected and not yet brought into the index.
+std::uintmax_t sizeOfLog() {
+  std::error_code error;
+  const std::uintmax_t size =
+      std::filesystem::file_size(std::string(PFMetadataIndexGetPath()) + "-wal", error);
+  return error ? 0 : size;
+}
+
+std::atomic<int> listings{0};
+
+/// The system's calls, with the listings counted.
+SystemCalls countingCalls() {
+  SystemCalls calls = realSystemCalls();
+  calls.listEntries = [](int folder, void *buffer, std::size_t size) {
+    ++listings;
+    return realSystemCalls().listEntries(folder, buffer, size);
+  };
+  return calls;
+}
+
+class KilledWriters {
+public:
+  KilledWriters(const char *program, std::uint32_t seed) : program_(program), random_(seed) {
+    for (unsigned i = 0; i < folderCount; ++i)
+      for (unsigned file = 0; file < 3; ++file)
+        tree_.file(folderName(i) + "/" + fileName(file));
+    IndexPlace::setCacheFolderForTesting(cache_.path());
+    setSystemCallsForTesting(&calls_);
+    record_ = photographs(tree_.path());
+  }
+  ~KilledWriters() { setSystemCallsForTesting(nullptr); }
+  KilledWriters(const KilledWriters &) = delete;
+  KilledWriters &operator=(const KilledWriters &) = delete;
+
+  void run() {
+    const std::uint32_t seed = random_();
+    doing = "writer " + std::to_string(++writers_);
+    if (!killOne(seed))
+      return;
+    if (sizeOfLog() > 0)
+      ++interrupted_;
+    std::this_thread::sleep_for(settlingTime);
+    useIndex(false);
+    const Paths all = Host::search(*record_);
+    useIndex(true);
+    for (const char *const which : {" left", ", second search", ", third search"}) {
+      doing = "writer " + std::to_string(writers_) + which;
+      listings = 0;
+      check(Host::search(*record_) == all, "finds something else than the walk");
+    }
+    check(listings == 0, std::to_string(listings) + " listings, so the index is of no use");
+    PFMetadataIndexStatus status{};
+    check(PFMetadataIndexGetStatus(&status) == 1 && status.folders == folderCount + 30 + 1,
+          "the index tells of " + std::to_string(status.folders) + " folders");
+  }
+
+  [[nodiscard]] int writers() const noexcept { return writers_; }
+  /// How many were killed before they had closed the index.
+  [[nodiscard]] int interrupted() const noexcept { return interrupted_; }
+
+private:
+  /// Runs this program as a writer and kills it after a while.
+  bool killOne(std::uint32_t seed) {
+    std::array<std::string, 5> words{program_, "--write", tree_.path(), cache_.path(),
+                                     std::to_string(seed)};
+    std::array<char *, 6> arguments{};
+    std::transform(words.begin(), words.end(), arguments.begin(),
+                   [](std::string &word) { return word.data(); });
+    pid_t child = 0;
+    if (!check(posix_spawn(&child, program_.c_str(), nullptr, nullptr, arguments.data(), environ) ==
+                   0,
+               "cannot be started"))
+      return false;
+    // At any moment, or soon after it has been seen to write.
+    if (random_() % 4 == 0) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(random_() % 300));
+    } else {
+      const Clock::time_point end = Clock::now() + std::chrono::seconds(5);
+      for (const std::uintmax_t size = sizeOfLog(); sizeOfLog() == size && Clock::now() < end;)
+        std::this_thread::yield();
+      std::this_thread::sleep_for(std::chrono::microseconds(random_() % 10'000));
+    }
+    kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return check(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL, "has ended by itself");
+  }
+
+  const std::string program_;
+  std::mt19937 random_;
+  TemporaryTree tree_;
+  const TemporaryTree cache_;
+  const VirtualClock clock_;
+  const SystemCalls calls_ = countingCalls();
+  std::unique_ptr<Record> record_;
+  int writers_ = 0;
+  int interrupted_ = 0;
+};
+
+std::uint32_t numberOf(const char *text) {
+  return static_cast<std::uint32_t>(std::strtoul(text, nullptr, 10));
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+  if (argc == 5 && std::strcmp(argv[1], "--write") == 0) {
+    IndexPlace::setCacheFolderForTesting(argv[3]);
+    writeForEver(argv[2], numberOf(argv[4]));
+  }
+  std::uint32_t seconds = 20, seed = 1;
+  for (int i = 1; i + 1 < argc; i += 2)
+    (std::strcmp(argv[i], "--seed") == 0 ? seed : seconds) = numberOf(argv[i + 1]);
+  KilledWriters writers(argv[0], seed);
+  const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds);
+  do
+    writers.run();
+  while (Clock::now() < end);
+  doing = "in all";
+  check(writers.interrupted() > 0, "nobody was killed while writing");
+  return verdict(std::to_string(writers.writers()) + " writers killed, " +
+                 std::to_string(writers.interrupted()) + " of them with the index open");
+}
