@@ -5,10 +5,10 @@
 
 #include "platform/foundation/CoreFoundation.h"
 #include "platform/foundation/MainLoop.h"
-#include "platform/foundation/Perform.h"
-#include "platform/foundation/SystemCalls.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/NSMetadataQuery.h"
+#include "samples/StatusAnHourAgo.h"
+#include "samples/WaitForThreads.h"
 #include "tests/support/TemporaryTree.h"
 
 #include <algorithm>
@@ -32,11 +32,7 @@ public:
     for (int i = 0; i < 120; ++i)
       tree_.file("folder " + std::to_string(i % 5) + "/in " + std::to_string(i % 40) + "/" +
                  std::to_string(i) + ".jpg");
-    calls_.statusAt = [](int folder, const char *path, int flags, struct statx *status) {
-      const int result = realSystemCalls().statusAt(folder, path, flags, status);
-      status->stx_ctime.tv_sec -= 3600;
-      return result;
-    };
+    calls_.statusAt = statusAnHourAgo;
     setSystemCallsForTesting(&calls_);
     expected_ = find();
     std::ifstream stream(file());
@@ -79,9 +75,8 @@ private:
     query->setSearchScopes(NSArray::create({Ref<const NSObject>(NSString::create(tree_.path()))}));
     if (query->startQuery() != 1)
       std::abort();
-    // The virtual clock waits for the query and for what it still writes.
-    performAfterDelay(1, [] { CFRunLoopStop(CFRunLoopGetMain()); });
-    CFRunLoopRun();
+    // For the query, and for what it still writes.
+    waitForThreads();
     Paths paths;
     for (std::size_t i = 0; i < query->resultCount(); ++i) {
       const auto path = query->resultAtIndex(i)->valueForAttribute("kMDItemPath");

@@ -66,27 +66,24 @@ TEST_F(Document, IsSearchedInEveryLayout) {
     twoOf(pdf, "q" + pdf.end() + pdf.showing({"no"}), "yes").section();
   };
   const struct {
-    const char *name;
+    const char *name, *keyword, *answer;
     Write write;
-    std::string keyword, answer;
   } rows[] = {
-      {"one section", whole, "third", "found"},
-      {"other case", whole, "Third", "absent"},
-      {"not there", whole, "fourth", "absent"},
-      {"over two strings", whole, "firstpage", "found"},
-      {"over two pages", whole, "pagesecond", "found"},
-      {"empty keyword", whole, "", "absent"},
-      {"update that does not repeat all",
+      {"one section", "third", "found", whole},
+      {"other case", "Third", "absent", whole},
+      {"not there", "fourth", "absent", whole},
+      {"over two strings", "firstpage", "found", whole},
+      {"over two pages", "pagesecond", "found", whole},
+      {"empty keyword", "", "absent", whole},
+      {"update that does not repeat all", "newer", "absent",
        [&](auto &pdf) {
          whole(pdf), pdf.content(4, "q").content(6, "q").shown(7, {"newer"}).section();
-       },
-       "newer", "absent"},
-      {"update that does",
+       }},
+      {"update that does", "newer", "found",
        [&](auto &pdf) {
          whole(pdf), twoPages(pdf).content(4, "q").content(6, "q").shown(7, {"newer"}).section();
-       },
-       "newer", "found"},
-      {"sections in a chain",
+       }},
+      {"sections in a chain", "linked", "found",
        [](auto &pdf) {
          // As in a document for the web: the last trailer names the first section, whose trailer
          // names the one that stands before the last trailer.
@@ -99,47 +96,40 @@ TEST_F(Document, IsSearchedInEveryLayout) {
          pdf.text.replace(pdf.text.find("1000000000"), 10,
                           std::string(10 - second.size(), '0') + second);
          pdf.trailer(0, 0, first);
-       },
-       "linked", "found"},
-      {"chain that comes back",
+       }},
+      {"chain that comes back", "third", "found",
        [&](auto &pdf) {
          const std::size_t start = twoPages(pdf).table();
          pdf.trailer(1, -1, start).raw("x" + pdf.end()).trailer(0, 0, start);
-       },
-       "third", "found"},
-      {"no trailer", twoPages, "first", "closed"},
-      {"no size", [&](auto &pdf) { twoPages(pdf).section(1, 0); }, "first", "closed"},
-      {"no root", [&](auto &pdf) { twoPages(pdf).section(0); }, "first", "closed"},
-      {"size too small", [&](auto &pdf) { twoPages(pdf).section(1, 3); }, "first", "found"},
-      {"root absent reads what is first", [&](auto &pdf) { twoPages(pdf).section(9); }, "first",
-       "found"},
-      {"content absent reads what is first",
-       [](auto &pdf) { padded(pdf).pages({3}).page(3, {9}).shown(4, {"x"}).section(); }, "x",
-       "found"},
-      {"too small", [](auto &pdf) { pdf.pages({3}).raw("trailer" + pdf.end()); }, "x", "closed"},
-      {"literal string ends the search",
-       [&](auto &pdf) { twoOf(pdf, "BT" + pdf.end() + "(a) Tj", "behind").section(); }, "behind",
-       "absent"},
-      {"graphics first", graphicsFirst, "no", "absent"},
-      {"and the next page", graphicsFirst, "yes", "found"},
-      {"pages below pages",
+       }},
+      {"no trailer", "first", "closed", twoPages},
+      {"no size", "first", "closed", [&](auto &pdf) { twoPages(pdf).section(1, 0); }},
+      {"no root", "first", "closed", [&](auto &pdf) { twoPages(pdf).section(0); }},
+      {"size too small", "first", "found", [&](auto &pdf) { twoPages(pdf).section(1, 3); }},
+      {"root absent reads what is first", "first", "found",
+       [&](auto &pdf) { twoPages(pdf).section(9); }},
+      {"content absent reads what is first", "x", "found",
+       [](auto &pdf) { padded(pdf).pages({3}).page(3, {9}).shown(4, {"x"}).section(); }},
+      {"too small", "x", "closed", [](auto &pdf) { pdf.pages({3}).raw("trailer" + pdf.end()); }},
+      {"literal string ends the search", "behind", "absent",
+       [&](auto &pdf) { twoOf(pdf, "BT" + pdf.end() + "(a) Tj", "behind").section(); }},
+      {"graphics first", "no", "absent", graphicsFirst},
+      {"and the next page", "yes", "found", graphicsFirst},
+      {"pages below pages", "deep", "absent",
        [](auto &pdf) {
          padded(pdf).pages({3}).object(3, "/Kids [ 4 0 R ]" + pdf.end() + "/Count 1");
          pdf.content(5, "q").page(4, {6}).shown(6, {"deep"}).section();
-       },
-       "deep", "absent"},
-      {"fewer kids than counted",
+       }},
+      {"fewer kids than counted", "x", "found",
        [](auto &pdf) {
          padded(pdf).book({pdf.showing({"x"})}).object(2, "/Kids [ 3 0 R ] /Count 2").section();
-       },
-       "x", "found"},
-      {"more kids than counted",
+       }},
+      {"more kids than counted", "x", "absent",
        [&](auto &pdf) {
          twoOf(pdf, "q", "x").object(2, "/Kids [ 3 0 R 5 0 R ] /Count 1").section();
-       },
-       "x", "absent"},
-      {"page without content", [&](auto &pdf) { twoOf(pdf, "", "x").page(3, {}).section(); }, "x",
-       "absent"},
+       }},
+      {"page without content", "x", "absent",
+       [&](auto &pdf) { twoOf(pdf, "", "x").page(3, {}).section(); }},
   };
   for (const std::string lineEnd : {"\n", "\r", "\r\n"})
     for (const bool hasTrailerOnOneLine : {false, true})
@@ -195,8 +185,7 @@ TEST_F(Document, IsReadInItsEncoding) {
       {"one bad byte hides all", {"x", "\x82"}, "x", macJapanese, "absent"},
       {"unknown encoding", {"x"}, "x", 0x7777, "absent"},
       {"no encoding", {"x"}, "x", 1UL << 40, "absent"},
-      {"UTF-16", {"ab"}, "\u6162", 0x0100, "found"},
-  };
+      {"UTF-16", {"ab"}, "\u6162", 0x0100, "found"}};
   for (const Shown &row : rows)
     EXPECT_EQ(search(documentShowing(row.texts), row.keyword, true, row.encoding), row.answer)
         << row.name;
@@ -233,15 +222,13 @@ TEST_F(Document, IsNotReadOnceForEachPage) {
     const char *name;
     std::string text;
     std::size_t readings;
-  } rows[] = {
-      {"in order", pagesInOrder(pages, pages, plain), 8},
-      {"from the last", pagesInOrder(reverse, pages, plain), 12},
-      {"in any order", pagesInOrder(shuffled, pages, plain), 12},
-      {"Japanese", pagesInOrder(shuffled, pages, japanese), 12},
-      {"in the second encoding here and there", pagesInOrder(pages, pages, other), 16},
-      {"unreadable here and there", pagesInOrder(shuffled, pages, unreadable), 16},
-      {"blanks at the ends of lines", pagesInOrder(shuffled, pages, plain, " "), 24},
-  };
+  } rows[] = {{"in order", pagesInOrder(pages, pages, plain), 8},
+              {"from the last", pagesInOrder(reverse, pages, plain), 12},
+              {"in any order", pagesInOrder(shuffled, pages, plain), 12},
+              {"Japanese", pagesInOrder(shuffled, pages, japanese), 12},
+              {"in the second encoding here and there", pagesInOrder(pages, pages, other), 16},
+              {"unreadable here and there", pagesInOrder(shuffled, pages, unreadable), 16},
+              {"blanks at the ends of lines", pagesInOrder(shuffled, pages, plain, " "), 24}};
   for (const auto &row : rows) {
     EXPECT_EQ(search(row.text, "absent", true, macJapanese), "absent") << row.name;
     EXPECT_LT(bytesRead_, row.readings * row.text.size()) << row.name;
@@ -256,8 +243,7 @@ TEST_F(Document, IsAnsweredAsIfEachPageWereReadForItself) {
       {"not from the last to the first", {"a b", "c d"}, "of ita", macRoman, "absent"},
       {"bad byte hides the pages before", {"one", "\xFC\xFC", "two"}, "one", macJapanese, "absent"},
       {"and not those behind", {"one", "\xFC\xFC", "two"}, "two", macJapanese, "found"},
-      {"encoding of each parse", {"\x85\x40", "\x82\xA0"}, "\u3042", macJapanese, "found"},
-  };
+      {"encoding of each parse", {"\x85\x40", "\x82\xA0"}, "\u3042", macJapanese, "found"}};
   for (const Shown &row : rows) {
     const std::vector<int> order = pageNumbers(row.texts.size());
     const auto textOf = [&](int page) { return row.texts[static_cast<std::size_t>(page / 2 - 1)]; };
@@ -314,8 +300,7 @@ TEST_F(Document, CannotMakeTheReaderReadForEver) {
       {"brackets without an end", oneLine(" /Kids ["), 8},
       {"one token", oneLine("x"), 8},
       {"one comment", oneLine("%"), 8},
-      {"blanks", oneLine(" "), 8},
-  };
+      {"blanks", oneLine(" "), 8}};
   for (const auto &row : rows) {
     EXPECT_NE(search(row.text, "absent"), "found") << row.name;
     EXPECT_LE(bytesRead_,

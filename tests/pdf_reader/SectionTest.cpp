@@ -6,7 +6,7 @@
 #include "pdf_reader/CPDFStrmObjVorda.h"
 #include "pdf_reader/CPDFTrailer.h"
 #include "pdf_reader/CPDFXRefTable.h"
-#include "streams/CMemStream.h"
+#include "samples/TextStream.h"
 #include "tests/pdf_reader/Tokens.h"
 
 #include <algorithm>
@@ -18,18 +18,6 @@
 #include <vector>
 
 namespace {
-
-/// A stream over text.
-class TextStream : public CMemStream {
-public:
-  explicit TextStream(std::string text) : text_(std::move(text)) {
-    Attach(reinterpret_cast<unsigned char *>(text_.data()), static_cast<long>(text_.size()));
-    Open(streamReadMode);
-  }
-
-private:
-  std::string text_;
-};
 
 /// Hands the lines of a text to a section as a parse does. Gives the last result, with a dot when
 /// the section has ended, and the tokens left.
@@ -106,24 +94,22 @@ TEST(Section, JoinsWhatTheEdgeOfABlockCuts) {
   // An edge of a block stands at the bar.
   const struct {
     const char *name, *text, *groups;
-  } rows[] = {
-      {"token", "a b|c d\ne\n", "a|bc|d/e/"},
-      {"before the line end", "a b|\nc\n", "a|b/c/"},
-      {"after the line end", "a b\n|c\n", "a|b/c/"},
-      {"inside CR LF", "a b\r|\nc\n", "a|b/c/"},
-      {"between tokens", "a |b\nc\n", "a|b/c/"},
-      {"between blanks", "a | b\nc\n", "a|b/c/"},
-      {"behind the last token", "a |\nc\n", "a|c/"},
-      {"and more empty lines", "a |\n\n% x\nc\n", "a|c/"},
-      {"before a comment", "a |% x\nc\n", "a|c/"},
-      {"inside a comment", "a % x|y\nc\n", "a|y/c/"},
-      {"inside a comment alone", "% x|y\nc\n", "y/c/"},
-      {"after a percent sign", "a %|x\nc\n", "a|c/"},
-      {"after one of a token", "a b%|x\nc\n", "a|b/c/"},
-      {"inside a doubled one", "a b%|%x\nc\n", "a|b%%x/c/"},
-      {"after a doubled one", "a b%%|%x\nc\n", "a|b%%/c/"},
-      {"after one that ends the line", "a %|\nc\n", "a|%/c/"},
-  };
+  } rows[] = {{"token", "a b|c d\ne\n", "a|bc|d/e/"},
+              {"before the line end", "a b|\nc\n", "a|b/c/"},
+              {"after the line end", "a b\n|c\n", "a|b/c/"},
+              {"inside CR LF", "a b\r|\nc\n", "a|b/c/"},
+              {"between tokens", "a |b\nc\n", "a|b/c/"},
+              {"between blanks", "a | b\nc\n", "a|b/c/"},
+              {"behind the last token", "a |\nc\n", "a|c/"},
+              {"and more empty lines", "a |\n\n% x\nc\n", "a|c/"},
+              {"before a comment", "a |% x\nc\n", "a|c/"},
+              {"inside a comment", "a % x|y\nc\n", "a|y/c/"},
+              {"inside a comment alone", "% x|y\nc\n", "y/c/"},
+              {"after a percent sign", "a %|x\nc\n", "a|c/"},
+              {"after one of a token", "a b%|x\nc\n", "a|b/c/"},
+              {"inside a doubled one", "a b%|%x\nc\n", "a|b%%x/c/"},
+              {"after a doubled one", "a b%%|%x\nc\n", "a|b%%/c/"},
+              {"after one that ends the line", "a %|\nc\n", "a|%/c/"}};
   for (const auto &row : rows) {
     const std::string text = row.text;
     const std::size_t edge = text.find('|');
@@ -163,8 +149,7 @@ TEST(Section, LooksForAKeywordBackwardsInBlocks) {
       {"at the end", 5000, 4993, 4993, 1},     {"in an early block", 5000, 3000, 3000, 1},
       {"cut by an edge", 5000, 3970, 3970, 1}, {"too near to the beginning", 5000, 3, -1, 0},
       {"in half a block", 400, 300, -1, 0},    {"rounds without progress", 1017, 3, -1, 1},
-      {"after a full block", 2034, 3, -1, 1},
-  };
+      {"after a full block", 2034, 3, -1, 1}};
   const auto *const keyword = reinterpret_cast<const unsigned char *>("trailer");
   for (const auto &row : rows) {
     std::string text(row.size, '\n');
@@ -185,18 +170,16 @@ TEST(XRefTable, ReadsSubsections) {
   const struct {
     const char *name, *lines, *result;
     std::vector<unsigned long> offsets;
-  } rows[] = {
-      {"entries", "xref\n0 2\n9 0 f\n17 0 n", "1 ", {9, 17, 0}},
-      {"anything before", "1 2 3 xref\n1 1\n17 0 n", "1 ", {0, 17}},
-      {"entry on two lines", "xref\n1 1\n17 0\nn", "1 ", {0, 17}},
-      {"header not alone", "xref\n0 1 x", "1 0|1|x", {0}},
-      {"two subsections", "xref\n0 1\n9 0 f\n2 1\n5 0 n", "1 ", {9, 0, 5}},
-      {"nothing", "xref\n0 0\n1 1", "1. 0|0", {0}},
-      {"outside the table", "xref\n8 1", "1. 8|1", {0}},
-      {"negative", "xref\n-1 1", "1. -1|1", {0}},
-      {"beyond the table", "xref\n7 2\n1 0 n\n2 0 n", "1 ", {0, 0, 0, 0, 0, 0, 0, 1, 2}},
-      {"wrapped", "xref\n0 2\n4294967301 0 n\n-1 65536 n", "1 ", {5, 0xFFFFFFFF}},
-  };
+  } rows[] = {{"entries", "xref\n0 2\n9 0 f\n17 0 n", "1 ", {9, 17, 0}},
+              {"anything before", "1 2 3 xref\n1 1\n17 0 n", "1 ", {0, 17}},
+              {"entry on two lines", "xref\n1 1\n17 0\nn", "1 ", {0, 17}},
+              {"header not alone", "xref\n0 1 x", "1 0|1|x", {0}},
+              {"two subsections", "xref\n0 1\n9 0 f\n2 1\n5 0 n", "1 ", {9, 0, 5}},
+              {"nothing", "xref\n0 0\n1 1", "1. 0|0", {0}},
+              {"outside the table", "xref\n8 1", "1. 8|1", {0}},
+              {"negative", "xref\n-1 1", "1. -1|1", {0}},
+              {"beyond the table", "xref\n7 2\n1 0 n\n2 0 n", "1 ", {0, 0, 0, 0, 0, 0, 0, 1, 2}},
+              {"wrapped", "xref\n0 2\n4294967301 0 n\n-1 65536 n", "1 ", {5, 0xFFFFFFFF}}};
   for (const auto &row : rows) {
     CPDFXRefTable table;
     EXPECT_EQ(table.SetTableSize(8), 1);
@@ -229,14 +212,12 @@ TEST(XRefTable, EndsAtTheTrailer) {
     const char *name, *text;
     long position;
     unsigned long offset;
-  } rows[] = {
-      {"dictionary below", "xref\n1 1\n7 0 n\ntrailer\n<<\n", 15, 7},
-      {"on its line", "xref\n1 1\n7 0 n\n trailer << /Size 2 >>\n", 16, 7},
-      {"part of a word", "xref\n1 1\n7 0 n\ntrailers x\n", 15, 7},
-      {"in the middle of a line", "xref\n1 1\n7 0 n\na trailer\n", 25, 7},
-      {"entries missing", "xref\n1 2\n7 0 n\ntrailer << >>\n", 15, 7},
-      {"section ended before", "xref\n9 1\n7 0 n\ntrailer\n", 23, 0},
-  };
+  } rows[] = {{"dictionary below", "xref\n1 1\n7 0 n\ntrailer\n<<\n", 15, 7},
+              {"on its line", "xref\n1 1\n7 0 n\n trailer << /Size 2 >>\n", 16, 7},
+              {"part of a word", "xref\n1 1\n7 0 n\ntrailers x\n", 15, 7},
+              {"in the middle of a line", "xref\n1 1\n7 0 n\na trailer\n", 25, 7},
+              {"entries missing", "xref\n1 2\n7 0 n\ntrailer << >>\n", 15, 7},
+              {"section ended before", "xref\n9 1\n7 0 n\ntrailer\n", 23, 0}};
   for (const auto &row : rows) {
     TextStream stream(row.text);
     CPDFXRefTable table;
@@ -265,14 +246,12 @@ TEST(Trailer, ReadsItsKeys) {
     int size;
     const char *root;
     int offset;
-  } rows[] = {
-      {"all", "trailer\n<< /Size 5 /Root 1 0 R >>\nstartxref\n99", "1. ", 5, "1 0 R", 99},
-      {"root on two lines", "trailer << /Root 3\n1 R", "1 ", -1, "3 1 R", 0},
-      {"size at the end", "trailer /Size", "1 /Size", -1, "", 0},
-      {"before the keyword", "/Size 5 startxref 7", "1 ", -1, "", 0},
-      {"others", "trailer /Prev 9 /ID [ <00> ] %%EOF", "1 ", -1, "", 0},
-      {"large", "trailer /Size 99999999999 startxref 4294967297", "1. ", INT_MAX, "", 1},
-  };
+  } rows[] = {{"all", "trailer\n<< /Size 5 /Root 1 0 R >>\nstartxref\n99", "1. ", 5, "1 0 R", 99},
+              {"root on two lines", "trailer << /Root 3\n1 R", "1 ", -1, "3 1 R", 0},
+              {"size at the end", "trailer /Size", "1 /Size", -1, "", 0},
+              {"before the keyword", "/Size 5 startxref 7", "1 ", -1, "", 0},
+              {"others", "trailer /Prev 9 /ID [ <00> ] %%EOF", "1 ", -1, "", 0},
+              {"large", "trailer /Size 99999999999 startxref 4294967297", "1. ", INT_MAX, "", 1}};
   for (const auto &row : rows) {
     CPDFTrailer trailer;
     EXPECT_EQ(parseLines(trailer, row.lines), row.result) << row.name;
@@ -436,8 +415,7 @@ TEST(Mark, IsTheFirstLineOfTheData) {
       {"nothing else", "obj stream\n%\nVORDA_PFINF_TYPE\n", 0},
       {"after an operator", "obj stream\nq\n% VORDA_PFINF_TYPE\n", 0},
       {"not in the stream", "obj\n% VORDA_PFINF_TYPE\nstream\n", 0},
-      {"in the next stream", "obj stream\nendstream endobj\nobj stream\n% VORDA_PFINF_TYPE\n", 1},
-  };
+      {"in the next stream", "obj stream\nendstream endobj\nobj stream\n% VORDA_PFINF_TYPE\n", 1}};
   for (const auto &row : rows) {
     for (const std::size_t lead : {1, 1000, 1010, 1020, 1030}) {
       TextStream stream(std::string(lead, 'x') + "\n" + row.text);
