@@ -242,16 +242,14 @@ TEST(XRefTable, ReadsTheLastEntryWhereverTheEdgeOfABlockStands) {
 
 TEST(Trailer, ReadsItsKeys) {
   const struct {
-    const char *name, *lines, *result;
-    int size;
-    const char *root;
-    int offset;
-  } rows[] = {{"all", "trailer\n<< /Size 5 /Root 1 0 R >>\nstartxref\n99", "1. ", 5, "1 0 R", 99},
-              {"root on two lines", "trailer << /Root 3\n1 R", "1 ", -1, "3 1 R", 0},
-              {"size at the end", "trailer /Size", "1 /Size", -1, "", 0},
-              {"before the keyword", "/Size 5 startxref 7", "1 ", -1, "", 0},
-              {"others", "trailer /Prev 9 /ID [ <00> ] %%EOF", "1 ", -1, "", 0},
-              {"large", "trailer /Size 99999999999 startxref 4294967297", "1. ", INT_MAX, "", 1}};
+    const char *name, *lines, *result, *root;
+    int size, offset;
+  } rows[] = {{"all", "trailer\n<< /Size 5 /Root 1 0 R >>\nstartxref\n99", "1. ", "1 0 R", 5, 99},
+              {"root on two lines", "trailer << /Root 3\n1 R", "1 ", "3 1 R", -1, 0},
+              {"size at the end", "trailer /Size", "1 /Size", "", -1, 0},
+              {"before the keyword", "/Size 5 startxref 7", "1 ", "", -1, 0},
+              {"others", "trailer /Prev 9 /ID [ <00> ] %%EOF", "1 ", "", -1, 0},
+              {"large", "trailer /Size 99999999999 startxref 4294967297", "1. ", "", INT_MAX, 1}};
   for (const auto &row : rows) {
     CPDFTrailer trailer;
     EXPECT_EQ(parseLines(trailer, row.lines), row.result) << row.name;
