@@ -1,6 +1,6 @@
 #pragma once
 
-#include "faults/Shortage.h"
+#include "samples/Shortage.h"
 
 /// The memory that can run short: that of `new` and of SQLite, and where no sanitizer has it for
 /// itself, that of `malloc`.

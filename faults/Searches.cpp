@@ -8,9 +8,7 @@
 void makeSmallTree(TemporaryTree &tree) {
   const PhotoTags tags = PhotoTags::photo().text(0, 0x010E, "a beach").taken("2010:01:05 12:00:00");
   const std::string photo = jpegFile({tags.exifSegment()});
-  DocumentWriter pdf;
-  const std::string document =
-      pdf.pages({3}).page(3, {4}).shown(4, {"beach"}).filler(600).section().text;
+  const std::string document = documentShowing({"beach"});
   tree.file("1beach.jpg", photo);
   tree.file("2Beach.pdf", document);
   tree.file("3other.jpg", photo);

@@ -5,11 +5,12 @@
 
 #include "platform/foundation/CoreFoundation.h"
 #include "platform/foundation/MainLoop.h"
-#include "platform/foundation/Perform.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/NSMetadataQuery.h"
+#include "samples/StatusAnHourAgo.h"
 #include "samples/SystemCallsGuard.h"
 #include "samples/TemporaryTree.h"
+#include "samples/WaitForThreads.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -69,9 +70,8 @@ private:
     query->setSearchScopes(NSArray::create({Ref<const NSObject>(NSString::create(tree_.path()))}));
     if (query->startQuery() != 1)
       std::abort();
-    // The virtual clock waits for the query and for what it still writes.
-    performAfterDelay(1, [] { CFRunLoopStop(CFRunLoopGetMain()); });
-    CFRunLoopRun();
+    // For the query, and for what it still writes.
+    waitForThreads();
     Paths paths;
     for (std::size_t i = 0; i < query->resultCount(); ++i) {
       const auto path = query->resultAtIndex(i)->valueForAttribute("kMDItemPath");
@@ -81,19 +81,9 @@ private:
     return paths;
   }
 
-  /// All folders were last changed an hour before they were, so that the index can be relied on.
-  static SystemCalls agedFolders() {
-    SystemCalls calls{};
-    calls.statusAt = [](int folder, const char *path, int flags, struct statx *status) {
-      const int result = realSystemCalls().statusAt(folder, path, flags, status);
-      status->stx_ctime.tv_sec -= 3600;
-      return result;
-    };
-    return calls;
-  }
-
   TemporaryTree cache_, tree_;
-  const SystemCallsGuard calls_{agedFolders()};
+  /// Folders that seem old, so that the index can be relied on.
+  const SystemCallsGuard calls_{{.statusAt = statusAnHourAgo}};
   Paths expected_;
   std::string good_;
 };

@@ -32,11 +32,11 @@ int main(int argc, char **argv) {
   using Style = DocumentWriter::Style;
 
   DocumentWriter two;
-  two.filler(520).pages({3, 5}).page(3, {4}).shown(4, {"one", "a"});
-  writeDocument("two_pages", '\0', two.page(5, {6}).shown(6, {"b", "xyzzy"}).section().text);
+  two.filler(520).book({two.showing({"one", "a"}), two.showing({"b", "xyzzy"})});
+  writeDocument("two_pages", '\0', two.section().text);
 
   DocumentWriter carriage(Style{"\r", true});
-  carriage.filler(520).pages({3}).page(3, {4}).shown(4, {"ABAB"});
+  carriage.filler(520).book({carriage.showing({"ABAB"})});
   writeDocument("carriage_returns", '\x04', carriage.section().text);
 
   DocumentWriter blanks(Style{" \r\n", false});
@@ -49,8 +49,8 @@ int main(int argc, char **argv) {
   writeDocument("japanese", '\x09', japanese.page(5, {6}).shown(6, {"\xA0 b"}).section().text);
 
   DocumentWriter other;
-  other.filler(520).pages({3, 5}).page(3, {4}).shown(4, {"\x85\x40"});
-  writeDocument("other_japanese", '\x09', other.page(5, {6}).shown(6, {"\xFC\xFC"}).section().text);
+  other.filler(520).book({other.showing({"\x85\x40"}), other.showing({"\xFC\xFC"})});
+  writeDocument("other_japanese", '\x09', other.section().text);
 
   DocumentWriter graphics;
   graphics.filler(520).pages({3}).page(3, {4, 5, 6}).content(4, "q BT <6162> Tj ET Q");
@@ -67,7 +67,7 @@ int main(int argc, char **argv) {
   writeDocument("chain", '\0', chain.trailer(0, 0, first).text);
 
   DocumentWriter mark;
-  mark.filler(520).pages({3}).page(3, {4}).content(4, "% VORDA_PFINF_TYPE\nq");
+  mark.filler(520).book({"% VORDA_PFINF_TYPE\nq"});
   writeDocument("mark", '\0', mark.section().text);
 
   DocumentWriter odd;

@@ -6,7 +6,8 @@
 #include "pdf_reader/LineUtility.h"
 #include "pdf_reader/ReferenceValues.h"
 #include "pdf_reader/TokenReader.h"
-#include "streams/CMemStream.h"
+#include "samples/LineStarts.h"
+#include "samples/TextStream.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -34,11 +35,9 @@ Tokens tokensOf(const CParamArray &array, unsigned long from = 0) {
 }
 
 void checkReader(std::string &text, bool keepsComments) {
-  CMemStream stream;
-  if (stream.Attach(reinterpret_cast<unsigned char *>(text.data()),
-                    static_cast<long>(text.size())) != 1)
+  TextStream stream(text);
+  if (stream.GetSize() != static_cast<long>(text.size()))
     return;
-  stream.Open(streamReadMode);
   TokenReader reader(stream,
                      keepsComments ? TokenReader::Comments::keep : TokenReader::Comments::cut);
   CParamArray array;
@@ -84,18 +83,14 @@ void checkFirstLine(const std::string &text) {
 
 void checkLines(std::string &text) {
   auto *const bytes = reinterpret_cast<unsigned char *>(text.data());
-  std::vector<unsigned long> starts;
-  char **lines = FindLine(bytes, text.size());
-  for (unsigned long start = 0; FindNextLine(lines, &start) == 1;)
-    starts.push_back(start);
-  FindLineClose(lines);
+  const auto starts = lineStarts(text, LineOrder::Forward);
   require(std::is_sorted(starts.begin(), starts.end()), "lines not in order");
 
   unsigned long last = text.size() + 1;
-  lines = RevFindLine(bytes, text.size());
-  for (unsigned long start = 0; FindNextLine(lines, &start) == 1; last = start)
+  for (const unsigned long start : lineStarts(text, LineOrder::Backward)) {
     require(start < last, "lines not in order backwards");
-  FindLineClose(lines);
+    last = start;
+  }
 
   // The keyword is found in the last line in which it is found.
   const auto *const keyword = reinterpret_cast<const unsigned char *>("ab");

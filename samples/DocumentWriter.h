@@ -59,6 +59,17 @@ public:
     return data + "ET";
   }
 
+  /// Pages 3, 5, 7 and so on, each with one content, in the object behind it.
+  DocumentWriter &book(const std::vector<std::string> &contents) {
+    std::vector<int> kids;
+    for (int number = 3; kids.size() < contents.size(); number += 2)
+      kids.push_back(number);
+    pages(kids);
+    for (std::size_t i = 0; i < kids.size(); ++i)
+      page(kids[i], {kids[i] + 1}).content(kids[i] + 1, contents[i]);
+    return *this;
+  }
+
   DocumentWriter &raw(const std::string &bytes) {
     text += bytes;
     return *this;
@@ -136,3 +147,9 @@ private:
   std::map<int, std::size_t> offsets_;
   int greatest_ = 0;
 };
+
+/// A document of one page that shows these texts, large enough to be opened.
+inline std::string documentShowing(const std::vector<std::string> &texts) {
+  DocumentWriter pdf;
+  return pdf.filler(600).book({pdf.showing(texts)}).section().text;
+}

@@ -55,6 +55,7 @@ public:
   void resetCounts() const noexcept {
     Counts &c = state().counts;
     c.openAt = c.listEntries = c.statusAt = c.openMountTable = c.fileSystemOf = 0;
+    c.fileSystemAt = c.resolve = c.makeFolder = c.setMode = c.removeFile = 0;
     c.read = c.startThread = 0;
   }
 

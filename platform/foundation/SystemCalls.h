@@ -11,26 +11,26 @@
 /// The calls to the operating system that can fail, in one table, so that a test can make any of
 /// them fail. Each answers as the call it is named for, with `errno` set on failure.
 struct SystemCalls {
-  int (*openAt)(int folder, const char *path, int flags);
+  int (*openAt)(int folder, const char *path, int flags) = nullptr;
   /// getdents64(2).
-  ssize_t (*listEntries)(int folder, void *buffer, std::size_t size);
+  ssize_t (*listEntries)(int folder, void *buffer, std::size_t size) = nullptr;
   /// statx(2), asked for the basic fields.
-  int (*statusAt)(int folder, const char *path, int flags, struct statx *status);
+  int (*statusAt)(int folder, const char *path, int flags, struct statx *status) = nullptr;
   /// open(2) of the table of mounted file systems, proc(5).
-  int (*openMountTable)(int flags);
+  int (*openMountTable)(int flags) = nullptr;
   /// fstatfs(2) and statfs(2).
-  int (*fileSystemOf)(int file, struct statfs *fileSystem);
-  int (*fileSystemAt)(const char *path, struct statfs *fileSystem);
+  int (*fileSystemOf)(int file, struct statfs *fileSystem) = nullptr;
+  int (*fileSystemAt)(const char *path, struct statfs *fileSystem) = nullptr;
   /// realpath(3), which allocates what it answers.
-  char *(*resolve)(const char *path);
+  char *(*resolve)(const char *path) = nullptr;
   /// mkdir(2), chmod(2) and unlink(2).
-  int (*makeFolder)(const char *path, mode_t mode);
-  int (*setMode)(const char *path, mode_t mode);
-  int (*removeFile)(const char *path);
-  ssize_t (*read)(int file, void *buffer, std::size_t size);
+  int (*makeFolder)(const char *path, mode_t mode) = nullptr;
+  int (*setMode)(const char *path, mode_t mode) = nullptr;
+  int (*removeFile)(const char *path) = nullptr;
+  ssize_t (*read)(int file, void *buffer, std::size_t size) = nullptr;
   /// pthread_create(3): the error is the result.
   int (*startThread)(pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),
-                     void *argument);
+                     void *argument) = nullptr;
 };
 
 /// The table in use: the real calls, unless a test put another in their place. Any thread.

@@ -90,7 +90,7 @@ protected:
   }
 
   static constexpr int folders = 1 + 7 + 40;
-  const SystemCallsGuard guard{agedFolders()};
+  const SystemCallsGuard guard{{.statusAt = statusAnHourAgo}};
   std::string all;
 };
 
@@ -156,18 +156,14 @@ protected:
 
 TEST_P(ChangesTest, NeverMakeItWrong) {
   Changes changes(tree, GetParam());
-  Request request = makeRequest("n=");
-  SystemCalls calls{};
   const bool isCoarse = GetParam() % 2 != 0;
-  calls.statusAt = isCoarse ? statusInSeconds : realSystemCalls().statusAt;
-  const SystemCallsGuard guard(calls);
+  const SystemCallsGuard guard({.statusAt = isCoarse ? statusInSeconds : nullptr});
   int known = 0;
   for (int step = 0; step < 600; ++step) {
     const int count = step % 50 == 0 ? 40 : step % 3;
     for (int i = 0; i < count; ++i)
       changes.change();
-    std::string walked = searchSorted(request);
-    walked.resize(walked.size() - std::min<std::size_t>(walked.size(), 2));
+    const std::string walked = found("n=");
     const int folders = guard.counts().listEntries / 2;
     guard.resetCounts();
     // What changes next does so right after this query.
@@ -289,11 +285,11 @@ TEST_F(IndexTest, TwoQueriesShareIt) {
     PFMetadataIndexClear();
     const Ref<NSMetadataQuery> other = NSMetadataQuery::create();
     other->setPredicate(anyKind());
-    other->setSearchScopes(NSArray::create({Ref<const NSObject>(NSString::create(tree.path()))}));
+    other->setSearchScopes(arrayOf({tree.path()}));
     ASSERT_EQ(other->startQuery(), 1);
     EXPECT_EQ(find(), all);
     EXPECT_EQ(other->isGathering(), 0);
-    EXPECT_EQ(other->resultCount(), found.size());
+    EXPECT_EQ(other->resultCount(), results.size());
     listed();
     ASSERT_EQ(listed(), 0);
   }
@@ -312,19 +308,19 @@ TEST_F(IndexTest, StreamThatIsGivenUpLosesNothing) {
     FolderQueue queue;
     FolderGatherer gatherer({*predicate, place, writer, queue, isStopped});
     FolderQueue::Tasks tasks;
-    FolderGatherer::Results results;
+    FolderGatherer::Results gathered;
     queue.enter();
     queue.add({FolderTask::Kind::Records, "", RecordStream::open(tree.path(), *place, writer)});
     guard.resetCounts();
     for (int count = 0; const auto task = queue.next(tasks, false);) {
       if (task->stream && count++ == merged)
         task->stream->giveUp(tasks);
-      gatherer.process(*task, tasks, results);
+      gatherer.process(*task, tasks, gathered);
     }
-    Words paths;
-    for (const auto &path : results)
-      paths.emplace_back(path->view());
-    EXPECT_EQ(sorted(paths), all) << merged;
+    results.clear();
+    for (const auto &path : gathered)
+      results.push_back(relative(path->view()));
+    EXPECT_EQ(sortedResults(), all) << merged;
     EXPECT_EQ(guard.counts().listEntries > 0, merged < chunks) << merged;
   }
 }

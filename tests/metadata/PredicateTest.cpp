@@ -22,8 +22,11 @@ public:
   bool isAsked = false;
 };
 
-Ref<const NSDate> dateAt(double seconds) {
-  return NSDate::dateWithTimeIntervalSinceReferenceDate(seconds);
+/// The condition that a file was changed after (">") or before ("<") a moment.
+Ref<const NSPredicate> isChanged(const std::string &order, double seconds) {
+  const auto date = NSDate::dateWithTimeIntervalSinceReferenceDate(seconds);
+  return NSPredicate::predicateWithFormat("kMDItemFSContentChangeDate" + order + "%@",
+                                          {date.get()});
 }
 
 TEST(NSPredicate, LooksAtWholeNamesOrAtParts) {
@@ -66,11 +69,7 @@ TEST(NSPredicate, LooksAtWholeNamesOrAtParts) {
 }
 
 TEST(NSPredicate, DatesAreComparedStrictly) {
-  const auto date = dateAt(5);
-  const auto later =
-      NSPredicate::predicateWithFormat("kMDItemFSContentChangeDate > %@", {date.get()});
-  const auto earlier =
-      NSPredicate::predicateWithFormat("kMDItemFSContentChangeDate < %@", {date.get()});
+  const auto later = isChanged(" > ", 5), earlier = isChanged(" < ", 5);
   const std::pair<std::optional<double>, int> rows[] = {
       {4.999999, -1}, {5, 0}, {5.000001, 1}, {std::nullopt, 0}};
   for (const auto &[changed, order] : rows) {
@@ -82,7 +81,7 @@ TEST(NSPredicate, DatesAreComparedStrictly) {
 
 TEST(NSPredicate, FormatsThatAreNotUnderstood) {
   const auto text = NSString::create("text");
-  const auto date = dateAt(0);
+  const auto date = NSDate::dateWithTimeIntervalSinceReferenceDate(0);
   const NSObject *const aText = text.get(), *const aDate = date.get();
   const struct {
     const char *format;
@@ -119,9 +118,7 @@ TEST(NSPredicate, FormatsThatAreNotUnderstood) {
 }
 
 TEST(NSCompoundPredicate, JoinsAndLooksAtTheDiskLast) {
-  const auto date = dateAt(0);
-  const auto isLate =
-      NSPredicate::predicateWithFormat("kMDItemFSContentChangeDate > %@", {date.get()});
+  const auto isLate = isChanged(" > ", 0);
   const auto isA = NSPredicate::predicateWithFormat("kMDItemFSName in 'a'");
   const auto all = NSCompoundPredicate::andPredicateWithSubpredicates({isLate, isA});
   const auto any = NSCompoundPredicate::orPredicateWithSubpredicates({isLate, isA});

@@ -1,22 +1,18 @@
 #pragma once
 
-#include "platform/foundation/CoreFoundation.h"
-#include "platform/foundation/Gestalt.h"
 #include "platform/foundation/NSNotificationCenter.h"
-#include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/MetadataIndex.h"
 #include "platform/metadata/NSCompoundPredicate.h"
 #include "platform/metadata/NSMetadataQuery.h"
+#include "samples/StatusAnHourAgo.h"
 #include "samples/SystemCallsGuard.h"
+#include "samples/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
 
-/// A folder to search, a cache folder of its own, a query, and what it has told.
+/// A folder to search, a query, and what it has told.
 class QueryFixture : public SearchFixture {
 protected:
   QueryFixture() {
-    IndexPlace::setCacheFolderForTesting(cache.path());
-    setSystemVersionForTesting(0x1040);
-    NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
     center.addObserver(this, progressed, NSMetadataQueryGatheringProgressNotification);
     center.addObserver(this, finished, NSMetadataQueryDidFinishGatheringNotification);
   }
@@ -24,11 +20,8 @@ protected:
   ~QueryFixture() override {
     query = nullptr;
     waitForThreads();
-    NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
     center.removeObserver(this, NSMetadataQueryGatheringProgressNotification);
     center.removeObserver(this, NSMetadataQueryDidFinishGatheringNotification);
-    setSystemVersionForTesting(0);
-    IndexPlace::setCacheFolderForTesting(std::nullopt);
   }
 
   /// The four kinds of files that the search's walk finds.
@@ -42,43 +35,31 @@ protected:
 
   /// Starts the query with `predicate` on scopes given as full paths.
   char start(const Words &scopes, Ref<const NSPredicate> predicate = anyKind()) {
-    std::vector<Ref<const NSObject>> paths;
-    for (const std::string &scope : scopes)
-      paths.emplace_back(NSString::create(scope));
     log.clear();
-    found.clear();
+    results.clear();
     query->setPredicate(std::move(predicate));
-    query->setSearchScopes(NSArray::create(std::move(paths)));
+    query->setSearchScopes(arrayOf(scopes));
     return query->startQuery();
   }
 
   /// Follows the query to its end, and its threads to theirs.
   void finishQuery() {
-    while (query->isGathering() != 0)
-      ASSERT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 30, 1), kCFRunLoopRunHandledSource);
+    runWhile([this] { return query->isGathering() != 0; });
     waitForThreads();
   }
 
-  /// The virtual clock moves on only when no thread is at work.
-  static void waitForThreads() {
-    performAfterDelay(1, [] { CFRunLoopStop(CFRunLoopGetMain()); });
-    CFRunLoopRun();
-  }
-
-  /// What a query finds, relative to the test's folder and in alphabetical order.
+  /// What a query finds, in alphabetical order.
   std::string find(const Words &scopes, Ref<const NSPredicate> predicate = anyKind()) {
     EXPECT_EQ(start(scopes, std::move(predicate)), 1);
     finishQuery();
-    return sorted(found);
+    return sortedResults();
   }
   std::string find() { return find({tree.path()}); }
 
-  std::string sorted(Words paths) const {
-    std::sort(paths.begin(), paths.end());
-    const std::string root = tree.path() + "/";
-    for (std::string &path : paths)
-      path.erase(0, path.starts_with(root) ? root.size() : 0);
-    return join(paths);
+  std::string sortedResults() const {
+    Words sorted = results;
+    std::sort(sorted.begin(), sorted.end());
+    return join(sorted);
   }
 
   static PFMetadataIndexStatus status() {
@@ -87,24 +68,11 @@ protected:
     return status;
   }
 
-  /// Lets all folders have been changed an hour earlier than they were, so that a record that is
-  /// made now can be relied on.
-  static int statusAnHourAgo(int folder, const char *path, int flags, struct statx *status) {
-    const int result = realSystemCalls().statusAt(folder, path, flags, status);
-    status->stx_ctime.tv_sec -= 3600;
-    return result;
-  }
-  static SystemCalls agedFolders() {
-    SystemCalls calls{};
-    calls.statusAt = statusAnHourAgo;
-    return calls;
-  }
-
-  TemporaryTree cache;
   Ref<NSMetadataQuery> query = NSMetadataQuery::create();
   /// A "p" for each progress, followed by the number of results that were read; a "!" at the end.
   std::string log;
-  Words found;
+  /// What it has found, relative to the test's folder.
+  Words results;
   std::function<void()> onResult = [] {}, onFinish = [] {};
 
 private:
@@ -112,15 +80,15 @@ private:
     auto &self = *static_cast<QueryFixture *>(observer);
     if (notification.object != self.query.get())
       return;
-    const std::size_t before = self.found.size();
-    while (self.query && self.found.size() < self.query->resultCount()) {
-      const auto item = self.query->resultAtIndex(self.found.size());
+    const std::size_t before = self.results.size();
+    while (self.query && self.results.size() < self.query->resultCount()) {
+      const auto item = self.query->resultAtIndex(self.results.size());
       const auto path = item->valueForAttribute("kMDItemPath");
-      self.found.emplace_back(dynamic_cast<const NSString &>(*path).view());
+      self.results.push_back(self.relative(dynamic_cast<const NSString &>(*path).view()));
       EXPECT_FALSE(item->valueForAttribute("kMDItemFSName"));
       self.onResult();
     }
-    self.log += "p" + std::to_string(self.found.size() - before) + " ";
+    self.log += "p" + std::to_string(self.results.size() - before) + " ";
   }
 
   static void finished(void *observer, const NSNotification &notification) {
@@ -128,8 +96,10 @@ private:
     if (notification.object != self.query.get())
       return;
     EXPECT_EQ(self.query->isGathering(), 0);
-    EXPECT_EQ(self.found.size(), self.query->resultCount());
+    EXPECT_EQ(self.results.size(), self.query->resultCount());
     self.log += "!";
     self.onFinish();
   }
+
+  NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
 };

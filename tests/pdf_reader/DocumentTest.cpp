@@ -21,10 +21,10 @@ constexpr unsigned long macRoman = 0, macJapanese = 1, isoLatin1 = 0x0201;
 class CountedDocument : public CPDFFile {
 public:
   int Read(void *buffer, long count, long *done) override {
-    bytesRead += count;
+    bytesRead += static_cast<std::size_t>(count);
     return CPDFFile::Read(buffer, count, done);
   }
-  long bytesRead = 0;
+  std::size_t bytesRead = 0;
 };
 
 class Document : public testing::Test {
@@ -46,7 +46,7 @@ protected:
   }
 
   TemporaryTree tree_;
-  long bytesRead_ = 0;
+  std::size_t bytesRead_ = 0;
 };
 
 /// Makes a document large enough to be opened at all.
@@ -54,109 +54,82 @@ DocumentWriter &padded(DocumentWriter &pdf) { return pdf.filler(600); }
 
 TEST_F(Document, IsSearchedInEveryLayout) {
   using Write = std::function<void(DocumentWriter &)>;
-  const auto twoPages = [](DocumentWriter &pdf) {
+  const auto twoPages = [](auto &pdf) -> auto & {
     padded(pdf).pages({3, 5}).page(3, {4}).shown(4, {"first", "page"});
-    pdf.page(5, {6, 7}).shown(6, {"second"}).shown(7, {"third"});
+    return pdf.page(5, {6, 7}).shown(6, {"second"}).shown(7, {"third"});
+  };
+  const auto twoOf = [](auto &pdf, const std::string &first, const std::string &second) -> auto & {
+    return padded(pdf).book({first, pdf.showing({second})});
+  };
+  const Write whole = [&](auto &pdf) { twoPages(pdf).section(); };
+  const Write graphicsFirst = [&](auto &pdf) {
+    twoOf(pdf, "q" + pdf.end() + pdf.showing({"no"}), "yes").section();
   };
   const struct {
-    const char *name;
+    const char *name, *keyword, *answer;
     Write write;
-    std::string keyword, answer;
   } rows[] = {
-      {"one section", [&](auto &pdf) { twoPages(pdf), pdf.section(); }, "third", "found"},
-      {"other case", [&](auto &pdf) { twoPages(pdf), pdf.section(); }, "Third", "absent"},
-      {"not there", [&](auto &pdf) { twoPages(pdf), pdf.section(); }, "fourth", "absent"},
-      {"over two strings", [&](auto &pdf) { twoPages(pdf), pdf.section(); }, "firstpage", "found"},
-      {"over two pages", [&](auto &pdf) { twoPages(pdf), pdf.section(); }, "pagesecond", "found"},
-      {"empty keyword", [&](auto &pdf) { twoPages(pdf), pdf.section(); }, "", "absent"},
-      {"update that does not repeat all",
+      {"one section", "third", "found", whole},
+      {"other case", "Third", "absent", whole},
+      {"not there", "fourth", "absent", whole},
+      {"over two strings", "firstpage", "found", whole},
+      {"over two pages", "pagesecond", "found", whole},
+      {"empty keyword", "", "absent", whole},
+      {"update that does not repeat all", "newer", "absent",
        [&](auto &pdf) {
-         twoPages(pdf), pdf.section();
-         pdf.content(4, "q").content(6, "q").shown(7, {"newer"}).section();
-       },
-       "newer", "absent"},
-      {"update that does",
+         whole(pdf), pdf.content(4, "q").content(6, "q").shown(7, {"newer"}).section();
+       }},
+      {"update that does", "newer", "found",
        [&](auto &pdf) {
-         twoPages(pdf), pdf.section();
-         twoPages(pdf), pdf.content(4, "q").content(6, "q").shown(7, {"newer"}).section();
-       },
-       "newer", "found"},
-      {"sections in a chain",
-       [&](auto &pdf) {
+         whole(pdf), twoPages(pdf).content(4, "q").content(6, "q").shown(7, {"newer"}).section();
+       }},
+      {"sections in a chain", "linked", "found",
+       [](auto &pdf) {
          // As in a document for the web: the last trailer names the first section, whose trailer
          // names the one that stands before the last trailer.
          pdf.raw("1 0 obj /Pages 2 0 R endobj" + pdf.end());
          const std::size_t first = pdf.text.size();
          pdf.raw("xref" + pdf.end() + "1 1" + pdf.end() + "0000000009 00000 n" + pdf.end());
-         const std::string link(10, '0');
          pdf.trailer(1, 8, 1'000'000'000);
          padded(pdf).object(2, "/Kids [ 3 0 R ]" + pdf.end() + "/Count 1").page(3, {4});
-         pdf.shown(4, {"linked"});
-         const std::size_t second = pdf.table();
+         const std::string second = std::to_string(pdf.shown(4, {"linked"}).table());
          pdf.text.replace(pdf.text.find("1000000000"), 10,
-                          std::string(10 - std::to_string(second).size(), '0') +
-                              std::to_string(second));
+                          std::string(10 - second.size(), '0') + second);
          pdf.trailer(0, 0, first);
-       },
-       "linked", "found"},
-      {"chain that comes back",
+       }},
+      {"chain that comes back", "third", "found",
        [&](auto &pdf) {
-         twoPages(pdf);
-         const std::size_t start = pdf.table();
+         const std::size_t start = twoPages(pdf).table();
          pdf.trailer(1, -1, start).raw("x" + pdf.end()).trailer(0, 0, start);
-       },
-       "third", "found"},
-      {"no trailer", [&](auto &pdf) { twoPages(pdf); }, "first", "closed"},
-      {"no size", [&](auto &pdf) { twoPages(pdf), pdf.section(1, 0); }, "first", "closed"},
-      {"no root", [&](auto &pdf) { twoPages(pdf), pdf.section(0); }, "first", "closed"},
-      {"size too small", [&](auto &pdf) { twoPages(pdf), pdf.section(1, 3); }, "first", "found"},
-      {"root absent reads what is first", [&](auto &pdf) { twoPages(pdf), pdf.section(9); },
-       "first", "found"},
-      {"content absent reads what is first",
-       [&](auto &pdf) { padded(pdf).pages({3}).page(3, {9}).shown(4, {"x"}).section(); }, "x",
-       "found"},
-      {"too small", [](auto &pdf) { pdf.pages({3}).raw("trailer" + pdf.end()); }, "x", "closed"},
-      {"literal string ends the search",
-       [&](auto &pdf) {
-         padded(pdf).pages({3, 5}).page(3, {4}).content(4, "BT" + pdf.end() + "(a) Tj");
-         pdf.page(5, {6}).shown(6, {"behind"}).section();
-       },
-       "behind", "absent"},
-      {"graphics first",
-       [&](auto &pdf) {
-         padded(pdf).pages({3, 5}).page(3, {4}).content(4, "q" + pdf.end() + pdf.showing({"no"}));
-         pdf.page(5, {6}).shown(6, {"yes"}).section();
-       },
-       "no", "absent"},
-      {"and the next page",
-       [&](auto &pdf) {
-         padded(pdf).pages({3, 5}).page(3, {4}).content(4, "q" + pdf.end() + pdf.showing({"no"}));
-         pdf.page(5, {6}).shown(6, {"yes"}).section();
-       },
-       "yes", "found"},
-      {"pages below pages",
-       [&](auto &pdf) {
+       }},
+      {"no trailer", "first", "closed", twoPages},
+      {"no size", "first", "closed", [&](auto &pdf) { twoPages(pdf).section(1, 0); }},
+      {"no root", "first", "closed", [&](auto &pdf) { twoPages(pdf).section(0); }},
+      {"size too small", "first", "found", [&](auto &pdf) { twoPages(pdf).section(1, 3); }},
+      {"root absent reads what is first", "first", "found",
+       [&](auto &pdf) { twoPages(pdf).section(9); }},
+      {"content absent reads what is first", "x", "found",
+       [](auto &pdf) { padded(pdf).pages({3}).page(3, {9}).shown(4, {"x"}).section(); }},
+      {"too small", "x", "closed", [](auto &pdf) { pdf.pages({3}).raw("trailer" + pdf.end()); }},
+      {"literal string ends the search", "behind", "absent",
+       [&](auto &pdf) { twoOf(pdf, "BT" + pdf.end() + "(a) Tj", "behind").section(); }},
+      {"graphics first", "no", "absent", graphicsFirst},
+      {"and the next page", "yes", "found", graphicsFirst},
+      {"pages below pages", "deep", "absent",
+       [](auto &pdf) {
          padded(pdf).pages({3}).object(3, "/Kids [ 4 0 R ]" + pdf.end() + "/Count 1");
          pdf.content(5, "q").page(4, {6}).shown(6, {"deep"}).section();
-       },
-       "deep", "absent"},
-      {"fewer kids than counted",
+       }},
+      {"fewer kids than counted", "x", "found",
+       [](auto &pdf) {
+         padded(pdf).book({pdf.showing({"x"})}).object(2, "/Kids [ 3 0 R ] /Count 2").section();
+       }},
+      {"more kids than counted", "x", "absent",
        [&](auto &pdf) {
-         padded(pdf).object(1, "/Pages 2 0 R").object(2, "/Kids [ 3 0 R ] /Count 2");
-         pdf.page(3, {4}).shown(4, {"x"}).section();
-       },
-       "x", "found"},
-      {"more kids than counted",
-       [&](auto &pdf) {
-         padded(pdf).object(1, "/Pages 2 0 R").object(2, "/Kids [ 3 0 R 5 0 R ] /Count 1");
-         pdf.page(3, {4}).content(4, "q").page(5, {6}).shown(6, {"x"}).section();
-       },
-       "x", "absent"},
-      {"page without content",
-       [&](auto &pdf) {
-         padded(pdf).pages({3, 5}).page(3, {}).page(5, {6}).shown(6, {"x"}).section();
-       },
-       "x", "absent"},
+         twoOf(pdf, "q", "x").object(2, "/Kids [ 3 0 R 5 0 R ] /Count 1").section();
+       }},
+      {"page without content", "x", "absent",
+       [&](auto &pdf) { twoOf(pdf, "", "x").page(3, {}).section(); }},
   };
   for (const std::string lineEnd : {"\n", "\r", "\r\n"})
     for (const bool hasTrailerOnOneLine : {false, true})
@@ -169,11 +142,10 @@ TEST_F(Document, IsSearchedInEveryLayout) {
 }
 
 TEST_F(Document, MustBeginAsOne) {
-  DocumentWriter pdf;
-  padded(pdf).pages({3}).page(3, {4}).shown(4, {"x"}).section();
-  EXPECT_EQ(search("%PDF-" + pdf.text.substr(5), "x"), "found");
-  EXPECT_EQ(search("%pdf-" + pdf.text.substr(5), "x"), "closed");
-  EXPECT_EQ(search(" " + pdf.text, "x"), "closed");
+  const std::string text = documentShowing({"x"});
+  EXPECT_EQ(search("%PDF-" + text.substr(5), "x"), "found");
+  EXPECT_EQ(search("%pdf-" + text.substr(5), "x"), "closed");
+  EXPECT_EQ(search(" " + text, "x"), "closed");
   EXPECT_EQ(search("", "x"), "closed");
 }
 
@@ -192,121 +164,103 @@ TEST_F(Document, IsReadAlikeWhereverTheEdgesOfBlocksStand) {
   }
 }
 
+/// What a document shows, and whether a keyword is found in it.
+struct Shown {
+  const char *name;
+  std::vector<std::string> texts;
+  const char *keyword;
+  unsigned long encoding;
+  const char *answer;
+};
+
 TEST_F(Document, IsReadInItsEncoding) {
-  const struct {
-    const char *name;
-    std::vector<std::string> texts;
-    std::string keyword;
-    unsigned long encoding;
-    bool isCaseSensitive;
-    std::string answer;
-  } rows[] = {
-      {"Mac Roman", {"caf\x8E"}, "caf\u00e9", macRoman, true, "found"},
-      {"Mac Roman, other case", {"CAF\x83"}, "caf\u00e9", macRoman, false, "found"},
-      {"Latin-1", {"caf\xE9"}, "caf\u00e9", isoLatin1, true, "found"},
-      {"Mac Japanese", {"\x82\xA0\x83\x41"}, "\u3042\u30a2", macJapanese, true, "found"},
-      {"character over two strings", {"\x82", "\xA0"}, "\u3042", macJapanese, true, "found"},
-      {"trail byte is no letter", {"\x83\x41"}, "A", macJapanese, true, "absent"},
-      {"only in the other Shift-JIS", {"\x85\x40 x"}, "x", macJapanese, true, "found"},
-      {"in neither", {"\xFC\xFC x"}, "x", macJapanese, true, "absent"},
-      {"one bad byte hides all", {"x", "\x82"}, "x", macJapanese, true, "absent"},
-      {"unknown encoding", {"x"}, "x", 0x7777, true, "absent"},
-      {"no encoding", {"x"}, "x", 1UL << 40, true, "absent"},
-      {"UTF-16", {"ab"}, "\u6162", 0x0100, true, "found"},
-  };
-  for (const auto &row : rows) {
-    DocumentWriter pdf;
-    padded(pdf).pages({3}).page(3, {4}).shown(4, row.texts).section();
-    EXPECT_EQ(search(pdf.text, row.keyword, row.isCaseSensitive, row.encoding), row.answer)
+  const Shown rows[] = {
+      {"Mac Roman", {"caf\x8E"}, "caf\u00e9", macRoman, "found"},
+      {"Latin-1", {"caf\xE9"}, "caf\u00e9", isoLatin1, "found"},
+      {"Mac Japanese", {"\x82\xA0\x83\x41"}, "\u3042\u30a2", macJapanese, "found"},
+      {"character over two strings", {"\x82", "\xA0"}, "\u3042", macJapanese, "found"},
+      {"trail byte is no letter", {"\x83\x41"}, "A", macJapanese, "absent"},
+      {"only in the other Shift-JIS", {"\x85\x40 x"}, "x", macJapanese, "found"},
+      {"in neither", {"\xFC\xFC x"}, "x", macJapanese, "absent"},
+      {"one bad byte hides all", {"x", "\x82"}, "x", macJapanese, "absent"},
+      {"unknown encoding", {"x"}, "x", 0x7777, "absent"},
+      {"no encoding", {"x"}, "x", 1UL << 40, "absent"},
+      {"UTF-16", {"ab"}, "\u6162", 0x0100, "found"}};
+  for (const Shown &row : rows)
+    EXPECT_EQ(search(documentShowing(row.texts), row.keyword, true, row.encoding), row.answer)
         << row.name;
-  }
+  EXPECT_EQ(search(documentShowing({"CAF\x83"}), "caf\u00e9", false), "found") << "other case";
 }
 
-/// Pages 3, 5, 7 ..., with their contents in the objects behind them in the given order.
-DocumentWriter pagesInOrder(const std::vector<int> &order,
-                            const std::function<std::string(int)> &textOf,
-                            const std::string &behindLines = "") {
+/// A document of these pages, written in this order, with their contents in the objects behind
+/// them.
+std::string pagesInOrder(const std::vector<int> &order, const std::vector<int> &kids,
+                         const std::function<std::string(int)> &textOf,
+                         const std::string &behindLines = "") {
   DocumentWriter pdf(Style{behindLines + "\n", false});
-  std::vector<int> kids = order;
-  std::sort(kids.begin(), kids.end());
-  pdf.pages(kids);
+  padded(pdf).pages(kids);
   for (const int page : order)
-    pdf.page(page, {page + 1}).content(page + 1, pdf.showing({textOf(page), "more of it"}));
-  pdf.section();
-  return pdf;
+    pdf.page(page, {page + 1}).content(page + 1, pdf.showing({textOf(page), "of it"}));
+  return pdf.section().text;
 }
 
-std::vector<int> pageNumbers(int count) {
-  std::vector<int> numbers;
-  for (int i = 0; i < count; ++i)
-    numbers.push_back(3 + 2 * i);
+std::vector<int> pageNumbers(std::size_t count) {
+  std::vector<int> numbers(count);
+  std::generate(numbers.begin(), numbers.end(), [page = 1]() mutable { return page += 2; });
   return numbers;
 }
 
 TEST_F(Document, IsNotReadOnceForEachPage) {
-  constexpr int count = 600;
   const auto plain = [](int page) { return "page " + std::to_string(page); };
   const auto japanese = [](int page) { return "\x82\xA0 " + std::to_string(page); };
   const auto other = [](int page) { return page % 100 == 1 ? "\x85\x40" : "\x82\xA0 x"; };
   const auto unreadable = [](int page) { return page % 10 == 1 ? "\xFC\xFC" : "\x82\xA0 x"; };
-  std::vector<int> reverse = pageNumbers(count);
-  std::reverse(reverse.begin(), reverse.end());
+  const std::vector<int> pages = pageNumbers(600), reverse(pages.rbegin(), pages.rend());
   std::vector<int> shuffled = reverse;
   std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937(20010101));
   const struct {
     const char *name;
-    DocumentWriter pdf;
-    long readings;
-  } rows[] = {
-      {"in order", pagesInOrder(pageNumbers(count), plain), 8},
-      {"from the last", pagesInOrder(reverse, plain), 12},
-      {"in any order", pagesInOrder(shuffled, plain), 12},
-      {"Japanese", pagesInOrder(shuffled, japanese), 12},
-      {"in the second encoding here and there", pagesInOrder(pageNumbers(count), other), 16},
-      {"unreadable here and there", pagesInOrder(shuffled, unreadable), 16},
-      {"blanks at the ends of lines", pagesInOrder(shuffled, plain, " "), 24},
-  };
+    std::string text;
+    std::size_t readings;
+  } rows[] = {{"in order", pagesInOrder(pages, pages, plain), 8},
+              {"from the last", pagesInOrder(reverse, pages, plain), 12},
+              {"in any order", pagesInOrder(shuffled, pages, plain), 12},
+              {"Japanese", pagesInOrder(shuffled, pages, japanese), 12},
+              {"in the second encoding here and there", pagesInOrder(pages, pages, other), 16},
+              {"unreadable here and there", pagesInOrder(shuffled, pages, unreadable), 16},
+              {"blanks at the ends of lines", pagesInOrder(shuffled, pages, plain, " "), 24}};
   for (const auto &row : rows) {
-    EXPECT_EQ(search(row.pdf.text, "absent", true, macJapanese), "absent") << row.name;
-    const long size = static_cast<long>(row.pdf.text.size());
-    EXPECT_LT(bytesRead_, row.readings * size) << row.name;
+    EXPECT_EQ(search(row.text, "absent", true, macJapanese), "absent") << row.name;
+    EXPECT_LT(bytesRead_, row.readings * row.text.size()) << row.name;
   }
 }
 
 TEST_F(Document, IsAnsweredAsIfEachPageWereReadForItself) {
   // The last page is parsed first, so that the others are known by what follows them.
-  const struct {
-    const char *name;
-    std::vector<std::string> texts;
-    std::string keyword;
-    unsigned long encoding;
-    std::string answer;
-  } rows[] = {
+  const Shown rows[] = {
       {"first page alone", {"one ", "two "}, "one", macRoman, "found"},
       {"from one page into the next", {"a b", "c d"}, "of itc", macRoman, "found"},
       {"not from the last to the first", {"a b", "c d"}, "of ita", macRoman, "absent"},
       {"bad byte hides the pages before", {"one", "\xFC\xFC", "two"}, "one", macJapanese, "absent"},
       {"and not those behind", {"one", "\xFC\xFC", "two"}, "two", macJapanese, "found"},
-      {"encoding of each parse", {"\x85\x40", "\x82\xA0"}, "\u3042", macJapanese, "found"},
-  };
-  for (const auto &row : rows) {
-    std::vector<int> order = pageNumbers(static_cast<int>(row.texts.size()));
-    do {
-      const auto textOf = [&](int page) {
-        return row.texts[static_cast<std::size_t>(page - 3) / 2];
-      };
-      DocumentWriter pdf(Style{});
-      std::vector<int> kids = order;
-      padded(pdf).pages(kids);
-      for (std::size_t i = 0; i < row.texts.size(); ++i) {
-        const int page = 3 + 2 * static_cast<int>(i);
-        pdf.page(page, {page + 1}).shown(page + 1, {textOf(page), "of it"});
-      }
-      pdf.section();
-      EXPECT_EQ(search(pdf.text, row.keyword, true, row.encoding), row.answer)
+      {"encoding of each parse", {"\x85\x40", "\x82\xA0"}, "\u3042", macJapanese, "found"}};
+  for (const Shown &row : rows) {
+    const std::vector<int> order = pageNumbers(row.texts.size());
+    const auto textOf = [&](int page) { return row.texts[static_cast<std::size_t>(page / 2 - 1)]; };
+    std::vector<int> kids = order;
+    do
+      EXPECT_EQ(search(pagesInOrder(order, kids, textOf), row.keyword, true, row.encoding),
+                row.answer)
           << row.name << ", kids " << DocumentWriter::references(kids);
-    } while (std::next_permutation(order.begin(), order.end()));
+    while (std::next_permutation(kids.begin(), kids.end()));
   }
+}
+
+std::string repeated(const std::string &part, std::size_t count) {
+  std::string all;
+  while (count-- > 0)
+    all += part;
+  return all;
 }
 
 TEST_F(Document, CannotMakeTheReaderReadForEver) {
@@ -325,27 +279,18 @@ TEST_F(Document, CannotMakeTheReaderReadForEver) {
     const std::size_t start = pdf.text.size();
     return pdf.raw(table).trailer(11, count, start).text;
   };
-  const std::string tokens = [] {
-    std::string text;
-    for (int i = 0; i < 200'000; ++i)
-      text += i % 97 == 0 ? "\n" : "x ";
-    return text + "\n";
-  }();
+  const std::string tokens = repeated(repeated("x ", 96) + "\n", 2061),
+                    letters = repeated("x\n", 1 << 17);
   const auto oneLine = [](const std::string &part) {
     DocumentWriter pdf;
-    std::string line;
-    while (line.size() < 1 << 20)
-      line += part;
+    const std::string line = repeated(part, (1 << 20) / part.size() + 1);
     pdf.object(1, "/Pages 2 0 R").object(2, "/Count 1 /Kids [ 3 0 R ]" + line);
     return pdf.page(3, {4}).shown(4, {"x"}).section().text;
   };
-  std::string letters;
-  while (letters.size() < 1 << 18)
-    letters += "x\n";
   const struct {
     const char *name;
     std::string text;
-    long readings;
+    std::size_t readings;
   } rows[] = {
       {"kids inside one object without an end", starts(2000, ""), 32},
       {"contents inside one", starts(2000, "/Contents [ 12 0 R 13 0 R 14 0 R ]\n"), 32},
@@ -355,13 +300,12 @@ TEST_F(Document, CannotMakeTheReaderReadForEver) {
       {"brackets without an end", oneLine(" /Kids ["), 8},
       {"one token", oneLine("x"), 8},
       {"one comment", oneLine("%"), 8},
-      {"blanks", oneLine(" "), 8},
-  };
+      {"blanks", oneLine(" "), 8}};
   for (const auto &row : rows) {
     EXPECT_NE(search(row.text, "absent"), "found") << row.name;
-    const long size = static_cast<long>(row.text.size());
-    EXPECT_LE(bytesRead_, row.readings * size + (row.readings == 32 ? 4 << 20 : 0) + 4096)
-        << row.name << " " << bytesRead_ / size;
+    EXPECT_LE(bytesRead_,
+              row.readings * row.text.size() + (row.readings == 32 ? 4 << 20 : 0) + 4096)
+        << row.name << " " << bytesRead_ / row.text.size();
   }
 }
 
@@ -392,21 +336,18 @@ TEST_F(Document, SurvivesEveryDamage) {
 }
 
 TEST_F(Document, BearsTheMarkInItsFirstPage) {
-  const std::string mark = "% VORDA_PFINF_TYPE\nq";
+  const char *const mark = "% VORDA_PFINF_TYPE\nq";
   const struct {
-    const char *name;
-    std::vector<std::string> contents;
+    const char *name, *first, *second, *onSecondPage;
     int isVorda;
-  } rows[] = {{"first content", {mark, "q"}, 1},
-              {"second content", {"q", mark}, 1},
-              {"second page", {"q", "q", mark}, 0},
-              {"none", {"q", "BT ET", "q"}, 0}};
+  } rows[] = {{"first content", mark, "q", "q", 1},
+              {"second content", "q", mark, "q", 1},
+              {"second page", "q", "q", mark, 0},
+              {"none", "q", "BT ET", "q", 0}};
   for (const auto &row : rows) {
     DocumentWriter pdf;
     padded(pdf).pages({3, 6}).page(3, {4, 5}).page(6, {7});
-    for (std::size_t i = 0; i < row.contents.size(); ++i)
-      pdf.content(std::vector<int>{4, 5, 7}[i], row.contents[i]);
-    pdf.section();
+    pdf.content(4, row.first).content(5, row.second).content(7, row.onSecondPage).section();
     CPDFFile document;
     ASSERT_EQ(document.Open(tree_.file("mark.pdf", pdf.text).c_str()), 1);
     EXPECT_EQ(document.IsVordaPDF(), row.isVorda) << row.name;
@@ -414,11 +355,8 @@ TEST_F(Document, BearsTheMarkInItsFirstPage) {
 }
 
 TEST_F(Document, OpensAndCloses) {
-  DocumentWriter pdf;
-  padded(pdf).pages({3}).page(3, {4}).shown(4, {"x"}).section();
-  const std::string path = tree_.file("good.pdf", pdf.text);
-  const std::string bad = tree_.file("bad.pdf", "%PDF-1.4");
-  const std::string folder = tree_.path();
+  const std::string path = tree_.file("good.pdf", documentShowing({"x"}));
+  const std::string bad = tree_.file("bad.pdf", "%PDF-1.4"), folder = tree_.path();
   const auto keyword = NSString::create("x");
   CPDFFile document;
   EXPECT_EQ(document.Close(), 1) << "never opened";

@@ -1,4 +1,4 @@
-#include "pdf_reader/LineUtility.h"
+#include "samples/LineStarts.h"
 #include "tests/pdf_reader/Tokens.h"
 
 #include <gtest/gtest.h>
@@ -19,17 +19,14 @@ TEST(LineUtility, FindsTheUsefulPartOfALine) {
   const struct {
     const char *name;
     std::string line, content, withComment;
-  } rows[] = {
-      {"trimmed", " /Type /Catalog % c", "/Type /Catalog", "/Type /Catalog % c"},
-      {"NUL and tab", "\t\0a\0\t"s, "a", "a"},
-      {"percent sign at the end", "a %", "a %", "a %"},
-      {"doubled", "a%%b%c", "a%%b", "a%%b%c"},
-      {"up to the line end", "a \r\nb", "a", "a"},
-      {"nothing", " %", "%", "%"},
-  };
+  } rows[] = {{"trimmed", " /Type /Catalog % c", "/Type /Catalog", "/Type /Catalog % c"},
+              {"NUL and tab", "\t\0a\0\t"s, "a", "a"},
+              {"percent sign at the end", "a %", "a %", "a %"},
+              {"doubled", "a%%b%c", "a%%b", "a%%b%c"},
+              {"up to the line end", "a \r\nb", "a", "a"},
+              {"nothing", " %", "%", "%"}};
   for (const auto &row : rows) {
-    unsigned long start = 0;
-    unsigned long length = 0;
+    unsigned long start = 0, length = 0;
     EXPECT_EQ(GetLineInfo(bytesOf(row.line), row.line.size(), &start, &length), 1);
     EXPECT_EQ(row.line.substr(start, length), row.content) << row.name;
     EXPECT_EQ(GetLineInfo_WithComment(bytesOf(row.line), row.line.size(), &start, &length), 1);
@@ -37,35 +34,25 @@ TEST(LineUtility, FindsTheUsefulPartOfALine) {
   }
 }
 
-std::vector<unsigned long> startsOf(std::string text, bool isReverse) {
-  char **const lines =
-      isReverse ? RevFindLine(bytesOf(text), text.size()) : FindLine(bytesOf(text), text.size());
-  std::vector<unsigned long> starts;
-  for (unsigned long start = 0; FindNextLine(lines, &start) == 1;)
-    starts.push_back(start);
-  FindLineClose(lines);
-  return starts;
-}
-
 TEST(LineUtility, WalksOverLines) {
   using Starts = std::vector<unsigned long>;
   const struct {
     std::string text;
     Starts forward, backward;
-  } rows[] = {
-      {"a\r\nb\rc\nd", {0, 3, 5, 7}, {7, 5, 3, 0}},
-      {"a\r\nb\r\n", {0, 3}, {3, 0}},
-      {"a\n\n", {0, 2}, {1, 0}},
-      {"a\n\nb", {0, 2, 3}, {3, 1, 0}},
-      {"a\r\n\r\nb", {0, 3, 5}, {5, 2, 0}},
-      {"\r\nb", {0, 2}, {2, 0}},
-      {"\n", {0}, {0}},
-      {"\nab", {0, 1}, {0}},
-      {"", {}, {}},
-  };
+  } rows[] = {{"a\r\nb\rc\nd", {0, 3, 5, 7}, {7, 5, 3, 0}},
+              {"a\r\nb\r\n", {0, 3}, {3, 0}},
+              {"a\n\n", {0, 2}, {1, 0}},
+              {"a\n\nb", {0, 2, 3}, {3, 1, 0}},
+              {"a\r\n\r\nb", {0, 3, 5}, {5, 2, 0}},
+              {"\r\nb", {0, 2}, {2, 0}},
+              {"\n", {0}, {0}},
+              {"\nab", {0, 1}, {0}},
+              {"", {}, {}}};
   for (const auto &row : rows) {
-    EXPECT_EQ(startsOf(row.text, false), row.forward) << testing::PrintToString(row.text);
-    EXPECT_EQ(startsOf(row.text, true), row.backward) << testing::PrintToString(row.text);
+    EXPECT_EQ(lineStarts(row.text, LineOrder::Forward), row.forward)
+        << testing::PrintToString(row.text);
+    EXPECT_EQ(lineStarts(row.text, LineOrder::Backward), row.backward)
+        << testing::PrintToString(row.text);
   }
 }
 
@@ -79,8 +66,7 @@ TEST(LineUtility, FindsAKeywordAsAWholeWord) {
       {"part of a word", "/Type/key keys", -1, -1}, {"between form feeds", "a\fkey\fb", 2, 2},
       {"before a comment", "key% key", 0, 0},       {"percent sign at the end", "key%", 0, 0},
       {"in a comment", "%a key", -1, -1},           {"behind a doubled sign", "%% key", 3, 3},
-      {"after CR LF", "x\r\nkey\r\n\r\n", -1, 3},   {"empty", "", -1, -1},
-  };
+      {"after CR LF", "x\r\nkey\r\n\r\n", -1, 3},   {"empty", "", -1, -1}};
   for (const auto &row : rows) {
     std::string text = row.text;
     const auto *const keyword = reinterpret_cast<const unsigned char *>("key");

@@ -69,8 +69,7 @@ TEST(ParamArray, ChangesTokens) {
       {"copy too many", [&](auto &a) { return a.CopyParam(&other, 2, 7); }, 1, "z"},
       {"copy nothing", [&](auto &a) { return a.CopyParam(&other, 9, 0); }, 1, ""},
       {"copy none", [&](auto &a) { return a.CopyParam(&other, 3, 1); }, 0, ""},
-      {"copy itself, released first", [](auto &a) { return a.CopyParam(&a, 0, 1); }, 0, ""},
-  };
+      {"copy itself, released first", [](auto &a) { return a.CopyParam(&a, 0, 1); }, 0, ""}};
   for (const auto &row : rows) {
     CParamArray tokens;
     fill(tokens, "a b c d e");
@@ -112,12 +111,10 @@ TEST(ParamArray, TellsTokensWithoutTextFromOthers) {
 TEST(ParamArray, TakesAnObjectOfSeveralLines) {
   const struct {
     const char *name, *text, *tokens;
-  } rows[] = {
-      {"both markers", "a\nb << c\nd >> e", "a|<<|c|d|>>"},
-      {"first end counts", "<< a << b >> c >>", "<<|a|<<|b|>>"},
-      {"no end", "x\r\n<< a\r\n\r\nb", "x|<<|a|b"},
-      {"no begin", "a >> b", "a|>>|b"},
-  };
+  } rows[] = {{"both markers", "a\nb << c\nd >> e", "a|<<|c|d|>>"},
+              {"first end counts", "<< a << b >> c >>", "<<|a|<<|b|>>"},
+              {"no end", "x\r\n<< a\r\n\r\nb", "x|<<|a|b"},
+              {"no begin", "a >> b", "a|>>|b"}};
   for (const auto &row : rows) {
     CParamArray tokens;
     EXPECT_EQ(tokens.ParseObject(row.text, std::string(row.text).size(), "<<", ">>"), 1)

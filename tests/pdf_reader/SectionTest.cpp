@@ -6,36 +6,28 @@
 #include "pdf_reader/CPDFStrmObjVorda.h"
 #include "pdf_reader/CPDFTrailer.h"
 #include "pdf_reader/CPDFXRefTable.h"
-#include "streams/CMemStream.h"
+#include "samples/TextStream.h"
 #include "tests/pdf_reader/Tokens.h"
 
+#include <algorithm>
 #include <climits>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
 
-/// A stream over text.
-class TextStream : public CMemStream {
-public:
-  explicit TextStream(std::string text) : text_(std::move(text)) {
-    Attach(reinterpret_cast<unsigned char *>(text_.data()), static_cast<long>(text_.size()));
-    Open(streamReadMode);
-  }
-
-private:
-  std::string text_;
-};
-
 /// Hands the lines of a text to a section as a parse does. Gives the last result, with a dot when
 /// the section has ended, and the tokens left.
-std::string parseLines(CPDFSection &section, const std::vector<std::string> &lines) {
+std::string parseLines(CPDFSection &section, const std::string &lines) {
   CParamArray tokens;
   char goOn = 1;
   int result = 1;
   section.ReleaseParse();
-  for (const std::string &line : lines) {
+  std::istringstream stream(lines);
+  for (std::string line; std::getline(stream, line);) {
     CParamArray added;
     fill(added, line);
     tokens.AddParam(&added);
@@ -51,6 +43,14 @@ std::string textOf(const tagOBJECTRECORD &record) {
   return text + " " + std::string(record.flag == 0 ? 0 : 1, static_cast<char>(record.flag));
 }
 
+/// The records that `get` gives for 0, 1 and so on, up to the first that is null.
+template <class Get> std::string recordsOf(const Get &get) {
+  std::string text;
+  for (int i = 0; get(i) != nullptr; ++i)
+    text += textOf(*get(i)) + ";";
+  return text;
+}
+
 std::string textOf(const CPDFContents &contents) {
   auto size = static_cast<unsigned long>(contents.GetTextLength());
   std::string text(size, '?');
@@ -59,29 +59,24 @@ std::string textOf(const CPDFContents &contents) {
 }
 
 TEST(Section, NullArgumentsFail) {
-  CPDFSection base;
-  CPDFXRefTable table;
-  CPDFTrailer trailer;
-  CPDFCatalog catalog;
-  CPDFPages pages;
-  CPDFKids kids;
-  CPDFContents contents;
-  CPDFStrmObjVorda mark;
-  for (CPDFSection *const section : std::vector<CPDFSection *>{&base, &table, &trailer, &catalog,
-                                                               &pages, &kids, &contents, &mark}) {
+  std::tuple<CPDFSection, CPDFXRefTable, CPDFTrailer, CPDFCatalog, CPDFPages, CPDFKids,
+             CPDFContents, CPDFStrmObjVorda>
+      sections;
+  const auto check = [](CPDFSection &section) {
     CParamArray tokens;
     char goOn = 1;
-    EXPECT_EQ(section->ParseLine(nullptr, &goOn, nullptr), 0);
-    EXPECT_EQ(section->ParseLine(&tokens, nullptr, nullptr), 0);
-    EXPECT_EQ(section->ParseLine(&tokens, &goOn, nullptr), 1);
-    EXPECT_EQ(section->Parse(nullptr), 0);
-  }
+    EXPECT_EQ(section.ParseLine(nullptr, &goOn, nullptr), 0);
+    EXPECT_EQ(section.ParseLine(&tokens, nullptr, nullptr), 0);
+    EXPECT_EQ(section.ParseLine(&tokens, &goOn, nullptr), 1);
+    EXPECT_EQ(section.Parse(nullptr), 0);
+  };
+  std::apply([&](auto &...section) { (check(section), ...); }, sections);
 }
 
 TEST(Section, ReadsOverOneObject) {
   CPDFSection section;
-  EXPECT_EQ(parseLines(section, {"1 0 obj << >> endobj 2 0 obj"}), "1. 2|0|obj");
-  EXPECT_EQ(parseLines(section, {"endobj 1 0 obj obj"}), "1 ");
+  EXPECT_EQ(parseLines(section, "1 0 obj << >> endobj 2 0 obj"), "1. 2|0|obj");
+  EXPECT_EQ(parseLines(section, "endobj 1 0 obj obj"), "1 ");
 }
 
 /// Collects the groups that a parse hands over.
@@ -99,24 +94,22 @@ TEST(Section, JoinsWhatTheEdgeOfABlockCuts) {
   // An edge of a block stands at the bar.
   const struct {
     const char *name, *text, *groups;
-  } rows[] = {
-      {"token", "a b|c d\ne\n", "a|bc|d/e/"},
-      {"before the line end", "a b|\nc\n", "a|b/c/"},
-      {"after the line end", "a b\n|c\n", "a|b/c/"},
-      {"inside CR LF", "a b\r|\nc\n", "a|b/c/"},
-      {"between tokens", "a |b\nc\n", "a|b/c/"},
-      {"between blanks", "a | b\nc\n", "a|b/c/"},
-      {"behind the last token", "a |\nc\n", "a|c/"},
-      {"and more empty lines", "a |\n\n% x\nc\n", "a|c/"},
-      {"before a comment", "a |% x\nc\n", "a|c/"},
-      {"inside a comment", "a % x|y\nc\n", "a|y/c/"},
-      {"inside a comment alone", "% x|y\nc\n", "y/c/"},
-      {"after a percent sign", "a %|x\nc\n", "a|c/"},
-      {"after one of a token", "a b%|x\nc\n", "a|b/c/"},
-      {"inside a doubled one", "a b%|%x\nc\n", "a|b%%x/c/"},
-      {"after a doubled one", "a b%%|%x\nc\n", "a|b%%/c/"},
-      {"after one that ends the line", "a %|\nc\n", "a|%/c/"},
-  };
+  } rows[] = {{"token", "a b|c d\ne\n", "a|bc|d/e/"},
+              {"before the line end", "a b|\nc\n", "a|b/c/"},
+              {"after the line end", "a b\n|c\n", "a|b/c/"},
+              {"inside CR LF", "a b\r|\nc\n", "a|b/c/"},
+              {"between tokens", "a |b\nc\n", "a|b/c/"},
+              {"between blanks", "a | b\nc\n", "a|b/c/"},
+              {"behind the last token", "a |\nc\n", "a|c/"},
+              {"and more empty lines", "a |\n\n% x\nc\n", "a|c/"},
+              {"before a comment", "a |% x\nc\n", "a|c/"},
+              {"inside a comment", "a % x|y\nc\n", "a|y/c/"},
+              {"inside a comment alone", "% x|y\nc\n", "y/c/"},
+              {"after a percent sign", "a %|x\nc\n", "a|c/"},
+              {"after one of a token", "a b%|x\nc\n", "a|b/c/"},
+              {"inside a doubled one", "a b%|%x\nc\n", "a|b%%x/c/"},
+              {"after a doubled one", "a b%%|%x\nc\n", "a|b%%/c/"},
+              {"after one that ends the line", "a %|\nc\n", "a|%/c/"}};
   for (const auto &row : rows) {
     const std::string text = row.text;
     const std::size_t edge = text.find('|');
@@ -132,8 +125,7 @@ TEST(Section, JoinsWhatTheEdgeOfABlockCuts) {
 }
 
 TEST(Section, HandsOverALineAtTheEndOfTheFileButNotWhatWaitsThere) {
-  for (const auto &[tail, groups] : std::vector<std::pair<std::string, std::string>>{
-           {"a b", "a|b/"}, {"a %", "a|%/"}, {"a", "a/"}}) {
+  for (const auto &[tail, groups] : {std::pair("a b", "a|b/"), {"a %", "a|%/"}, {"a", "a/"}}) {
     TextStream stream(tail);
     Groups section;
     EXPECT_EQ(section.Parse(&stream), 1);
@@ -157,8 +149,7 @@ TEST(Section, LooksForAKeywordBackwardsInBlocks) {
       {"at the end", 5000, 4993, 4993, 1},     {"in an early block", 5000, 3000, 3000, 1},
       {"cut by an edge", 5000, 3970, 3970, 1}, {"too near to the beginning", 5000, 3, -1, 0},
       {"in half a block", 400, 300, -1, 0},    {"rounds without progress", 1017, 3, -1, 1},
-      {"after a full block", 2034, 3, -1, 1},
-  };
+      {"after a full block", 2034, 3, -1, 1}};
   const auto *const keyword = reinterpret_cast<const unsigned char *>("trailer");
   for (const auto &row : rows) {
     std::string text(row.size, '\n');
@@ -177,22 +168,18 @@ TEST(Section, LooksForAKeywordBackwardsInBlocks) {
 
 TEST(XRefTable, ReadsSubsections) {
   const struct {
-    const char *name;
-    std::vector<std::string> lines;
-    const char *result;
+    const char *name, *lines, *result;
     std::vector<unsigned long> offsets;
-  } rows[] = {
-      {"entries", {"xref", "0 2", "9 0 f", "17 0 n"}, "1 ", {9, 17, 0}},
-      {"anything before", {"1 2 3 xref", "1 1", "17 0 n"}, "1 ", {0, 17}},
-      {"entry on two lines", {"xref", "1 1", "17 0", "n"}, "1 ", {0, 17}},
-      {"header not alone", {"xref", "0 1 x"}, "1 0|1|x", {0}},
-      {"two subsections", {"xref", "0 1", "9 0 f", "2 1", "5 0 n"}, "1 ", {9, 0, 5}},
-      {"nothing", {"xref", "0 0", "1 1"}, "1. 0|0", {0}},
-      {"outside the table", {"xref", "8 1"}, "1. 8|1", {0}},
-      {"negative", {"xref", "-1 1"}, "1. -1|1", {0}},
-      {"beyond the table", {"xref", "7 2", "1 0 n", "2 0 n"}, "1 ", {0, 0, 0, 0, 0, 0, 0, 1, 2}},
-      {"wrapped", {"xref", "0 2", "4294967301 0 n", "-1 65536 n"}, "1 ", {5, 0xFFFFFFFF}},
-  };
+  } rows[] = {{"entries", "xref\n0 2\n9 0 f\n17 0 n", "1 ", {9, 17, 0}},
+              {"anything before", "1 2 3 xref\n1 1\n17 0 n", "1 ", {0, 17}},
+              {"entry on two lines", "xref\n1 1\n17 0\nn", "1 ", {0, 17}},
+              {"header not alone", "xref\n0 1 x", "1 0|1|x", {0}},
+              {"two subsections", "xref\n0 1\n9 0 f\n2 1\n5 0 n", "1 ", {9, 0, 5}},
+              {"nothing", "xref\n0 0\n1 1", "1. 0|0", {0}},
+              {"outside the table", "xref\n8 1", "1. 8|1", {0}},
+              {"negative", "xref\n-1 1", "1. -1|1", {0}},
+              {"beyond the table", "xref\n7 2\n1 0 n\n2 0 n", "1 ", {0, 0, 0, 0, 0, 0, 0, 1, 2}},
+              {"wrapped", "xref\n0 2\n4294967301 0 n\n-1 65536 n", "1 ", {5, 0xFFFFFFFF}}};
   for (const auto &row : rows) {
     CPDFXRefTable table;
     EXPECT_EQ(table.SetTableSize(8), 1);
@@ -225,14 +212,12 @@ TEST(XRefTable, EndsAtTheTrailer) {
     const char *name, *text;
     long position;
     unsigned long offset;
-  } rows[] = {
-      {"dictionary below", "xref\n1 1\n7 0 n\ntrailer\n<<\n", 15, 7},
-      {"on its line", "xref\n1 1\n7 0 n\n trailer << /Size 2 >>\n", 16, 7},
-      {"part of a word", "xref\n1 1\n7 0 n\ntrailers x\n", 15, 7},
-      {"in the middle of a line", "xref\n1 1\n7 0 n\na trailer\n", 25, 7},
-      {"entries missing", "xref\n1 2\n7 0 n\ntrailer << >>\n", 15, 7},
-      {"section ended before", "xref\n9 1\n7 0 n\ntrailer\n", 23, 0},
-  };
+  } rows[] = {{"dictionary below", "xref\n1 1\n7 0 n\ntrailer\n<<\n", 15, 7},
+              {"on its line", "xref\n1 1\n7 0 n\n trailer << /Size 2 >>\n", 16, 7},
+              {"part of a word", "xref\n1 1\n7 0 n\ntrailers x\n", 15, 7},
+              {"in the middle of a line", "xref\n1 1\n7 0 n\na trailer\n", 25, 7},
+              {"entries missing", "xref\n1 2\n7 0 n\ntrailer << >>\n", 15, 7},
+              {"section ended before", "xref\n9 1\n7 0 n\ntrailer\n", 23, 0}};
   for (const auto &row : rows) {
     TextStream stream(row.text);
     CPDFXRefTable table;
@@ -257,20 +242,14 @@ TEST(XRefTable, ReadsTheLastEntryWhereverTheEdgeOfABlockStands) {
 
 TEST(Trailer, ReadsItsKeys) {
   const struct {
-    const char *name;
-    std::vector<std::string> lines;
-    const char *result;
-    int size;
-    const char *root;
-    int offset;
-  } rows[] = {
-      {"all", {"trailer", "<< /Size 5 /Root 1 0 R >>", "startxref", "99"}, "1. ", 5, "1 0 R", 99},
-      {"root on two lines", {"trailer << /Root 3", "1 R"}, "1 ", -1, "3 1 R", 0},
-      {"size at the end", {"trailer /Size"}, "1 /Size", -1, "", 0},
-      {"before the keyword", {"/Size 5 startxref 7"}, "1 ", -1, "", 0},
-      {"others", {"trailer /Prev 9 /ID [ <00> ] %%EOF"}, "1 ", -1, "", 0},
-      {"large", {"trailer /Size 99999999999 startxref 4294967297"}, "1. ", INT_MAX, "", 1},
-  };
+    const char *name, *lines, *result, *root;
+    int size, offset;
+  } rows[] = {{"all", "trailer\n<< /Size 5 /Root 1 0 R >>\nstartxref\n99", "1. ", "1 0 R", 5, 99},
+              {"root on two lines", "trailer << /Root 3\n1 R", "1 ", "3 1 R", -1, 0},
+              {"size at the end", "trailer /Size", "1 /Size", "", -1, 0},
+              {"before the keyword", "/Size 5 startxref 7", "1 ", "", -1, 0},
+              {"others", "trailer /Prev 9 /ID [ <00> ] %%EOF", "1 ", "", -1, 0},
+              {"large", "trailer /Size 99999999999 startxref 4294967297", "1. ", "", INT_MAX, 1}};
   for (const auto &row : rows) {
     CPDFTrailer trailer;
     EXPECT_EQ(parseLines(trailer, row.lines), row.result) << row.name;
@@ -305,27 +284,22 @@ TEST(Trailer, IsFoundFromBothSides) {
 
 TEST(ObjectList, TakesTokensInThrees) {
   const struct {
-    const char *tokens;
-    int result;
-    const char *records;
-  } rows[] = {
-      {"3 0 R", 1, "3 0 R;"},
-      {"[ 3 0 R 4 65537 x ]", 1, "3 0 R;4 1 x;"},
-      {"[ 3 0 R 4 0 ]", 1, "3 0 R;"},
-      {"3 0 R 4 0 R", 1, "3 0 R;4 0 R;"},
-      {"[ 3 0", 1, ""},
-      {"[ ]", 0, ""},
-  };
+    const char *tokens, *records;
+    int result = 1;
+  } rows[] = {{"3 0 R", "3 0 R;"},
+              {"[ 3 0 R 4 65537 x ]", "3 0 R;4 1 x;"},
+              {"[ 3 0 R 4 0 ]", "3 0 R;"},
+              {"3 0 R 4 0 R", "3 0 R;4 0 R;"},
+              {"[ 3 0", ""},
+              {"[ ]", "", 0}};
   for (const auto &row : rows) {
     CParamArray tokens;
     fill(tokens, row.tokens);
     CObjectList list;
     EXPECT_EQ(list.Parse(&tokens), row.result) << row.tokens;
-    std::string records;
-    for (int i = 0; i < list.GetCount(); ++i)
-      records += textOf(*list.GetObject(i)) + ";";
+    const std::string records = recordsOf([&](int i) { return list.GetObject(i); });
     EXPECT_EQ(records, row.records) << row.tokens;
-    EXPECT_EQ(list.GetObject(list.GetCount()), nullptr);
+    EXPECT_EQ(list.GetCount(), std::count(records.begin(), records.end(), ';'));
     EXPECT_EQ(list.GetObject(-1), nullptr);
   }
   EXPECT_EQ(CObjectList().AddObject(nullptr), 0);
@@ -333,28 +307,14 @@ TEST(ObjectList, TakesTokensInThrees) {
 
 TEST(PageTree, ReadsReferences) {
   const struct {
-    const char *name;
-    std::vector<std::string> lines;
-    const char *result, *pages, *kids, *contents;
+    const char *name, *lines, *result, *pages, *kids, *contents;
   } rows[] = {
-      {"one line",
-       {"2 0 obj << /Pages 9 1 R /Kids [ 3 0 R 4 0 R ] /Contents 7 0 R >> endobj x"},
-       "1. x",
-       "9 1 R",
-       "3 0 R;4 0 R;",
-       "7 0 R;"},
-      {"before the object", {"/Pages 9 1 R /Kids 3 0 R /Contents 7 0 R obj"}, "1 ", "0 0 ", "", ""},
-      {"value on the next line",
-       {"obj /Pages", "9 1 R /Kids", "[ 3 0 R ] /Contents", "[ 7 0 R ]"},
-       "1 ",
-       "9 1 R",
-       "3 0 R;",
-       "7 0 R;"},
-      {"array on two lines",
-       {"obj /Kids [ 3 0 R", "4 0 R ] /Contents [ 7 0 R", "]"},
-       "1 ",
-       "0 0 ",
-       "",
+      {"one line", "2 0 obj << /Pages 9 1 R /Kids [ 3 0 R 4 0 R ] /Contents 7 0 R >> endobj x",
+       "1. x", "9 1 R", "3 0 R;4 0 R;", "7 0 R;"},
+      {"before the object", "/Pages 9 1 R /Kids 3 0 R /Contents 7 0 R obj", "1 ", "0 0 ", "", ""},
+      {"value on the next line", "obj /Pages\n9 1 R /Kids\n[ 3 0 R ] /Contents\n[ 7 0 R ]", "1 ",
+       "9 1 R", "3 0 R;", "7 0 R;"},
+      {"array on two lines", "obj /Kids [ 3 0 R\n4 0 R ] /Contents [ 7 0 R\n]", "1 ", "0 0 ", "",
        ""},
   };
   for (const auto &row : rows) {
@@ -367,75 +327,61 @@ TEST(PageTree, ReadsReferences) {
     tagOBJECTRECORD record;
     catalog.GetPagesInfo(&record);
     EXPECT_EQ(textOf(record), row.pages) << row.name;
-    std::string kids;
-    for (int i = 0; pages.GetKidsInfo(i) != nullptr; ++i)
-      kids += textOf(*pages.GetKidsInfo(i)) + ";";
-    EXPECT_EQ(kids, row.kids) << row.name;
-    std::string contents;
-    for (int i = 0; i < page.GeContentsCount(); ++i)
-      contents += textOf(*page.GetContentsInfo(i)) + ";";
+    EXPECT_EQ(recordsOf([&](int i) { return pages.GetKidsInfo(i); }), row.kids) << row.name;
+    const std::string contents = recordsOf([&](int i) { return page.GetContentsInfo(i); });
     EXPECT_EQ(contents, row.contents) << row.name;
+    EXPECT_EQ(page.GeContentsCount(), std::count(contents.begin(), contents.end(), ';'));
   }
 }
 
 TEST(PageTree, FailsOnTooShortValues) {
   CPDFPages pages;
   CPDFKids page;
-  EXPECT_EQ(parseLines(pages, {"obj /Kids [ ]"}).front(), '0');
-  EXPECT_EQ(parseLines(page, {"obj /Contents [ ]"}).front(), '0');
-  EXPECT_EQ(parseLines(page, {"obj /Contents 7", "0 R"}).front(), '0');
+  EXPECT_EQ(parseLines(pages, "obj /Kids [ ]").front(), '0');
+  EXPECT_EQ(parseLines(page, "obj /Contents [ ]").front(), '0');
+  EXPECT_EQ(parseLines(page, "obj /Contents 7\n0 R").front(), '0');
 }
 
 TEST(PageTree, CountsKidsAsTheDocumentSays) {
-  const struct {
-    std::vector<std::string> lines;
-    unsigned count;
-  } rows[] = {{{"obj /Count 12 /Kids [ 3 0 R ]"}, 12}, {{"obj /Count", "3"}, 3},
-              {{"obj /Count -1"}, 0xFFFFFFFF},         {{"obj /Count x"}, 0},
-              {{"obj /Count 1 /Count 2"}, 2},          {{"/Count 1 obj"}, 0}};
-  for (const auto &row : rows) {
+  const std::pair<const char *, unsigned> rows[] = {
+      {"obj /Count 12 /Kids [ 3 0 R ]", 12}, {"obj /Count\n3", 3},
+      {"obj /Count -1", 0xFFFFFFFF},         {"obj /Count x", 0},
+      {"obj /Count 1 /Count 2", 2},          {"/Count 1 obj", 0}};
+  for (const auto &[lines, count] : rows) {
     CPDFPages pages;
-    parseLines(pages, row.lines);
-    EXPECT_EQ(pages.GetKidsCount(), row.count) << row.lines.front();
+    parseLines(pages, lines);
+    EXPECT_EQ(pages.GetKidsCount(), count) << lines;
     EXPECT_EQ(pages.GetKidsInfo(1), nullptr);
   }
 }
 
 TEST(Contents, CollectsShownText) {
-  const std::string start = "4 0 obj << >> stream";
   const struct {
-    const char *name;
-    std::vector<std::string> lines;
-    const char *result, *text;
+    const char *name, *lines, *result, *text;
   } rows[] = {
-      {"one line", {"BT /F1 12 Tf <414243> Tj ET"}, "1 ", "ABC"},
-      {"several strings", {"BT", "<4142> Tj", "<43> Tj <44> Tj", "ET"}, "1 ", "ABCD"},
-      {"literal string", {"BT <41> Tj (ABC) Tj <42> Tj"}, "0 (ABC)|Tj|<42>|Tj", "A"},
-      {"without a blank", {"BT <41>Tj <42> Tj"}, "1 ", ""},
-      {"operator on the next line", {"BT <41>", "Tj <42> Tj"}, "1 ", "B"},
-      {"more operands", {"BT 1 <41> Tj <42> Tj"}, "1 ", "B"},
-      {"array", {"BT [ <41> ] TJ <42> TJ <43> Tj"}, "1 ", "C"},
-      {"every operator", {"BT 1 Tc 1 Tw 1 Tz 1 TL 1 Tr 1 Ts 1 Tm <41> Tj 1 Td <42> Tj"}, "1 ", "A"},
-      {"NUL in the text", {"BT <0041> Tj <41004200> Tj"}, "1 ", "A"},
-      {"scan across ET", {"BT x ET y Tj <41> Tj"}, "1 ", "A"},
-      {"after ET", {"BT ET", "BT <41> Tj ET"}, "1 ", "A"},
-      {"graphics first", {"q BT <41> Tj"}, "1. q|BT|<41>|Tj", ""},
-      {"graphics after ET", {"BT <41> Tj ET q"}, "1. q", "A"},
-      {"endobj in the stream", {"endobj"}, "1. endobj", ""},
-      {"next object",
-       {"BT <41> Tj ET endstream endobj", "BT", "5 0 obj", "stream", "BT <42> Tj"},
-       "1 ",
+      {"one line", "BT /F1 12 Tf <414243> Tj ET", "1 ", "ABC"},
+      {"several strings", "BT\n<4142> Tj\n<43> Tj <44> Tj\nET", "1 ", "ABCD"},
+      {"literal string", "BT <41> Tj (ABC) Tj <42> Tj", "0 (ABC)|Tj|<42>|Tj", "A"},
+      {"without a blank", "BT <41>Tj <42> Tj", "1 ", ""},
+      {"operator on the next line", "BT <41>\nTj <42> Tj", "1 ", "B"},
+      {"more operands", "BT 1 <41> Tj <42> Tj", "1 ", "B"},
+      {"array", "BT [ <41> ] TJ <42> TJ <43> Tj", "1 ", "C"},
+      {"every operator", "BT 1 Tc 1 Tw 1 Tz 1 TL 1 Tr 1 Ts 1 Tm <41> Tj 1 Td <42> Tj", "1 ", "A"},
+      {"NUL in the text", "BT <0041> Tj <41004200> Tj", "1 ", "A"},
+      {"scan across ET", "BT x ET y Tj <41> Tj", "1 ", "A"},
+      {"after ET", "BT ET\nBT <41> Tj ET", "1 ", "A"},
+      {"graphics first", "q BT <41> Tj", "1. q|BT|<41>|Tj", ""},
+      {"graphics after ET", "BT <41> Tj ET q", "1. q", "A"},
+      {"endobj in the stream", "endobj", "1. endobj", ""},
+      {"next object", "BT <41> Tj ET endstream endobj\nBT\n5 0 obj\nstream\nBT <42> Tj", "1 ",
        "AB"},
-      {"text goes on over objects",
-       {"BT <41> Tj endstream endobj", "5 0 obj stream <42> Tj"},
-       "1 ",
+      {"text goes on over objects", "BT <41> Tj endstream endobj\n5 0 obj stream <42> Tj", "1 ",
        "A"},
   };
   for (const auto &row : rows) {
     CPDFContents contents;
-    std::vector<std::string> lines{start};
-    lines.insert(lines.end(), row.lines.begin(), row.lines.end());
-    EXPECT_EQ(parseLines(contents, lines), row.result) << row.name;
+    EXPECT_EQ(parseLines(contents, std::string("4 0 obj << >> stream\n") + row.lines), row.result)
+        << row.name;
     EXPECT_EQ(textOf(contents), row.text) << row.name;
   }
 }
@@ -443,7 +389,7 @@ TEST(Contents, CollectsShownText) {
 TEST(Contents, GivesItsTextInPart) {
   CPDFContents contents;
   EXPECT_EQ(contents.GetTextLength(), 0);
-  parseLines(contents, {"obj stream BT <4142> Tj <43> Tj"});
+  parseLines(contents, "obj stream BT <4142> Tj <43> Tj");
   EXPECT_EQ(contents.GetTextLength(), 4);
   unsigned char text[4] = {};
   unsigned long size = 2;
@@ -467,8 +413,7 @@ TEST(Mark, IsTheFirstLineOfTheData) {
       {"nothing else", "obj stream\n%\nVORDA_PFINF_TYPE\n", 0},
       {"after an operator", "obj stream\nq\n% VORDA_PFINF_TYPE\n", 0},
       {"not in the stream", "obj\n% VORDA_PFINF_TYPE\nstream\n", 0},
-      {"in the next stream", "obj stream\nendstream endobj\nobj stream\n% VORDA_PFINF_TYPE\n", 1},
-  };
+      {"in the next stream", "obj stream\nendstream endobj\nobj stream\n% VORDA_PFINF_TYPE\n", 1}};
   for (const auto &row : rows) {
     for (const std::size_t lead : {1, 1000, 1010, 1020, 1030}) {
       TextStream stream(std::string(lead, 'x') + "\n" + row.text);

@@ -48,7 +48,6 @@ TEST_F(DistributionTest, Conversations) {
       {"an end inside has to wait", "n=", "+a", "a b !", "E+bT"},
       {"many messages inside", "n=", "+a", "a b c d e f g h i !", "EEEEEEEE+b+c+d+e+f+g+h+i"},
       {"the end is told inside a late result", "n=", "E+a", "a !", "T+b"},
-
   };
   for (const auto &row : rows) {
     SCOPED_TRACE(row.name);
@@ -79,21 +78,18 @@ TEST_F(DistributionTest, WhatAHostMayDoInAResult) {
     void (*act)(Request &);
     bool isCancel = false;
     int endsAt = 0;
-  } rows[] = {
-      {"cancel", [](Request &) { SS_SearchCancel(); }, true},
-      {"start", [](Request &other) { SS_SearchStart(&other); }, true, 1},
-      {"wait", [](Request &) { CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.001, 1); }},
-      {"dispatch", [](Request &) { drain(); }},
-      {"throw", [](Request &) { throw 1; }},
-  };
+  } rows[] = {{"cancel", [](Request &) { SS_SearchCancel(); }, true},
+              {"start", [](Request &other) { SS_SearchStart(&other); }, true, 1},
+              {"wait", [](Request &) { CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.001, 1); }},
+              {"dispatch", [](Request &) { drain(); }},
+              {"throw", [](Request &) { throw 1; }}};
   const Words all = {"1.jpg",   "2.tif",   "a/3.pdf",   "a/4.pct", "a/b/5.jpg",
                      "c/6.JPG", "c/7.jpg", "c/d/8.jpg", "e/9.jpg", "f/0.jpg"};
   for (const std::string &name : all)
     tree.file(name);
   for (const auto &row : rows) {
-    for (const auto &variant :
-         {std::pair(false, false), {true, false}, {false, true}, {true, true}}) {
-      const bool isEvery = variant.first, hasIndex = variant.second;
+    for (const int variant : {0, 1, 2, 3}) {
+      const bool isEvery = variant % 2 != 0, hasIndex = variant > 1;
       SCOPED_TRACE(std::string(row.name) + (isEvery ? " in every result" : " in the first") +
                    (hasIndex ? ", index" : ""));
       setSystemVersionForTesting(hasIndex ? 0x1058 : 0x1040);

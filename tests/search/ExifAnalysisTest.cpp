@@ -121,8 +121,7 @@ TEST(ExifAnalysis, ReadsTheBeginningOfRegularFilesOnce) {
       {"a link as long as the tags need", tree.path("long.jpg"), "D70", 1, 1},
       {"a link too short for the tags", tree.path("short.jpg"), "closed", 1, 1},
       {"a link to a pipe", tree.link("to_pipe.jpg", tree.path("pipe.jpg")), "closed", 0, 0},
-      {"a link to nothing", tree.link("to_nothing.jpg", tree.path("missing.jpg")), "closed", 0, 0},
-  };
+      {"a link to nothing", tree.link("to_nothing.jpg", tree.path("missing.jpg")), "closed", 0, 0}};
   const SystemCallsGuard guard;
   for (const auto &row : rows) {
     guard.resetCounts();
@@ -135,13 +134,12 @@ TEST(ExifAnalysis, ReadsTheBeginningOfRegularFilesOnce) {
 TEST(ExifAnalysis, SurvivesShortAndFailingReads) {
   TemporaryTree tree;
   const auto path = tree.file("a.tif", PhotoTags::photo().text(0, model, "D70").tiff(3000));
-  SystemCalls isShort{}, fails{};
-  isShort.read = [](int file, void *buffer, std::size_t size) {
+  const auto isShort = [](int file, void *buffer, std::size_t size) {
     return realSystemCalls().read(file, buffer, std::min<std::size_t>(size, 1000));
   };
-  fails.read = [](int, void *, std::size_t) -> ssize_t { return errno = EIO, -1; };
-  EXPECT_EQ((SystemCallsGuard(isShort), answer(path, model)), "D70");
-  EXPECT_EQ((SystemCallsGuard(fails), answer(path, model)), "closed");
+  const auto fails = [](auto...) -> ssize_t { return errno = EIO, -1; };
+  EXPECT_EQ((SystemCallsGuard({.read = isShort}), answer(path, model)), "D70");
+  EXPECT_EQ((SystemCallsGuard({.read = fails}), answer(path, model)), "closed");
 }
 
 TEST(ExifAnalysis, AnswersRightWhileOthersReadOtherFiles) {

@@ -5,10 +5,9 @@
 
 namespace {
 
-class LifecycleTest : public SearchFixture {};
+using LifecycleTest = SearchFixture;
 
 TEST_F(LifecycleTest, ARequestNeedsACondition) {
-
   constexpr struct {
     const char *words, *content, *told;
   } rows[] = {{"", nullptr, "!"},     {"n=", "", "a.jpg !"},    {"c=k", nullptr, "!"},
@@ -36,21 +35,18 @@ TEST_F(LifecycleTest, CancelAndStartDuringASearch) {
     std::size_t leastResults, mostResults;
     double end;
     const char *toldNewer = "";
-  } rows[] = {
-      {"cancel before the start", Cancel, "n=", before, 3, 3, 1.5},
-      {"cancel at once", Cancel, "n=", 0, 0, 3, 1.5},
-      {"cancel in a result", Cancel, "n=", inResult, 1, 1, 1.5},
-      {"cancel after the last worker", Cancel, "n=", 0.999, 3, 3, 1.5},
-      {"cancel when found to be over", Cancel, "n=", 1.001, 3, 3, 1.5},
-      {"start at once", Start, "n=", 0, 0, 3, 1.5, "!"},
-      {"start in a result", Start, "n=", inResult, 1, 1, 1.5, "!"},
-      {"start after the last worker", Start, "n=", 0.999, 3, 3, 1.5, "!"},
-      {"start when found to be over", Start, "n=", 1.001, 3, 3, 1.5, "!"},
-      {"start in the end", Start, "n=", inEnd, 3, 3, 3.0, "other.app/new.jpg !"},
-      {"null record", StartNull, "n=", inResult, 3, 3, 1.5},
-  };
-  for (const char *const name : {"a.jpg", "b.jpg", "c.jpg", "other.app/new.jpg"})
-    tree.file(name);
+  } rows[] = {{"cancel before the start", Cancel, "n=", before, 3, 3, 1.5},
+              {"cancel at once", Cancel, "n=", 0, 0, 3, 1.5},
+              {"cancel in a result", Cancel, "n=", inResult, 1, 1, 1.5},
+              {"cancel after the last worker", Cancel, "n=", 0.999, 3, 3, 1.5},
+              {"cancel when found to be over", Cancel, "n=", 1.001, 3, 3, 1.5},
+              {"start at once", Start, "n=", 0, 0, 3, 1.5, "!"},
+              {"start in a result", Start, "n=", inResult, 1, 1, 1.5, "!"},
+              {"start after the last worker", Start, "n=", 0.999, 3, 3, 1.5, "!"},
+              {"start when found to be over", Start, "n=", 1.001, 3, 3, 1.5, "!"},
+              {"start in the end", Start, "n=", inEnd, 3, 3, 3.0, "other.app/new.jpg !"},
+              {"null record", StartNull, "n=", inResult, 3, 3, 1.5}};
+  makeFiles({"a.jpg", "b.jpg", "c.jpg", "other.app/new.jpg"});
   for (const auto &row : rows) {
     SCOPED_TRACE(row.name);
     reset();

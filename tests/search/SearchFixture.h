@@ -25,6 +25,13 @@ inline std::string join(const Words &words) {
   return all;
 }
 
+inline Ref<const NSArray> arrayOf(const Words &words) {
+  std::vector<Ref<const NSObject>> elements;
+  for (const std::string &word : words)
+    elements.emplace_back(NSString::create(word));
+  return NSArray::create(std::move(elements));
+}
+
 /// Reaches the members of the engine, which it makes if there is none.
 struct SearchEngineProbe {
   static SearchEngine *shared() { return SearchEngine::sSharedSearchEngine; }
@@ -66,12 +73,7 @@ struct Request : SearchPredicate {
     }
   }
 
-  void setList(const Words &paths) {
-    std::vector<Ref<const NSObject>> elements;
-    for (const std::string &path : paths)
-      elements.emplace_back(NSString::create(path));
-    fileList = keep(NSArray::create(std::move(elements)));
-  }
+  void setList(const Words &paths) { fileList = keep(arrayOf(paths)); }
 
 private:
   template <class T> const T *keep(const Ref<const T> &object) {
@@ -96,7 +98,7 @@ protected:
     current = this;
     // Without an index, unless a test wants one.
     setSystemVersionForTesting(0x1040);
-    IndexPlace::setCacheFolderForTesting(indexFolder.path());
+    IndexPlace::setCacheFolderForTesting(cache.path());
   }
   ~SearchFixture() override {
     reset();
@@ -117,9 +119,7 @@ protected:
     EXPECT_TRUE(MainRunLoop::shared().isMainThread());
     EXPECT_EQ(path != nullptr ? 1 : 0, state);
     EXPECT_LT(host.endTime, 0) << "told something after the end";
-    const std::string root = current->tree.path() + "/";
-    std::string word = path != nullptr ? path->UTF8String() : "!";
-    host.words.push_back(word.erase(0, word.starts_with(root) ? root.size() : 0));
+    host.words.push_back(path != nullptr ? current->relative(path->view()) : "!");
     if (path == nullptr) {
       host.endTime = VirtualClock::now() - current->startTime;
       host.onEnd();
@@ -128,6 +128,18 @@ protected:
     EXPECT_FALSE(std::exchange(host.isInResult, true)) << "told a result inside another";
     const std::shared_ptr<void> leave(nullptr, [&](void *) { host.isInResult = false; });
     host.onResult();
+  }
+
+  /// A path without that of the test's folder, where it begins with it.
+  std::string relative(std::string_view path) const {
+    const std::string root = tree.path() + "/";
+    return std::string(path.substr(path.starts_with(root) ? root.size() : 0));
+  }
+
+  /// Empty files.
+  void makeFiles(std::initializer_list<const char *> names) {
+    for (const char *const name : names)
+      tree.file(name);
   }
 
   template <int number = 0>
@@ -139,9 +151,13 @@ protected:
 
   /// Runs the loop until there is no engine, and then until nothing is left to happen.
   void finish() {
-    while (SearchEngineProbe::shared() != nullptr)
-      ASSERT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 30, 1), kCFRunLoopRunHandledSource);
+    runWhile([] { return SearchEngineProbe::shared() != nullptr; });
     drain();
+  }
+
+  template <class Condition> static void runWhile(const Condition &holds) {
+    while (holds())
+      ASSERT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 30, 1), kCFRunLoopRunHandledSource);
   }
 
   static void drain() {
@@ -159,19 +175,43 @@ protected:
 
   std::string told(int number = 0) const { return join(hosts[number].words); }
 
-  /// The same as `search`, with the results in alphabetical order.
-  std::string searchSorted(Request &request) {
-    search(request);
-    Words &words = hosts[0].words;
-    std::sort(words.begin(), std::find(words.begin(), words.end(), "!"));
-    return told();
+  /// Searches for what is written in `words`.
+  std::string search(const std::string &words) {
+    Request request = makeRequest(words);
+    return search(request);
+  }
+
+  /// The results of a search without the end, which there must be, in alphabetical order.
+  std::string found(const std::string &words) {
+    EXPECT_TRUE(search(words).ends_with("!"));
+    return sortedResults();
+  }
+
+  /// What the host has been told but for ends, in alphabetical order.
+  std::string sortedResults() {
+    Words results = hosts[0].words;
+    std::erase(results, "!");
+    std::sort(results.begin(), results.end());
+    return join(results);
+  }
+
+  /// Conditions, and what meets all of them, or any.
+  struct Conditions {
+    std::string words, all, any;
+  };
+  template <std::size_t count> void expectFound(const Conditions (&rows)[count]) {
+    for (const Conditions &row : rows)
+      for (const bool isAny : {false, true}) {
+        EXPECT_EQ(found(row.words + (isAny ? " o" : "")), isAny ? row.any : row.all) << row.words;
+        EXPECT_TRUE(isAt(hosts[0].endTime, 1.5)) << row.words << isAny;
+      }
   }
 
   /// Whether a moment is the one that is expected, but for rounding.
   static bool isAt(double moment, double expected) { return std::abs(moment - expected) < 1e-6; }
 
   TemporaryTree tree;
-  const TemporaryTree indexFolder;
+  TemporaryTree cache;
   const VirtualClock clock;
   double startTime = VirtualClock::now();
   Host hosts[2];

@@ -1,29 +1,15 @@
+#include "samples/Shortage.h"
 #include "samples/SystemCallsGuard.h"
+#include "samples/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
 
-#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <new>
 
-namespace {
-
-/// Lets one of many calls fail, or that one and all after it.
-struct Shortage {
-  std::atomic<int> left = INT_MAX;
-  std::atomic<bool> lasts = false;
-  std::atomic<bool> hasFailed = false;
-
-  bool fails() noexcept {
-    const int number = --left;
-    if (number != 0 && !(lasts && number < 0))
-      return false;
-    return hasFailed = true;
-  }
-} memory, threads, descriptors;
-
-} // namespace
+static Shortage memory, threads, descriptors;
+static const SystemCalls &real = realSystemCalls();
 
 void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
   return memory.fails() ? nullptr : std::malloc(size > 0 ? size : 1);
@@ -45,58 +31,48 @@ class ShortageTest : public SearchFixture {
 protected:
   /// Searches once for each call that may fail, and once without a failure.
   void searchThrough(Shortage &shortage, bool isHarmless = false) {
-    SystemCalls replaced = realSystemCalls();
-    replaced.openAt = [](int at, const char *path, int flags) {
-      return descriptors.fails() ? errno = EMFILE, -1 : realSystemCalls().openAt(at, path, flags);
+    const auto open = [](auto... arguments) {
+      return descriptors.fails() ? (errno = EMFILE, -1) : real.openAt(arguments...);
     };
-    replaced.startThread = [](pthread_t *thread, const pthread_attr_t *attributes,
-                              void *(*body)(void *), void *argument) {
-      return threads.fails() ? EAGAIN
-                             : realSystemCalls().startThread(thread, attributes, body, argument);
+    const auto start = [](auto... arguments) {
+      return threads.fails() ? EAGAIN : real.startThread(arguments...);
     };
-    const SystemCallsGuard calls(replaced);
+    const SystemCallsGuard calls({.openAt = open, .startThread = start});
     for (const std::string &name : all)
       tree.file(name);
     Request request = makeRequest("n=.");
     request.resultCallback = take;
     const std::ptrdiff_t descriptorsBefore = countDescriptors();
     for (const bool lasts : {true, false}) {
-      for (int first = 1; first == 1 || shortage.hasFailed; ++first) {
+      bool hasFailed = true;
+      for (int first = 1; hasFailed; ++first) {
         SCOPED_TRACE(std::to_string(first) + (lasts ? " and all after" : ""));
         results.clear();
         results.reserve(all.size());
         ends = 0;
         calls.resetCounts();
-        shortage.hasFailed = false;
-        shortage.lasts = lasts;
-        shortage.left = first;
+        shortage.begin(first, lasts);
         SS_SearchStart(&request);
         while (ends == 0 &&
                CFRunLoopRunInMode(kCFRunLoopDefaultMode, 30, 1) == kCFRunLoopRunHandledSource) {
         }
         drain();
-        shortage.left = INT_MAX;
+        hasFailed = shortage.end();
         ASSERT_EQ(ends, 1);
         waitForThreads();
         ASSERT_EQ(countDescriptors(), descriptorsBefore);
         Words names;
         for (const Ref<const NSString> &path : results)
-          names.emplace_back(path->view().substr(tree.path().size() + 1));
+          names.push_back(relative(path->view()));
         // Without threads one folder is searched after the other, in the order of discovery.
         const bool isSerial = SearchEngine::isAvailableSpotlight() == 0 &&
                               calls.counts().startThread == calls.counts().openAt;
         EXPECT_TRUE(!isSerial || std::is_sorted(names.begin(), names.end(), isLessDeep));
         std::sort(names.begin(), names.end());
         EXPECT_TRUE(std::includes(all.begin(), all.end(), names.begin(), names.end()));
-        EXPECT_TRUE(names == all || (shortage.hasFailed && !isHarmless)) << join(names);
+        EXPECT_TRUE(names == all || (hasFailed && !isHarmless)) << join(names);
       }
     }
-  }
-
-  /// The virtual clock moves on only when no thread is at work.
-  static void waitForThreads() {
-    performAfterDelay(1, [] { CFRunLoopStop(CFRunLoopGetMain()); });
-    CFRunLoopRun();
   }
 
   static std::ptrdiff_t countDescriptors() {

@@ -10,37 +10,27 @@ namespace {
 
 const SystemCalls &real = realSystemCalls();
 
-class WalkTest : public SearchFixture {};
+using WalkTest = SearchFixture;
 
 TEST_F(WalkTest, Conditions) {
-  constexpr struct {
-    const char *words, *all, *any;
-  } rows[] = {
-      {"n=beach", "1beach.jpg 2Beach.tif in/3beach.pdf !", "1beach.jpg 2Beach.tif in/3beach.pdf !"},
-      {"n=Beach d", "2Beach.tif !", "2Beach.tif !"},
-      {"n=\xff", "4\xff.pct !", "4\xff.pct !"},
-      {"n=", "1beach.jpg 2Beach.tif 4\xff.pct in/3beach.pdf !", "!"},
-      {"s=3", "4\xff.pct in/3beach.pdf !", "4\xff.pct in/3beach.pdf !"},
-      {"s=2.000001 e=3", "in/3beach.pdf !", "in/3beach.pdf !"},
-      {"n= e=1", "1beach.jpg !", "1beach.jpg !"},
-  };
   for (const char *const name : {"1beach.jpg", "2Beach.tif", "in/3beach.pdf", "4\xff.pct"}) {
     tree.file(name);
     const int seconds = name[name[0] == 'i' ? 3 : 0] - '0';
     tree.setModified(name, NSDate::secondsFrom1970To2001 + seconds, 999);
   }
-  for (const char *const name : {"beach.txt", ".beach/1.jpg", "in/.hidden/1.jpg", "beach.app/1.jpg",
-                                 "a.doc/Contents/Info.plist", "a.doc/1.jpg"})
-    tree.file(name);
+  makeFiles({"beach.txt", ".beach/1.jpg", "in/.hidden/1.jpg", "beach.app/1.jpg",
+             "a.doc/Contents/Info.plist", "a.doc/1.jpg"});
   for (const char *const target : {".", "../.beach", "itself"})
     tree.link(std::string("in/to ") + target[0] + target[1], target);
-  for (const auto &row : rows) {
-    SCOPED_TRACE(row.words);
-    Request request = makeRequest(row.words);
-    EXPECT_EQ(searchSorted(request), row.all);
-    request.isAndSearch = 0;
-    EXPECT_EQ(searchSorted(request), row.any);
-  }
+  expectFound({
+      {"n=beach", "1beach.jpg 2Beach.tif in/3beach.pdf", "1beach.jpg 2Beach.tif in/3beach.pdf"},
+      {"n=Beach d", "2Beach.tif", "2Beach.tif"},
+      {"n=\xff", "4\xff.pct", "4\xff.pct"},
+      {"n=", "1beach.jpg 2Beach.tif 4\xff.pct in/3beach.pdf", ""},
+      {"s=3", "4\xff.pct in/3beach.pdf", "4\xff.pct in/3beach.pdf"},
+      {"s=2.000001 e=3", "in/3beach.pdf", "in/3beach.pdf"},
+      {"n= e=1", "1beach.jpg", "1beach.jpg"},
+  });
 }
 
 /// Holds workers in their folders until five are there.
@@ -54,8 +44,7 @@ struct Gate {
 TEST_F(WalkTest, FiveWorkersOnAFolderEach) {
   for (int i = 0; i < 12; ++i)
     tree.file("folder " + std::to_string(i) + "/a.jpg");
-  SystemCalls calls = real;
-  calls.openAt = [](int at, const char *path, int flags) {
+  const auto open = [](int at, const char *path, int flags) {
     std::unique_lock guard(gate.lock);
     gate.most = std::max(gate.most, ++gate.inside);
     gate.changed.notify_all();
@@ -64,17 +53,16 @@ TEST_F(WalkTest, FiveWorkersOnAFolderEach) {
                           [&] { return !isBelow || gate.most > 4; });
     return real.openAt(at, path, flags);
   };
-  calls.listEntries = [](int folder, void *buffer, std::size_t size) {
-    const ssize_t filled = real.listEntries(folder, buffer, size);
+  const auto list = [](auto... arguments) {
+    const ssize_t filled = real.listEntries(arguments...);
     const std::lock_guard guard(gate.lock);
     gate.isMainThreadUsed |= MainRunLoop::shared().isMainThread();
     gate.inside -= filled == 0 ? 1 : 0;
     return filled;
   };
-  const SystemCallsGuard guard(calls);
+  const SystemCallsGuard guard({.openAt = open, .listEntries = list});
   gate.most = 0;
-  Request request = makeRequest("n=");
-  search(request);
+  search("n=");
   EXPECT_EQ(hosts[0].words.size(), 13U);
   EXPECT_EQ(gate.most, 5);
   EXPECT_EQ(gate.inside, 0);
@@ -82,17 +70,14 @@ TEST_F(WalkTest, FiveWorkersOnAFolderEach) {
 }
 
 TEST_F(WalkTest, ListOfFiles) {
-  for (const char *const name : {"one.b.jpg", "one.a.pdf", "one/two.jpg", "one.txt"})
-    tree.file(name);
-  const std::string a = tree.path("one.a.pdf");
-  const std::string b = tree.path("one.b.jpg");
+  makeFiles({"one.b.jpg", "one.a.pdf", "one/two.jpg", "one.txt"});
+  const std::string a = tree.path("one.a.pdf"), b = tree.path("one.b.jpg");
   const std::pair<Words, std::string> rows[] = {
       {{b, a}, "one.b.jpg one.a.pdf !"},
       {{tree.path("one/two.jpg"), b, tree.path("one.txt")}, "one.b.jpg !"},
       {{tree.path("one.jpg"), b, a + "/one.jpg", ""}, "one.b.jpg !"},
       {{}, "!"},
-      {{tree.path("one"), b, tree.path("one/")}, "one.b.jpg !"},
-  };
+      {{tree.path("one"), b, tree.path("one/")}, "one.b.jpg !"}};
   for (const auto &[paths, expected] : rows) {
     Request request = makeRequest("n=one f");
     request.setList(paths);
@@ -130,55 +115,47 @@ bool isFaulty(const char *part, std::string_view path) {
 }
 
 TEST_F(WalkTest, WhatCannotBeRead) {
-  constexpr const char *all = "a.jpg bad/c.jpg bad/in/d.jpg good/b.jpg !";
+  constexpr const char *all = "a.jpg bad/c.jpg bad/in/d.jpg good/b.jpg";
   constexpr Fault rows[] = {
-      {"unreadable", "bad", nullptr, Fault::Works, EACCES, "a.jpg good/b.jpg !"},
-      {"not to be entered", "bad/.", ".", Fault::Works, EACCES, "a.jpg bad/in/d.jpg good/b.jpg !"},
-      {"gone since they were listed", "d/.", "d", Fault::Works, ENOENT, "a.jpg !"},
+      {"unreadable", "bad", nullptr, Fault::Works, EACCES, "a.jpg good/b.jpg"},
+      {"not to be entered", "bad/.", ".", Fault::Works, EACCES, "a.jpg bad/in/d.jpg good/b.jpg"},
+      {"gone since they were listed", "d/.", "d", Fault::Works, ENOENT, "a.jpg"},
       {"files without dates", nullptr, ".jpg", Fault::Works, ENOENT, all, "e=-9e9"},
       {"listings that break off", nullptr, nullptr, Fault::BreaksOff, EIO, all},
-      {"no listings", nullptr, nullptr, Fault::Fails, EIO, "!"},
+      {"no listings", nullptr, nullptr, Fault::Fails, EIO, ""}};
+  makeFiles({"a.jpg", "good/b.jpg", "bad/c.jpg", "bad/in/d.jpg"});
+  const auto open = [](int at, const char *path, auto... others) {
+    return isFaulty(fault->opened, path) ? -1 : real.openAt(at, path, others...);
   };
-  for (const char *const name : {"a.jpg", "good/b.jpg", "bad/c.jpg", "bad/in/d.jpg"})
-    tree.file(name);
-  SystemCalls calls = real;
-  calls.openAt = [](int at, const char *path, int flags) {
-    return isFaulty(fault->opened, path) ? -1 : real.openAt(at, path, flags);
-  };
-  calls.listEntries = [](int folder, void *buffer, std::size_t size) {
-    const ssize_t filled = real.listEntries(folder, buffer, size);
+  const auto list = [](auto... arguments) {
+    const ssize_t filled = real.listEntries(arguments...);
     errno = fault->error;
     return fault->listing == (filled == 0 ? Fault::BreaksOff : Fault::Fails) ? -1 : filled;
   };
-  calls.statusAt = [](int at, const char *path, int flags, struct statx *status) {
-    return isFaulty(fault->asked, path) ? -1 : real.statusAt(at, path, flags, status);
+  const auto status = [](int at, const char *path, auto... others) {
+    return isFaulty(fault->asked, path) ? -1 : real.statusAt(at, path, others...);
   };
-  const SystemCallsGuard guard(calls);
+  const SystemCallsGuard guard({.openAt = open, .listEntries = list, .statusAt = status});
   for (const Fault &row : rows) {
     SCOPED_TRACE(row.name);
     fault = &row;
-    Request request = makeRequest(row.words);
-    EXPECT_EQ(searchSorted(request), row.found);
+    EXPECT_EQ(found(row.words), row.found);
     EXPECT_TRUE(isAt(hosts[0].endTime, 1.5));
   }
 }
 
 TEST_F(WalkTest, AsksTheSystemForNoMoreThanItNeeds) {
-  for (const char *const name : {"a.jpg", "b.txt", "c.pdf", "one/d.jpg", "one/e", "two/f.jpg",
-                                 "two/.g.jpg", ".hidden/h.jpg"})
-    tree.file(name);
+  makeFiles({"a.jpg", "b.txt", "c.pdf", "one/d.jpg", "one/e", "two/f.jpg", "two/.g.jpg",
+             ".hidden/h.jpg"});
   tree.link("link", "one");
   tree.link("link.jpg", "a.jpg");
   constexpr int folders = 3, subFolders = 2, links = 1, candidates = 5;
   for (const auto &[hasDate, areMountsTold] :
        {std::pair(false, false), {true, false}, {false, true}, {true, true}}) {
-    SystemCalls system = real;
-    if (!areMountsTold)
-      system.openMountTable = [](int) { return -1; };
-    const SystemCallsGuard calls(system);
+    const SystemCallsGuard calls(
+        {.openMountTable = areMountsTold ? nullptr : +[](int) { return -1; }});
     MountPoints::forgetForTesting();
-    Request request = makeRequest(hasDate ? "s=0" : "n=");
-    EXPECT_EQ(searchSorted(request), "a.jpg c.pdf link.jpg one/d.jpg two/f.jpg !");
+    EXPECT_EQ(found(hasDate ? "s=0" : "n="), "a.jpg c.pdf link.jpg one/d.jpg two/f.jpg");
     EXPECT_EQ(calls.counts().openAt, folders);
     EXPECT_EQ(calls.counts().listEntries, 2 * folders);
     EXPECT_EQ(calls.counts().statusAt,
