@@ -29,7 +29,7 @@ int CPDFSection::Parse(CIOStream *stream) {
   if (stream == nullptr)
     return 0;
   try {
-    TokenReader reader(*stream, TokenReader::Comments::cut, looseEnds_);
+    TokenReader reader(*stream, TokenReader::Comments::cut, looseEnds_, endAt_);
     return parseGroups(reader);
   } catch (const std::bad_alloc &) {
     return 0;
@@ -49,6 +49,7 @@ int CPDFSection::parseGroups(TokenReader &reader) {
   while (result == 1 && goOn != 0 && reader.next(tokens_))
     if (reader.isGroupComplete())
       result = ParseLine(&tokens_, &goOn, nullptr);
+  parsedTo_ = reader.isJoined() ? reader.joinedFrom() : reader.lineEnd();
   return goOn != 0 && result == 1 ? reader.result() : result;
 }
 

@@ -38,6 +38,13 @@ public:
   static int FindKeyWordRev(CIOStream *stream, long length, const unsigned char *keyword,
                             long *found);
 
+  /// Has the parses that follow take a position for the end of the stream, if that is later.
+  static constexpr long noEnd = TokenReader::noEnd;
+  void EndAt(long position) noexcept { endAt_ = position; }
+
+  /// The end of the last line that the last parse has looked at.
+  [[nodiscard]] long parsedTo() const noexcept { return parsedTo_; }
+
 protected:
   /// Hands groups of tokens to `ParseLine` until it ends the parse or the stream does.
   int parseGroups(TokenReader &reader);
@@ -51,6 +58,9 @@ protected:
 
   /// If not null, receives where an edge of a block would change what is read.
   LooseEnds *looseEnds_ = nullptr;
+
+  long parsedTo_ = 0;
+  long endAt_ = noEnd;
 
   /// The tokens that wait for `ParseLine`, kept for the sake of their room.
   CParamArray tokens_;
