@@ -8,20 +8,7 @@
 #include <vector>
 
 int CPDFSection::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
-  if (tokens == nullptr || goOn == nullptr)
-    return 0;
-  const unsigned long count = tokens->GetCount();
-  unsigned long used = 0;
-  bool isEnd = false;
-  while (used < count && !isEnd) {
-    const std::string_view token = tokens->token(used++);
-    isEnd = isInside_ && token == "endobj";
-    isInside_ = isInside_ ? !isEnd : token == "obj";
-  }
-  tokens->dropFront(used);
-  if (isEnd)
-    *goOn = 0;
-  return 1;
+  return walkObject(tokens, goOn, [](unsigned long) { return 1UL; });
 }
 
 int CPDFSection::Parse(CIOStream *stream) {

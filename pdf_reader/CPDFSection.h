@@ -4,6 +4,8 @@
 #include "pdf_reader/TokenReader.h"
 #include "streams/CIOStream.h"
 
+#include <string_view>
+
 /// Base of what reads one section of a document: `Parse` reads lines from the stream's position on
 /// and hands their tokens to `ParseLine`, until that has seen enough.
 ///
@@ -46,6 +48,37 @@ public:
   [[nodiscard]] long parsedTo() const noexcept { return parsedTo_; }
 
 protected:
+  /// The walk of `ParseLine` over an object, from "obj" to "endobj". For each other token in it,
+  /// `take(index)` gives how many tokens are used: none when the value of a key is still to come,
+  /// and `failed` to end the walk with 0.
+  static constexpr unsigned long failed = static_cast<unsigned long>(-1);
+  template <class Take> int walkObject(CParamArray *tokens, char *goOn, Take take) {
+    if (tokens == nullptr || goOn == nullptr)
+      return 0;
+    unsigned long i = 0;
+    unsigned long used = 1;
+    bool isEnd = false;
+    while (i < tokens->GetCount() && used > 0 && !isEnd) {
+      const std::string_view token = tokens->token(i);
+      used = 1;
+      if (!isInside_)
+        isInside_ = token == "obj";
+      else if (token == "endobj")
+        isEnd = true;
+      else
+        used = take(i);
+      if (used == failed)
+        break;
+      i += used;
+    }
+    tokens->dropFront(i);
+    if (isEnd) {
+      isInside_ = false;
+      *goOn = 0;
+    }
+    return used == failed ? 0 : 1;
+  }
+
   /// Hands groups of tokens to `ParseLine` until it ends the parse or the stream does.
   int parseGroups(TokenReader &reader);
 
