@@ -7,6 +7,7 @@
 #include "pdf_reader/ContentSearch.h"
 #include "pdf_reader/KeywordSearch.h"
 #include "pdf_reader/PassedLines.h"
+#include "pdf_reader/PassedRanges.h"
 #include "platform/foundation/NSString.h"
 
 #include <algorithm>
@@ -137,6 +138,7 @@ int CPDFFile::FindText(const void *keyword, int caseSensitive, unsigned long enc
                                encoding);
     ContentSearch contents(*this, search);
     PassedLines lines(size_);
+    PassedRanges passed(size_);
     CPDFKids kids;
     kids.FollowLines(&lines);
     // A page that comes again has the same content.
@@ -147,12 +149,15 @@ int CPDFFile::FindText(const void *keyword, int caseSensitive, unsigned long enc
       if (kid == nullptr)
         return 0;
       const unsigned long position = xrefTable_.GetOffset(*kid);
-      if (!visited.insert(position).second)
+      const auto start = static_cast<long>(position);
+      if (!visited.insert(position).second || passed.holds(start))
         continue;
-      lines.beginParse(static_cast<long>(position));
+      kids.EndAt(passed.nextFrom(start));
+      lines.beginParse(start);
       if (!parseAt(*kid, kids))
         return 0;
       lines.endParse(Tell());
+      passed.note(start, kids.parsedTo(), Tell());
       for (int j = 0; j < kids.GeContentsCount(); ++j) {
         const unsigned long offset = xrefTable_.GetOffset(*kids.GetContentsInfo(j));
         const ContentSearch::Result result = contents.searchAt(static_cast<long>(offset));
@@ -173,12 +178,24 @@ int CPDFFile::IsVordaPDF() {
   CPDFKids kids;
   if (!parseAt(*pages_.GetKidsInfo(0), kids))
     return 0;
-  CPDFStrmObjVorda mark;
-  for (int i = 0; i < kids.GeContentsCount(); ++i) {
-    if (!parseAt(*kids.GetContentsInfo(i), mark))
-      return 0;
-    if (mark.IsVorda() == 1)
-      return 1;
+  try {
+    CPDFStrmObjVorda mark;
+    PassedRanges passed(size_);
+    std::unordered_set<unsigned long> visited;
+    for (int i = 0; i < kids.GeContentsCount(); ++i) {
+      const unsigned long position = xrefTable_.GetOffset(*kids.GetContentsInfo(i));
+      const auto start = static_cast<long>(position);
+      if (!visited.insert(position).second || passed.holds(start))
+        continue;
+      mark.EndAt(passed.nextFrom(start));
+      if (!parseAt(*kids.GetContentsInfo(i), mark))
+        return 0;
+      if (mark.IsVorda() == 1)
+        return 1;
+      passed.note(start, mark.parsedTo(), Tell());
+    }
+  } catch (const std::bad_alloc &) {
+    return 0;
   }
   return 0;
 }

@@ -7,10 +7,6 @@
 int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr || goOn == nullptr)
     return 0;
-  const unsigned long count = tokens->GetCount();
-  unsigned long i = 0;
-  bool isEnd = false;
-  bool hasFailed = false;
   try {
     if (isPassed()) {
       tokens->Reset();
@@ -18,32 +14,19 @@ int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
       return 1;
     }
     ReferenceValues values(*tokens);
-    while (i < count && !isEnd) {
-      const std::string_view token = tokens->token(i);
-      if (!isInside_) {
-        isInside_ = token == "obj";
-      } else if (token == "endobj") {
-        isInside_ = false;
-        isEnd = true;
-      } else if (token == "/Contents") {
-        if (i + 1 == count)
-          break;
-        const unsigned long used = values.read(i + 1, contents_);
-        hasFailed = used == 0;
-        if (hasFailed)
-          break;
-        i += used;
-      }
-      ++i;
-    }
+    const int result = walkObject(tokens, goOn, [&](unsigned long i) -> unsigned long {
+      if (tokens->token(i) != "/Contents")
+        return 1;
+      if (i + 1 == tokens->GetCount())
+        return 0;
+      const unsigned long used = values.read(i + 1, contents_);
+      return used == 0 ? failed : used + 1;
+    });
+    isClean_ = tokens->GetCount() == 0;
+    return result;
   } catch (const std::bad_alloc &) {
     return 0;
   }
-  tokens->dropFront(i);
-  isClean_ = tokens->GetCount() == 0;
-  if (isEnd)
-    *goOn = 0;
-  return hasFailed ? 0 : 1;
 }
 
 /// Whether all that follows was read by an earlier parse.

@@ -8,20 +8,7 @@
 #include <vector>
 
 int CPDFSection::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
-  if (tokens == nullptr || goOn == nullptr)
-    return 0;
-  const unsigned long count = tokens->GetCount();
-  unsigned long used = 0;
-  bool isEnd = false;
-  while (used < count && !isEnd) {
-    const std::string_view token = tokens->token(used++);
-    isEnd = isInside_ && token == "endobj";
-    isInside_ = isInside_ ? !isEnd : token == "obj";
-  }
-  tokens->dropFront(used);
-  if (isEnd)
-    *goOn = 0;
-  return 1;
+  return walkObject(tokens, goOn, [](unsigned long) { return 1UL; });
 }
 
 int CPDFSection::Parse(CIOStream *stream) {
@@ -29,7 +16,7 @@ int CPDFSection::Parse(CIOStream *stream) {
   if (stream == nullptr)
     return 0;
   try {
-    TokenReader reader(*stream, TokenReader::Comments::cut, looseEnds_);
+    TokenReader reader(*stream, TokenReader::Comments::cut, looseEnds_, endAt_);
     return parseGroups(reader);
   } catch (const std::bad_alloc &) {
     return 0;
@@ -49,6 +36,7 @@ int CPDFSection::parseGroups(TokenReader &reader) {
   while (result == 1 && goOn != 0 && reader.next(tokens_))
     if (reader.isGroupComplete())
       result = ParseLine(&tokens_, &goOn, nullptr);
+  parsedTo_ = reader.isJoined() ? reader.joinedFrom() : reader.lineEnd();
   return goOn != 0 && result == 1 ? reader.result() : result;
 }
 

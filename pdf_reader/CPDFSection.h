@@ -4,6 +4,8 @@
 #include "pdf_reader/TokenReader.h"
 #include "streams/CIOStream.h"
 
+#include <string_view>
+
 /// Base of what reads one section of a document: `Parse` reads lines from the stream's position on
 /// and hands their tokens to `ParseLine`, until that has seen enough.
 ///
@@ -38,7 +40,45 @@ public:
   static int FindKeyWordRev(CIOStream *stream, long length, const unsigned char *keyword,
                             long *found);
 
+  /// Has the parses that follow take a position for the end of the stream, if that is later.
+  static constexpr long noEnd = TokenReader::noEnd;
+  void EndAt(long position) noexcept { endAt_ = position; }
+
+  /// The end of the last line that the last parse has looked at.
+  [[nodiscard]] long parsedTo() const noexcept { return parsedTo_; }
+
 protected:
+  /// The walk of `ParseLine` over an object, from "obj" to "endobj". For each other token in it,
+  /// `take(index)` gives how many tokens are used: none when the value of a key is still to come,
+  /// and `failed` to end the walk with 0.
+  static constexpr unsigned long failed = static_cast<unsigned long>(-1);
+  template <class Take> int walkObject(CParamArray *tokens, char *goOn, Take take) {
+    if (tokens == nullptr || goOn == nullptr)
+      return 0;
+    unsigned long i = 0;
+    unsigned long used = 1;
+    bool isEnd = false;
+    while (i < tokens->GetCount() && used > 0 && !isEnd) {
+      const std::string_view token = tokens->token(i);
+      used = 1;
+      if (!isInside_)
+        isInside_ = token == "obj";
+      else if (token == "endobj")
+        isEnd = true;
+      else
+        used = take(i);
+      if (used == failed)
+        break;
+      i += used;
+    }
+    tokens->dropFront(i);
+    if (isEnd) {
+      isInside_ = false;
+      *goOn = 0;
+    }
+    return used == failed ? 0 : 1;
+  }
+
   /// Hands groups of tokens to `ParseLine` until it ends the parse or the stream does.
   int parseGroups(TokenReader &reader);
 
@@ -51,6 +91,9 @@ protected:
 
   /// If not null, receives where an edge of a block would change what is read.
   LooseEnds *looseEnds_ = nullptr;
+
+  long parsedTo_ = 0;
+  long endAt_ = noEnd;
 
   /// The tokens that wait for `ParseLine`, kept for the sake of their room.
   CParamArray tokens_;

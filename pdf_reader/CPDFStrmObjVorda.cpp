@@ -30,7 +30,7 @@ int CPDFStrmObjVorda::Parse(CIOStream *stream) {
   if (stream == nullptr)
     return 0;
   try {
-    TokenReader reader(*stream, TokenReader::Comments::keep);
+    TokenReader reader(*stream, TokenReader::Comments::keep, nullptr, endAt_);
     return parseGroups(reader);
   } catch (const std::bad_alloc &) {
     return 0;

@@ -65,7 +65,13 @@ bool CParamArray::dropDeletedText(std::size_t bytes) noexcept {
   return true;
 }
 
-bool CParamArray::parseLine(const char *buf, unsigned long start, unsigned long length) noexcept {
+/// Takes the tokens of the first line, of which `getInfo` tells the useful part.
+int CParamArray::parseLine(const char *buf, unsigned long len, LineInfo *getInfo) noexcept {
+  Reset();
+  unsigned long start = 0;
+  unsigned long length = 0;
+  if (getInfo(bytesOf(buf), len, &start, &length) != 1)
+    return 0;
   const std::string_view line(buf + start, length);
   std::size_t count = 0;
   std::size_t bytes = 0;
@@ -74,27 +80,17 @@ bool CParamArray::parseLine(const char *buf, unsigned long start, unsigned long 
     bytes += text.size() + 1;
   });
   if (count == 0 || !makeRoom(count, bytes))
-    return false;
+    return 0;
   forEachToken(line, [this](std::string_view text) { appendInRoom(text); });
-  return true;
+  return 1;
 }
 
 int CParamArray::Parse(const char *buf, unsigned long len) noexcept {
-  Reset();
-  unsigned long start = 0;
-  unsigned long length = 0;
-  if (GetLineInfo(bytesOf(buf), len, &start, &length) != 1)
-    return 0;
-  return parseLine(buf, start, length) ? 1 : 0;
+  return parseLine(buf, len, GetLineInfo);
 }
 
 int CParamArray::Parse_WithComment(const char *buf, unsigned long len) noexcept {
-  Reset();
-  unsigned long start = 0;
-  unsigned long length = 0;
-  if (GetLineInfo_WithComment(bytesOf(buf), len, &start, &length) != 1)
-    return 0;
-  return parseLine(buf, start, length) ? 1 : 0;
+  return parseLine(buf, len, GetLineInfo_WithComment);
 }
 
 int CParamArray::ParseObject(const char *buf, unsigned long len, const char *begin,

@@ -145,7 +145,9 @@ private:
   bool appendText(const char *text) noexcept;
   bool appendPlace() noexcept;
   [[nodiscard]] bool isEmptyPlace(unsigned long index) const noexcept;
-  bool parseLine(const char *buf, unsigned long start, unsigned long length) noexcept;
+  using LineInfo = int(const unsigned char *buf, unsigned long len, unsigned long *outStart,
+                       unsigned long *outLength) noexcept;
+  int parseLine(const char *buf, unsigned long len, LineInfo *getInfo) noexcept;
 
   PlainArray<Slot> slots_;
   PlainArray<char> texts_;

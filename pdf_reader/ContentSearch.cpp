@@ -1,26 +1,31 @@
 #include "pdf_reader/ContentSearch.h"
 
+#include "pdf_reader/TokenReader.h"
+
 #include <algorithm>
 #include <new>
 #include <utility>
 
 namespace {
 
-constexpr long carefulRounds = 5;
-constexpr long carefulBytesAtLeast = 1 << 16;
+constexpr long carefulRounds = 3;
+constexpr long carefulBytesAtLeast = 3 << 16;
 
 } // namespace
 
 ContentSearch::ContentSearch(CIOStream &stream, const KeywordSearch &search)
     : stream_(stream), search_(search), answers_(stream.GetSize()),
-      trail_(answers_, looseEnds_, search.overlap()),
+      trail_(answers_, looseEnds_, search.overlap()), passed_(stream.GetSize()),
       carefulBytesLeft_(carefulRounds * stream.GetSize() + carefulBytesAtLeast) {}
 
 ContentSearch::Result ContentSearch::searchAt(long position) {
   if (answers_.at(position) != ObjectAnswer::unknown)
     return Result::absent;
+  if (passed_.holds(position) && !answers_.isMet(position))
+    return Result::absent;
+  contents_.EndAt(passed_.nextFrom(position));
   if (search_.isStateless()) {
-    trail_.clear();
+    trail_.clear(carefulBytesLeft_ > 0);
     if (!parse(position, &trail_))
       return Result::failed;
     if (const auto result = searchPieces(position, readText()))
@@ -35,7 +40,8 @@ bool ContentSearch::parse(long position, ObjectTrail *trail) {
   contents_.FollowTrail(trail);
   if (stream_.Seek(position, streamSeekBegin) != 1 || contents_.Parse(&stream_) != 1)
     return false;
-  carefulBytesLeft_ -= std::max(stream_.Tell() - position, 0L);
+  carefulBytesLeft_ -= TokenReader::bytesBeyondFirstBlock(position, stream_.Tell());
+  passed_.note(position, contents_.parsedTo(), stream_.Tell());
   return true;
 }
 
@@ -105,7 +111,9 @@ std::optional<ContentSearch::Result> ContentSearch::searchPieces(long position,
         undecided += found[i] == ObjectAnswer::unreadable ? 1 : 0;
         continue;
       }
-      const bool isAbsent = pieces[i].validity == Validity::valid && !isFound;
+      // A character that is cut again and again is not followed for ever.
+      const bool isAbsent =
+          !isFound && (pieces[i].validity == Validity::valid || carefulBytesLeft_ <= 0);
       found[i] = isAbsent ? absent : ObjectAnswer::unknown;
     }
   }

@@ -5,6 +5,7 @@
 #include "pdf_reader/LooseEnds.h"
 #include "pdf_reader/ObjectAnswers.h"
 #include "pdf_reader/ObjectTrail.h"
+#include "pdf_reader/PassedRanges.h"
 #include "pdf_reader/PlainArray.h"
 #include "streams/CIOStream.h"
 
@@ -63,8 +64,9 @@ private:
   LooseEnds looseEnds_;
   ObjectAnswers answers_;
   ObjectTrail trail_;
+  PassedRanges passed_;
   PlainArray<unsigned char> buffer_;
   /// How many bytes may still be read before the edges of blocks are no more a reason to read
-  /// bytes again.
+  /// bytes again, nor is what stands behind an object with a known answer.
   long carefulBytesLeft_;
 };

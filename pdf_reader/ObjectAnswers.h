@@ -16,7 +16,7 @@ enum class ObjectAnswer : std::uint8_t {
   unreadable,
 };
 
-/// The answers for the objects of a file by their positions, two bits each.
+/// The answers for the objects of a file by their positions, and which of them a parse has come to.
 ///
 /// Threads: one at a time.
 class ObjectAnswers {
@@ -32,21 +32,32 @@ public:
   }
 
   /// Notes an answer that was unknown. Throws `std::bad_alloc`.
-  void set(long position, ObjectAnswer answer) {
+  void set(long position, ObjectAnswer answer) { add(position, static_cast<unsigned>(answer)); }
+
+  /// Notes that a parse has come to an object. Throws `std::bad_alloc`.
+  void meet(long position) { add(position, metBit); }
+
+  [[nodiscard]] bool isMet(long position) const noexcept {
+    const auto place = static_cast<std::size_t>(position);
+    return place < fileSize_ && !answers_.empty() &&
+           (answers_[place / perByte] >> shiftOf(place) & metBit) != 0;
+  }
+
+private:
+  static constexpr std::size_t perByte = 2;
+  static constexpr unsigned mask = 3;
+  static constexpr unsigned metBit = 4;
+  static unsigned shiftOf(std::size_t place) noexcept {
+    return static_cast<unsigned>(place % perByte) * 4;
+  }
+
+  void add(long position, unsigned bits) {
     const auto place = static_cast<std::size_t>(position);
     if (place >= fileSize_)
       return;
     if (answers_.empty())
       answers_.resize(fileSize_ / perByte + 1);
-    answers_[place / perByte] |=
-        static_cast<std::uint8_t>(static_cast<unsigned>(answer) << shiftOf(place));
-  }
-
-private:
-  static constexpr std::size_t perByte = 4;
-  static constexpr unsigned mask = 3;
-  static unsigned shiftOf(std::size_t place) noexcept {
-    return static_cast<unsigned>(place % perByte) * 2;
+    answers_[place / perByte] |= static_cast<std::uint8_t>(bits << shiftOf(place));
   }
 
   std::size_t fileSize_;

@@ -19,13 +19,14 @@ public:
   };
 
   /// `overlap` is how much of the text behind an object with a known answer has to be read.
-  ObjectTrail(const ObjectAnswers &answers, LooseEnds &looseEnds, std::size_t overlap) noexcept
+  ObjectTrail(ObjectAnswers &answers, LooseEnds &looseEnds, std::size_t overlap) noexcept
       : answers_(answers), looseEnds_(looseEnds), overlap_(overlap) {}
 
-  /// Begins anew.
-  void clear() noexcept {
+  /// Begins anew. `readsOn` is false to read nothing behind an object with a known answer.
+  void clear(bool readsOn) noexcept {
     objects_.clear();
     isKnownMet_ = false;
+    readsOn_ = readsOn;
   }
 
   /// Notes an object that begins when nothing before it lasts. Throws `std::bad_alloc`.
@@ -33,12 +34,17 @@ public:
     if (isKnownMet_)
       return;
     isKnownMet_ = answers_.at(position) != ObjectAnswer::unknown;
+    answers_.meet(position);
     objects_.push_back({position, textLength});
   }
 
-  /// Whether enough was read.
+  /// Whether enough was read. Where there is no text before an object with a known answer, no
+  /// keyword can begin there.
   [[nodiscard]] bool isComplete(std::size_t textLength) const noexcept {
-    return isKnownMet_ && textLength - objects_.back().textLength >= overlap_;
+    if (!isKnownMet_)
+      return false;
+    const std::size_t before = objects_.back().textLength;
+    return before == 0 || !readsOn_ || textLength - before >= overlap_;
   }
 
   /// Whether the last of the objects is one with a known answer.
@@ -48,9 +54,10 @@ public:
   [[nodiscard]] LooseEnds &looseEnds() const noexcept { return looseEnds_; }
 
 private:
-  const ObjectAnswers &answers_;
+  ObjectAnswers &answers_;
   LooseEnds &looseEnds_;
-  const std::size_t overlap_;
+  std::size_t overlap_;
   std::vector<Object> objects_;
   bool isKnownMet_ = false;
+  bool readsOn_ = true;
 };

@@ -48,8 +48,8 @@ public:
   [[nodiscard]] LooseEnds &looseEnds() noexcept { return looseEnds_; }
 
 private:
-  static constexpr long carefulRounds = 5;
-  static constexpr long carefulBytesAtLeast = 1 << 16;
+  static constexpr long carefulRounds = 2;
+  static constexpr long carefulBytesAtLeast = 1 << 17;
 
   std::size_t fileSize_;
   std::vector<bool> passed_;

@@ -44,10 +44,10 @@ const char *firstLineEnd(const char *position) noexcept {
 
 // The block and its guard are written before they are read.
 // NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject)
-TokenReader::TokenReader(CIOStream &stream, Comments comments, LooseEnds *looseEnds)
+TokenReader::TokenReader(CIOStream &stream, Comments comments, LooseEnds *looseEnds, long end)
     : stream_(stream), looseEnds_(looseEnds), cutsComments_(comments == Comments::cut),
       blockPosition_(stream.Tell()) {
-  size_ = stream.GetSize();
+  size_ = std::min(stream.GetSize(), end);
   isLastBlock_ = blockPosition_ >= size_;
 }
 

@@ -4,9 +4,11 @@
 #include "pdf_reader/LooseEnds.h"
 #include "streams/CIOStream.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -23,8 +25,16 @@ class TokenReader {
 public:
   enum class Comments { cut, keep };
 
-  /// `looseEnds` may be null, else it receives where comments stand.
-  TokenReader(CIOStream &stream, Comments comments, LooseEnds *looseEnds = nullptr);
+  static constexpr long noEnd = std::numeric_limits<long>::max();
+
+  /// How much a reader that began at `start` and stopped at `stop` has read after its first block.
+  [[nodiscard]] static long bytesBeyondFirstBlock(long start, long stop) noexcept {
+    return std::max(stop - start - LooseEnds::blockSize, 0L);
+  }
+
+  /// `looseEnds` may be null, else it receives where comments stand. Nothing is read from `end` on.
+  TokenReader(CIOStream &stream, Comments comments, LooseEnds *looseEnds = nullptr,
+              long end = noEnd);
 
   /// Appends the tokens of the next line that has any, or of a part of it that ends with a block.
   /// False at the end of the stream, and when the stream fails or memory is short. Throws
