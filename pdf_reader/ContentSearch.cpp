@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr long carefulRounds = 3;
+constexpr long carefulRounds = 12;
 constexpr long carefulBytesAtLeast = 3 << 16;
 
 } // namespace

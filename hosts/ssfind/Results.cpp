@@ -136,10 +136,10 @@ void Results::printCollected() {
     const auto age = [](const Collected &match) {
       const std::optional<EntryStatus> &status = match.details.status;
       const std::timespec time = status ? status->modified : std::timespec{};
-      return std::tuple(!status.has_value(), -time.tv_sec, -time.tv_nsec);
+      return std::tuple(status.has_value(), time.tv_sec, time.tv_nsec);
     };
-    return std::tuple(age(a), std::string_view(a.path)) <
-           std::tuple(age(b), std::string_view(b.path));
+    const auto ageOfA = age(a), ageOfB = age(b);
+    return ageOfA != ageOfB ? ageOfA > ageOfB : a.path < b.path;
   };
   if (options_.order == Order::NewestFirst)
     std::sort(collected_.begin(), collected_.end(), isNewer);

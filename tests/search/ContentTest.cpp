@@ -1,6 +1,7 @@
 #include "samples/DocumentWriter.h"
 #include "samples/PhotoFile.h"
 #include "samples/SystemCallsGuard.h"
+#include "samples/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
 #include "tests/support/TimeZone.h"
 
@@ -129,7 +130,7 @@ TEST_F(ContentTest, PoolOfDocumentsOutlivesTheRecord) {
     probe.engine.PDFSearchPool(NSString::create(tree.path("in/text.pdf")).get());
   SearchEngine::releaseSharedSearchEngine();
   request = nullptr;
-  drain();
+  waitForThreads();
 }
 
 } // namespace

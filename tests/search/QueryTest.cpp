@@ -2,6 +2,7 @@
 #include "samples/DocumentWriter.h"
 #include "samples/PhotoFile.h"
 #include "samples/SystemCallsGuard.h"
+#include "samples/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
 #include "tests/support/TimeZone.h"
 
@@ -158,6 +159,7 @@ TEST_F(QueryTest, CancelWhileThousandsWait) {
     EXPECT_EQ(host.words.size(), count + 1);
     EXPECT_EQ(host.words.back(), "!");
     EXPECT_TRUE(isAt(host.endTime, 0.5)) << host.endTime;
+    waitForThreads();
   }
 }
 
