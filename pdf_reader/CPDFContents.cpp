@@ -148,7 +148,7 @@ void CPDFContents::keepTrail(bool wasOutside, std::size_t lengthBefore, char *go
     looseEnds.note(reader_->tokensEnd() + 1, reader_->lineEnd());
   if (wasOutside && isInside_)
     trail_->enter(reader_->groupPosition(), lengthBefore);
-  if (trail_->isComplete(textLength_))
+  if (trail_->isKnownMet())
     *goOn = 0;
 }
 

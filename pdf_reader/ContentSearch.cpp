@@ -8,14 +8,14 @@
 
 namespace {
 
-constexpr long carefulRounds = 12;
+constexpr long carefulRounds = 3;
 constexpr long carefulBytesAtLeast = 3 << 16;
 
 } // namespace
 
 ContentSearch::ContentSearch(CIOStream &stream, const KeywordSearch &search)
-    : stream_(stream), search_(search), answers_(stream.GetSize()),
-      trail_(answers_, looseEnds_, search.overlap()), passed_(stream.GetSize()),
+    : stream_(stream), search_(search), answers_(stream.GetSize()), trail_(answers_, looseEnds_),
+      passed_(stream.GetSize()), starts_(stream.GetSize(), search.overlap()),
       carefulBytesLeft_(carefulRounds * stream.GetSize() + carefulBytesAtLeast) {}
 
 ContentSearch::Result ContentSearch::searchAt(long position) {
@@ -25,10 +25,11 @@ ContentSearch::Result ContentSearch::searchAt(long position) {
     return Result::absent;
   contents_.EndAt(passed_.nextFrom(position));
   if (search_.isStateless()) {
-    trail_.clear(carefulBytesLeft_ > 0);
+    trail_.clear();
     if (!parse(position, &trail_))
       return Result::failed;
-    if (const auto result = searchPieces(position, readText()))
+    readOwnText();
+    if (const auto result = searchPieces(position, text_))
       return *result;
   }
   if (!parse(position, nullptr))
@@ -54,6 +55,25 @@ std::string_view ContentSearch::readText() {
   return {reinterpret_cast<const char *>(buffer_.data()), size};
 }
 
+void ContentSearch::readOwnText() {
+  text_ = readText();
+  if (!trail_.isKnownMet())
+    return;
+  const ObjectTrail::Object &known = trail_.objects().back();
+  text_.resize(known.textLength);
+  starts_.append(known.position, text_);
+}
+
+void ContentSearch::noteStarts(long position, const Pieces &pieces) {
+  const std::vector<ObjectTrail::Object> &objects = trail_.objects();
+  long next = TextStarts::none;
+  for (std::size_t i = objects.size(); i-- > 0; next = objects[i].position)
+    if (next != TextStarts::none || !trail_.isKnownMet())
+      starts_.note(objects[i].position, pieces[i + 1].bytes, next);
+  if (next != position)
+    starts_.note(position, pieces[0].bytes, next);
+}
+
 ContentSearch::Result ContentSearch::searchWhole(long position, std::string_view text) {
   ObjectAnswer answer = ObjectAnswer::unreadable;
   for (std::size_t i = 0; i < search_.encodingCount(); ++i)
@@ -64,6 +84,7 @@ ContentSearch::Result ContentSearch::searchWhole(long position, std::string_view
       break;
     }
   answers_.set(position, answer);
+  starts_.note(position, text, TextStarts::none);
   return Result::absent;
 }
 
@@ -119,6 +140,7 @@ std::optional<ContentSearch::Result> ContentSearch::searchPieces(long position,
   }
   if (found[0] == ObjectAnswer::unknown)
     return std::nullopt;
+  noteStarts(position, pieces);
   answers_.set(position, found[0]);
   for (std::size_t i = 0; i < objects.size(); ++i) {
     const long start = objects[i].position;

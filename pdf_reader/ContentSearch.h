@@ -7,6 +7,7 @@
 #include "pdf_reader/ObjectTrail.h"
 #include "pdf_reader/PassedRanges.h"
 #include "pdf_reader/PlainArray.h"
+#include "pdf_reader/TextStarts.h"
 #include "streams/CIOStream.h"
 
 #include <optional>
@@ -49,6 +50,8 @@ private:
 
   bool parse(long position, ObjectTrail *trail);
   std::string_view readText();
+  void readOwnText();
+  void noteStarts(long position, const Pieces &pieces);
   Result searchWhole(long position, std::string_view text);
   std::optional<Result> searchPieces(long position, std::string_view text);
   [[nodiscard]] bool mayDiffer(long position, long start) const noexcept;
@@ -65,8 +68,11 @@ private:
   ObjectAnswers answers_;
   ObjectTrail trail_;
   PassedRanges passed_;
+  TextStarts starts_;
   PlainArray<unsigned char> buffer_;
+  /// The text up to an object with a known answer, and how it goes on there.
+  std::string text_;
   /// How many bytes may still be read before the edges of blocks are no more a reason to read
-  /// bytes again, nor is what stands behind an object with a known answer.
+  /// bytes again.
   long carefulBytesLeft_;
 };

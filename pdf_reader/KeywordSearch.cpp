@@ -6,9 +6,11 @@
 
 namespace {
 
-// A character of the keyword becomes three at most when its case is folded, and the longest
-// character of an encoding has four bytes.
-constexpr std::size_t mostBytesPerByte = 12;
+std::size_t mostBytesPerCharacter(unsigned long encoding) noexcept {
+  const bool isSingleByte = encoding == static_cast<unsigned long>(StringEncoding::MacRoman) ||
+                            encoding == static_cast<unsigned long>(StringEncoding::ISOLatin1);
+  return isSingleByte ? 1 : 4;
+}
 
 unsigned optionsFor(bool isCaseSensitive) noexcept {
   return isCaseSensitive ? NSLiteralSearch : NSLiteralSearch | NSCaseInsensitiveSearch;
@@ -18,7 +20,7 @@ unsigned optionsFor(bool isCaseSensitive) noexcept {
 
 KeywordSearch::KeywordSearch(const NSString &keyword, bool isCaseSensitive, unsigned long encoding)
     : pattern_(keyword.view(), optionsFor(isCaseSensitive)),
-      overlap_(keyword.length() * mostBytesPerByte) {
+      overlap_(pattern_.longestOccurrence() * mostBytesPerCharacter(encoding)) {
   if (encoding > std::numeric_limits<std::uint32_t>::max()) {
     encodingCount_ = 0;
     return;

@@ -7,7 +7,7 @@
 #include <vector>
 
 /// The objects that the parse of a content stream passes, for a parse goes on through those that
-/// follow in the file. It ends the parse a little behind one for which the answer is known.
+/// follow in the file. It ends the parse at one for which the answer is known.
 ///
 /// Ownership: the answers and the loose ends live longer. Threads: one at a time.
 class ObjectTrail {
@@ -18,15 +18,13 @@ public:
     std::size_t textLength;
   };
 
-  /// `overlap` is how much of the text behind an object with a known answer has to be read.
-  ObjectTrail(ObjectAnswers &answers, LooseEnds &looseEnds, std::size_t overlap) noexcept
-      : answers_(answers), looseEnds_(looseEnds), overlap_(overlap) {}
+  ObjectTrail(ObjectAnswers &answers, LooseEnds &looseEnds) noexcept
+      : answers_(answers), looseEnds_(looseEnds) {}
 
-  /// Begins anew. `readsOn` is false to read nothing behind an object with a known answer.
-  void clear(bool readsOn) noexcept {
+  /// Begins anew.
+  void clear() noexcept {
     objects_.clear();
     isKnownMet_ = false;
-    readsOn_ = readsOn;
   }
 
   /// Notes an object that begins when nothing before it lasts. Throws `std::bad_alloc`.
@@ -38,15 +36,6 @@ public:
     objects_.push_back({position, textLength});
   }
 
-  /// Whether enough was read. Where there is no text before an object with a known answer, no
-  /// keyword can begin there.
-  [[nodiscard]] bool isComplete(std::size_t textLength) const noexcept {
-    if (!isKnownMet_)
-      return false;
-    const std::size_t before = objects_.back().textLength;
-    return before == 0 || !readsOn_ || textLength - before >= overlap_;
-  }
-
   /// Whether the last of the objects is one with a known answer.
   [[nodiscard]] bool isKnownMet() const noexcept { return isKnownMet_; }
 
@@ -56,8 +45,6 @@ public:
 private:
   ObjectAnswers &answers_;
   LooseEnds &looseEnds_;
-  std::size_t overlap_;
   std::vector<Object> objects_;
   bool isKnownMet_ = false;
-  bool readsOn_ = true;
 };

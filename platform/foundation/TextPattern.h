@@ -27,6 +27,9 @@ public:
   /// Throws `std::bad_alloc` when `text` is not ASCII, else nothing.
   [[nodiscard]] NSRange find(std::string_view text) const;
 
+  /// How many code points of a text an occurrence takes at most.
+  [[nodiscard]] std::size_t longestOccurrence() const noexcept { return units_.size(); }
+
 private:
   [[nodiscard]] NSRange findBytes(std::string_view text) const noexcept;
   [[nodiscard]] std::size_t findCandidate(std::string_view text) const noexcept;

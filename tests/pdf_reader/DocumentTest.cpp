@@ -256,6 +256,14 @@ TEST_F(Document, IsAnsweredAsIfEachPageWereReadForItself) {
   }
 }
 
+TEST_F(Document, KeepsItsAnswerHoweverManyPagesItHas) {
+  const auto textOf = [](int page) { return "page " + std::to_string(page); };
+  const std::vector<int> pages = pageNumbers(4000), reverse(pages.rbegin(), pages.rend());
+  const std::string text = pagesInOrder(reverse, pages, textOf);
+  for (const char *const keyword : {"page 3of", "of itpage 5of", "of itpage 7999of"})
+    EXPECT_EQ(search(text, keyword), "found") << keyword;
+}
+
 std::string repeated(const std::string &part, std::size_t count) {
   std::string all;
   while (count-- > 0)
