@@ -86,7 +86,8 @@ struct Failing {
   void noteEntry(int folder, const char *name) {
     if (*name != '/' && folder != AT_FDCWD) {
       noteFile(folder);
-      note(path + "/" + name);
+      if (*name != '\0')
+        note(path + "/" + name);
     } else {
       note(name);
     }
