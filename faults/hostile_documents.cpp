@@ -381,9 +381,12 @@ void judge(const Document &document, const std::string &path, std::size_t size, 
 
 int main(int argc, char **argv) {
   std::string_view wanted;
+  std::vector<std::size_t> sizes{std::size_t{4} << 10, std::size_t{64} << 10, std::size_t{1} << 20};
   for (int i = 1; i < argc; ++i)
     if (std::strcmp(argv[i], "--all") == 0)
       printsAll = true;
+    else if (std::strcmp(argv[i], "--quick") == 0)
+      sizes.resize(2);
     else
       wanted = argv[i];
   std::vector<Document> documents;
@@ -396,8 +399,7 @@ int main(int argc, char **argv) {
   for (const Document &document : documents) {
     if (document.name.find(wanted) == std::string::npos)
       continue;
-    for (const std::size_t size :
-         {std::size_t{4} << 10, std::size_t{64} << 10, std::size_t{1} << 20}) {
+    for (const std::size_t size : sizes) {
       mustGoOnWithin(600);
       if (printsAll)
         std::fflush(stdout);
