@@ -17,7 +17,10 @@ struct FileMoment {
   std::int64_t seconds = 0;
   std::uint32_t nanoseconds = 0;
 
-  friend auto operator<=>(const FileMoment &, const FileMoment &) = default;
+  friend bool operator==(const FileMoment &, const FileMoment &) = default;
+  friend bool operator<=(const FileMoment &a, const FileMoment &b) noexcept {
+    return a.seconds != b.seconds ? a.seconds < b.seconds : a.nanoseconds <= b.nanoseconds;
+  }
 };
 
 /// What the file system says about one entry.
