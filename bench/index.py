@@ -72,11 +72,12 @@ def limit_second(report, what, series, most):
 
 def plocate_programs(plocate, database, tree):
     """The same question, which it can only ask each name in turn; and the nearest one that its own
-    index answers: names with the word, hidden ones and other extensions among them."""
+    index answers: names with the word, hidden ones and other extensions among them. It does not know
+    folders from files, so that its answers are not ours."""
     name = rf"({WORD}|[^/.][^/]*{WORD})[^/]*\.({'|'.join(EXTENSIONS)})"
     pattern = rf"^{re.escape(str(tree))}(/[^/.][^/]*)*/{name}$"
     common = [plocate, "-d", database, "-i"]
-    return [Program("plocate", [*common, "--regex", pattern]),
+    return [Program("plocate", [*common, "--regex", pattern], gives_paths=False),
             Program("plocate, the word alone", [*common, "-b", WORD], gives_paths=False)]
 
 
