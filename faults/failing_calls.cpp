@@ -76,28 +76,26 @@ struct Failing {
 
   bool fails(Call made) noexcept { return made == call && shortage.fails(); }
 
-  void noteFile(int file) {
-    char target[PATH_MAX] = {};
-    const std::string link = "/proc/self/fd/" + std::to_string(file);
-    if (readlink(link.c_str(), target, sizeof target - 1) > 0)
-      note(target);
-  }
+  void noteFile(int file) { note(pathOf(file)); }
 
   void noteEntry(int folder, const char *name) {
-    if (*name != '/' && folder != AT_FDCWD) {
-      noteFile(folder);
-      if (*name != '\0')
-        note(path + "/" + name);
-    } else {
+    if (*name == '/' || folder == AT_FDCWD)
       note(name);
-    }
+    else
+      note(*name == '\0' ? pathOf(folder) : pathOf(folder) + "/" + name);
   }
 
 private:
+  static std::string pathOf(int file) {
+    char target[PATH_MAX] = {};
+    const std::string link = "/proc/self/fd/" + std::to_string(file);
+    return readlink(link.c_str(), target, sizeof target - 1) > 0 ? target : "";
+  }
+
   void note(std::string of) {
-    const std::lock_guard guard(lock);
     while (of.ends_with("/."))
       of.resize(of.size() - 2);
+    const std::lock_guard guard(lock);
     path = std::move(of);
   }
 } failing;
