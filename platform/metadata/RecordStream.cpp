@@ -92,12 +92,22 @@ bool RecordStream::mayRead() noexcept {
 }
 
 bool RecordStream::merge(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks &tasks,
-                         Results &results) {
+                         Results &results) noexcept {
   const LockGuard guard(lock_);
-  if (isGivenUp_) {
-    addRest(tasks);
-    return false;
+  if (!isGivenUp_) {
+    try {
+      return mergeInOrder(std::move(chunk), tasks, results);
+    } catch (...) {
+      // Memory is short: the rest is listed.
+    }
   }
+  chunk.reset();
+  stopMerging(tasks);
+  return false;
+}
+
+bool RecordStream::mergeInOrder(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks &tasks,
+                                Results &results) {
   const std::size_t number = chunk->number;
   searched_[number] = std::move(chunk);
   while (!searched_.empty() && searched_.begin()->first == mergedCount_) {
@@ -114,6 +124,10 @@ bool RecordStream::merge(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks &tasks
 
 void RecordStream::giveUp(FolderQueue::Tasks &tasks) noexcept {
   const LockGuard guard(lock_);
+  stopMerging(tasks);
+}
+
+void RecordStream::stopMerging(FolderQueue::Tasks &tasks) noexcept {
   isGivenUp_ = true;
   searched_.clear();
   try {

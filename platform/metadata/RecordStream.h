@@ -77,9 +77,10 @@ public:
 
   /// Takes a chunk back that has been searched. Puts what is now known to be found into `results`,
   /// and the folders that have no record into `tasks`. True when it has become possible to read
-  /// the next chunk. Throws `std::bad_alloc`, and then the stream must be given up.
+  /// the next chunk. Without memory for that it gives the stream up, before another chunk can be
+  /// merged behind one that was merged in part.
   [[nodiscard]] bool merge(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks &tasks,
-                           Results &results);
+                           Results &results) noexcept;
 
   /// Has no more chunks read or merged. Puts the folders into `tasks` that with all below them make
   /// up what has not been merged. Where not even these find memory the rest is left to the threads
@@ -101,7 +102,10 @@ private:
 
   RecordStream(const std::string &scope, std::unique_ptr<IndexDatabase> index, IndexWriter &writer);
 
-  // When one of these throws, what it has not done yet is still ahead of `way_`.
+  // When one of these throws, what it has not done yet is still ahead of `way_`, and the stream
+  // must be given up before the lock is.
+  [[nodiscard]] bool mergeInOrder(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks &tasks,
+                                  Results &results) PF_REQUIRES(lock_);
   void mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &tasks, Results &results)
       PF_REQUIRES(lock_);
   void mergeFolder(std::string_view key, Row &row, Results &results) PF_REQUIRES(lock_);
@@ -110,6 +114,7 @@ private:
       PF_REQUIRES(lock_);
   void leaveFolder(FolderQueue::Tasks &tasks) PF_REQUIRES(lock_);
   void addRest(FolderQueue::Tasks &tasks) PF_REQUIRES(lock_);
+  void stopMerging(FolderQueue::Tasks &tasks) noexcept PF_REQUIRES(lock_);
   void addTask(std::string_view name, FolderQueue::Tasks &tasks) PF_REQUIRES(lock_);
 
   // Constant.
