@@ -30,7 +30,7 @@ public:
         setPath(path_, folder_, name);
         status_ = fileStatus(currentFolder, path_.c_str(), FollowLink::No);
       } catch (...) {
-        // Without memory for its path the file has no date.
+        // Only a path that is too long for a result needs memory here.
       }
     }
     return status_ ? std::optional(status_->modificationTime) : std::nullopt;
@@ -45,7 +45,26 @@ private:
 
 } // namespace
 
-void FolderGatherer::process(const FolderTask &task, FolderQueue::Tasks &tasks, Results &results) {
+void FolderGatherer::process(const FolderTask &task, FolderQueue::Tasks &tasks,
+                             Results &results) noexcept {
+  const std::size_t tasksBefore = tasks.size();
+  const std::size_t resultsBefore = results.size();
+  try {
+    tryToProcess(task, tasks, results);
+    return;
+  } catch (...) {
+    tasks.resize(tasksBefore);
+    results.resize(resultsBefore);
+  }
+  try {
+    tryToProcess(task, tasks, results);
+  } catch (...) {
+    // Memory stays short: what has not been met by now cannot be found.
+  }
+}
+
+void FolderGatherer::tryToProcess(const FolderTask &task, FolderQueue::Tasks &tasks,
+                                  Results &results) {
   switch (task.kind) {
   case FolderTask::Kind::Scope:
     processScope(task.path, tasks, results);
@@ -223,6 +242,7 @@ void FolderGatherer::keep(const FileStatus &status, std::int64_t volume, bool is
 
 void FolderGatherer::search(const FolderNames &names, Results &results) {
   const std::string_view folder = pathWithoutTrailingSlashes(path_);
+  entryPath_.reserve(longestPath);
   const auto meetsPredicate = [&](std::string_view name) {
     if (isStopped())
       return false;

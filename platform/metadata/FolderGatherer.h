@@ -40,10 +40,12 @@ public:
   explicit FolderGatherer(const Common &common) noexcept : common_(common) {}
 
   /// Does one task. `tasks` takes up those that follow from it, `results` the paths of the files
-  /// that are found. Throws `std::bad_alloc`, and then something is missing from both.
-  void process(const FolderTask &task, FolderQueue::Tasks &tasks, Results &results);
+  /// that are found. Where memory is short it begins once more, and what cannot be found then is
+  /// missing from both.
+  void process(const FolderTask &task, FolderQueue::Tasks &tasks, Results &results) noexcept;
 
 private:
+  void tryToProcess(const FolderTask &task, FolderQueue::Tasks &tasks, Results &results);
   void processScope(const std::string &scope, FolderQueue::Tasks &tasks, Results &results);
   void processRecords(const std::shared_ptr<RecordStream> &stream, FolderQueue::Tasks &tasks,
                       Results &results) noexcept;

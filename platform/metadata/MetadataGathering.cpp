@@ -24,6 +24,15 @@ constexpr std::chrono::milliseconds portionTime{5};
 constexpr std::chrono::milliseconds longestDelay{2};
 constexpr std::size_t manyResults = 256;
 
+/// How often memory for results is asked for before they are lost.
+constexpr int mostAttempts = 4;
+
+/// When it throws `std::bad_alloc`, nothing has been moved.
+template <class Container> void moveToEnd(Container &from, Container &to) {
+  to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
+  from.clear();
+}
+
 } // namespace
 
 void MetadataGathering::Job::start(MetadataGathering &gathering) noexcept {
@@ -98,27 +107,19 @@ bool MetadataGathering::gather() noexcept {
   Clock::time_point lastHandOver;
   bool isUnfinished = false;
   queue_.enter();
-  try {
-    FolderGatherer gatherer({*predicate_, place_, writer_, queue_, isStopped_});
-    while (const std::optional<FolderTask> task = queue_.next(tasks, !isOnMainThread)) {
-      try {
-        gatherer.process(*task, tasks, results);
-      } catch (...) {
-        // Memory is short: what this folder still holds cannot be found.
-      }
-      const Clock::time_point now = results.empty() && !isOnMainThread ? begin : Clock::now();
-      if (!results.empty() &&
-          (results.size() >= manyResults || tasks.empty() || now - lastHandOver >= longestDelay)) {
-        handOver(results);
-        lastHandOver = now;
-      }
-      if (isOnMainThread && now - begin >= portionTime) {
-        isUnfinished = true;
-        break;
-      }
+  FolderGatherer gatherer({*predicate_, place_, writer_, queue_, isStopped_});
+  while (const std::optional<FolderTask> task = queue_.next(tasks, !isOnMainThread)) {
+    gatherer.process(*task, tasks, results);
+    const Clock::time_point now = results.empty() && !isOnMainThread ? begin : Clock::now();
+    if (!results.empty() &&
+        (results.size() >= manyResults || tasks.empty() || now - lastHandOver >= longestDelay)) {
+      handOver(results);
+      lastHandOver = now;
     }
-  } catch (...) {
-    // Without memory for its tools this thread is of no help; the last one tells the end.
+    if (isOnMainThread && now - begin >= portionTime) {
+      isUnfinished = true;
+      break;
+    }
   }
   handOver(results);
   queue_.leave(tasks);
@@ -134,13 +135,15 @@ void MetadataGathering::handOver(Results &results) noexcept {
   if (results.empty() || isStopped_.load(std::memory_order_relaxed))
     return;
   const LockGuard guard(lock_);
-  try {
-    gathered_.insert(gathered_.end(), std::make_move_iterator(results.begin()),
-                     std::make_move_iterator(results.end()));
-    results.clear();
-  } catch (...) {
-    // Memory is short: they are handed over with the next, if there are any.
-  }
+  // That takes no memory.
+  if (gathered_.empty())
+    gathered_.swap(results);
+  for (int attempt = 0; attempt < mostAttempts && !results.empty(); ++attempt)
+    try {
+      moveToEnd(results, gathered_);
+    } catch (...) {
+      // Memory is short: they are handed over with the next, if there are any.
+    }
   postAnnouncement();
 }
 
@@ -166,12 +169,16 @@ void MetadataGathering::takeGathered() noexcept {
     return;
   }
   try {
-    results_.insert(results_.end(), std::make_move_iterator(gathered_.begin()),
-                    std::make_move_iterator(gathered_.end()));
+    moveToEnd(gathered_, results_);
+    failedTakes_ = 0;
   } catch (...) {
-    // Memory is short: these are lost.
+    // Memory is short: the next announcement may fare better. So that it has an end, and the query
+    // too, these are lost at last.
+    if (++failedTakes_ == mostAttempts) {
+      failedTakes_ = 0;
+      gathered_.clear();
+    }
   }
-  gathered_.clear();
 }
 
 void MetadataGathering::announce() {

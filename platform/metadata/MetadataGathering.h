@@ -71,13 +71,14 @@ private:
   /// Gathers until all is done, on the main thread for a moment only; whether something is left.
   /// Any thread.
   [[nodiscard]] bool gather() noexcept;
-  /// Any thread.
+  /// Empties `results`, unless memory stays short. Any thread.
   void handOver(Results &results) noexcept;
   void setComplete() noexcept;
   void postAnnouncement() noexcept PF_REQUIRES(lock_);
 
   void announce();
   void announced() noexcept;
+  /// Where memory is short, what has been gathered stays so, for a few times.
   void takeGathered() noexcept;
 
   // Constant while threads run.
@@ -100,6 +101,7 @@ private:
   Results results_;
   std::size_t visible_ = 0;
   std::size_t read_ = 0;
+  int failedTakes_ = 0;
   bool isAnnouncing_ = false;
   MainRunLoop::Clock::time_point portionEnd_;
   Announcement announcement_{*this};
