@@ -5,6 +5,13 @@
 #include <iterator>
 #include <utility>
 
+namespace {
+
+/// How often memory for what a thread leaves to others is asked for before it is lost.
+constexpr int mostAttempts = 4;
+
+} // namespace
+
 void FolderQueue::add(FolderTask task) {
   const LockGuard guard(lock_);
   shared_.push_back(std::move(task));
@@ -17,8 +24,8 @@ void FolderQueue::enter() noexcept {
 }
 
 void FolderQueue::leave(Tasks &own) noexcept {
-  if (!own.empty())
-    share(own);
+  for (int attempt = 0; attempt < mostAttempts && !own.empty(); ++attempt)
+    share(own, own.size());
   const LockGuard guard(lock_);
   --threads_;
   if (shared_.empty() && threads_ == waiting_ && threads_ > 0)
@@ -29,8 +36,9 @@ std::optional<FolderTask> FolderQueue::next(Tasks &own, bool mayWait) noexcept {
   if (isDone())
     return std::nullopt;
   if (!own.empty()) {
+    // What was met first has the most below it.
     if (own.size() > 1 && isWanted_.load(std::memory_order_relaxed))
-      share(own);
+      share(own, (own.size() + 1) / 2);
     FolderTask task = std::move(own.back());
     own.pop_back();
     return task;
@@ -64,9 +72,7 @@ std::optional<FolderTask> FolderQueue::takeShared() noexcept {
   return task;
 }
 
-void FolderQueue::share(Tasks &own) noexcept {
-  // What was met first has the most below it.
-  const std::size_t count = (own.size() + 1) / 2;
+void FolderQueue::share(Tasks &own, std::size_t count) noexcept {
   const auto end = own.begin() + static_cast<std::ptrdiff_t>(count);
   const LockGuard guard(lock_);
   try {

@@ -61,7 +61,8 @@ private:
     Sleeper *next = nullptr;
   };
 
-  void share(Tasks &own) noexcept;
+  /// Gives the first `count` tasks to others, unless memory is short.
+  void share(Tasks &own, std::size_t count) noexcept;
   void wake(std::size_t most) noexcept PF_REQUIRES(lock_);
   void finish() noexcept PF_REQUIRES(lock_);
   [[nodiscard]] std::optional<FolderTask> takeShared() noexcept PF_REQUIRES(lock_);

@@ -190,7 +190,13 @@ TEST_F(QueryTest, NothingIsToldAfterAStop) {
 TEST_F(QueryTest, RunsWithoutThreadsOfItsOwn) {
   makePhotos(100);
   waitForThreads();
-  const SystemCallsGuard guard({.startThread = [](auto...) { return EAGAIN; }});
+  // Each folder takes a good part of the time that the main thread gives at once.
+  const auto openSlowly = [](int folder, const char *path, int flags) {
+    keepBusy(std::chrono::milliseconds(1));
+    return realSystemCalls().openAt(folder, path, flags);
+  };
+  const SystemCallsGuard guard(
+      {.openAt = openSlowly, .startThread = [](auto...) { return EAGAIN; }});
   find();
   EXPECT_EQ(results.size(), 100U);
 }
