@@ -14,11 +14,6 @@ int CPDFCatalog::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) 
   });
 }
 
-void CPDFCatalog::Release() {
-  CPDFSection::Release();
-  ReleaseParse();
-}
-
 void CPDFCatalog::ReleaseParse() {
   CPDFSection::ReleaseParse();
   pages_ = {};

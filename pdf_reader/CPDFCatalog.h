@@ -11,7 +11,6 @@ public:
   CPDFCatalog() noexcept = default;
 
   int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
-  void Release() override;
   void ReleaseParse() override;
 
   /// Gives the reference, zeros when none was read; a null `out` is ignored.

@@ -154,7 +154,6 @@ void CPDFContents::keepTrail(bool wasOutside, std::size_t lengthBefore, char *go
 
 void CPDFContents::Release() {
   CPDFSection::Release();
-  ReleaseParse();
   texts_.Release();
 }
 

@@ -48,11 +48,6 @@ void CPDFKids::FollowLines(PassedLines *lines) noexcept {
   looseEnds_ = lines == nullptr ? nullptr : &lines->looseEnds();
 }
 
-void CPDFKids::Release() {
-  CPDFSection::Release();
-  ReleaseParse();
-}
-
 void CPDFKids::ReleaseParse() {
   CPDFSection::ReleaseParse();
   contents_.Release();

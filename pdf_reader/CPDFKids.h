@@ -12,7 +12,6 @@ public:
   CPDFKids() noexcept = default;
 
   int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
-  void Release() override;
   void ReleaseParse() override;
 
   [[nodiscard]] int GeContentsCount() const noexcept { return contents_.GetCount(); }

@@ -29,11 +29,6 @@ int CPDFPages::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   }
 }
 
-void CPDFPages::Release() {
-  CPDFSection::Release();
-  ReleaseParse();
-}
-
 void CPDFPages::ReleaseParse() {
   CPDFSection::ReleaseParse();
   count_ = 0;

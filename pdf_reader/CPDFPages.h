@@ -13,7 +13,6 @@ public:
   CPDFPages() noexcept = default;
 
   int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
-  void Release() override;
   void ReleaseParse() override;
 
   /// "/Count" as the document says it, whatever number of kids was read.

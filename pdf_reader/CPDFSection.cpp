@@ -11,12 +11,14 @@ int CPDFSection::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) 
   return walkObject(tokens, goOn, [](unsigned long) { return 1UL; });
 }
 
-int CPDFSection::Parse(CIOStream *stream) {
+int CPDFSection::Parse(CIOStream *stream) { return parseWith(stream, TokenReader::Comments::cut); }
+
+int CPDFSection::parseWith(CIOStream *stream, TokenReader::Comments comments) {
   ReleaseParse();
   if (stream == nullptr)
     return 0;
   try {
-    TokenReader reader(*stream, TokenReader::Comments::cut, looseEnds_, endAt_);
+    TokenReader reader(*stream, comments, looseEnds_, endAt_);
     return parseGroups(reader);
   } catch (const std::bad_alloc &) {
     return 0;

@@ -79,8 +79,8 @@ protected:
     return used == failed ? 0 : 1;
   }
 
-  /// Hands groups of tokens to `ParseLine` until it ends the parse or the stream does.
-  int parseGroups(TokenReader &reader);
+  /// `Parse`, with comments cut off or kept as tokens.
+  int parseWith(CIOStream *stream, TokenReader::Comments comments);
 
   /// Whether the word has been met with which what is read begins: "obj", for some sections
   /// another.
@@ -92,9 +92,13 @@ protected:
   /// If not null, receives where an edge of a block would change what is read.
   LooseEnds *looseEnds_ = nullptr;
 
-  long parsedTo_ = 0;
-  long endAt_ = noEnd;
-
   /// The tokens that wait for `ParseLine`, kept for the sake of their room.
   CParamArray tokens_;
+
+private:
+  /// Hands groups of tokens to `ParseLine` until it ends the parse or the stream does.
+  int parseGroups(TokenReader &reader);
+
+  long parsedTo_ = 0;
+  long endAt_ = noEnd;
 };

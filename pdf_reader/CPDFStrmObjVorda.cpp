@@ -1,7 +1,5 @@
 #include "pdf_reader/CPDFStrmObjVorda.h"
 
-#include <new>
-
 int CPDFStrmObjVorda::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr || goOn == nullptr)
     return 0;
@@ -26,20 +24,7 @@ int CPDFStrmObjVorda::ParseLine(CParamArray *tokens, char *goOn, void * /*contex
 }
 
 int CPDFStrmObjVorda::Parse(CIOStream *stream) {
-  ReleaseParse();
-  if (stream == nullptr)
-    return 0;
-  try {
-    TokenReader reader(*stream, TokenReader::Comments::keep, nullptr, endAt_);
-    return parseGroups(reader);
-  } catch (const std::bad_alloc &) {
-    return 0;
-  }
-}
-
-void CPDFStrmObjVorda::Release() {
-  CPDFSection::Release();
-  ReleaseParse();
+  return parseWith(stream, TokenReader::Comments::keep);
 }
 
 void CPDFStrmObjVorda::ReleaseParse() {

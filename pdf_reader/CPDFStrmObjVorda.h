@@ -15,7 +15,6 @@ public:
   /// As the base's, but comments are read as tokens.
   int Parse(CIOStream *stream) override;
 
-  void Release() override;
   void ReleaseParse() override;
 
   /// Whether the mark was found: 1 or 0.

@@ -35,11 +35,6 @@ int CPDFTrailer::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) 
   return 1;
 }
 
-void CPDFTrailer::Release() {
-  CPDFSection::Release();
-  ReleaseParse();
-}
-
 void CPDFTrailer::ReleaseParse() {
   CPDFSection::ReleaseParse();
   hasSize_ = hasRoot_ = false;

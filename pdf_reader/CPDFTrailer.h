@@ -15,7 +15,6 @@ public:
   CPDFTrailer() noexcept = default;
 
   int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
-  void Release() override;
   void ReleaseParse() override;
 
   /// Moves the stream to the last "trailer" of the whole file. 0 when there is none.

@@ -76,7 +76,6 @@ int CPDFXRefTable::parseSection(CIOStream &stream) {
 
 void CPDFXRefTable::Release() {
   CPDFSection::Release();
-  ReleaseParse();
   entries_.clear();
   size_ = 0;
 }
