@@ -28,6 +28,13 @@ long bytesToReadOf(long size) noexcept {
              : mostReadings * size + mostBytesBesides;
 }
 
+/// Gives `last` the root of `other` if it has none.
+void completeRoot(CPDFTrailer &last, const CPDFTrailer &other) noexcept {
+  tagOBJECTRECORD root;
+  if (last.GetRootInfo(&root) != 1 && other.GetRootInfo(&root) == 1)
+    last.SetRootInfo(&root);
+}
+
 } // namespace
 
 int CPDFFile::Open(const char *path) {
@@ -86,9 +93,7 @@ bool CPDFFile::findTrailers(CPDFTrailer &last, CPDFTrailer &other, long &lastPos
   if (other.GetXRefKeySize(&otherSize) == 1 &&
       (last.GetXRefKeySize(&size) != 1 || size < otherSize))
     last.SetXRefKeySize(otherSize);
-  tagOBJECTRECORD root;
-  if (last.GetRootInfo(&root) != 1 && other.GetRootInfo(&root) == 1)
-    last.SetRootInfo(&root);
+  completeRoot(last, other);
   return true;
 }
 
@@ -107,9 +112,7 @@ bool CPDFFile::readTables(CPDFTrailer &last, CPDFTrailer &other, long lastPositi
       break;
     if (other.Parse(this) != 1)
       return false;
-    tagOBJECTRECORD root;
-    if (last.GetRootInfo(&root) != 1 && other.GetRootInfo(&root) == 1)
-      last.SetRootInfo(&root);
+    completeRoot(last, other);
   }
   return true;
 }
