@@ -1,8 +1,7 @@
 #include "faults/Allocations.h"
 
 #include <cerrno>
-#include <cstdlib>
-#include <new>
+#include <cstddef>
 #include <sqlite3.h>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -44,22 +43,9 @@ void Allocations::watchSQLite() {
 
 #ifdef SANITIZER_HAS_MALLOC
 
-void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
-  return fails() ? nullptr : std::malloc(size > 0 ? size : 1);
-}
-void *operator new(std::size_t size) {
-  if (void *const block = operator new(size, std::nothrow))
-    return block;
-  throw std::bad_alloc();
-}
-void *operator new[](std::size_t size) { return operator new(size); }
-void *operator new[](std::size_t size, const std::nothrow_t &how) noexcept {
-  return operator new(size, how);
-}
-void operator delete(void *block) noexcept { std::free(block); }
-void operator delete(void *block, std::size_t) noexcept { std::free(block); }
-void operator delete[](void *block) noexcept { std::free(block); }
-void operator delete[](void *block, std::size_t) noexcept { std::free(block); }
+#include "samples/FailingMemory.h"
+
+bool memoryFails() noexcept { return fails(); }
 
 #else
 

@@ -1,29 +1,16 @@
+#include "samples/FailingMemory.h"
 #include "samples/Shortage.h"
 #include "samples/SystemCallsGuard.h"
 #include "samples/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
-#include <new>
 
 static Shortage memory, threads, descriptors;
 static const SystemCalls &real = realSystemCalls();
 
-void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
-  return memory.fails() ? nullptr : std::malloc(size > 0 ? size : 1);
-}
-void *operator new(std::size_t size) {
-  if (void *const block = operator new(size, std::nothrow))
-    return block;
-  throw std::bad_alloc();
-}
-void *operator new[](std::size_t size) { return operator new(size); }
-void operator delete(void *block) noexcept { std::free(block); }
-void operator delete(void *block, std::size_t) noexcept { std::free(block); }
-void operator delete[](void *block) noexcept { std::free(block); }
-void operator delete[](void *block, std::size_t) noexcept { std::free(block); }
+bool memoryFails() noexcept { return memory.fails(); }
 
 namespace {
 
