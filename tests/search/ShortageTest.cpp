@@ -1,5 +1,5 @@
-#include "samples/FailingMemory.h"
 #include "samples/Shortage.h"
+#include "samples/FailingMemory.h"
 #include "samples/SystemCallsGuard.h"
 #include "samples/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
