@@ -75,6 +75,8 @@ public:
     startsLeft_ = 1;
     unrest_ = 0;
     start();
+    // It may end before, but this host has not learnt what is to be found.
+    isWhole_ = false;
     for (unsigned i = chance(12); i > 0; --i)
       PFMainLoopDispatch();
     if (chance(2) != 0)

@@ -103,6 +103,7 @@ void SearchEngine::startFileSearch(const SearchPredicate *predicate) noexcept {
   _endCount = _getCount = 0;
   _returnCount = 0;
   _resultPoolArray.clear();
+  entryTest_.reset();
   if (checkSearchParam() == 0) {
     SearchController::scheduleEndSearchProcess(this, delayOfEmptyRequest);
     return;

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "FileSharchFunction/SearchSystem/EntryTest.h"
+#include "FileSharchFunction/SearchSystem/FolderAhead.h"
+#include "FileSharchFunction/SearchSystem/ReadAhead.h"
 #include "FileSharchFunction/SearchSystem/ResultMessage.h"
 #include "FileSharchFunction/SearchSystem/ResultPool.h"
 #include "FileSharchFunction/SearchSystem/SearchItem.h"
@@ -11,11 +14,11 @@
 #include "platform/foundation/NSThread.h"
 #include "platform/foundation/Perform.h"
 #include "platform/foundation/Ref.h"
-#include "platform/foundation/TextPattern.h"
 #include "platform/metadata/NSMetadataQuery.h"
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <optional>
@@ -30,9 +33,9 @@ class ExifAnalysis;
 ///
 /// Ownership: borrows the request record until the end process. Pending performs, timers and
 /// workers hold references to the engine, which gives them back on the main thread. A search ends
-/// only when its workers have; those of the PDF pool, which no search waits for, use nothing of the
-/// record, but what the engine has taken from it when the pool was given its first path.
-/// Threads: main, but for the workers' bodies and what they call, where that is said.
+/// only when its workers have; those of the PDF pool and the threads that read ahead, which no
+/// search waits for, use nothing of the record, but what the engine has taken from it. Threads:
+/// main, but for the workers' bodies and what they call, where that is said.
 class SearchEngine final : public NSObject {
 public:
   /// The engine, made if there is none; null when memory is short. It stays the class's.
@@ -135,6 +138,8 @@ public:
 private:
   friend struct SearchEngineProbe;
 
+  using Clock = std::chrono::steady_clock;
+
   struct FolderSearch;
   using Conditions = bool (SearchEngine::*)(FolderSearch &, SearchItem &) const;
   /// What takes a path for a worker, or, with null, the end of one.
@@ -153,24 +158,32 @@ private:
 
   /// The search of one folder, or of the list, which pauses whenever it has found something.
   struct FolderSearch {
-    FolderSearch(SearchEngine &searchEngine, const NSString *searchedFolder, int filterType,
-                 Conditions conditionsOnFile, TakePath poolOfSubFolders);
+    /// Throws `std::bad_alloc`.
+    FolderSearch(SearchEngine &searchEngine, const NSString *searchedFolder,
+                 FolderFindings findings, int filterType, Conditions conditionsOnFile,
+                 TakePath poolOfSubFolders);
+
+    void addFound(const Ref<const NSString> &path);
 
     SearchEngine &engine;
     const SearchPredicate &record;
+    const EntryTest &test;
     const Ref<const NSString> folder;
     const int type;
     const Conditions conditions;
     const TakePath pool;
-    /// Files are judged by what the listing tells alone, whatever is done with those found before.
-    const bool judgesByListing;
-    std::optional<TextPattern> name;
+    /// What is still to be read, of which none may be left.
     std::optional<DirectoryListing> listing;
+    std::vector<Ref<const NSString>> subFolders;
     std::size_t nextInList = 0;
     /// Files that are to be handed over together, and how many of them have been.
     std::vector<Ref<const NSString>> found;
     std::size_t handedOver = 0;
+    /// Where content decides: when the first of them was found, and what has been asked of each.
+    Clock::time_point foundAt;
+    std::vector<ContentAnswers> foundAnswers;
     ResultMessage message;
+    /// What has been asked of the file that is being tested.
     ContentAnswers answers;
   };
 
@@ -183,17 +196,23 @@ private:
     [[nodiscard]] static Worker *current() noexcept;
 
     [[nodiscard]] bool isFree() const noexcept { return engine_ == nullptr; }
-    void start(SearchEngine &engine, Ref<const NSString> folder, Body body) noexcept;
+    /// `ahead`, if it is not null, is the folder, which is being read.
+    void start(SearchEngine &engine, Ref<const NSString> folder, Ref<FolderAhead> ahead,
+               Body body) noexcept;
+
+    [[nodiscard]] FolderAhead *ahead() const noexcept { return ahead_.get(); }
 
     /// What the worker has paused in, kept until it goes on.
     std::optional<FolderSearch> search;
 
   private:
     void main() override;
+    [[nodiscard]] Demand demand() const noexcept override;
     void ended() noexcept override;
 
     Ref<SearchEngine> engine_;
     Ref<const NSString> folder_;
+    Ref<FolderAhead> ahead_;
     Body body_ = nullptr;
   };
 
@@ -206,22 +225,19 @@ private:
   SearchEngine();
   ~SearchEngine() override;
 
-  char defaultFilter(SearchItem &item, int type, char *isFolder) const;
-  [[nodiscard]] static char isAlias(SearchItem &item) noexcept;
-  [[nodiscard]] static char fileModDateSearch(SearchItem &item, const NSDate *startDate,
-                                              const NSDate *endDate) noexcept;
-
-  [[nodiscard]] static unsigned keywordOptions(char isDistinct) noexcept;
   [[nodiscard]] bool hasContentKeyword() const noexcept;
   [[nodiscard]] bool hasTextInPDF(const NSString *path, const NSString *keyword,
                                   char isDistinct) const;
 
   void searchFolder(const NSString *folder, int type, Conditions conditions,
                     TakePath pool) noexcept;
+  /// What is known of the folder at first. Throws `std::bad_alloc`.
+  [[nodiscard]] FolderFindings beginFolder(const NSString *folder);
   /// Goes through the entries; false when the search has paused.
   [[nodiscard]] bool searchEntries(FolderSearch &search);
   /// Adds the item to what is found, or, if it is a folder to search, to the pool.
   void searchItem(FolderSearch &search, SearchItem &item) noexcept;
+  void queueSubFolders(FolderSearch &search) noexcept;
   [[nodiscard]] bool canLookAhead(const FolderSearch &search) const noexcept;
   /// Waits until what is found has been distributed; false when the search pauses for that.
   [[nodiscard]] bool handOver(FolderSearch &search) noexcept;
@@ -233,14 +249,16 @@ private:
   /// One more than can run: a worker that reports its end is still in its place when the next is
   /// started.
   using Workers = std::array<Worker, 6>;
-  using Pool = std::deque<Ref<const NSString>>;
+  using Pool = ReadAhead::Pool;
 
   [[nodiscard]] bool startWorker(Workers &workers, const Ref<const NSString> &path,
-                                 Worker::Body body) noexcept;
+                                 Ref<FolderAhead> ahead, Worker::Body body) noexcept;
   /// Puts `path` at the end of the pool, or, with null, counts a worker less; then starts a worker
-  /// on the first of the pool, if one may be.
+  /// on the first of the pool, if one may be. `ahead` is null where the pool is not read ahead.
   void addToPool(const NSString *path, Pool &pool, int &threadCount, Workers &workers,
-                 Worker::Body body) noexcept;
+                 Worker::Body body, ReadAhead *ahead) noexcept;
+  /// Makes the test of entries for the request; none where memory is short.
+  void makeEntryTest() noexcept;
   /// A worker's body has come to its end, unless it has paused: tells the pool, on the main thread.
   template <TakePath pool> static void toldEnd(void *engine) noexcept {
     (static_cast<SearchEngine *>(engine)->*pool)(nullptr);
@@ -311,6 +329,9 @@ private:
 
   /// What a worker of an explicit list is started on.
   const Ref<const NSString> listFolder_;
+  /// That of the running search.
+  std::optional<EntryTest> entryTest_;
+  ReadAhead readAhead_{*this, _bCancel};
   Workers workers_;
   Workers pdfWorkers_;
   ReservedPerform<SearchEngine> walkEnd_{*this, &SearchEngine::reportProducerEnd};

@@ -2,13 +2,21 @@
 
 #include "platform/foundation/DirectoryListing.h"
 #include "platform/foundation/NSArray.h"
+#include "platform/foundation/PathComponents.h"
 
 namespace {
 
 /// So many files wait together to be handed over at most.
 constexpr std::size_t mostFound = 64;
 
+/// For how long a file that is found may wait while others are tested.
+constexpr std::chrono::milliseconds longestDelay{2};
+
 bool hasText(const NSString *text) noexcept { return text != nullptr && text->length() != 0; }
+
+bool isNameOfDocument(std::string_view name) noexcept {
+  return equalIgnoringASCIICase(extensionOfName(name), "pdf");
+}
 
 } // namespace
 
@@ -17,18 +25,37 @@ bool SearchEngine::hasContentKeyword() const noexcept {
 }
 
 SearchEngine::FolderSearch::FolderSearch(SearchEngine &searchEngine, const NSString *searchedFolder,
-                                         int filterType, Conditions conditionsOnFile,
-                                         TakePath poolOfSubFolders)
-    : engine(searchEngine), record(*searchEngine._searchPredicate), folder(searchedFolder),
-      type(filterType), conditions(conditionsOnFile), pool(poolOfSubFolders),
-      judgesByListing(record.modDateStart == nullptr && record.modDateEnd == nullptr &&
-                      engine.isPDFSearch() == 0 && engine.isExifSearch() == 0 &&
-                      engine.isTokenDateSearch() == 0),
-      listing(record.fileList == nullptr && folder ? DirectoryListing::open(folder->view())
-                                                   : std::nullopt) {
-  if (hasText(record.nameKeyword))
-    name.emplace(record.nameKeyword->view(), keywordOptions(record.isDistinct));
+                                         FolderFindings findings, int filterType,
+                                         Conditions conditionsOnFile, TakePath poolOfSubFolders)
+    : engine(searchEngine), record(*searchEngine._searchPredicate),
+      test(searchEngine.entryTest_ ? *searchEngine.entryTest_ : throw std::bad_alloc()),
+      folder(searchedFolder), type(filterType), conditions(conditionsOnFile),
+      pool(poolOfSubFolders), listing(std::move(findings.rest)),
+      subFolders(std::move(findings.subFolders)), found(std::move(findings.files)) {
   message.SearchState = 1;
+}
+
+void SearchEngine::FolderSearch::addFound(const Ref<const NSString> &path) {
+  if (!test.isAll()) {
+    foundAnswers.push_back(answers);
+    if (found.empty())
+      foundAt = Clock::now();
+  }
+  try {
+    found.push_back(path);
+  } catch (...) {
+    foundAnswers.resize(found.size());
+    throw;
+  }
+}
+
+FolderFindings SearchEngine::beginFolder(const NSString *folder) {
+  const Worker *const worker = Worker::current();
+  if (worker != nullptr && worker->ahead() != nullptr)
+    return readAhead_.take(*worker->ahead());
+  if (_searchPredicate->fileList != nullptr || folder == nullptr)
+    return {};
+  return {.subFolders = {}, .files = {}, .rest = DirectoryListing::open(folder->view())};
 }
 
 void SearchEngine::andSearch(const NSString *folder, int type) noexcept {
@@ -49,8 +76,10 @@ void SearchEngine::searchFolder(const NSString *folder, int type, Conditions con
   Worker *const worker = Worker::current();
   std::optional<FolderSearch> &search = worker != nullptr ? worker->search : own;
   try {
-    if (!search)
-      search.emplace(*this, folder, type, conditions, pool);
+    if (!search) {
+      search.emplace(*this, folder, beginFolder(folder), type, conditions, pool);
+      queueSubFolders(*search);
+    }
     if (!searchEntries(*search))
       return;
   } catch (...) {
@@ -73,6 +102,11 @@ bool SearchEngine::searchEntries(FolderSearch &search) {
     }
     return true;
   }
+  // What has been met ahead of a cancel, but not told, is not told any more.
+  if (_bCancel != 0)
+    search.found.clear();
+  if (!handOver(search))
+    return false;
   while (search.listing && _bCancel == 0) {
     const std::optional<DirectoryEntry> entry = search.listing->next();
     if (!entry)
@@ -86,8 +120,14 @@ bool SearchEngine::searchEntries(FolderSearch &search) {
 }
 
 bool SearchEngine::canLookAhead(const FolderSearch &search) const noexcept {
-  return search.judgesByListing && search.found.size() < mostFound &&
-         search.listing->isNextRegularFile();
+  if (search.found.empty())
+    return true;
+  const std::optional<std::string_view> next = search.listing->nextRegularFile();
+  if (!next || search.found.size() >= mostFound)
+    return false;
+  // The text of a document may take any time, the beginning of a photograph hardly any.
+  return search.test.isAll() || ((isPDFSearch() == 0 || !isNameOfDocument(*next)) &&
+                                 Clock::now() - search.foundAt < longestDelay);
 }
 
 bool SearchEngine::handOver(FolderSearch &search) noexcept {
@@ -104,41 +144,55 @@ bool SearchEngine::handOver(FolderSearch &search) noexcept {
 
 void SearchEngine::searchItem(FolderSearch &search, SearchItem &item) noexcept {
   try {
-    char isFolder = 0;
-    if (defaultFilter(item, search.type, &isFolder) == 0) {
-      if (isFolder != 0 && search.record.checkSubFolder != 0 && isAlias(item) == 0)
-        performOnMainThread([engine = Ref<SearchEngine>(this), pool = search.pool,
-                             path = item.path()] { ((*engine).*pool)(path.get()); });
-    } else if ((this->*search.conditions)(search, item)) {
-      search.found.push_back(item.path());
+    switch (search.test.kindOf(item.file, search.type)) {
+    case EntryTest::Kind::Nothing:
+      break;
+    case EntryTest::Kind::SubFolder:
+      search.subFolders.push_back(item.path());
+      queueSubFolders(search);
+      break;
+    case EntryTest::Kind::File:
+      if ((this->*search.conditions)(search, item))
+        search.addFound(item.path());
+      break;
     }
   } catch (...) {
     // Memory is short: this item is passed over, and the next may fare better.
   }
 }
 
+void SearchEngine::queueSubFolders(FolderSearch &search) noexcept {
+  if (search.subFolders.empty())
+    return;
+  const bool isOnMainThread = MainRunLoop::shared().isMainThread();
+  for (Ref<const NSString> &path : search.subFolders) {
+    if (isOnMainThread) {
+      (this->*search.pool)(path.get());
+      continue;
+    }
+    try {
+      performOnMainThread([engine = Ref<SearchEngine>(this), pool = search.pool,
+                           folder = std::move(path)] { ((*engine).*pool)(folder.get()); });
+    } catch (...) {
+      // Memory is short: this folder is passed over, and the next may fare better.
+    }
+  }
+  search.subFolders.clear();
+}
+
 bool SearchEngine::meetsAll(FolderSearch &search, SearchItem &item) const {
-  const SearchPredicate &record = search.record;
-  if (search.name && search.name->find(item.file.name()).length == 0)
+  if (!search.test.meetsAll(item.file))
     return false;
-  if (fileModDateSearch(item, record.modDateStart, record.modDateEnd) == 0)
-    return false;
-  if (isPDFSearch() == 0 && isExifSearch() == 0 && isTokenDateSearch() == 0)
+  if (search.test.isAll())
     return true;
   search.answers = {};
   // Unlike the distribution, which tests again, the walk passes over an empty keyword.
-  return meetsContentConditions(item, record.searchPDFText != 0 && hasContentKeyword(),
+  return meetsContentConditions(item, search.record.searchPDFText != 0 && hasContentKeyword(),
                                 search.answers);
 }
 
 bool SearchEngine::meetsAny(FolderSearch &search, SearchItem &item) const {
-  const SearchPredicate &record = search.record;
-  if (search.name && search.name->find(item.file.name()).length != 0)
-    return true;
-  if ((record.modDateStart != nullptr || record.modDateEnd != nullptr) &&
-      fileModDateSearch(item, record.modDateStart, record.modDateEnd) != 0)
-    return true;
-  return meetsAnyContentCondition(item);
+  return search.test.meetsAny(item.file) || meetsAnyContentCondition(item);
 }
 
 bool SearchEngine::meetsContent(FolderSearch &search, SearchItem &item) const {

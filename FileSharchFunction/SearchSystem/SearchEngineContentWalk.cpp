@@ -6,6 +6,7 @@ void SearchEngine::startContentWalk() noexcept {
   _isExifSearch = _isSearching = 1;
   _threadCount = 0;
   _dirPool.clear();
+  readAhead_.begin(nullptr, 0);
   spotligtExifPDFSearchPool(_searchPredicate->searchFolder);
 }
 
@@ -13,7 +14,9 @@ void SearchEngine::spotligtExifPDFSearchPool(const NSString *folder) noexcept {
   assert(MainRunLoop::shared().isMainThread());
   if (_searchPredicate == nullptr)
     return;
-  addToPool(folder, _dirPool, _threadCount, workers_, &SearchEngine::spotligtExifPDFSearchThread);
+  makeEntryTest();
+  addToPool(folder, _dirPool, _threadCount, workers_, &SearchEngine::spotligtExifPDFSearchThread,
+            nullptr);
   if (_threadCount > 0)
     return;
   _isExifSearch = 0;

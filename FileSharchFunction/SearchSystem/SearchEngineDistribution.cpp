@@ -35,10 +35,11 @@ void SearchEngine::searchResultDistribution(const ResultMessage *message) noexce
 }
 
 bool SearchEngine::distributeFound(FolderSearch &search) noexcept {
-  search.message.ResultData = std::move(search.found[search.handedOver++]);
+  const std::size_t number = search.handedOver++;
+  search.message.ResultData = std::move(search.found[number]);
   const bool isOutermost = !isDistributing_;
-  if (isOutermost)
-    knownAnswers_ = &search.answers;
+  if (isOutermost && number < search.foundAnswers.size())
+    knownAnswers_ = &search.foundAnswers[number];
   searchResultDistribution(&search.message);
   if (isOutermost)
     knownAnswers_ = nullptr;
@@ -47,6 +48,7 @@ bool SearchEngine::distributeFound(FolderSearch &search) noexcept {
     return true;
   _returnCount -= static_cast<int>(left);
   search.found.clear();
+  search.foundAnswers.clear();
   search.handedOver = 0;
   return false;
 }

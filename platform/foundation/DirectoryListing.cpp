@@ -79,9 +79,11 @@ std::optional<DirectoryListing> DirectoryListing::open(std::string_view path) {
                           std::move(buffer));
 }
 
-bool DirectoryListing::isNextRegularFile() const noexcept {
-  return position_ < filled_ &&
-         reinterpret_cast<const dirent64 *>(buffer_.get() + position_)->d_type == DT_REG;
+std::optional<std::string_view> DirectoryListing::nextRegularFile() const noexcept {
+  if (position_ == filled_)
+    return std::nullopt;
+  const auto *entry = reinterpret_cast<const dirent64 *>(buffer_.get() + position_);
+  return entry->d_type == DT_REG ? std::optional<std::string_view>(entry->d_name) : std::nullopt;
 }
 
 std::optional<DirectoryEntry> DirectoryListing::next() noexcept {

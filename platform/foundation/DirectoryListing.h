@@ -32,8 +32,9 @@ public:
   /// The next name; none at the end, and where the system refuses to go on.
   [[nodiscard]] std::optional<DirectoryEntry> next() noexcept;
 
-  /// Whether `next` would answer at once, without asking the system, and with a regular file.
-  [[nodiscard]] bool isNextRegularFile() const noexcept;
+  /// The name that `next` would answer with at once, without asking the system, if it is known to
+  /// be that of a regular file. Valid as that is.
+  [[nodiscard]] std::optional<std::string_view> nextRegularFile() const noexcept;
 
   /// Whether the system has refused to go on, so that names may be missing.
   [[nodiscard]] bool hasBrokenOff() const noexcept { return hasBrokenOff_; }

@@ -21,7 +21,7 @@ void ThreadJob::performAtExit(Action action, void *target) noexcept {
 }
 
 bool ThreadJob::performAndGoOn(Turn turn, void *target) noexcept {
-  if (currentJob == nullptr || !currentJob->hasThread_) {
+  if (currentJob == nullptr) {
     bool goesOn = true;
     while (goesOn)
       performOnMainThreadAndWait([&] { goesOn = turn(target); });
@@ -68,7 +68,7 @@ void ThreadJob::finished() noexcept {
     return;
   }
   if (std::exchange(isPaused_, false)) {
-    takeThread();
+    resume();
     return;
   }
   loop.endActivity();
@@ -87,11 +87,24 @@ bool ThreadJob::executeOnThread() noexcept {
   return hasPaused;
 }
 
-void ThreadJob::takeThread() noexcept {
-  MainRunLoop::shared().jobStarted();
-  hasThread_ = true;
-  if (!ThreadPool::add(*this))
-    executeOnMainThread();
+void ThreadJob::resume() noexcept {
+  MainRunLoop &loop = MainRunLoop::shared();
+  switch (demand()) {
+  case Demand::Thread:
+    loop.jobStarted();
+    hasThread_ = true;
+    if (!ThreadPool::add(*this))
+      executeOnMainThread();
+    break;
+  case Demand::MainThread:
+    hasThread_ = false;
+    loop.post(*this);
+    break;
+  case Demand::MainThreadQuietly:
+    hasThread_ = false;
+    loop.postQuietly(*this);
+    break;
+  }
 }
 
 void ThreadJob::executeOnMainThread() noexcept {
@@ -102,8 +115,12 @@ void ThreadJob::executeOnMainThread() noexcept {
 }
 
 void NSThread::detachNewThread(ThreadJob &job) noexcept {
+  detachWaitingThread(job);
+  job.resume();
+}
+
+void NSThread::detachWaitingThread(ThreadJob &) noexcept {
   MainRunLoop &loop = MainRunLoop::shared();
   assert(loop.isMainThread());
   loop.beginActivity();
-  job.takeThread();
 }

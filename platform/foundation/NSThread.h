@@ -25,9 +25,9 @@ public:
   using Turn = bool (*)(void *target);
 
   /// Has the main thread call `turn`, each time in a turn of its loop, until it answers false, and
-  /// waits for that. A job that runs on a thread of its own waits by pausing: this answers false,
-  /// `main` must return, and is called once more afterwards, so that no thread sleeps meanwhile.
-  /// Elsewhere all calls have been made when this answers true.
+  /// waits for that. A job waits by pausing: this answers false, `main` must return, and is called
+  /// once more afterwards, so that no thread sleeps meanwhile. Without a job all calls have been
+  /// made when this answers true.
   [[nodiscard]] static bool performAndGoOn(Turn turn, void *target) noexcept;
 
   /// The job that the calling thread runs, or null.
@@ -36,12 +36,28 @@ public:
   /// Whether the job has paused in `performAndGoOn`. From its body.
   [[nodiscard]] bool isPaused() const noexcept { return isPaused_; }
 
+  /// Has a job go on that was detached as one that waits. Once; any thread.
+  void resume() noexcept;
+
 protected:
   ThreadJob() noexcept = default;
   ~ThreadJob() = default;
 
-  /// The job's body. On its own thread, or on the main thread if no thread could be started.
+  /// The job's body. On its own thread, or on the main thread if it needs none or none could be
+  /// started.
   virtual void main() = 0;
+
+  /// What `main` is going to do.
+  enum class Demand {
+    /// Something that may take long.
+    Thread,
+    /// It hands over what has been made ready; at once, or when the main thread comes to it.
+    MainThread,
+    MainThreadQuietly,
+  };
+
+  /// Asked each time before `main` is called. The thread that starts or resumes the job.
+  [[nodiscard]] virtual Demand demand() const noexcept { return Demand::Thread; }
 
   /// The job is over and may be used again. Main thread.
   virtual void ended() noexcept = 0;
@@ -56,7 +72,6 @@ private:
   /// Has the body run as work of the main loop.
   void executeOnMainThread() noexcept;
   void execute() noexcept;
-  void takeThread() noexcept;
   void run() final;
   void finished() noexcept final;
 
@@ -74,4 +89,7 @@ public:
   /// Starts `job` on a thread of its own, never waiting for a busy one. When no thread can be had
   /// the job becomes work of the main loop. Main thread.
   static void detachNewThread(ThreadJob &job) noexcept;
+
+  /// The same for a job that waits until its `resume` is called. Main thread.
+  static void detachWaitingThread(ThreadJob &job) noexcept;
 };

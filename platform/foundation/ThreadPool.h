@@ -23,7 +23,7 @@ class ThreadJob;
 /// Ownership: borrows the jobs. Threads: any, unless said otherwise; never destroyed.
 class ThreadPool {
 public:
-  /// Queues `job`; false when there is no thread to run it, and then it is not queued. Main
+  /// Queues `job`; false when there is no thread to run it, and then it is not queued. Any
   /// thread.
   static bool add(ThreadJob &job) noexcept;
 

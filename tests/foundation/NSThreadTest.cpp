@@ -19,10 +19,33 @@ using Clock = MainRunLoop::Clock;
 
 class NSThreadTest : public testing::Test {
 protected:
+  struct Job final : ThreadJob {
+    using ThreadJob::Demand;
+    Job(NSThreadTest &owner, std::function<void()> work, Demand what = Demand::Thread)
+        : body(std::move(work)), test(owner), demanded(what) {}
+    void main() override { body(); }
+    void ended() noexcept override {
+      --test.running_;
+      test.note("ended");
+    }
+    Demand demand() const noexcept override { return demanded; }
+    std::function<void()> body;
+    NSThreadTest &test;
+    const Demand demanded;
+  };
+
   /// Starts a job that notes when it has ended.
   void start(std::function<void()> body) {
     ++running_;
     NSThread::detachNewThread(jobs_.emplace_back(*this, std::move(body)));
+  }
+
+  /// Starts a job that waits until it is resumed.
+  Job &startWaiting(Job::Demand demand, std::function<void()> body) {
+    ++running_;
+    Job &job = jobs_.emplace_back(*this, std::move(body), demand);
+    NSThread::detachWaitingThread(job);
+    return job;
   }
 
   /// Runs the loop until every job has ended.
@@ -48,17 +71,6 @@ protected:
   std::string log;
 
 private:
-  struct Job final : ThreadJob {
-    Job(NSThreadTest &owner, std::function<void()> work) : body(std::move(work)), test(owner) {}
-    void main() override { body(); }
-    void ended() noexcept override {
-      --test.running_;
-      test.note("ended");
-    }
-    std::function<void()> body;
-    NSThreadTest &test;
-  };
-
   std::mutex lock_;
   std::list<Job> jobs_;
   int running_ = 0;
@@ -122,6 +134,23 @@ TEST_F(NSThreadTest, JobsPauseWhileTheMainThreadActs) {
   finishJobs();
   EXPECT_GE(actions, 3 + jobs * pausesOfEach);
   EXPECT_EQ(log, "exit ended exit ended exit ended ");
+}
+
+TEST_F(NSThreadTest, AJobThatWaitsIsResumed) {
+  using Demand = Job::Demand;
+  for (const Demand demand : {Demand::Thread, Demand::MainThread, Demand::MainThreadQuietly}) {
+    log.clear();
+    Job &waiting = startWaiting(demand, [&] {
+      note("main");
+      noteAtExit();
+    });
+    CFRunLoopRunInMode(nullptr, 0, 0);
+    EXPECT_EQ(log, "");
+    start([&] { waiting.resume(); });
+    finishJobs();
+    EXPECT_NE(log.find(demand == Demand::Thread ? "(main) " : "main "), log.npos) << log;
+    EXPECT_NE(log.find("exit ended "), log.npos) << log;
+  }
 }
 
 TEST_F(NSThreadTest, WorkThatAJobPostsRunsWhileAllJobsAreStuck) {

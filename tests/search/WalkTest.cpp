@@ -69,6 +69,28 @@ TEST_F(WalkTest, FiveWorkersOnAFolderEach) {
   EXPECT_FALSE(gate.isMainThreadUsed);
 }
 
+TEST_F(WalkTest, ManyFoldersAndLargeOnes) {
+  Words all;
+  for (int i = 0; i < 1400; ++i)
+    all.push_back((i < 300 ? "few/" + std::to_string(i) : "many") + "/" + std::to_string(i) +
+                  ".jpg");
+  std::sort(all.begin(), all.end());
+  for (const std::string &name : all)
+    tree.file(name);
+  for (int i = 0; i < 300; ++i)
+    tree.folder("empty/" + std::to_string(i));
+  const SystemCallsGuard calls;
+  EXPECT_EQ(found("n="), join(all));
+  EXPECT_EQ(calls.counts().openAt, 1 + 3 + 300 + 300) << "one listing per folder";
+
+  reset();
+  Request cancelled = makeRequest("n=");
+  hosts[0].onResult = [] { SS_SearchCancel(); };
+  SS_SearchStart(&cancelled);
+  finish();
+  EXPECT_LE(hosts[0].words.size(), 5U + 1) << "what five workers had on the way, and the end";
+}
+
 TEST_F(WalkTest, ListOfFiles) {
   makeFiles({"one.b.jpg", "one.a.pdf", "one/two.jpg", "one.txt"});
   const std::string a = tree.path("one.a.pdf"), b = tree.path("one.b.jpg");
