@@ -1,6 +1,7 @@
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
 
 #include "platform/foundation/FileBeginning.h"
+#include "platform/foundation/TryTwice.h"
 
 #include <algorithm>
 #include <array>
@@ -83,12 +84,9 @@ Ref<ExifAnalysis> ExifAnalysis::startExifAnalysisAtPath(const NSString *path) no
 }
 
 Ref<ExifAnalysis> ExifAnalysis::startExifAnalysisAtPath(FileItem &item) noexcept {
-  try {
-    auto analysis = Ref<ExifAnalysis>::adopt(new ExifAnalysis);
-    return analysis->initCIMAGETAG(item) != 0 ? analysis : nullptr;
-  } catch (const std::bad_alloc &) {
-    return nullptr;
-  }
+  Ref<ExifAnalysis> analysis;
+  tryTwice([&] { analysis = Ref<ExifAnalysis>::adopt(new ExifAnalysis); });
+  return analysis && analysis->initCIMAGETAG(item) != 0 ? analysis : nullptr;
 }
 
 char ExifAnalysis::initCIMAGETAG(FileItem &item) noexcept {
@@ -115,15 +113,16 @@ std::int16_t ExifAnalysis::readDataHandle(FileItem &item, Ref<const NSData> *han
 }
 
 Ref<const NSString> ExifAnalysis::getExifInfo(std::uint32_t tag) noexcept {
-  try {
+  Ref<const NSString> text;
+  tryTwice([&] {
     if (tag == tagDateTimeOriginal)
-      return dateText();
-    if (tag >= tagImageDescription && tag <= tagModel)
-      return mainText(tag);
-    return tag == tagUserComment ? comment() : nullptr;
-  } catch (const std::bad_alloc &) {
-    return nullptr;
-  }
+      text = dateText();
+    else if (tag >= tagImageDescription && tag <= tagModel)
+      text = mainText(tag);
+    else if (tag == tagUserComment)
+      text = comment();
+  });
+  return text;
 }
 
 Ref<const NSString> ExifAnalysis::dateText() {
@@ -192,11 +191,9 @@ Ref<const NSString> ExifAnalysis::getUserComment(IMAGETAG_INFO *info) noexcept {
   const auto count = static_cast<std::size_t>(std::max<std::int32_t>(info->count, 0));
   if (count <= skip)
     return nullptr;
-  try {
-    return NSString::initWithData({value + skip, count - skip}, encoding);
-  } catch (const std::bad_alloc &) {
-    return nullptr;
-  }
+  Ref<const NSString> text;
+  tryTwice([&] { text = NSString::initWithData({value + skip, count - skip}, encoding); });
+  return text;
 }
 
 int FS_CheckDate(char *text, DateTimeRec *date) noexcept {

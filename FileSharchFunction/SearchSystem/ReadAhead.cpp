@@ -2,6 +2,7 @@
 
 #include "FileSharchFunction/SearchSystem/SearchItem.h"
 #include "platform/foundation/MainRunLoop.h"
+#include "platform/foundation/TryTwice.h"
 
 #include <algorithm>
 #include <utility>
@@ -19,8 +20,8 @@ constexpr std::size_t foldersInARow = 64;
 constexpr int mostOpenFolders = 4;
 
 /// What is kept of a folder at most before its worker comes to it, and while it waits.
-constexpr std::size_t mostFiles = 1024;
-constexpr std::size_t mostFilesAwaited = 64;
+constexpr std::size_t mostKept = 1024;
+constexpr std::size_t mostKeptWhileAwaited = 64;
 
 } // namespace
 
@@ -139,46 +140,40 @@ std::size_t ReadAhead::claim(Claim &claimed, std::size_t most) noexcept {
 }
 
 void ReadAhead::read(FolderAhead &folder) noexcept {
-  try {
-    readEntries(folder);
-  } catch (...) {
-    // Memory is short: what this folder still holds cannot be reported.
-    folder.findings.rest.reset();
+  FolderFindings &findings = folder.findings;
+  tryTwice([&] {
+    if (std::optional<DirectoryListing> listing = DirectoryListing::open(folder.path().view()))
+      findings.rest.emplace(*std::move(listing));
+  });
+  while (findings.rest) {
+    const std::size_t kept = findings.files.size() + findings.subFolders.size();
+    if (kept >= mostKept || (kept >= mostKeptWhileAwaited && folder.isAwaited())) {
+      openFolders_.fetch_add(1);
+      break;
+    }
+    const bool isCancelled = isCancelled_.load(std::memory_order_relaxed) != 0;
+    const std::optional<DirectoryEntry> entry = isCancelled ? std::nullopt : findings.rest->next();
+    if (entry)
+      // Where memory is short the entry is passed over, and the next may fare better.
+      tryTwice([&] { readEntry(folder, *entry); });
+    else
+      findings.rest.reset();
   }
-  if (folder.findings.rest)
-    openFolders_.fetch_add(1);
   folder.setRead();
 }
 
-void ReadAhead::readEntries(FolderAhead &folder) const {
+void ReadAhead::readEntry(FolderAhead &folder, const DirectoryEntry &entry) const {
   FolderFindings &findings = folder.findings;
-  if (isCancelled_.load() != 0)
-    return;
-  if (std::optional<DirectoryListing> listing = DirectoryListing::open(folder.path().view()))
-    findings.rest.emplace(*std::move(listing));
-  while (findings.rest && isCancelled_.load(std::memory_order_relaxed) == 0) {
-    const std::size_t kept = findings.files.size() + findings.subFolders.size();
-    if (kept >= mostFiles || (kept >= mostFilesAwaited && folder.isAwaited()))
-      return;
-    const std::optional<DirectoryEntry> entry = findings.rest->next();
-    if (!entry)
-      break;
-    try {
-      SearchItem item(folder.path(), *findings.rest, *entry);
-      switch (test_->kindOf(item.file, type_)) {
-      case EntryTest::Kind::Nothing:
-        break;
-      case EntryTest::Kind::SubFolder:
-        findings.subFolders.push_back(item.path());
-        break;
-      case EntryTest::Kind::File:
-        if (test_->wantsAll() ? test_->meetsAll(item.file) : test_->meetsAny(item.file))
-          findings.files.push_back(item.path());
-        break;
-      }
-    } catch (...) {
-      // Memory is short: this item is passed over, and the next may fare better.
-    }
+  SearchItem item(folder.path(), *findings.rest, entry);
+  switch (test_->kindOf(item.file, type_)) {
+  case EntryTest::Kind::Nothing:
+    break;
+  case EntryTest::Kind::SubFolder:
+    findings.subFolders.push_back(item.path());
+    break;
+  case EntryTest::Kind::File:
+    if (test_->wantsAll() ? test_->meetsAll(item.file) : test_->meetsAny(item.file))
+      findings.files.push_back(item.path());
+    break;
   }
-  findings.rest.reset();
 }

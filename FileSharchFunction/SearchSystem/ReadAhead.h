@@ -72,7 +72,7 @@ private:
   void readSome() noexcept;
   [[nodiscard]] std::size_t claim(Claim &claimed, std::size_t most) noexcept;
   void read(FolderAhead &folder) noexcept;
-  void readEntries(FolderAhead &folder) const;
+  void readEntry(FolderAhead &folder, const DirectoryEntry &entry) const;
 
   const NSObject &owner_;
   const std::atomic<char> &isCancelled_;

@@ -4,6 +4,7 @@
 #include "FileSharchFunction/SearchSystem/SearchController.h"
 #include "platform/foundation/Gestalt.h"
 #include "platform/foundation/NSClass.h"
+#include "platform/foundation/TryTwice.h"
 
 #include <utility>
 
@@ -20,13 +21,8 @@ constexpr std::string_view queryFinish = NSMetadataQueryDidFinishGatheringNotifi
 SearchEngine *SearchEngine::sSharedSearchEngine = nullptr;
 
 SearchEngine *SearchEngine::sharedSearchEngine() noexcept {
-  if (sSharedSearchEngine == nullptr) {
-    try {
-      sSharedSearchEngine = new SearchEngine;
-    } catch (...) {
-      return nullptr;
-    }
-  }
+  if (sSharedSearchEngine == nullptr)
+    tryTwice([] { sSharedSearchEngine = new SearchEngine; });
   return sSharedSearchEngine;
 }
 

@@ -234,7 +234,7 @@ private:
   /// What is known of the folder at first. Throws `std::bad_alloc`.
   [[nodiscard]] FolderFindings beginFolder(const NSString *folder);
   /// Goes through the entries; false when the search has paused.
-  [[nodiscard]] bool searchEntries(FolderSearch &search);
+  [[nodiscard]] bool searchEntries(FolderSearch &search) noexcept;
   /// Adds the item to what is found, or, if it is a folder to search, to the pool.
   void searchItem(FolderSearch &search, SearchItem &item) noexcept;
   void queueSubFolders(FolderSearch &search) noexcept;
@@ -286,6 +286,9 @@ private:
   [[nodiscard]] bool distributeFound(FolderSearch &search) noexcept;
 
   void startContentWalk() noexcept;
+  /// Has the index queried, if it can decide anything; false when the query refuses to start.
+  /// Throws `std::bad_alloc`.
+  [[nodiscard]] bool poseQuery();
   /// Poses a query with these conditions to the index; whether it has started.
   [[nodiscard]] bool startQuery(std::vector<Ref<const NSPredicate>> conditions);
   [[nodiscard]] bool isOfAnotherQuery(const NSNotification *notification) const noexcept;

@@ -3,6 +3,7 @@
 #include "platform/foundation/DirectoryListing.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/PathComponents.h"
+#include "platform/foundation/TryTwice.h"
 
 namespace {
 
@@ -75,20 +76,20 @@ void SearchEngine::searchFolder(const NSString *folder, int type, Conditions con
   std::optional<FolderSearch> own;
   Worker *const worker = Worker::current();
   std::optional<FolderSearch> &search = worker != nullptr ? worker->search : own;
-  try {
-    if (!search) {
+  if (!search) {
+    const auto begin = [&] {
       search.emplace(*this, folder, beginFolder(folder), type, conditions, pool);
-      queueSubFolders(*search);
-    }
-    if (!searchEntries(*search))
+    };
+    // Without memory for that the folder is passed over.
+    if (!tryTwice(begin))
       return;
-  } catch (...) {
-    // Memory is short: what this folder still holds cannot be reported.
+    queueSubFolders(*search);
   }
-  search.reset();
+  if (searchEntries(*search))
+    search.reset();
 }
 
-bool SearchEngine::searchEntries(FolderSearch &search) {
+bool SearchEngine::searchEntries(FolderSearch &search) noexcept {
   if (const NSArray *const list = search.record.fileList) {
     while (search.nextInList < list->count() && _bCancel == 0) {
       const auto *const path =
@@ -143,7 +144,8 @@ bool SearchEngine::handOver(FolderSearch &search) noexcept {
 }
 
 void SearchEngine::searchItem(FolderSearch &search, SearchItem &item) noexcept {
-  try {
+  // Where memory is short the item is passed over, and the next may fare better.
+  tryTwice([&] {
     switch (search.test.kindOf(item.file, search.type)) {
     case EntryTest::Kind::Nothing:
       break;
@@ -156,26 +158,23 @@ void SearchEngine::searchItem(FolderSearch &search, SearchItem &item) noexcept {
         search.addFound(item.path());
       break;
     }
-  } catch (...) {
-    // Memory is short: this item is passed over, and the next may fare better.
-  }
+  });
 }
 
 void SearchEngine::queueSubFolders(FolderSearch &search) noexcept {
   if (search.subFolders.empty())
     return;
   const bool isOnMainThread = MainRunLoop::shared().isMainThread();
-  for (Ref<const NSString> &path : search.subFolders) {
+  for (const Ref<const NSString> &path : search.subFolders) {
     if (isOnMainThread) {
       (this->*search.pool)(path.get());
       continue;
     }
-    try {
-      performOnMainThread([engine = Ref<SearchEngine>(this), pool = search.pool,
-                           folder = std::move(path)] { ((*engine).*pool)(folder.get()); });
-    } catch (...) {
-      // Memory is short: this folder is passed over, and the next may fare better.
-    }
+    tryTwice([&] {
+      performOnMainThread([engine = Ref<SearchEngine>(this), pool = search.pool, path] {
+        ((*engine).*pool)(path.get());
+      });
+    });
   }
   search.subFolders.clear();
 }

@@ -1,6 +1,7 @@
 #include "FileSharchFunction/SearchSystem/HostCallback.h"
 #include "FileSharchFunction/SearchSystem/SearchController.h"
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
+#include "platform/foundation/TryTwice.h"
 
 #include <cassert>
 #include <utility>
@@ -55,15 +56,14 @@ bool SearchEngine::distributeFound(FolderSearch &search) noexcept {
 
 void SearchEngine::defer(Deferred deferred) noexcept {
   const bool isResult = deferred.message && deferred.message->ResultData;
-  try {
+  const bool isKept = tryTwice([&] {
     if (isResult && deferred_.capacity() - deferred_.size() <= reservedDeferrals)
       deferred_.reserve(deferred_.capacity() * 2);
     deferred_.push_back(std::move(deferred));
-  } catch (...) {
-    // The result is lost, and the end must not wait for it.
-    if (isResult)
-      --_returnCount;
-  }
+  });
+  // A result that is lost is none that the end waits for.
+  if (!isKept && isResult)
+    --_returnCount;
 }
 
 void SearchEngine::distribute(const ResultMessage &message) noexcept {
@@ -106,17 +106,17 @@ bool SearchEngine::shouldDeliver(const NSString *path) {
     return _isUseSpotlight == 0 || isExifSearch() == 0 || checkDuplicatePath(path) != 0;
   if (isPDFSearch() == 0 && isExifSearch() == 0 && isTokenDateSearch() == 0)
     return true;
-  try {
+  // What cannot be tested for lack of memory does not meet its conditions.
+  bool meets = false;
+  tryTwice([&] {
     SearchItem item(*path);
     ContentAnswers answers;
     if (knownAnswers_ != nullptr && knownAnswers_->file && item.file.status() &&
         isSameUnchangedFile(*knownAnswers_->file, *item.file.status()))
       answers = *knownAnswers_;
-    return meetsContentConditions(item, isPDFSearch() != 0, answers);
-  } catch (...) {
-    // Memory is short: what cannot be tested does not meet its conditions.
-    return false;
-  }
+    meets = meetsContentConditions(item, isPDFSearch() != 0, answers);
+  });
+  return meets;
 }
 
 void SearchEngine::deliver(const NSString *path) noexcept {

@@ -5,6 +5,7 @@
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/PathComponents.h"
 #include "platform/foundation/ResolvedPath.h"
+#include "platform/foundation/TryTwice.h"
 #include "platform/metadata/NSCompoundPredicate.h"
 #include "platform/metadata/NSPredicate.h"
 
@@ -74,21 +75,22 @@ void SearchEngine::spotlightSearch() noexcept {
   if (_searchPredicate->isAndSearch == 0 &&
       (isExifSearch() != 0 || isPDFSearch() != 0 || isTokenDateSearch() != 0))
     startContentWalk();
-  try {
-    Predicates all = conditions(*_searchPredicate);
-    const bool mustMeetAll = _searchPredicate->isAndSearch != 0;
-    if (!all.empty() || mustMeetAll) {
-      if (startQuery(std::move(all)))
-        return;
-    } else if (_isSearching != 0) {
-      // The walk alone decides: the query counts as finished.
-      ++_endCount;
-      return;
-    }
-  } catch (...) {
-    // Memory is short: a query that cannot be posed is one that refuses to start.
-  }
-  reportProducerEnd();
+  // A query that cannot be posed for lack of memory is one that refuses to start.
+  bool isPosed = false;
+  tryTwice([&] { isPosed = poseQuery(); });
+  if (!isPosed)
+    reportProducerEnd();
+}
+
+bool SearchEngine::poseQuery() {
+  Predicates all = conditions(*_searchPredicate);
+  if (!all.empty() || _searchPredicate->isAndSearch != 0)
+    return startQuery(std::move(all));
+  if (_isSearching == 0)
+    return false;
+  // The walk alone decides: the query counts as finished.
+  ++_endCount;
+  return true;
 }
 
 bool SearchEngine::startQuery(Predicates all) {
@@ -120,24 +122,25 @@ void SearchEngine::picUpResultData() noexcept {
   const Ref<SearchEngine> self(this);
   ResultMessage message;
   message.SearchState = 1;
-  try {
+  // Where memory is short the next notification may fare better.
+  tryTwice([&] {
     const std::string base = _isCheckSubFolder == 0 ? baseFolder() : std::string();
     while (static_cast<std::size_t>(_resultCheckCount) < _metaQuery->resultCount()) {
-      // Counted first: the callback may lead back here.
       const Ref<const NSMetadataItem> item =
-          _metaQuery->resultAtIndex(static_cast<std::size_t>(_resultCheckCount++));
+          _metaQuery->resultAtIndex(static_cast<std::size_t>(_resultCheckCount));
       const Ref<const NSObject> value = item->valueForAttribute("kMDItemPath");
       const auto *const path = dynamic_cast<const NSString *>(value.get());
-      if (path == nullptr ||
-          (_isCheckSubFolder == 0 && pathWithoutLastComponent(path->view()) != base))
+      const bool isWanted = path != nullptr && (_isCheckSubFolder != 0 ||
+                                                pathWithoutLastComponent(path->view()) == base);
+      // Counted before the callback, which may lead back here.
+      ++_resultCheckCount;
+      if (!isWanted)
         continue;
       message.ResultData = Ref<const NSString>(path);
       ++_returnCount;
       searchResultDistribution(&message);
     }
-  } catch (...) {
-    // Memory is short: the next notification may fare better.
-  }
+  });
 }
 
 void SearchEngine::stopSpotlight(const NSNotification *notification) noexcept {

@@ -1,5 +1,7 @@
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
 
+#include "platform/foundation/TryTwice.h"
+
 #include <algorithm>
 #include <cassert>
 #include <utility>
@@ -69,11 +71,8 @@ void SearchEngine::addToPool(const NSString *path, Pool &pool, int &threadCount,
   if (path == nullptr) {
     --threadCount;
   } else {
-    try {
-      pool.emplace_back(path);
-    } catch (...) {
-      // Without memory for its place in the queue the path is passed over.
-    }
+    // Without memory for its place in the queue the path is passed over.
+    tryTwice([&] { pool.emplace_back(path); });
   }
   if (ahead != nullptr)
     ahead->follow(pool);
@@ -87,13 +86,9 @@ void SearchEngine::addToPool(const NSString *path, Pool &pool, int &threadCount,
 }
 
 void SearchEngine::makeEntryTest() noexcept {
-  if (entryTest_)
-    return;
-  try {
-    entryTest_.emplace(*_searchPredicate);
-  } catch (...) {
-    // The next event of the queue tries again.
-  }
+  // Where that fails the next event of the queue tries again.
+  if (!entryTest_)
+    tryTwice([&] { entryTest_.emplace(*_searchPredicate); });
 }
 
 void SearchEngine::manuallyFileSearch() noexcept {

@@ -1,9 +1,9 @@
 #include "platform/foundation/FileBeginning.h"
 
 #include "platform/foundation/SystemCalls.h"
+#include "platform/foundation/TryTwice.h"
 
 #include <algorithm>
-#include <new>
 #include <unistd.h>
 
 namespace {
@@ -30,14 +30,12 @@ Ref<const NSData> beginningOfFile(FileItem &item, std::size_t longest) noexcept 
   const std::optional<FileStatus> &status = item.status();
   if (!status || status->size == 0)
     return nullptr;
-  try {
-    // Of one size for all files, so that one buffer serves them all.
-    const Ref<NSData> data = NSData::withCapacity(longest);
-    const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(status->size, longest));
-    const std::size_t count = readFully(file, data->mutableBytes(), size);
-    data->setLength(count);
-    return count != 0 ? data : nullptr;
-  } catch (const std::bad_alloc &) {
+  // Of one size for all files, so that one buffer serves them all.
+  Ref<NSData> data;
+  if (!tryTwice([&] { data = NSData::withCapacity(longest); }))
     return nullptr;
-  }
+  const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(status->size, longest));
+  const std::size_t count = readFully(file, data->mutableBytes(), size);
+  data->setLength(count);
+  return count != 0 ? data : nullptr;
 }

@@ -1,5 +1,7 @@
 #include "platform/foundation/NSClass.h"
 
+#include "platform/foundation/TryTwice.h"
+
 #include <utility>
 
 NSClass *NSClass::first = nullptr;
@@ -20,11 +22,9 @@ const NSClass *NSClass::named(std::string_view name) noexcept {
 }
 
 Ref<NSObject> NSClass::newInstance() const noexcept {
-  try {
-    return create_();
-  } catch (...) {
-    return nullptr;
-  }
+  Ref<NSObject> instance;
+  tryTwice([&] { instance = create_(); });
+  return instance;
 }
 
 void NSClass::hideForTesting(std::string_view name, bool isHidden) noexcept {

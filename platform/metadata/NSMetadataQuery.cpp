@@ -2,6 +2,7 @@
 
 #include "platform/foundation/MainRunLoop.h"
 #include "platform/foundation/NSClass.h"
+#include "platform/foundation/TryTwice.h"
 #include "platform/metadata/FolderRecord.h"
 #include "platform/metadata/MetadataGathering.h"
 
@@ -47,16 +48,18 @@ char NSMetadataQuery::startQuery() noexcept {
   assert(MainRunLoop::shared().isMainThread());
   if (isGathering_ || !predicate_)
     return 0;
-  try {
+  bool arePaths = false;
+  const bool isReady = tryTwice([&] {
     const std::vector<std::string> scopes = pathsOf(scopes_.get());
-    if (scopes.empty())
-      return 0;
+    arePaths = !scopes.empty();
+    if (!arePaths)
+      return;
     learnRightsOfProcess();
     gathering_ = Ref<MetadataGathering>::adopt(
         new MetadataGathering(*this, predicate_, scopes, IndexPlace::current()));
-  } catch (...) {
+  });
+  if (!isReady || !arePaths)
     return 0;
-  }
   isGathering_ = true;
   gathering_->start();
   return 1;
