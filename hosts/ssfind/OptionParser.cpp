@@ -22,6 +22,8 @@ namespace ssfind {
 
 namespace {
 
+constexpr const char *tryHelp = "Try 'ssfind --help'.\n";
+
 struct UsageFault {
   std::string message;
   /// Where on the command line.
@@ -305,7 +307,7 @@ std::optional<DateRange> OptionTable::dateRange(const CLI::Option *option) const
   const auto range = parseDateRange(text);
   if (const auto *error = std::get_if<TextError>(&range)) {
     throw UsageError{programMessage(option->get_name() + ": " + error->message) + '\n' +
-                     MarkedText::withMarkAt(text, error->column).text()};
+                     MarkedText::withMarkAt(text, error->column).text() + tryHelp};
   }
   return std::get<DateRange>(range);
 }
@@ -391,8 +393,7 @@ UsageFault OptionTable::faultOfValue(const CLI::ArgumentMismatch &error) const {
 }
 
 UsageError OptionTable::usageError(const UsageFault &fault) const {
-  return {programMessage(fault.message) + '\n' + commandLine_.marked(fault.places) +
-          "Try 'ssfind --help'.\n"};
+  return {programMessage(fault.message) + '\n' + commandLine_.marked(fault.places) + tryHelp};
 }
 
 } // namespace

@@ -87,6 +87,7 @@ TEST_F(SearchTest, FoldersThatCannotBeRead) {
 
 TEST_F(SearchTest, Lists) {
   tree.link("link", "P/a");
+  tree.file("R\r/c.jpg");
   const auto row = [](const char *list, const char *out, std::vector<std::string> others = {}) {
     others.insert(others.end(), {"--files-from", "-"});
     return Row{others, out, "", *out != '\0' ? 0 : 1, list};
@@ -96,6 +97,7 @@ TEST_F(SearchTest, Lists) {
       row("P/beach.jpg\n./Q/beach.tif", "./Q/beach.tif\nP/beach.jpg\n"),
       row("link/BEACH.JPG\nP/a/BEACH.JPG\n./P/a/BEACH.JPG\n", "link/BEACH.JPG\n"),
       row("\ngone.jpg\nP/beach.jpg/\nP/beach.jpg/x\nQ/beach.tif\n", "Q/beach.tif\n"),
+      row("\r\nP/beach.jpg\r\nR\r\nQ\r\n", "P/beach.jpg\nQ/beach.tif\nR\r/c.jpg\n"),
       row("P/a/b/scan.pdf\nQ/beach.tif\n", "Q/beach.tif\n", {"-n", "beach"}),
       row("P/a/\nP/a/b\nP/a/b/scan.pdf\n", "P/a/BEACH.JPG\nP/a/b/scan.pdf\n"),
       row("P\nP/a\n", "P/a/BEACH.JPG\nP/beach.jpg\n", {"--no-subfolders"}),
@@ -104,6 +106,9 @@ TEST_F(SearchTest, Lists) {
   tree.file("other\nline.jpg");
   EXPECT_EQ(run({"--files-from", "-", "-0"}, std::string("other\nline.jpg\0Q\0", 17)),
             (Outcome{0, std::string("other\nline.jpg\0Q/beach.tif\0", 27)}));
+  Command closed(tree.path(), {"--files-from", "-"});
+  closed.prepare([] { return close(STDIN_FILENO) == 0; });
+  EXPECT_EQ(closed.run(), (Outcome{2, "", "ssfind: standard input: Bad file descriptor\n"}));
   tree.file("zeros", std::string("P\0Q\0", 4));
   expect({
       {{"--files-from", "nowhere", "Q"}, "Q/beach.tif\n", nowhere, 2},
