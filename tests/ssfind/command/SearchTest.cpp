@@ -1,6 +1,7 @@
 #include "tests/ssfind/command/Command.h"
 
 #include <sched.h>
+#include <sys/mount.h>
 
 namespace {
 
@@ -67,7 +68,7 @@ TEST_F(SearchTest, AFileIsPrintedOnce) {
   });
 }
 
-TEST_F(SearchTest, FoldersThatCannotBeRead) {
+TEST_F(SearchTest, FoldersThatCannotBeReadOrAreMounted) {
   expect({
       {{"nowhere", "Q", "", "P/beach.jpg"},
        "Q/beach.tif\n",
@@ -80,9 +81,20 @@ TEST_F(SearchTest, FoldersThatCannotBeRead) {
   const auto dropPrivileges = [] { return unshare(CLONE_NEWUSER) == 0; };
   tree.setMode("P/a", 0300);
   const Outcome locked = Command(tree.path(), {"P/a"}).prepare(dropPrivileges).run();
-  if (locked.code == Command::notPrepared)
+  const auto mountDisk = [&, disk = tree.folder("Q/disk")] {
+    return unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 &&
+           mount(tree.path("P/a/b").c_str(), disk.c_str(), nullptr, MS_BIND, nullptr) == 0;
+  };
+  const auto find = [&](const std::string &option) {
+    return Command(tree.path(), {"Q", "-n", "scan", option}).prepare(mountDisk).run();
+  };
+  const Outcome without = find("--any");
+  if (locked.code == Command::notPrepared || without.code == Command::notPrepared)
     GTEST_SKIP() << "namespaces are not allowed here";
   EXPECT_EQ(locked, (Outcome{2, "", "ssfind: P/a: Permission denied\n"}));
+  const char *const skipped = "ssfind: Q/disk: another file system, not searched (use --mounts)\n";
+  EXPECT_EQ(without, (Outcome{1, "", skipped}));
+  EXPECT_EQ(find("--mounts"), (Outcome{0, "Q/disk/scan.pdf\n"}));
 }
 
 TEST_F(SearchTest, Lists) {
@@ -110,14 +122,10 @@ TEST_F(SearchTest, Lists) {
   closed.prepare([] { return close(STDIN_FILENO) == 0; });
   EXPECT_EQ(closed.run(), (Outcome{2, "", "ssfind: standard input: Bad file descriptor\n"}));
   tree.file("zeros", std::string("P\0Q\0", 4));
-  expect({
-      {{"--files-from", "nowhere", "Q"}, "Q/beach.tif\n", nowhere, 2},
-      {{"--files-from", "P"}, "", "ssfind: P: Is a directory\n", 2},
-      {{"--files-from", "zeros"},
-       "",
-       "ssfind: zeros: paths are separated by NUL, which needs -0\n",
-       2},
-  });
+  const char *const zeros = "ssfind: zeros: paths are separated by NUL, which needs -0\n";
+  expect({{{"--files-from", "nowhere", "Q"}, "Q/beach.tif\n", nowhere, 2},
+          {{"--files-from", "P"}, "", "ssfind: P: Is a directory\n", 2},
+          {{"--files-from", "zeros"}, "", zeros, 2}});
 }
 
 } // namespace
