@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints the lines covered of each file of the library, the least covered first.
+"""Prints the lines covered of each file of the library and its host, the least covered first.
 
 Usage: coverage.py BUILD-FOLDER
 """
@@ -11,7 +11,7 @@ import pathlib
 import subprocess
 import sys
 
-LIBRARY = ("FileSharchFunction/", "pdf_reader/", "platform/", "streams/")
+SOURCES = ("FileSharchFunction/", "hosts/", "pdf_reader/", "platform/", "streams/")
 
 
 def reports(build):
@@ -31,7 +31,7 @@ def main():
         folder = pathlib.Path(report["current_working_directory"])
         for file in report["files"]:
             path = os.path.relpath((folder / file["file"]).resolve(), root)
-            if not path.startswith(LIBRARY):
+            if not path.startswith(SOURCES):
                 continue
             lines = counts[path]
             for line in file["lines"]:
@@ -43,9 +43,8 @@ def main():
 
     total = 0
     covered = 0
-    for path, lines in sorted(counts.items(), key=lambda entry: share(entry[1])):
-        if not lines:
-            continue
+    with_lines = [entry for entry in counts.items() if entry[1]]
+    for path, lines in sorted(with_lines, key=lambda entry: share(entry[1])):
         missed = sorted(number for number, count in lines.items() if not count)
         total += len(lines)
         covered += len(lines) - len(missed)

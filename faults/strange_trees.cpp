@@ -137,16 +137,21 @@ void deepFolders() {
 }
 
 void manyFiles(int count) {
+  constexpr int secondsForFiles = 300;
   TemporaryTree tree;
   const std::string folder = tree.folder("many");
   Paths all;
   for (int i = 0; i < count; ++i) {
+    if (i % 1000 == 0)
+      mustGoOnWithin(secondsForFiles);
     const std::string path = folder + "/" + std::to_string(i) + (i % 2 == 0 ? ".jpg" : ".txt");
     close(open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644));
     if (i % 2 == 0)
       all.push_back(path);
   }
   expect(tree.path(), anyName, all);
+  // All are removed at once.
+  mustGoOnWithin(secondsForFiles);
 }
 
 void anyBytes() {

@@ -23,11 +23,11 @@ namespace ssfind {
 namespace {
 
 /// Occupies the numbers of the standard descriptors, so that nothing else is opened under them. A
-/// standard output that the caller has closed can still not be written to.
+/// standard input that the caller has closed can still not be read, nor an output be written to.
 void occupyStandardDescriptors() noexcept {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
     if (fcntl(descriptor, F_GETFD) < 0)
-      open("/dev/null", O_RDONLY);
+      open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
 void searchFolder(const Conditions &conditions, const Folder &folder, Results &results) {

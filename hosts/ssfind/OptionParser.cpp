@@ -22,6 +22,8 @@ namespace ssfind {
 
 namespace {
 
+constexpr const char *tryHelp = "Try 'ssfind --help'.\n";
+
 struct UsageFault {
   std::string message;
   /// Where on the command line.
@@ -66,6 +68,8 @@ private:
                         const std::string &help);
 
   [[nodiscard]] std::vector<std::string> argumentsForParser() const;
+  [[nodiscard]] bool takesValue(const std::string &option) const;
+  [[nodiscard]] bool isValueBehind(const std::string &argument) const;
   std::optional<IndexTask> indexTask() const;
   Options options() const;
   void readOperands(Options &options) const;
@@ -209,18 +213,38 @@ ParsedOptions OptionTable::parse() {
 std::vector<std::string> OptionTable::argumentsForParser() const {
   std::vector<std::string> arguments;
   bool areOptionsOver = false;
+  bool isValue = false;
   for (const std::string &argument : commandLine_.arguments()) {
-    areOptionsOver |= argument == "--";
+    areOptionsOver |= !isValue && argument == "--";
+    const bool mayBeOption = !areOptionsOver && !isValue;
     const std::string option = argument.substr(0, argument.find('='));
     // The parser would take the next argument for the value that is empty here.
     const bool hasEmptyValue =
-        !areOptionsOver && argument == option + '=' && app_.get_option_no_throw(option) != nullptr;
+        mayBeOption && argument.starts_with("--") && argument == option + '=' && takesValue(option);
     arguments.push_back(hasEmptyValue ? option : argument);
     if (hasEmptyValue)
       arguments.emplace_back();
+    isValue = mayBeOption && isValueBehind(argument);
   }
   std::reverse(arguments.begin(), arguments.end());
   return arguments;
+}
+
+bool OptionTable::takesValue(const std::string &option) const {
+  const CLI::Option *const found = app_.get_option_no_throw(option);
+  return found != nullptr && found->get_items_expected_min() > 0;
+}
+
+/// Whether the argument is an option whose value is the next one.
+bool OptionTable::isValueBehind(const std::string &argument) const {
+  if (argument.size() < 2 || argument[0] != '-' || argument[1] == '-')
+    return argument.starts_with("--") && takesValue(argument);
+  for (std::size_t i = 1; i < argument.size(); ++i) {
+    const std::string letter{'-', argument[i]};
+    if (app_.get_option_no_throw(letter) == nullptr || takesValue(letter))
+      return takesValue(letter) && i + 1 == argument.size();
+  }
+  return false;
 }
 
 std::optional<IndexTask> OptionTable::indexTask() const {
@@ -305,7 +329,7 @@ std::optional<DateRange> OptionTable::dateRange(const CLI::Option *option) const
   const auto range = parseDateRange(text);
   if (const auto *error = std::get_if<TextError>(&range)) {
     throw UsageError{programMessage(option->get_name() + ": " + error->message) + '\n' +
-                     MarkedText::withMarkAt(text, error->column).text()};
+                     MarkedText::withMarkAt(text, error->column).text() + tryHelp};
   }
   return std::get<DateRange>(range);
 }
@@ -391,8 +415,7 @@ UsageFault OptionTable::faultOfValue(const CLI::ArgumentMismatch &error) const {
 }
 
 UsageError OptionTable::usageError(const UsageFault &fault) const {
-  return {programMessage(fault.message) + '\n' + commandLine_.marked(fault.places) +
-          "Try 'ssfind --help'.\n"};
+  return {programMessage(fault.message) + '\n' + commandLine_.marked(fault.places) + tryHelp};
 }
 
 } // namespace

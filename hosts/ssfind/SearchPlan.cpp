@@ -52,7 +52,9 @@ private:
 
   void addFolder(const std::string &typed, std::vector<FolderSearch> &searches);
   void addMounts(FolderSearch &search) const;
-  void addListed(const std::string &typed);
+  void addLine(const std::string &line);
+  /// Whether there is anything under that path.
+  bool addListed(const std::string &typed);
   void addListedFile(const std::string &typed);
   [[nodiscard]] bool isCovered(const std::string &path) const;
   [[nodiscard]] bool hasOverlap() const;
@@ -75,7 +77,7 @@ SearchPlan Planner::plan() {
     const auto paths = readPathList(*options_.list, options_.listSeparator, errors_);
     plan_.hasFailures |= !paths && !wasInterrupted();
     if (paths)
-      std::for_each(paths->begin(), paths->end(), [&](const auto &path) { addListed(path); });
+      std::for_each(paths->begin(), paths->end(), [&](const auto &line) { addLine(line); });
   }
   plan_.hasOverlap = hasOverlap();
   return std::move(plan_);
@@ -127,14 +129,21 @@ bool Planner::isCovered(const std::string &path) const {
   return !isMount && searched_.contains(std::string(parentOf(path)));
 }
 
-void Planner::addListed(const std::string &typed) {
+void Planner::addLine(const std::string &line) {
+  // Lists that were made on other systems end their lines with CR and LF.
+  if (!addListed(line) && line.ends_with('\r') && options_.listSeparator == '\n')
+    addListed(line.substr(0, line.size() - 1));
+}
+
+bool Planner::addListed(const std::string &typed) {
   struct stat status {};
   if (stat(typed.c_str(), &status) != 0)
-    return;
+    return false;
   if (S_ISDIR(status.st_mode))
     addFolder(typed, plan_.listedFolders);
   else
     addListedFile(typed);
+  return true;
 }
 
 void Planner::addListedFile(const std::string &typed) {

@@ -1,6 +1,7 @@
 #include "tests/ssfind/command/Command.h"
 
 #include <sched.h>
+#include <sys/mount.h>
 
 namespace {
 
@@ -67,7 +68,7 @@ TEST_F(SearchTest, AFileIsPrintedOnce) {
   });
 }
 
-TEST_F(SearchTest, FoldersThatCannotBeRead) {
+TEST_F(SearchTest, FoldersThatCannotBeReadOrAreMounted) {
   expect({
       {{"nowhere", "Q", "", "P/beach.jpg"},
        "Q/beach.tif\n",
@@ -80,13 +81,25 @@ TEST_F(SearchTest, FoldersThatCannotBeRead) {
   const auto dropPrivileges = [] { return unshare(CLONE_NEWUSER) == 0; };
   tree.setMode("P/a", 0300);
   const Outcome locked = Command(tree.path(), {"P/a"}).prepare(dropPrivileges).run();
-  if (locked.code == Command::notPrepared)
+  const auto mountDisk = [&, disk = tree.folder("Q/disk")] {
+    return unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 &&
+           mount(tree.path("P/a/b").c_str(), disk.c_str(), nullptr, MS_BIND, nullptr) == 0;
+  };
+  const auto find = [&](const std::string &option) {
+    return Command(tree.path(), {"Q", "-n", "scan", option}).prepare(mountDisk).run();
+  };
+  const Outcome without = find("--any");
+  if (locked.code == Command::notPrepared || without.code == Command::notPrepared)
     GTEST_SKIP() << "namespaces are not allowed here";
   EXPECT_EQ(locked, (Outcome{2, "", "ssfind: P/a: Permission denied\n"}));
+  const char *const skipped = "ssfind: Q/disk: another file system, not searched (use --mounts)\n";
+  EXPECT_EQ(without, (Outcome{1, "", skipped}));
+  EXPECT_EQ(find("--mounts"), (Outcome{0, "Q/disk/scan.pdf\n"}));
 }
 
 TEST_F(SearchTest, Lists) {
   tree.link("link", "P/a");
+  tree.file("R\r/c.jpg");
   const auto row = [](const char *list, const char *out, std::vector<std::string> others = {}) {
     others.insert(others.end(), {"--files-from", "-"});
     return Row{others, out, "", *out != '\0' ? 0 : 1, list};
@@ -96,6 +109,7 @@ TEST_F(SearchTest, Lists) {
       row("P/beach.jpg\n./Q/beach.tif", "./Q/beach.tif\nP/beach.jpg\n"),
       row("link/BEACH.JPG\nP/a/BEACH.JPG\n./P/a/BEACH.JPG\n", "link/BEACH.JPG\n"),
       row("\ngone.jpg\nP/beach.jpg/\nP/beach.jpg/x\nQ/beach.tif\n", "Q/beach.tif\n"),
+      row("\r\nP/beach.jpg\r\nR\r\nQ\r\n", "P/beach.jpg\nQ/beach.tif\nR\r/c.jpg\n"),
       row("P/a/b/scan.pdf\nQ/beach.tif\n", "Q/beach.tif\n", {"-n", "beach"}),
       row("P/a/\nP/a/b\nP/a/b/scan.pdf\n", "P/a/BEACH.JPG\nP/a/b/scan.pdf\n"),
       row("P\nP/a\n", "P/a/BEACH.JPG\nP/beach.jpg\n", {"--no-subfolders"}),
@@ -104,15 +118,14 @@ TEST_F(SearchTest, Lists) {
   tree.file("other\nline.jpg");
   EXPECT_EQ(run({"--files-from", "-", "-0"}, std::string("other\nline.jpg\0Q\0", 17)),
             (Outcome{0, std::string("other\nline.jpg\0Q/beach.tif\0", 27)}));
+  Command closed(tree.path(), {"--files-from", "-"});
+  closed.prepare([] { return close(STDIN_FILENO) == 0; });
+  EXPECT_EQ(closed.run(), (Outcome{2, "", "ssfind: standard input: Bad file descriptor\n"}));
   tree.file("zeros", std::string("P\0Q\0", 4));
-  expect({
-      {{"--files-from", "nowhere", "Q"}, "Q/beach.tif\n", nowhere, 2},
-      {{"--files-from", "P"}, "", "ssfind: P: Is a directory\n", 2},
-      {{"--files-from", "zeros"},
-       "",
-       "ssfind: zeros: paths are separated by NUL, which needs -0\n",
-       2},
-  });
+  const char *const zeros = "ssfind: zeros: paths are separated by NUL, which needs -0\n";
+  expect({{{"--files-from", "nowhere", "Q"}, "Q/beach.tif\n", nowhere, 2},
+          {{"--files-from", "P"}, "", "ssfind: P: Is a directory\n", 2},
+          {{"--files-from", "zeros"}, "", zeros, 2}});
 }
 
 } // namespace

@@ -67,8 +67,9 @@ TEST(DateRangeTest, MistakesArePointedAt) {
     const char *const arguments[] = {"ssfind", "-m", row.text.c_str()};
     const auto parsed = parseOptions(3, arguments);
     ASSERT_TRUE(std::holds_alternative<UsageError>(parsed)) << row.text;
-    EXPECT_EQ(std::get<UsageError>(parsed).text,
-              "ssfind: --modified: " + row.message + "\n  " + row.text + "\n  " + row.mark + '\n');
+    EXPECT_EQ(std::get<UsageError>(parsed).text, "ssfind: --modified: " + row.message + "\n  " +
+                                                     row.text + "\n  " + row.mark +
+                                                     "\nTry 'ssfind --help'.\n");
   }
 }
 

@@ -46,10 +46,12 @@ TEST(UsageErrorTest, UnusualArgumentsThatAreRight) {
     return std::get<Options>(parse(std::move(arguments)));
   };
   EXPECT_EQ(options({}).folders, std::vector<std::string>{"."});
+  EXPECT_EQ(options({"--any=", "-n="}).folders, std::vector<std::string>{"."});
   EXPECT_EQ(options({"[a,b]", "-", "--", "-x", "--", "--name="}).folders,
             (std::vector<std::string>{"[a,b]", "-", "-x", "--", "--name="}));
   EXPECT_TRUE(options({"--files-from", "-"}).folders.empty());
   EXPECT_EQ(options({"-sn[x,y]", "a"}).conditions.name, "[x,y]");
+  EXPECT_EQ(options({"-sn", "--name=", "a"}).conditions.name, "--name=");
   EXPECT_EQ(options({"--color", "always", "--color=never"}).output.coloring, Coloring::Never);
   EXPECT_EQ(options({"-l0"}).output.separator, '\0');
 }
