@@ -83,9 +83,11 @@ Ref<ExifAnalysis> ExifAnalysis::startExifAnalysisAtPath(const NSString *path) no
   return startExifAnalysisAtPath(item);
 }
 
+Ref<ExifAnalysis> ExifAnalysis::create() { return Ref<ExifAnalysis>::adopt(new ExifAnalysis); }
+
 Ref<ExifAnalysis> ExifAnalysis::startExifAnalysisAtPath(FileItem &item) noexcept {
   Ref<ExifAnalysis> analysis;
-  tryTwice([&] { analysis = Ref<ExifAnalysis>::adopt(new ExifAnalysis); });
+  tryTwice([&] { analysis = create(); });
   return analysis && analysis->initCIMAGETAG(item) != 0 ? analysis : nullptr;
 }
 

@@ -46,6 +46,8 @@ public:
 private:
   ExifAnalysis();
   ~ExifAnalysis() override = default;
+  /// Throws `std::bad_alloc`.
+  static Ref<ExifAnalysis> create();
 
   /// Loads the file and opens its tags: 1, or 0 when it cannot or there is no EXIF directory.
   char initCIMAGETAG(FileItem &item) noexcept;

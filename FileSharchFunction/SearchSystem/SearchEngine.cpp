@@ -20,9 +20,11 @@ constexpr std::string_view queryFinish = NSMetadataQueryDidFinishGatheringNotifi
 
 SearchEngine *SearchEngine::sSharedSearchEngine = nullptr;
 
+SearchEngine *SearchEngine::create() { return new SearchEngine; }
+
 SearchEngine *SearchEngine::sharedSearchEngine() noexcept {
   if (sSharedSearchEngine == nullptr)
-    tryTwice([] { sSharedSearchEngine = new SearchEngine; });
+    tryTwice([] { sSharedSearchEngine = create(); });
   return sSharedSearchEngine;
 }
 

@@ -224,6 +224,8 @@ private:
 
   SearchEngine();
   ~SearchEngine() override;
+  /// With a reference for the caller. Throws `std::bad_alloc`.
+  static SearchEngine *create();
 
   [[nodiscard]] bool hasContentKeyword() const noexcept;
   [[nodiscard]] bool hasTextInPDF(const NSString *path, const NSString *keyword,

@@ -68,6 +68,14 @@ MetadataGathering::MetadataGathering(NSMetadataQuery &query, Ref<const NSPredica
   }
 }
 
+Ref<MetadataGathering> MetadataGathering::create(NSMetadataQuery &query,
+                                                 Ref<const NSPredicate> predicate,
+                                                 const std::vector<std::string> &scopes,
+                                                 std::optional<IndexPlace> place) {
+  return Ref<MetadataGathering>::adopt(
+      new MetadataGathering(query, std::move(predicate), scopes, std::move(place)));
+}
+
 MetadataGathering::~MetadataGathering() {
   takeGathered();
   freeElsewhere(results_);

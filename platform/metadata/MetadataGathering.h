@@ -23,8 +23,9 @@ class NSMetadataQuery;
 class MetadataGathering final : public NSObject {
 public:
   /// Throws `std::bad_alloc`.
-  MetadataGathering(NSMetadataQuery &query, Ref<const NSPredicate> predicate,
-                    const std::vector<std::string> &scopes, std::optional<IndexPlace> place);
+  static Ref<MetadataGathering> create(NSMetadataQuery &query, Ref<const NSPredicate> predicate,
+                                       const std::vector<std::string> &scopes,
+                                       std::optional<IndexPlace> place);
 
   void start() noexcept;
 
@@ -66,6 +67,8 @@ private:
     MetadataGathering &gathering_;
   };
 
+  MetadataGathering(NSMetadataQuery &query, Ref<const NSPredicate> predicate,
+                    const std::vector<std::string> &scopes, std::optional<IndexPlace> place);
   ~MetadataGathering() override;
 
   /// Gathers until all is done, on the main thread for a moment only; whether something is left.
