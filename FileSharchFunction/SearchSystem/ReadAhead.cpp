@@ -72,7 +72,7 @@ void ReadAhead::removeFirst() noexcept {
   if (window_.empty())
     return;
   window_.pop_front();
-  // The readers may have left it to its worker.
+  // Readers leave a folder alone that nobody waits for while too many are open.
   if (readers_.front().isFree())
     startReaders();
 }
@@ -141,7 +141,10 @@ std::size_t ReadAhead::claim(Claim &claimed, std::size_t most) noexcept {
 
 void ReadAhead::read(FolderAhead &folder) noexcept {
   FolderFindings &findings = folder.findings;
+  const auto isCancelled = [&] { return isCancelled_.load(std::memory_order_relaxed) != 0; };
   tryTwice([&] {
+    if (isCancelled())
+      return;
     if (std::optional<DirectoryListing> listing = DirectoryListing::open(folder.path().view()))
       findings.rest.emplace(*std::move(listing));
   });
@@ -151,8 +154,8 @@ void ReadAhead::read(FolderAhead &folder) noexcept {
       openFolders_.fetch_add(1);
       break;
     }
-    const bool isCancelled = isCancelled_.load(std::memory_order_relaxed) != 0;
-    const std::optional<DirectoryEntry> entry = isCancelled ? std::nullopt : findings.rest->next();
+    const std::optional<DirectoryEntry> entry =
+        isCancelled() ? std::nullopt : findings.rest->next();
     if (entry)
       // Where memory is short the entry is passed over, and the next may fare better.
       tryTwice([&] { readEntry(folder, *entry); });

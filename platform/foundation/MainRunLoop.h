@@ -113,7 +113,8 @@ public:
     return areJobsWaiting_.load(std::memory_order_relaxed);
   }
 
-  /// A job has been started, and its body has come to its end.
+  /// A job has been started, or goes on: main thread, which else might sleep on while work is
+  /// posted quietly. And its body has come to its end, or is left to the main thread: any thread.
   void jobStarted() noexcept { runningJobs_.fetch_add(1, std::memory_order_relaxed); }
   void jobFinished() noexcept { runningJobs_.fetch_sub(1, std::memory_order_relaxed); }
 

@@ -68,6 +68,7 @@ void ThreadJob::finished() noexcept {
     return;
   }
   if (std::exchange(isPaused_, false)) {
+    loop.jobStarted();
     resume();
     return;
   }
@@ -88,30 +89,21 @@ bool ThreadJob::executeOnThread() noexcept {
 }
 
 void ThreadJob::resume() noexcept {
-  MainRunLoop &loop = MainRunLoop::shared();
-  switch (demand()) {
-  case Demand::Thread:
-    loop.jobStarted();
-    hasThread_ = true;
-    if (!ThreadPool::add(*this))
-      executeOnMainThread();
-    break;
-  case Demand::MainThread:
-    hasThread_ = false;
-    loop.post(*this);
-    break;
-  case Demand::MainThreadQuietly:
-    hasThread_ = false;
-    loop.postQuietly(*this);
-    break;
-  }
+  const Demand demanded = demand();
+  hasThread_ = demanded == Demand::Thread;
+  if (hasThread_ && ThreadPool::add(*this))
+    return;
+  executeOnMainThread(demanded == Demand::MainThreadQuietly);
 }
 
-void ThreadJob::executeOnMainThread() noexcept {
+void ThreadJob::executeOnMainThread(bool isQuiet) noexcept {
   hasThread_ = false;
   MainRunLoop &loop = MainRunLoop::shared();
   loop.jobFinished();
-  loop.post(*this);
+  if (isQuiet)
+    loop.postQuietly(*this);
+  else
+    loop.post(*this);
 }
 
 void NSThread::detachNewThread(ThreadJob &job) noexcept {
@@ -123,4 +115,5 @@ void NSThread::detachWaitingThread(ThreadJob &) noexcept {
   MainRunLoop &loop = MainRunLoop::shared();
   assert(loop.isMainThread());
   loop.beginActivity();
+  loop.jobStarted();
 }

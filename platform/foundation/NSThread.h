@@ -70,7 +70,7 @@ private:
   /// for, which this answers.
   [[nodiscard]] bool executeOnThread() noexcept;
   /// Has the body run as work of the main loop.
-  void executeOnMainThread() noexcept;
+  void executeOnMainThread(bool isQuiet) noexcept;
   void execute() noexcept;
   void run() final;
   void finished() noexcept final;

@@ -180,7 +180,7 @@ void ThreadPool::abandonJobs() noexcept {
     hasJobs.store(false, std::memory_order_relaxed);
   }
   while (Work *const work = abandoned.takeUpTo(0))
-    static_cast<ThreadJob &>(*work).executeOnMainThread();
+    static_cast<ThreadJob &>(*work).executeOnMainThread(false);
 }
 
 bool ThreadPool::restUntilCalled(Sleeper &self) noexcept {
