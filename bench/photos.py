@@ -27,10 +27,12 @@ def exiftool(condition):
 def exiv2(tags, pattern):
     keys = " ".join(f"-K {tag}" for tag in tags)
     # It names a file only beside several, hence the one that is none.
-    each = (f'exiv2 -q {keys} -Pv /dev/null "$@" 2>/dev/null | grep -aiE "{pattern}" | '
-            'sed "s/  .*//" | sort -u')
+    each = (f'lines=$(exiv2 -q {keys} -Pv /dev/null "$@" 2>/dev/null | grep -aiE "{pattern}" | '
+            'sed "s/  .*//" | sort -u); '
+            # One at a time, so that lines stay whole.
+            '[ -z "$lines" ] || flock "$0" printf "%s\\n" "$lines"')
     return ["sh", "-c", f'find "$1" -type f -print0 | xargs -0 -n 200 -P {THREADS} '
-            f"sh -c '{each}' sh", "sh", FOLDER]
+            f"sh -c '{each}' \"$1\"", "sh", FOLDER]
 
 
 def searches(tools, by_keyword):
