@@ -1,6 +1,7 @@
 #include "platform/metadata/FolderGatherer.h"
 
 #include "platform/foundation/DirectoryListing.h"
+#include "platform/foundation/MountPoints.h"
 #include "platform/foundation/NSWorkspace.h"
 #include "platform/foundation/PathComponents.h"
 #include "platform/metadata/FolderKey.h"
@@ -75,8 +76,8 @@ void FolderGatherer::tryToProcess(const FolderTask &task, FolderQueue::Tasks &ta
     return;
   case FolderTask::Kind::Listing: {
     path_ = task.path;
-    const std::optional<FileStatus> status = folderStatus(currentFolder, path_.c_str());
-    if (status && !status->isMountRoot && !isPackage(lastPathComponent(path_), true))
+    const std::string_view name = lastPathComponent(path_);
+    if (!isMountRoot(name) && !isPackage(name, true))
       listWithSubFolders(tasks, results);
     return;
   }
@@ -192,7 +193,7 @@ std::optional<FolderNames> FolderGatherer::list(bool isRecorded, Results &result
   std::optional<DirectoryListing> listing = DirectoryListing::open(path_);
   if (!listing || !listing->canReachEntries())
     return std::nullopt;
-  const std::optional<FileStatus> status = folderStatus(listing->descriptor(), ".");
+  const std::optional<FileStatus> status = fileStatus(listing->descriptor());
   std::optional<std::int64_t> volume;
   if (status)
     volume = volumes_.volumeOf(status->device, listing->descriptor());
@@ -266,6 +267,14 @@ void FolderGatherer::search(const FolderNames &names, Results &results) {
     if (target && target->kind != FileKind::Folder)
       addResult(name);
   });
+}
+
+bool FolderGatherer::isMountRoot(std::string_view name) const noexcept {
+  const std::shared_ptr<const MountPoints> mounts = MountPoints::recent();
+  if (mounts && !mounts->haveName(name))
+    return false;
+  const std::optional<FileStatus> status = folderStatus(currentFolder, path_.c_str());
+  return !status || status->isMountRoot;
 }
 
 bool FolderGatherer::isPackage(std::string_view name, bool mayHoldContents) const {

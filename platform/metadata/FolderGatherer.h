@@ -67,6 +67,8 @@ private:
   /// Finds files among the names of the folder at `path_`.
   void search(const FolderNames &names, Results &results);
 
+  /// Whether the folder at `path_`, of that name, is the root of a mounted file system, or gone.
+  [[nodiscard]] bool isMountRoot(std::string_view name) const noexcept;
   /// Whether the folder at `path_`, of that name, is a package.
   [[nodiscard]] bool isPackage(std::string_view name, bool mayHoldContents) const;
   [[nodiscard]] bool isStopped() const noexcept {

@@ -14,6 +14,9 @@ namespace {
 /// does not tell upper from lower case takes the long s for an s, and may overlook other
 /// characters.
 bool mayBeContents(std::string_view name) {
+  constexpr std::size_t shortest = sizeof "Content" - 1;
+  if (name.size() < shortest)
+    return false;
   if (FoldedText::isASCII(name))
     return equalIgnoringASCIICase(name, "Contents");
   std::string ascii;

@@ -55,8 +55,9 @@ std::string FolderRecord::pack(const FolderIdentity &folder, FileMoment changeTi
                 static_cast<std::uint32_t>(names.folders.size()),
                 static_cast<std::uint32_t>(names.links.size()),
                 names.mayHoldContents ? 1U : 0U};
-  std::string record(sizeof header, '\0');
+  std::string record;
   record.reserve(sizeof header + names.folders.size() + names.links.size() + names.files.size());
+  record.resize(sizeof header);
   record.append(names.folders).append(names.links).append(names.files);
   std::memcpy(record.data(), &header, sizeof header);
   header.sum = sumOf(folder, record);

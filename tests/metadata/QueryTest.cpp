@@ -209,6 +209,8 @@ TEST_F(QueryTest, DelaysWaitForIt) {
 
 TEST_F(QueryTest, FoldersThatMayNotBeSearched) {
   makeFiles({"a.jpg", "bad/b.jpg", "bad/in/c.jpg", "good/d.jpg"});
+  static const std::string table = tree.file("mounts", "1 2 3:4 / /mnt/bad rw - ext4 disk rw\n");
+  const auto openTable = [](int flags) { return open(table.c_str(), flags); };
   const struct {
     const char *name;
     decltype(SystemCalls::statusAt) statusAt;
@@ -234,13 +236,15 @@ TEST_F(QueryTest, FoldersThatMayNotBeSearched) {
                "a.jpg bad/b.jpg bad/in/c.jpg good/d.jpg"}};
   for (const auto &row : rows) {
     SCOPED_TRACE(row.name);
-    const SystemCallsGuard guard({.openAt = row.openAt, .statusAt = row.statusAt});
+    const SystemCallsGuard guard(
+        {.openAt = row.openAt, .statusAt = row.statusAt, .openMountTable = openTable});
+    MountPoints::forgetForTesting();
     PFMetadataIndexClear();
     EXPECT_EQ(find(), row.first);
     EXPECT_EQ(find(), row.second != nullptr ? row.second : row.first);
   }
   // With everything recorded, the judgement is still the disk's.
-  const SystemCallsGuard guard({.statusAt = rows[0].statusAt});
+  const SystemCallsGuard guard({.statusAt = rows[0].statusAt, .openMountTable = openTable});
   EXPECT_EQ(find(), rows[0].first);
 }
 
