@@ -3,20 +3,9 @@
 #include "FileSharchFunction/SearchSystem/EntryFilters.h"
 #include "platform/foundation/NSString.h"
 
-namespace {
-
-bool hasContentCondition(const SearchPredicate &record) noexcept {
-  return (record.contentKeyword != nullptr &&
-          (record.searchPDFText != 0 || record.searchExifText != 0)) ||
-         record.exifDateStart != nullptr || record.exifDateEnd != nullptr;
-}
-
-} // namespace
-
 EntryTest::EntryTest(const SearchPredicate &record)
     : modDateStart_(record.modDateStart), modDateEnd_(record.modDateEnd),
-      takesSubFolders_(record.checkSubFolder != 0), wantsAll_(record.isAndSearch != 0),
-      isAll_(!hasContentCondition(record)) {
+      takesSubFolders_(record.checkSubFolder != 0), wantsAll_(record.isAndSearch != 0) {
   if (record.nameKeyword != nullptr && record.nameKeyword->length() != 0)
     name_.emplace(record.nameKeyword->view(), keywordOptions(record.isDistinct));
 }

@@ -28,8 +28,6 @@ public:
   [[nodiscard]] bool meetsAll(FileItem &item) const;
   [[nodiscard]] bool meetsAny(FileItem &item) const;
 
-  /// Whether there is nothing to meet beyond that.
-  [[nodiscard]] bool isAll() const noexcept { return isAll_; }
   /// All conditions, or else any one, are to be met.
   [[nodiscard]] bool wantsAll() const noexcept { return wantsAll_; }
 
@@ -39,5 +37,4 @@ private:
   const Ref<const NSDate> modDateEnd_;
   const bool takesSubFolders_;
   const bool wantsAll_;
-  const bool isAll_;
 };

@@ -48,7 +48,8 @@ void ReadAhead::begin(const EntryTest *test, int type) noexcept {
 }
 
 void ReadAhead::follow(const Pool &pool) noexcept {
-  if (test_ == nullptr || window_.size() >= std::min(pool.size(), mostFoldersAhead))
+  if (test_ == nullptr || isCancelled_.load() != 0 ||
+      window_.size() >= std::min(pool.size(), mostFoldersAhead))
     return;
   try {
     while (window_.size() < std::min(pool.size(), mostFoldersAhead)) {

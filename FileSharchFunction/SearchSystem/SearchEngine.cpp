@@ -149,6 +149,10 @@ char SearchEngine::isTokenDateSearch() const noexcept {
                                                                                                 : 0;
 }
 
+bool SearchEngine::hasContentCondition() const noexcept {
+  return isPDFSearch() != 0 || isExifSearch() != 0 || isTokenDateSearch() != 0;
+}
+
 std::uint32_t SearchEngine::getSearchEncoding() const noexcept {
   return encodingForLocale(GetCurrentLocaleID());
 }

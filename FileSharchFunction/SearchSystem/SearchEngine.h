@@ -227,6 +227,8 @@ private:
   /// With a reference for the caller. Throws `std::bad_alloc`.
   static SearchEngine *create();
 
+  /// Whether the request has any condition on the content of files. Any thread.
+  [[nodiscard]] bool hasContentCondition() const noexcept;
   [[nodiscard]] bool hasContentKeyword() const noexcept;
   [[nodiscard]] bool hasTextInPDF(const NSString *path, const NSString *keyword,
                                   char isDistinct) const;

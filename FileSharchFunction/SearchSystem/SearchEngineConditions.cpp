@@ -37,7 +37,7 @@ SearchEngine::FolderSearch::FolderSearch(SearchEngine &searchEngine, const NSStr
 }
 
 void SearchEngine::FolderSearch::addFound(const Ref<const NSString> &path) {
-  if (!test.isAll()) {
+  if (engine.hasContentCondition()) {
     foundAnswers.push_back(answers);
     if (found.empty())
       foundAt = Clock::now();
@@ -127,8 +127,8 @@ bool SearchEngine::canLookAhead(const FolderSearch &search) const noexcept {
   if (!next || search.found.size() >= mostFound)
     return false;
   // The text of a document may take any time, the beginning of a photograph hardly any.
-  return search.test.isAll() || ((isPDFSearch() == 0 || !isNameOfDocument(*next)) &&
-                                 Clock::now() - search.foundAt < longestDelay);
+  return !hasContentCondition() || ((isPDFSearch() == 0 || !isNameOfDocument(*next)) &&
+                                    Clock::now() - search.foundAt < longestDelay);
 }
 
 bool SearchEngine::handOver(FolderSearch &search) noexcept {
@@ -182,7 +182,7 @@ void SearchEngine::queueSubFolders(FolderSearch &search) noexcept {
 bool SearchEngine::meetsAll(FolderSearch &search, SearchItem &item) const {
   if (!search.test.meetsAll(item.file))
     return false;
-  if (search.test.isAll())
+  if (!hasContentCondition())
     return true;
   search.answers = {};
   // Unlike the distribution, which tests again, the walk passes over an empty keyword.

@@ -81,8 +81,7 @@ void SearchEngine::distribute(const ResultMessage &message) noexcept {
   if (_searchPredicate == nullptr)
     return;
   const bool hasTwoProducers =
-      _isUseSpotlight != 0 && _searchPredicate->isAndSearch == 0 &&
-      (isExifSearch() != 0 || isPDFSearch() != 0 || isTokenDateSearch() != 0);
+      _isUseSpotlight != 0 && _searchPredicate->isAndSearch == 0 && hasContentCondition();
   if (hasTwoProducers) {
     if (state == 0)
       ++_endCount;
@@ -104,7 +103,7 @@ void SearchEngine::distribute(const ResultMessage &message) noexcept {
 bool SearchEngine::shouldDeliver(const NSString *path) {
   if (_searchPredicate->isAndSearch == 0)
     return _isUseSpotlight == 0 || isExifSearch() == 0 || checkDuplicatePath(path) != 0;
-  if (isPDFSearch() == 0 && isExifSearch() == 0 && isTokenDateSearch() == 0)
+  if (!hasContentCondition())
     return true;
   // What cannot be tested for lack of memory does not meet its conditions.
   bool meets = false;

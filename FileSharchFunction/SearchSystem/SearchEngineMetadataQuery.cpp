@@ -72,8 +72,7 @@ void SearchEngine::spotlightSearch() noexcept {
     return;
   }
   _defaultPath = _searchPredicate->searchFolder;
-  if (_searchPredicate->isAndSearch == 0 &&
-      (isExifSearch() != 0 || isPDFSearch() != 0 || isTokenDateSearch() != 0))
+  if (_searchPredicate->isAndSearch == 0 && hasContentCondition())
     startContentWalk();
   // A query that cannot be posed for lack of memory is one that refuses to start.
   bool isPosed = false;

@@ -96,7 +96,7 @@ void SearchEngine::manuallyFileSearch() noexcept {
   _threadCount = 0;
   _dirPool.clear();
   makeEntryTest();
-  const bool decidesAlone = entryTest_ && entryTest_->isAll() && !_searchPredicate->fileList;
+  const bool decidesAlone = entryTest_ && !hasContentCondition() && !_searchPredicate->fileList;
   readAhead_.begin(decidesAlone ? &*entryTest_ : nullptr, typeOfAll);
   manualSearchPool(_searchPredicate->searchFolder);
 }
