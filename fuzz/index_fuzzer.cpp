@@ -30,13 +30,14 @@ public:
   Fixture() {
     PFMainLoopSetClock(PFMainLoopClockVirtual);
     IndexPlace::setCacheFolderForTesting(cache_.path());
-    for (int i = 0; i < 120; ++i)
+    // Long names, so that the index has several rows of records.
+    for (int i = 0; i < 240; ++i)
       tree_.file("folder " + std::to_string(i % 5) + "/in " + std::to_string(i % 40) + "/" +
-                 std::to_string(i) + ".jpg");
+                 std::string(200, 'n') + std::to_string(i) + ".jpg");
     expected_ = find();
     std::ifstream stream(file());
     good_.assign(std::istreambuf_iterator<char>(stream), {});
-    if (expected_.size() != 120 || good_.size() < 16384)
+    if (expected_.size() != 240 || good_.size() < 65536)
       std::abort();
   }
 

@@ -235,7 +235,7 @@ void FolderGatherer::keep(const FileStatus &status, std::int64_t volume, bool is
   IndexRecord record;
   record.key = FolderKey::ofPath(path_);
   if (isLasting) {
-    record.entries = static_cast<std::int64_t>(listing_.count());
+    record.entries = static_cast<std::uint32_t>(listing_.count());
     record.bytes = FolderRecord::pack({volume, status.inode}, status.changeTime, names);
   }
   common_.writer.add(std::move(record));

@@ -29,4 +29,8 @@ void appendPath(std::string &path, std::string_view key);
   return key.size() > folder.size() && key.starts_with(folder) && key[folder.size()] == '\0';
 }
 
+[[nodiscard]] inline bool isInTree(std::string_view key, std::string_view folder) noexcept {
+  return key == folder || isBelow(key, folder);
+}
+
 } // namespace FolderKey

@@ -3,15 +3,17 @@
 #include "platform/foundation/SystemCalls.h"
 #include "platform/metadata/FolderKey.h"
 #include "platform/metadata/FolderRecord.h"
+#include "platform/metadata/IndexRows.h"
 
-#include <cstring>
 #include <sqlite3.h>
 #include <sys/stat.h>
 
 namespace {
 
-constexpr const char *table = "CREATE TABLE folder(path BLOB NOT NULL PRIMARY KEY, "
-                              "entries INTEGER NOT NULL, record BLOB NOT NULL) WITHOUT ROWID";
+/// A row holds the records from its path on to the path of the next row.
+constexpr const char *table =
+    "CREATE TABLE folders(path BLOB NOT NULL PRIMARY KEY, folders INTEGER NOT NULL, "
+    "entries INTEGER NOT NULL, records BLOB NOT NULL) WITHOUT ROWID";
 
 /// How long a writer waits for another. A reader waits for nobody.
 constexpr int writersPatienceInMilliseconds = 250;
@@ -19,54 +21,10 @@ constexpr int writersPatienceInMilliseconds = 250;
 /// An index that has grown beyond this is begun anew: most of it must be of folders that are gone.
 constexpr std::int64_t mostBytes = std::int64_t{1} << 30;
 
-IndexFault faultOf(int code) noexcept {
-  switch (code & 0xFF) {
-  case SQLITE_OK:
-  case SQLITE_ROW:
-  case SQLITE_DONE:
-    return IndexFault::None;
-  case SQLITE_ERROR:
-  case SQLITE_CORRUPT:
-  case SQLITE_NOTADB:
-  case SQLITE_FORMAT:
-  case SQLITE_TOOBIG:
-  case SQLITE_MISMATCH:
-  case SQLITE_CONSTRAINT:
-  case SQLITE_SCHEMA:
-    return IndexFault::Broken;
-  default:
-    return IndexFault::Unavailable;
-  }
-}
-
-/// Binds bytes that stay where they are while the statement runs. An empty key is no NULL.
-void bind(sqlite3_stmt *statement, int parameter, std::string_view bytes) noexcept {
-  sqlite3_bind_blob64(statement, parameter, bytes.empty() ? "" : bytes.data(), bytes.size(),
-                      SQLITE_STATIC);
-}
-
-std::string_view blobOf(sqlite3_stmt *statement, int column) noexcept {
-  const void *const bytes = sqlite3_column_blob(statement, column);
-  const int size = sqlite3_column_bytes(statement, column);
-  if (bytes == nullptr || size <= 0)
-    return {};
-  return {static_cast<const char *>(bytes), static_cast<std::size_t>(size)};
-}
-
-/// Runs a statement that answers nothing, and makes it ready for its next use.
-IndexFault run(sqlite3_stmt *statement) noexcept {
-  sqlite3_step(statement);
-  return faultOf(sqlite3_reset(statement));
-}
-
 } // namespace
 
 void IndexDatabase::Close::operator()(sqlite3 *connection) const noexcept {
   sqlite3_close_v2(connection);
-}
-
-void IndexDatabase::Close::operator()(sqlite3_stmt *statement) const noexcept {
-  sqlite3_finalize(statement);
 }
 
 IndexDatabase::IndexDatabase(Connection connection) noexcept : connection_(std::move(connection)) {}
@@ -80,13 +38,14 @@ std::unique_ptr<IndexDatabase> IndexDatabase::open(const IndexPlace &place, bool
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (isToWrite ? SQLITE_OPEN_CREATE : 0);
   const int code = sqlite3_open_v2(place.file().c_str(), &opened, flags, nullptr);
   Connection connection(opened);
-  fault = faultOf(code);
+  fault = faultOfSqlite(code);
   if (fault != IndexFault::None)
     return nullptr;
   std::unique_ptr<IndexDatabase> database(new IndexDatabase(std::move(connection)));
   sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-  sqlite3_limit(opened, SQLITE_LIMIT_LENGTH, static_cast<int>(FolderRecord::mostBytes) + 16384);
+  sqlite3_limit(opened, SQLITE_LIMIT_LENGTH,
+                static_cast<int>(FolderRecord::mostBytes + IndexRows::bytesInRow) + 16384);
   sqlite3_busy_timeout(opened, isToWrite ? writersPatienceInMilliseconds : 0);
   return database;
 }
@@ -137,33 +96,22 @@ std::unique_ptr<IndexDatabase> IndexDatabase::openToWrite(const IndexPlace &plac
 }
 
 IndexFault IndexDatabase::execute(const char *commands) noexcept {
-  return faultOf(sqlite3_exec(connection_.get(), commands, nullptr, nullptr, nullptr));
-}
-
-IndexFault IndexDatabase::prepare(Statement &statement, const char *command) noexcept {
-  sqlite3_stmt *prepared = nullptr;
-  const int code = sqlite3_prepare_v3(connection_.get(), command, -1, SQLITE_PREPARE_PERSISTENT,
-                                      &prepared, nullptr);
-  statement.reset(prepared);
-  return faultOf(code);
+  return faultOfSqlite(sqlite3_exec(connection_.get(), commands, nullptr, nullptr, nullptr));
 }
 
 IndexFault IndexDatabase::checkSchema() noexcept {
   // Anything but our table alone may do what it likes when it is read.
-  Statement statement;
-  const IndexFault fault = prepare(statement, "SELECT sql FROM sqlite_schema");
+  SqliteStatement statement;
+  IndexFault fault = statement.prepare(connection_.get(), "SELECT sql FROM sqlite_schema");
   if (fault != IndexFault::None)
     return fault;
-  int code = sqlite3_step(statement.get());
-  if (code == SQLITE_DONE)
-    return IndexFault::Missing;
-  if (code != SQLITE_ROW)
-    return faultOf(code);
-  const bool isOurs = blobOf(statement.get(), 0) == table;
-  code = sqlite3_step(statement.get());
-  if (code == SQLITE_ROW || (code == SQLITE_DONE && !isOurs))
-    return IndexFault::Broken;
-  return faultOf(code);
+  if (!statement.step(fault))
+    return fault == IndexFault::None ? IndexFault::Missing : fault;
+  const bool isOurs = statement.bytes(0) == table;
+  const bool isAlone = !statement.step(fault);
+  if (fault != IndexFault::None)
+    return fault;
+  return isOurs && isAlone ? IndexFault::None : IndexFault::Broken;
 }
 
 IndexFault IndexDatabase::makeTable() noexcept {
@@ -188,74 +136,60 @@ IndexFault IndexDatabase::prepareToRead() noexcept {
   if (fault == IndexFault::None)
     fault = checkSchema();
   if (fault == IndexFault::None)
-    fault = prepare(tree_, "SELECT path, record FROM folder WHERE path >= ?1 AND path < ?2 "
-                           "ORDER BY path");
+    fault =
+        tree_.prepare(connection_.get(), "SELECT path, records FROM folders WHERE path >= ifnull("
+                                         "(SELECT max(path) FROM folders WHERE path <= ?1), ?1) "
+                                         "AND path < ?2 ORDER BY path");
   return fault;
 }
 
 void IndexDatabase::fail(IndexFault fault) noexcept {
   fault_ = fault;
-  tree_.reset();
+  rest_ = {};
+  tree_.close();
 }
 
 void IndexDatabase::selectTree(std::string_view key) {
   treeKey_ = key;
   treeEnd_ = FolderKey::endOfTree(key);
-  lastKey_ = key;
-  isFirst_ = true;
-  if (!tree_)
+  rest_ = {};
+  lastKey_.reset();
+  if (!tree_.isOpen())
     return;
-  sqlite3_reset(tree_.get());
-  bind(tree_.get(), 1, treeKey_);
-  bind(tree_.get(), 2, treeEnd_);
+  tree_.reset();
+  tree_.bind(1, treeKey_);
+  tree_.bind(2, treeEnd_);
+}
+
+bool IndexDatabase::goToNextRow() noexcept {
+  IndexFault fault = IndexFault::None;
+  if (tree_.step(fault)) {
+    rest_ = tree_.bytes(1);
+    return true;
+  }
+  if (fault != IndexFault::None)
+    fail(fault);
+  return false;
 }
 
 std::optional<IndexDatabase::Row> IndexDatabase::next() {
-  if (!tree_)
-    return std::nullopt;
-  const int code = sqlite3_step(tree_.get());
-  if (code != SQLITE_ROW) {
-    sqlite3_reset(tree_.get());
-    if (code != SQLITE_DONE)
-      fail(faultOf(code));
-    return std::nullopt;
+  while (tree_.isOpen() && (!rest_.empty() || goToNextRow())) {
+    const std::optional<RecordGroup::Record> record = RecordGroup::take(rest_);
+    // A damaged file can have its pages in a ring, or anywhere.
+    if (!record || (lastKey_ && record->key <= *lastKey_)) {
+      fail(IndexFault::Broken);
+      return std::nullopt;
+    }
+    lastKey_ = record->key;
+    if (record->key >= treeEnd_) {
+      rest_ = {};
+      tree_.reset();
+      return std::nullopt;
+    }
+    if (record->key >= treeKey_)
+      return Row{record->key, record->bytes};
   }
-  const Row row{blobOf(tree_.get(), 0), blobOf(tree_.get(), 1)};
-  // A damaged file can have its pages in a ring, or anywhere. The first key may be that of the
-  // folder itself.
-  const bool isInOrder = row.key > lastKey_ || (isFirst_ && row.key == lastKey_);
-  if (!isInOrder || row.key >= treeEnd_) {
-    fail(IndexFault::Broken);
-    return std::nullopt;
-  }
-  isFirst_ = false;
-  lastKey_ = row.key;
-  return row;
-}
-
-IndexFault IndexDatabase::put(std::span<const IndexRecord> records) noexcept {
-  Statement statement;
-  IndexFault fault = prepare(statement, "INSERT OR REPLACE INTO folder VALUES(?1, ?2, ?3)");
-  for (auto record = records.begin(); fault == IndexFault::None && record != records.end();
-       ++record) {
-    bind(statement.get(), 1, record->key);
-    sqlite3_bind_int64(statement.get(), 2, record->entries);
-    bind(statement.get(), 3, record->bytes);
-    fault = run(statement.get());
-  }
-  return fault;
-}
-
-IndexFault IndexDatabase::take(std::span<const std::string> trees) {
-  Statement statement;
-  IndexFault fault = prepare(statement, "DELETE FROM folder WHERE path >= ?1 AND path < ?2");
-  for (auto key = trees.begin(); fault == IndexFault::None && key != trees.end(); ++key) {
-    const std::string end = FolderKey::endOfTree(*key);
-    bind(statement.get(), 1, *key);
-    bind(statement.get(), 2, end);
-    fault = run(statement.get());
-  }
-  return fault;
+  return std::nullopt;
 }
 
 IndexFault IndexDatabase::store(std::span<const IndexRecord> records,
@@ -264,12 +198,10 @@ IndexFault IndexDatabase::store(std::span<const IndexRecord> records,
   if (fault != IndexFault::None)
     return fault;
   try {
-    fault = take(gone);
+    fault = IndexRows(connection_.get()).change(records, gone);
   } catch (...) {
     fault = IndexFault::Unavailable;
   }
-  if (fault == IndexFault::None)
-    fault = put(records);
   if (fault == IndexFault::None)
     fault = execute("COMMIT");
   if (fault != IndexFault::None)
@@ -280,10 +212,10 @@ IndexFault IndexDatabase::store(std::span<const IndexRecord> records,
 }
 
 std::optional<IndexDatabase::Totals> IndexDatabase::totals() noexcept {
-  Statement statement;
-  if (prepare(statement, "SELECT count(*), ifnull(sum(entries), 0) FROM folder") !=
-          IndexFault::None ||
-      sqlite3_step(statement.get()) != SQLITE_ROW)
+  SqliteStatement statement;
+  IndexFault fault = statement.prepare(
+      connection_.get(), "SELECT ifnull(sum(folders), 0), ifnull(sum(entries), 0) FROM folders");
+  if (fault != IndexFault::None || !statement.step(fault))
     return std::nullopt;
-  return Totals{sqlite3_column_int64(statement.get(), 0), sqlite3_column_int64(statement.get(), 1)};
+  return Totals{statement.number(0), statement.number(1)};
 }

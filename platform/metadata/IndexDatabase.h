@@ -1,6 +1,9 @@
 #pragma once
 
+#include "platform/metadata/IndexFault.h"
 #include "platform/metadata/IndexPlace.h"
+#include "platform/metadata/RecordGroup.h"
+#include "platform/metadata/SqliteStatement.h"
 
 #include <cstdint>
 #include <memory>
@@ -10,32 +13,11 @@
 #include <string_view>
 
 struct sqlite3;
-struct sqlite3_stmt;
 
-/// Why the index is of no help.
-enum class IndexFault {
-  None,
-  /// There is none yet.
-  Missing,
-  /// It cannot be used at present: it is locked, or the disk is full or read-only.
-  Unavailable,
-  /// It is damaged, or is something else.
-  Broken,
-};
-
-/// One folder's record on its way into the index.
-struct IndexRecord {
-  /// `FolderKey`.
-  std::string key;
-  std::int64_t entries = 0;
-  /// `FolderRecord`, or nothing for a folder that has to be listed each time.
-  std::string bytes;
-};
-
-/// A connection to the index: a table of records in the order of their keys, in SQLite, so that
-/// several processes can share it and none can leave it half written. Whatever the table says, a
-/// record proves by itself that it is whole and still holds; so the file need not be secured
-/// against a failure of the system, nor against any other loss.
+/// A connection to the index: records in the order of their keys, several to a row of a table in
+/// SQLite, so that several processes can share it and none can leave it half written. Whatever the
+/// table says, a record proves by itself that it is whole and still holds; so the file need not be
+/// secured against a failure of the system, nor against any other loss.
 ///
 /// Ownership: owns the connection. Threads: one at a time.
 class IndexDatabase {
@@ -69,7 +51,8 @@ public:
   [[nodiscard]] IndexFault fault() const noexcept { return fault_; }
 
   /// Puts records in, in place of older ones, after it has taken out those of folders that are gone
-  /// with all that was below them. All of it or nothing.
+  /// with all that was below them. Both in the order of their keys, and no folder twice or below
+  /// another that is gone. All of it or nothing.
   [[nodiscard]] IndexFault store(std::span<const IndexRecord> records,
                                  std::span<const std::string> gone) noexcept;
 
@@ -82,30 +65,28 @@ public:
 private:
   struct Close {
     void operator()(sqlite3 *connection) const noexcept;
-    void operator()(sqlite3_stmt *statement) const noexcept;
   };
   using Connection = std::unique_ptr<sqlite3, Close>;
-  using Statement = std::unique_ptr<sqlite3_stmt, Close>;
 
   explicit IndexDatabase(Connection connection) noexcept;
 
   static std::unique_ptr<IndexDatabase> open(const IndexPlace &place, bool isToWrite,
                                              IndexFault &fault);
   [[nodiscard]] IndexFault execute(const char *commands) noexcept;
-  [[nodiscard]] IndexFault prepare(Statement &statement, const char *command) noexcept;
   [[nodiscard]] IndexFault checkSchema() noexcept;
   [[nodiscard]] IndexFault makeTable() noexcept;
   [[nodiscard]] IndexFault prepareToRead() noexcept;
-  [[nodiscard]] IndexFault put(std::span<const IndexRecord> records) noexcept;
-  [[nodiscard]] IndexFault take(std::span<const std::string> trees);
+  [[nodiscard]] bool goToNextRow() noexcept;
   void fail(IndexFault fault) noexcept;
 
   // The statement is closed before its connection.
   Connection connection_;
-  Statement tree_;
+  SqliteStatement tree_;
   /// What is read lies between these.
   std::string treeKey_, treeEnd_;
-  std::string lastKey_;
-  bool isFirst_ = true;
+  /// What is left of the row that is being read, which belongs to the statement.
+  std::string_view rest_;
+  /// The key of the last record, if there has been one.
+  std::optional<std::string> lastKey_;
   IndexFault fault_ = IndexFault::None;
 };

@@ -1,6 +1,9 @@
 #include "platform/metadata/IndexWriter.h"
 
+#include "platform/metadata/FolderKey.h"
+
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -9,6 +12,23 @@ constexpr std::size_t bytesAtOnce = std::size_t{1} << 20;
 
 /// What is collected while a disk is slow to write. More is not kept.
 constexpr std::size_t mostBytes = std::size_t{8} << 20;
+
+/// Brings both into order. Of several records of a folder one is enough, and of folders that are
+/// gone the topmost.
+void sort(std::vector<IndexRecord> &records, std::vector<std::string> &gone) {
+  std::sort(records.begin(), records.end(),
+            [](const IndexRecord &a, const IndexRecord &b) { return a.key < b.key; });
+  records.erase(
+      std::unique(records.begin(), records.end(),
+                  [](const IndexRecord &a, const IndexRecord &b) { return a.key == b.key; }),
+      records.end());
+  std::sort(gone.begin(), gone.end());
+  std::vector<std::string> topmost;
+  for (std::string &key : gone)
+    if (topmost.empty() || !FolderKey::isInTree(key, topmost.back()))
+      topmost.push_back(std::move(key));
+  gone.swap(topmost);
+}
 
 } // namespace
 
@@ -73,9 +93,7 @@ void IndexWriter::finish() noexcept {
 void IndexWriter::write(Batch batch, bool isLast) noexcept {
   IndexFault fault = IndexFault::Unavailable;
   try {
-    // Neighbours are written together.
-    std::sort(batch.records.begin(), batch.records.end(),
-              [](const IndexRecord &a, const IndexRecord &b) { return a.key < b.key; });
+    sort(batch.records, batch.gone);
     fault = tryToWrite(batch);
     if (fault == IndexFault::Broken) {
       setBroken();

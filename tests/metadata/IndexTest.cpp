@@ -185,10 +185,13 @@ TEST_F(IndexTest, WhatIsBrokenIsMadeAnew) {
       {"something else", [] { std::ofstream(file()) << std::string(10'000, 'x'); }},
       {"page lost",
        [] { std::fstream(file()).seekp(2 * 8192).write(std::string(8000, '\xff').data(), 8000); }},
+      {"row cut off", [] { Database(file()).execute("UPDATE folders SET records = x''"); }},
+      {"row of something else",
+       [] { Database(file()).execute("UPDATE folders SET records = substr(records, 2)"); }},
       {"another's table",
        [] {
          Database(file()).execute(
-             "CREATE TRIGGER t AFTER INSERT ON folder BEGIN DELETE FROM folder; END");
+             "CREATE TRIGGER t AFTER INSERT ON folders BEGIN DELETE FROM folders; END");
        }},
       {"open to others", [] { chmod(file().c_str(), 0666); }},
       {"open folder", [] { chmod(std::filesystem::path(file()).parent_path().c_str(), 0777); }},
@@ -261,7 +264,7 @@ TEST_F(IndexTest, TellsItsSizeAndIsCleared) {
 
 TEST_F(IndexTest, AnotherThatUsesItIsNotWaitedFor) {
   std::optional<Database> other(file());
-  other->execute("BEGIN; SELECT count(*) FROM folder");
+  other->execute("BEGIN; SELECT count(*) FROM folders");
   EXPECT_EQ(listed(), 0) << "another reads";
   other->execute("COMMIT; BEGIN EXCLUSIVE");
   EXPECT_EQ(listed(), 0) << "another writes";
@@ -274,7 +277,7 @@ TEST_F(IndexTest, AnotherThatUsesItIsNotWaitedFor) {
   EXPECT_EQ(listed(), 0);
   // Locked altogether, as by a process that has it for itself.
   other.emplace(file());
-  other->execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; DELETE FROM folder");
+  other->execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; DELETE FROM folders");
   EXPECT_EQ(listed(), folders);
   other.reset();
   EXPECT_EQ(listed(), 0);
