@@ -1,6 +1,7 @@
 #include "pdf_reader/CObjectList.h"
 
 #include "pdf_reader/ReferenceTokens.h"
+#include "streams/MemoryShortage.h"
 
 #include <limits>
 #include <new>
@@ -16,6 +17,7 @@ int CObjectList::AddObject(const tagOBJECTRECORD *record) noexcept {
   try {
     records_.push_back(*record);
   } catch (const std::bad_alloc &) {
+    MemoryShortage::note();
     return 0;
   }
   return 1;

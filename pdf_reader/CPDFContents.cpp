@@ -1,6 +1,7 @@
 #include "pdf_reader/CPDFContents.h"
 
 #include "pdf_reader/HexString.h"
+#include "streams/MemoryShortage.h"
 
 #include <algorithm>
 #include <cstring>
@@ -67,6 +68,7 @@ int CPDFContents::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/)
     else if (!hasFailed && trail_ != nullptr && reader_ != nullptr)
       keepTrail(wasOutside, lengthBefore, goOn);
   } catch (const std::bad_alloc &) {
+    MemoryShortage::note();
     return 0;
   }
   return hasFailed ? 0 : 1;

@@ -9,6 +9,7 @@
 #include "pdf_reader/PassedLines.h"
 #include "pdf_reader/PassedRanges.h"
 #include "platform/foundation/NSString.h"
+#include "streams/MemoryShortage.h"
 
 #include <algorithm>
 #include <climits>
@@ -43,7 +44,7 @@ int CPDFFile::Open(const char *path) {
     if (openFile(path) && openDocument())
       return 1;
   } catch (const std::bad_alloc &) {
-    // A failure like any other.
+    MemoryShortage::note();
   }
   Release();
   return 0;
@@ -169,6 +170,7 @@ int CPDFFile::FindText(const void *keyword, int caseSensitive, unsigned long enc
       }
     }
   } catch (const std::bad_alloc &) {
+    MemoryShortage::note();
     return 0;
   }
   return 0;
@@ -198,6 +200,7 @@ int CPDFFile::IsVordaPDF() {
       passed.note(start, mark.parsedTo(), Tell());
     }
   } catch (const std::bad_alloc &) {
+    MemoryShortage::note();
     return 0;
   }
   return 0;

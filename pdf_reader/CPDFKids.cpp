@@ -1,6 +1,7 @@
 #include "pdf_reader/CPDFKids.h"
 
 #include "pdf_reader/ReferenceValues.h"
+#include "streams/MemoryShortage.h"
 
 #include <new>
 
@@ -25,6 +26,7 @@ int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
     isClean_ = tokens->GetCount() == 0;
     return result;
   } catch (const std::bad_alloc &) {
+    MemoryShortage::note();
     return 0;
   }
 }

@@ -2,6 +2,7 @@
 
 #include "pdf_reader/ReferenceValues.h"
 #include "pdf_reader/TokenNumber.h"
+#include "streams/MemoryShortage.h"
 
 #include <new>
 
@@ -25,6 +26,7 @@ int CPDFPages::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
       return used == 0 ? failed : used + 1;
     });
   } catch (const std::bad_alloc &) {
+    MemoryShortage::note();
     return 0;
   }
 }

@@ -1,6 +1,7 @@
 #include "pdf_reader/CPDFSection.h"
 
 #include "pdf_reader/LineUtility.h"
+#include "streams/MemoryShortage.h"
 
 #include <algorithm>
 #include <cstring>
@@ -21,6 +22,7 @@ int CPDFSection::parseWith(CIOStream *stream, TokenReader::Comments comments) {
     TokenReader reader(*stream, comments, looseEnds_, endAt_);
     return parseGroups(reader);
   } catch (const std::bad_alloc &) {
+    MemoryShortage::note();
     return 0;
   }
 }
@@ -83,6 +85,7 @@ int CPDFSection::FindKeyWordRev(CIOStream *stream, long length, const unsigned c
         leftBefore = left;
     }
   } catch (const std::bad_alloc &) {
+    MemoryShortage::note();
     return 0;
   }
   return 1;

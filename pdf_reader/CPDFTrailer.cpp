@@ -1,6 +1,7 @@
 #include "pdf_reader/CPDFTrailer.h"
 
 #include "pdf_reader/ReferenceTokens.h"
+#include "streams/MemoryShortage.h"
 
 #include <new>
 
@@ -67,6 +68,7 @@ int CPDFTrailer::MoveNextTrailer(CIOStream *stream) {
     }
     return reader.result();
   } catch (const std::bad_alloc &) {
+    MemoryShortage::note();
     return 0;
   }
 }

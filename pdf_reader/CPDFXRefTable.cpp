@@ -1,6 +1,7 @@
 #include "pdf_reader/CPDFXRefTable.h"
 
 #include "pdf_reader/TokenNumber.h"
+#include "streams/MemoryShortage.h"
 
 #include <algorithm>
 #include <limits>
@@ -46,6 +47,7 @@ int CPDFXRefTable::Parse(CIOStream *stream) {
   try {
     return parseSection(*stream);
   } catch (const std::bad_alloc &) {
+    MemoryShortage::note();
     return 0;
   }
 }
@@ -99,6 +101,7 @@ int CPDFXRefTable::SetRefTable(int index, unsigned long offset, unsigned short g
   try {
     entries_.set(index, {static_cast<std::uint32_t>(offset), generation, type});
   } catch (const std::bad_alloc &) {
+    MemoryShortage::note();
     return 0;
   }
   size_ = std::max(size_, index + 1);

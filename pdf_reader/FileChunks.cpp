@@ -1,5 +1,7 @@
 #include "pdf_reader/FileChunks.h"
 
+#include "streams/MemoryShortage.h"
+
 #include <algorithm>
 #include <new>
 
@@ -22,6 +24,8 @@ char *FileChunks::replaceOldest(std::size_t number) noexcept {
   });
   if (current_->bytes == nullptr)
     current_->bytes.reset(new (std::nothrow) char[chunkSize]);
+  if (current_->bytes == nullptr)
+    MemoryShortage::note();
   current_->lastUse = 0;
   current_->number = number;
   return current_->bytes.get();

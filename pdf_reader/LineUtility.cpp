@@ -2,6 +2,7 @@
 
 #include "pdf_reader/CParamArray.h"
 #include "pdf_reader/HexString.h"
+#include "streams/MemoryShortage.h"
 
 #include <cstring>
 #include <limits>
@@ -38,7 +39,11 @@ char **newIterator(unsigned char *buf, unsigned long len, unsigned long position
   auto *const iterator = new (std::nothrow)
       tagFINDLINE{reinterpret_cast<char *>(buf), static_cast<std::uint32_t>(len),
                   static_cast<std::uint32_t>(position), static_cast<std::uint8_t>(isReverse)};
-  return iterator == nullptr ? nullptr : &iterator->buffer;
+  if (iterator == nullptr) {
+    MemoryShortage::note();
+    return nullptr;
+  }
+  return &iterator->buffer;
 }
 
 tagFINDLINE *recordOf(char **iter) noexcept { return reinterpret_cast<tagFINDLINE *>(iter); }

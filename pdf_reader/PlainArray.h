@@ -1,5 +1,7 @@
 #pragma once
 
+#include "streams/MemoryShortage.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
@@ -25,8 +27,10 @@ public:
     if (capacity > static_cast<std::size_t>(-1) / sizeof(T))
       return false;
     void *const grown = std::realloc(values_.get(), capacity * sizeof(T));
-    if (grown == nullptr)
+    if (grown == nullptr) {
+      MemoryShortage::note();
       return false;
+    }
     static_cast<void>(values_.release());
     values_.reset(static_cast<T *>(grown));
     capacity_ = capacity;

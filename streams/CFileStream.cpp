@@ -1,5 +1,7 @@
 #include "streams/CFileStream.h"
 
+#include "streams/MemoryShortage.h"
+
 #include <algorithm>
 #include <climits>
 #include <cstring>
@@ -26,8 +28,10 @@ int CFileStream::CreateFileStream(const char *path, unsigned short progressMode,
     return 0;
   const std::size_t size = std::strlen(path) + 1;
   path_.reset(new (std::nothrow) char[size]);
-  if (path_ == nullptr)
+  if (path_ == nullptr) {
+    MemoryShortage::note();
     return 0;
+  }
   std::memcpy(path_.get(), path, size);
   progressCallback_ = callback;
   progressMode_ = progressMode;

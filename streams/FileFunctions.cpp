@@ -1,6 +1,7 @@
 #include "streams/FileFunctions.h"
 
 #include "streams/CIOStream.h"
+#include "streams/MemoryShortage.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -41,8 +42,10 @@ CFilePointer fileOfDescriptor(int descriptor, const char *mode) noexcept {
   if (descriptor < 0)
     return nullptr;
   CFilePointer file(fdopen(descriptor, mode));
-  if (file == nullptr)
+  if (file == nullptr) {
+    MemoryShortage::note();
     close(descriptor);
+  }
   return file;
 }
 
@@ -136,8 +139,11 @@ FileHandle *CreateFile(const char *path, std::uint32_t access, ...) noexcept {
   if (file == nullptr)
     return nullptr;
   auto *const handle = new (std::nothrow) FileHandle;
-  if (handle != nullptr)
-    handle->file = file.release();
+  if (handle == nullptr) {
+    MemoryShortage::note();
+    return nullptr;
+  }
+  handle->file = file.release();
   return handle;
 }
 

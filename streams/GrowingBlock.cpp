@@ -1,5 +1,7 @@
 #include "streams/GrowingBlock.h"
 
+#include "streams/MemoryShortage.h"
+
 #include <cstdint>
 #include <cstring>
 #include <new>
@@ -20,8 +22,10 @@ char *allocate(std::size_t room) noexcept {
   if (room > PTRDIFF_MAX - sizeof(Head))
     return nullptr;
   char *const memory = new (std::nothrow) char[sizeof(Head) + room];
-  if (memory == nullptr)
+  if (memory == nullptr) {
+    MemoryShortage::note();
     return nullptr;
+  }
   new (memory) Head{room};
   return memory + sizeof(Head);
 }

@@ -3,6 +3,7 @@
 #include "pdf_reader/CPDFFile.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/NaturalLanguageDate.h"
+#include "streams/MemoryShortage.h"
 
 #include <algorithm>
 
@@ -66,9 +67,15 @@ char SearchEngine::PDFSearch(const NSString *path) const {
 
 bool SearchEngine::hasTextInPDF(const NSString *path, const NSString *keyword,
                                 char isDistinct) const {
-  CPDFFile document;
-  return path != nullptr && document.Open(path->UTF8String()) == 1 &&
-         document.FindText(keyword, isDistinct, getSearchEncoding()) == 1;
+  if (path == nullptr)
+    return false;
+  const auto isFound = [&] {
+    CPDFFile document;
+    return document.Open(path->UTF8String()) == 1 &&
+           document.FindText(keyword, isDistinct, getSearchEncoding()) == 1;
+  };
+  const unsigned shortages = MemoryShortage::count();
+  return isFound() || (MemoryShortage::count() != shortages && isFound());
 }
 
 const SearchEngine::ContentAnswers::Exif &SearchEngine::askExif(SearchItem &item,

@@ -1,5 +1,6 @@
 #include "platform/imagetag/CIMAGETAG.h"
 
+#include "platform/foundation/TryTwice.h"
 #include "platform/imagetag/JPEGSegments.h"
 
 #include <algorithm>
@@ -76,8 +77,8 @@ IMAGETAG_INFO *CIMAGETAG::GetInfo(std::int16_t directory, std::uint32_t tag,
   if (!field || field->count > std::numeric_limits<std::int32_t>::max())
     return nullptr;
   const std::size_t room = std::max(field->value.size() + 1, leastRoom);
-  void *const memory = ::operator new(valueOffset + room, std::nothrow);
-  if (memory == nullptr)
+  void *memory = nullptr;
+  if (!tryTwice([&] { memory = ::operator new(valueOffset + room); }))
     return nullptr;
   auto *const info = ::new (memory) IMAGETAG_INFO{};
   info->tag = static_cast<std::uint16_t>(tag);

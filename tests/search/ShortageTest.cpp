@@ -1,5 +1,7 @@
 #include "samples/Shortage.h"
+#include "samples/DocumentWriter.h"
 #include "samples/FailingMemory.h"
+#include "samples/PhotoFile.h"
 #include "samples/SystemCallsGuard.h"
 #include "samples/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
@@ -26,8 +28,8 @@ protected:
     };
     const SystemCallsGuard calls({.openAt = open, .startThread = start});
     for (const std::string &name : all)
-      tree.file(name);
-    Request request = makeRequest("n=.");
+      tree.file(name, name.ends_with(".pdf") ? document : photo);
+    Request request = makeRequest(words);
     request.resultCallback = take;
     const std::ptrdiff_t descriptorsBefore = countDescriptors();
     for (const bool lasts : {true, false}) {
@@ -84,6 +86,9 @@ protected:
 
   static inline int ends;
   static inline std::vector<Ref<const NSString>> results;
+  const std::string document = documentShowing({"the beach in winter"});
+  const std::string photo = jpegFile({PhotoTags::photo().comment("ASCII", "beach").exifSegment()});
+  std::string words = "n=.";
   Words all{"1.jpg",   "2.tif",         "a/3.pdf",       "a/b/c/4.pct",
             "d/5.jpg", "e/f.doc/6.jpg", "\xc3\xa9/7.jpg"};
 };
@@ -92,6 +97,12 @@ TEST_F(ShortageTest, Memory) { searchThrough(memory); }
 
 TEST_F(ShortageTest, MemoryOfAQuery) {
   setSystemVersionForTesting(0x1058);
+  searchThrough(memory);
+}
+
+TEST_F(ShortageTest, MemoryOfReaders) {
+  words = "c=beach p x";
+  all = {"1.jpg", "a/3.pdf"};
   searchThrough(memory);
 }
 
