@@ -67,6 +67,20 @@ TEST(FileStatusTest, TimesThatAreBeyondReckoning) {
   }
 }
 
+TEST(FileStatusTest, MountPointsOfAKernelThatDoesNotTellThem) {
+  SystemCalls replaced{};
+  replaced.statusAt = [](int folder, const char *path, int flags, struct statx *status) {
+    const int result = realSystemCalls().statusAt(folder, path, flags, status);
+    status->stx_attributes_mask = status->stx_attributes = 0;
+    return result;
+  };
+  const SystemCallsGuard calls(replaced);
+  const TemporaryTree tree;
+  for (const auto &[path, expected] : {std::pair{"/proc", true}, {"/proc/self", false}})
+    EXPECT_EQ(fileStatus(currentFolder, path, FollowLink::Yes)->isMountRoot, expected) << path;
+  EXPECT_FALSE(fileStatus(currentFolder, tree.path().c_str(), FollowLink::No)->isMountRoot);
+}
+
 class FileItemTest : public testing::Test {
 protected:
   struct Made {

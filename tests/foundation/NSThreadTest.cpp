@@ -1,9 +1,12 @@
 #include "platform/foundation/NSThread.h"
 #include "platform/foundation/CoreFoundation.h"
+#include "platform/foundation/FreeElsewhere.h"
 #include "platform/foundation/MainLoop.h"
 #include "samples/SystemCallsGuard.h"
 #include "samples/VirtualClock.h"
+#include "samples/WaitForThreads.h"
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <gtest/gtest.h>
@@ -170,6 +173,25 @@ TEST_F(NSThreadTest, WorkThatAJobPostsRunsWhileAllJobsAreStuck) {
     gate.wait();
   });
   finishJobs();
+}
+
+TEST_F(NSThreadTest, ManyThingsAreFreedElsewhere) {
+  static std::atomic<int> freed, freedOnMainThread;
+  freed = freedOnMainThread = 0;
+  struct Thing {
+    ~Thing() {
+      ++freed;
+      freedOnMainThread += MainRunLoop::shared().isMainThread() ? 1 : 0;
+    }
+  };
+  std::list<Thing> few(1), many(20'001);
+  freeElsewhere(many);
+  EXPECT_TRUE(many.empty());
+  waitForThreads();
+  EXPECT_EQ(freed, 20'001);
+  EXPECT_EQ(freedOnMainThread, 0);
+  freeElsewhere(few);
+  EXPECT_EQ(freedOnMainThread, 1);
 }
 
 } // namespace

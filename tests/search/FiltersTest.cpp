@@ -1,5 +1,7 @@
 #include "tests/search/SearchFixture.h"
 
+#include <filesystem>
+
 namespace {
 
 using FiltersTest = SearchFixture;
@@ -53,6 +55,35 @@ TEST_F(FiltersTest, DefaultFilter) {
   // A walk judges by its listing, and must come to the same.
   std::sort(accepted.begin(), accepted.end());
   EXPECT_EQ(found("n= f"), join(accepted));
+}
+
+TEST_F(FiltersTest, Aliases) {
+  const Ref<SearchEngine> engine{SearchEngine::sharedSearchEngine()};
+  const std::pair<std::string, int> rows[] = {{tree.file("file"), 0},
+                                              {tree.folder("folder"), 0},
+                                              {tree.link("link", "file"), 1},
+                                              {tree.path("missing"), 1},
+                                              {"", 1},
+                                              {"/proc", 1}};
+  EXPECT_EQ(engine->isAlias(nullptr), 0);
+  for (const auto &[path, expected] : rows)
+    EXPECT_EQ(engine->isAlias(NSString::create(path).get()), expected) << path;
+}
+
+TEST_F(FiltersTest, DatesOfModification) {
+  const Ref<SearchEngine> engine{SearchEngine::sharedSearchEngine()};
+  const Ref<const NSString> path = NSString::create(tree.file("file"));
+  constexpr std::int64_t yearsTo2001 = 978'307'200;
+  tree.setModified("file", yearsTo2001 + 1000);
+  const auto date = &NSDate::dateWithTimeIntervalSinceReferenceDate;
+  const Ref<const NSDate> before = date(999), exact = date(1000), after = date(1001);
+  const auto passes = [&](const Ref<const NSDate> &start, const Ref<const NSDate> &end) {
+    return engine->fileModDateSearch(path.get(), start.get(), end.get()) != 0;
+  };
+  EXPECT_TRUE(passes({}, {}) && passes(exact, exact) && passes(before, {}) && passes({}, after));
+  EXPECT_FALSE(passes(after, {}) || passes({}, before) || passes(after, before));
+  std::filesystem::remove(tree.path("file"));
+  EXPECT_TRUE(passes(after, before)) << "without a date";
 }
 
 } // namespace
