@@ -101,6 +101,9 @@ ExitCode runSearches(const Options &options) {
   searchFolders(options, plan.folders, results, errors);
   searchFiles(options, plan.files, results);
   searchFolders(options, plan.listedFolders, results, errors);
+  // Whoever closed the pipe before the searches had ended did not wait to be told that nothing
+  // matched, nor is that known.
+  const bool isGivenUp = output.error() == EPIPE;
   results.finish();
 
   if (wasInterrupted())
@@ -108,7 +111,7 @@ ExitCode runSearches(const Options &options) {
   const bool isAnswered = options.output.report == Report::Nothing && results.hasMatches();
   if (!wasWritten(output, errors) || (plan.hasFailures && !isAnswered))
     return ExitCode::Trouble;
-  return results.hasMatches() ? ExitCode::Matched : ExitCode::NothingMatched;
+  return results.hasMatches() || isGivenUp ? ExitCode::Matched : ExitCode::NothingMatched;
 }
 
 } // namespace
