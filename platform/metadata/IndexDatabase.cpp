@@ -172,7 +172,7 @@ bool IndexDatabase::goToNextRow() noexcept {
   return false;
 }
 
-std::optional<IndexDatabase::Row> IndexDatabase::next() {
+std::optional<RecordGroup::Record> IndexDatabase::next() {
   while (tree_.isOpen() && (!rest_.empty() || goToNextRow())) {
     const std::optional<RecordGroup::Record> record = RecordGroup::take(rest_);
     // A damaged file can have its pages in a ring, or anywhere.
@@ -187,7 +187,7 @@ std::optional<IndexDatabase::Row> IndexDatabase::next() {
       return std::nullopt;
     }
     if (record->key >= treeKey_)
-      return Row{record->key, record->bytes};
+      return record;
   }
   return std::nullopt;
 }

@@ -38,14 +38,9 @@ public:
   /// keys.
   void selectTree(std::string_view key);
 
-  struct Row {
-    /// Valid until the next call.
-    std::string_view key, record;
-  };
-
-  /// The next record; none at the end, and when reading fails, as `fault` tells then. Throws
-  /// `std::bad_alloc`.
-  [[nodiscard]] std::optional<Row> next();
+  /// The next record, valid until the next call; none at the end, and when reading fails, as
+  /// `fault` tells then. Throws `std::bad_alloc`.
+  [[nodiscard]] std::optional<RecordGroup::Record> next();
 
   /// What made reading fail. Nothing can be read any more then.
   [[nodiscard]] IndexFault fault() const noexcept { return fault_; }

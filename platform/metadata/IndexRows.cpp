@@ -60,7 +60,7 @@ IndexFault IndexRows::replace(const Row &row, std::span<const RecordGroup::Recor
   std::size_t bytes = 0;
   for (const RecordGroup::Record &record : records)
     bytes += RecordGroup::sizeOf(record);
-  // Rows of the same size have the same room to grow.
+  // Rows of about the same size, so that none is left over that holds next to nothing.
   const std::size_t bytesEach = bytes / (bytes / bytesInRow + 1) + 1;
   while (fault == IndexFault::None && !records.empty()) {
     std::size_t count = 0;

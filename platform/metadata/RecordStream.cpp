@@ -28,7 +28,7 @@ std::shared_ptr<RecordStream> RecordStream::open(const std::string &scope, const
   if (index) {
     const std::string key = FolderKey::ofPath(scope);
     index->selectTree(key);
-    const std::optional<IndexDatabase::Row> first = index->next();
+    const std::optional<RecordGroup::Record> first = index->next();
     fault = index->fault();
     if (first && first->key == key) {
       std::shared_ptr<RecordStream> stream(new RecordStream(scope, std::move(index), writer));
@@ -36,7 +36,7 @@ std::shared_ptr<RecordStream> RecordStream::open(const std::string &scope, const
                                            O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
       if (stream->scopeFolder_ < 0)
         return nullptr;
-      stream->nextRow_ = first;
+      stream->nextRecord_ = first;
       return stream;
     }
   }
@@ -64,16 +64,16 @@ std::unique_ptr<RecordStream::Chunk> RecordStream::read() {
   auto chunk = std::make_unique<Chunk>();
   chunk->bytes.reserve(bytesInChunk);
   chunk->rows.reserve(rowsInChunk);
-  while (nextRow_ && chunk->rows.size() < rowsInChunk && chunk->bytes.size() < bytesInChunk) {
+  while (nextRecord_ && chunk->rows.size() < rowsInChunk && chunk->bytes.size() < bytesInChunk) {
     Row row;
     row.keyBegin = chunk->bytes.size();
-    row.keySize = nextRow_->key.size();
-    row.recordSize = nextRow_->record.size();
-    chunk->bytes.append(nextRow_->key).append(nextRow_->record);
+    row.keySize = nextRecord_->key.size();
+    row.recordSize = nextRecord_->bytes.size();
+    chunk->bytes.append(nextRecord_->key).append(nextRecord_->bytes);
     chunk->rows.push_back(std::move(row));
-    nextRow_ = index_->next();
+    nextRecord_ = index_->next();
   }
-  if (!nextRow_) {
+  if (!nextRecord_) {
     chunk->isLast = true;
     if (index_->fault() == IndexFault::Broken)
       writer_.setBroken();

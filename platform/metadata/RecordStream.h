@@ -125,7 +125,7 @@ private:
 
   // Of whoever reads.
   std::unique_ptr<IndexDatabase> index_;
-  std::optional<IndexDatabase::Row> nextRow_;
+  std::optional<RecordGroup::Record> nextRecord_;
   std::size_t nextNumber_ = 0;
 
   NSLock lock_;

@@ -80,10 +80,10 @@ protected:
       expected.entries += record.entries;
       if (!FolderKey::isInTree(key, tree))
         continue;
-      const auto row = index->next();
-      ASSERT_TRUE(row);
-      ASSERT_EQ(row->key, key);
-      ASSERT_EQ(row->record, record.bytes);
+      const auto found = index->next();
+      ASSERT_TRUE(found);
+      ASSERT_EQ(found->key, key);
+      ASSERT_EQ(found->bytes, record.bytes);
     }
     EXPECT_FALSE(index->next());
     EXPECT_EQ(index->fault(), IndexFault::None);
