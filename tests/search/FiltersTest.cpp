@@ -73,8 +73,8 @@ TEST_F(FiltersTest, Aliases) {
 TEST_F(FiltersTest, DatesOfModification) {
   const Ref<SearchEngine> engine{SearchEngine::sharedSearchEngine()};
   const Ref<const NSString> path = NSString::create(tree.file("file"));
-  constexpr std::int64_t yearsTo2001 = 978'307'200;
-  tree.setModified("file", yearsTo2001 + 1000);
+  constexpr std::int64_t secondsTo2001 = 978'307'200;
+  tree.setModified("file", secondsTo2001 + 1000);
   const auto date = &NSDate::dateWithTimeIntervalSinceReferenceDate;
   const Ref<const NSDate> before = date(999), exact = date(1000), after = date(1001);
   const auto passes = [&](const Ref<const NSDate> &start, const Ref<const NSDate> &end) {
