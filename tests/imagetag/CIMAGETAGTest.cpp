@@ -22,7 +22,7 @@ public:
   explicit Image(const std::string &bytes) : bytes_(new char[bytes.size()]) {
     std::copy(bytes.begin(), bytes.end(), bytes_.get());
     isOpen_ = tags_.CreateField(nullptr, bytes_.get(), static_cast<std::uint32_t>(bytes.size()),
-                                &format_, nullptr, nullptr, nullptr);
+                                &format_, &base_, &size_, &exifDirectory_);
   }
 
   [[nodiscard]] Info info(std::int16_t directory, std::uint32_t tag) {
@@ -38,6 +38,7 @@ public:
 
   int isOpen_;
   std::int16_t format_ = -1;
+  std::uint32_t base_ = 1, size_ = 1, exifDirectory_ = 1;
 
 private:
   std::unique_ptr<char[]> bytes_;
@@ -59,6 +60,8 @@ TEST(CIMAGETAG, FindsTheTagsWhereverTheyAre) {
                 {"JPEG", jpeg, JPEG},
                 {"no zero behind the name", std::string(jpeg).replace(11, 1, "x"), JPEG},
                 {"after other blocks", jpegFile({jfif, xmp, xmp, exif, xmp}), JPEG},
+                {"after a block that holds another image",
+                 jpegFile({jpegSegment(0xE0, std::string(300, 'x') + jpegFile({})), exif}), JPEG},
                 {"fill bytes", jpegFile({jfif, "\xFF\xFF\xFF"s, exif}), JPEG},
                 {"bytes between segments", jpegFile({jfif, "abc\xFF\0\xFF\xD0"s, exif}), JPEG},
                 {"after a damaged block",
@@ -78,6 +81,10 @@ TEST(CIMAGETAG, FindsTheTagsWhereverTheyAre) {
       EXPECT_EQ(image.format_, row.format) << row.name;
       EXPECT_EQ(image.value(0, description), hasTags ? "a beach\0"s : "none") << row.name;
       EXPECT_EQ(image.value(1, 0x9000), hasTags ? "0230" : "none") << row.name;
+      // The EXIF directory has one entry, of which the value is the end.
+      const std::string block = row.image.substr(image.base_, image.size_);
+      EXPECT_EQ(block.find("0230"), hasTags ? image.exifDirectory_ + 10 : block.npos) << row.name;
+      EXPECT_TRUE(hasTags ? block.ends_with("a beach\0"s) : block.empty()) << row.name;
     }
   }
 }
