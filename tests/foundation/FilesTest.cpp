@@ -6,6 +6,7 @@
 #include "samples/SystemCallsGuard.h"
 #include "samples/TemporaryTree.h"
 
+#include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
@@ -161,6 +162,30 @@ TEST_F(FileItemTest, AsksTheSystemForNothingNeedless) {
     const bool isFile = items.at(std::string(item.name())).kind == FileKind::Regular;
     EXPECT_LE(calls.counts().openAt, isFile ? 2 : 0) << item.name();
   });
+}
+
+TEST_F(FileItemTest, OpensRegularFilesOnlyAndUnderAnyNumber) {
+  // A folder may come into the place of a file after it has been listed.
+  static bool isReplaced;
+  const auto openPath = [](int folder, const char *path, int flags) {
+    const bool isListing = std::string_view(path).ends_with("/.");
+    return realSystemCalls().openAt(folder, isReplaced && !isListing ? "." : path, flags);
+  };
+  const SystemCallsGuard calls({.openAt = openPath});
+  const auto expectZero = [this](FileItem &item) {
+    if (items.at(std::string(item.name())).kind != FileKind::Regular)
+      return;
+    const int input = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    EXPECT_EQ(item.openRegularFile(), isReplaced ? -1 : 0) << item.name();
+    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD) == -1, isReplaced) << item.name();
+    dup2(input, STDIN_FILENO);
+    close(input);
+  };
+  for (const bool isSo : {false, true}) {
+    isReplaced = isSo;
+    forEachItem(tree.path(), expectZero);
+  }
 }
 
 TEST_F(FileItemTest, IsNotThereWhereItsFolderCannotBeEntered) {

@@ -69,8 +69,17 @@ TEST_F(ContentTest, Conditions) {
 
 TEST_F(ContentTest, ListOfFiles) {
   Request request = makeRequest("c=beach x p");
-  request.setList({tree.path("in/text.pdf"), tree.path("late.jpg"), tree.path("unknown.jpg")});
-  EXPECT_EQ(search(request), "in/text.pdf unknown.jpg !");
+  request.setList({tree.path("unknown.jpg"), tree.path("late.jpg"), tree.path("in/text.pdf")});
+  EXPECT_EQ(search(request), "unknown.jpg in/text.pdf !");
+
+  // A host may have closed its standard input: 0 is a descriptor like any other.
+  const int input = dup(STDIN_FILENO);
+  close(STDIN_FILENO);
+  EXPECT_EQ(search(request), "unknown.jpg in/text.pdf !");
+  EXPECT_EQ(found("c=acme x n=late"), "late.jpg") << "the listing of the folder";
+  EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1) << "closed again";
+  dup2(input, STDIN_FILENO);
+  close(input);
 }
 
 /// A match is tested by the worker and before it is delivered; the second test may rely on the
