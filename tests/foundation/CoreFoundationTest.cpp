@@ -77,6 +77,7 @@ TEST(Localizations, FollowTheUsersLocale) {
       {"list first", {"", "", "nl", "fr::en_US:de"}, all, {"French", "English", "German", "Dutch"}},
       {"no name, next preference", {"", "", "pl_PL", "cs:fr"}, all, {"French", "English"}},
       {"host without the language", {"", "", "de_DE", ""}, {"French", "English"}, {"English"}},
+      {"host without any", {"", "", "", ""}, {}, {}},
       {"host without English", {"", "", "pl_PL", ""}, {"Dutch", "French"}, {"Dutch"}},
   };
   for (const auto &row : rows) {

@@ -1,3 +1,4 @@
+#include "platform/foundation/Localizations.h"
 #include "platform/foundation/Perform.h"
 #include "tests/search/SearchFixture.h"
 
@@ -82,6 +83,30 @@ TEST_F(LifecycleTest, CancelAndStartDuringASearch) {
   forNobody.resultCallback = nullptr;
   EXPECT_EQ(search(forNobody), "");
   EXPECT_TRUE(isAt(VirtualClock::now() - startTime, 1.5));
+}
+
+TEST_F(LifecycleTest, EncodingOfTheHostsLanguage) {
+  const LocaleEnvironment french{"", "", "fr_FR", ""};
+  const std::pair<std::vector<std::string_view>, std::uint32_t> rows[] = {
+      {{"Japanese"}, 1},
+      {{"Britain"}, 0},
+      {{"English"}, 0},
+      {{"German"}, 0x0201},
+      {{"Italian"}, 0x0201},
+      {{"Spanish"}, 0x0201},
+      {{"Dutch"}, 0x0201},
+      {{"Polish"}, 1},
+      {{"English", "French"}, 0x0201},
+      {{"french"}, 1},
+      {{}, 1}};
+  setLocaleEnvironmentForTesting(&french);
+  for (const auto &[localizations, encoding] : rows) {
+    setLocalizationsForTesting(&localizations);
+    EXPECT_EQ(SearchEngineProbe().engine.getSearchEncoding(), encoding)
+        << testing::PrintToString(localizations);
+  }
+  setLocalizationsForTesting(nullptr);
+  setLocaleEnvironmentForTesting(nullptr);
 }
 
 } // namespace
