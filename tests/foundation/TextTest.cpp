@@ -114,15 +114,17 @@ TEST(TextPattern, TakesLinearTimeOnHostileText) {
 
 TEST(PathComponents, TakeAPathApartAndJoinIt) {
   const struct {
-    const char *path, *last, *extension, *joined;
-  } rows[] = {{"/", "/", "", "/n"},
-              {"/a.d/b/", "b", "", "/a.d/b/n"},
-              {"/a/b.tar.gz//", "b.tar.gz", "gz", "/a/b.tar.gz/n"},
-              {"/a/.profile", ".profile", "", "/a/.profile/n"},
-              {"/a/.x.JPG", ".x.JPG", "JPG", "/a/.x.JPG/n"},
-              {"/a/..", "..", "", "/a/../n"},
-              {"/\xff/caf\xe9.\xfe", "caf\xe9.\xfe", "\xfe", "/\xff/caf\xe9.\xfe/n"}};
+    const char *path, *folder, *last, *extension, *joined;
+  } rows[] = {{"/", "/", "/", "", "/n"},
+              {"/x", "/", "x", "", "/x/n"},
+              {"/a.d/b/", "/a.d", "b", "", "/a.d/b/n"},
+              {"/a//b.tar.gz//", "/a", "b.tar.gz", "gz", "/a//b.tar.gz/n"},
+              {"/a/.profile", "/a", ".profile", "", "/a/.profile/n"},
+              {"/a/.x.JPG", "/a", ".x.JPG", "JPG", "/a/.x.JPG/n"},
+              {"/a/..", "/a", "..", "", "/a/../n"},
+              {"/\xff/caf\xe9.\xfe", "/\xff", "caf\xe9.\xfe", "\xfe", "/\xff/caf\xe9.\xfe/n"}};
   for (const auto &row : rows) {
+    EXPECT_EQ(pathWithoutLastComponent(row.path), row.folder) << row.path;
     EXPECT_EQ(lastPathComponent(row.path), row.last) << row.path;
     EXPECT_EQ(pathExtension(row.path), row.extension) << row.path;
     const auto joined = NSString::create(row.path)->stringByAppendingPathComponent("n");

@@ -27,6 +27,7 @@ TEST_F(SearchTest, Conditions) {
       {{"P", "--no-subfolders"}, "P/beach.jpg\n"},
       {{"P", "-n", "beach", "-m", "2024-05-17T10:30"}, "P/beach.jpg\n"},
       {{"P", "--any", "-n", "BEACH", "-m", "2024-05-17T10:30"}, all},
+      {{"P", "-n", ""}, all},
       {{"P", "-n", "nothing"}, "", "", 1},
   });
 }

@@ -33,6 +33,8 @@ TEST(DateRangeTest, LiesJustBeforeItsMoments) {
               {"To", "UTC", "..2024-05-17", open, 1715990400},
               {"DayOf25Hours", berlin, "2024-10-27", 1729980000, 1730070000},
               {"FromTheDoubledHour", berlin, "2024-10-27T02:00..", 1729987200, open},
+              {"ToTheDoubledHour", berlin, "..2024-10-27T01:59", open, 1729987200},
+              {"DoubledMinute", berlin, "2024-10-27T02:30", 1729989000, 1729992660},
               {"SkippedStart", berlin, "2024-03-31T02:30..", 1711846800, open},
               {"SkippedMidnight", clockSetAtMidnight, "2018-11-04", 1541300400, 1541383200},
               {"FirstYear", "UTC", "0001", -62135596800, -62104060800},

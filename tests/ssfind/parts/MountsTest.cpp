@@ -28,6 +28,7 @@ TEST(MountsTest, ThoseBelowAFolder) {
       {"/home/usb", "vfat"},   {"/home/usb", "exfat"},      {"/home/.cache/x", "tmpfs"},
       {"/homework", "ext4"},   {"/proc", "proc"},           {"/proc/sys/fs", "autofs"},
       {"/home/usb-2", "vfat"}, {"/dev", "devtmpfs"},        {"/dev/shm", "tmpfs"},
+      {"/.snapshots", "ext4"},
   };
   EXPECT_EQ(mountsBelow("/", mounts),
             (Paths{"/home", "/home/usb", "/home/usb/inner", "/home/usb-2", "/homework"}));

@@ -1,4 +1,5 @@
 #include "hosts/ssfind/OptionParser.h"
+#include "hosts/ssfind/SearchPlan.h"
 
 #include <gtest/gtest.h>
 
@@ -24,6 +25,10 @@ TEST(UsageErrorTest, PointsAtTheArgument) {
       {{"-l", "a", "--json"}, "--json excludes --long", "-l a --json", "^^   ^^^^^^"},
       {{"-nx", "a", "--name=y"}, "--name is given twice", "-nx a --name=y", "^^^   ^^^^^^^^"},
       {{"-k", "", "a"}, "--keyword: an empty text would match nothing", "-k  a", "   ^"},
+      {{"--any", "-n", ""},
+       "--name: with --any an empty text would match nothing",
+       "--any -n ",
+       "         ^"},
       {{"-kx", "--in", "pdf,"}, "--in is pdf, exif or pdf,exif", "-kx --in pdf,", "         ^^^^"},
       {{"--in", "pdf"}, "--in requires --keyword", "--in pdf", "^^^^"},
       {{"a", "--index-clear"}, "--index-clear stands alone", "a --index-clear", "  ^^^^^^^^^^^^^"},
@@ -54,6 +59,8 @@ TEST(UsageErrorTest, UnusualArgumentsThatAreRight) {
   EXPECT_EQ(options({"-sn", "--name=", "a"}).conditions.name, "--name=");
   EXPECT_EQ(options({"--color", "always", "--color=never"}).output.coloring, Coloring::Never);
   EXPECT_EQ(options({"-l0"}).output.separator, '\0');
+  StandardError errors(false);
+  EXPECT_TRUE(planSearch(options({"/proc", "/"}), errors).hasOverlap);
 }
 
 } // namespace
