@@ -185,11 +185,11 @@ TEST_F(QueryTest, NothingIsToldAfterAStop) {
 }
 
 TEST_F(QueryTest, RunsWithoutThreadsOfItsOwn) {
-  makePhotos(100);
+  makePhotos(100, 12);
   waitForThreads();
-  // Each folder takes a good part of the time that the main thread gives at once.
+  // Each folder takes all the time that the main thread gives at once.
   const auto openSlowly = [](auto... arguments) {
-    keepBusy(std::chrono::milliseconds(1));
+    keepBusy(std::chrono::milliseconds(5));
     return realSystemCalls().openAt(arguments...);
   };
   const SystemCallsGuard guard(

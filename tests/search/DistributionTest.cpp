@@ -100,6 +100,7 @@ TEST_F(DistributionTest, WhatAHostMayDoInAResult) {
         if (isEvery || hosts[0].words.size() == 1)
           row.act(other);
       };
+      hosts[0].onEnd = [] { throw 1; };
       SS_SearchStart(&request);
       finish();
       EXPECT_TRUE(told(row.endsAt).ends_with("!"));

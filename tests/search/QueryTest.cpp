@@ -84,6 +84,11 @@ TEST_F(QueryTest, StartFolders) {
       request.resultCallback = report<0>;
       EXPECT_EQ(search(request), found) << folder << words;
     }
+  // A list is never looked for in the index.
+  Request request = makeRequest("n=beach c=beach x o");
+  request.setList({tree.path("1beach.jpg"), tree.path("1beach.jpg")});
+  EXPECT_EQ(search(request), "1beach.jpg 1beach.jpg !");
+  EXPECT_TRUE(isAt(hosts[0].endTime, 1.5)) << hosts[0].endTime;
 }
 
 TEST_F(QueryTest, WhatIsMissing) {
