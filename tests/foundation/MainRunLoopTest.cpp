@@ -106,6 +106,27 @@ TEST_F(MainRunLoopTest, NoHandOverBetweenThreadsIsLost) {
   EXPECT_EQ(handedOver, 5000);
 }
 
+TEST_F(MainRunLoopTest, ThreadsAndTimersWakeIt) {
+  // A stop before the loop runs is not kept: the thread stops it until it has.
+  std::atomic<int> over{0};
+  std::thread stopping([&] {
+    for (int round = 0; round < 100; ++round)
+      while (over == round) {
+        stop();
+        std::this_thread::yield();
+      }
+  });
+  for (; over < 100; ++over)
+    EXPECT_EQ(CFRunLoopRunInMode(nullptr, 20, 0), kCFRunLoopRunStopped);
+  stopping.join();
+  PFMainLoopSetClock(PFMainLoopClockReal);
+  const auto end = MainRunLoop::Clock::now() + 20s;
+  performAfterDelay(0.001, stop);
+  EXPECT_EQ(CFRunLoopRunInMode(nullptr, 20, 0), kCFRunLoopRunStopped);
+  EXPECT_LT(MainRunLoop::Clock::now(), end);
+  PFMainLoopSetClock(PFMainLoopClockVirtual);
+}
+
 TEST_F(MainRunLoopTest, VirtualClockStandsWhileSomebodyIsAtWorkAndElseIsExact) {
   loop.beginActivity();
   loop.beginActivity();
@@ -122,6 +143,27 @@ TEST_F(MainRunLoopTest, VirtualClockStandsWhileSomebodyIsAtWorkAndElseIsExact) {
   EXPECT_TRUE(isReadable()) << "the clock may jump now";
   drain();
   EXPECT_EQ(log, "work now@0 a@100000 b@500000 c@500000 ");
+}
+
+TEST_F(MainRunLoopTest, WorkThatIsScheduledTwiceKeepsItsMoment) {
+  struct Target {
+    void retain() { ++references; }
+    void release() { --references; }
+    void act() { ++calls; }
+    int references = 0, calls = 0;
+  } target;
+  ReservedPerform<Target> perform(target, &Target::act);
+  for (int round = 1; round <= 2; ++round) {
+    const auto start = loop.now();
+    perform.schedule(0.5);
+    perform.schedule(0.1);
+    loop.schedule(perform, 100ms);
+    sayAfter(0.2, "before");
+    drain();
+    EXPECT_EQ((loop.now() - start) / 1us, 500'000);
+    EXPECT_EQ(target.calls, round);
+    EXPECT_EQ(target.references, 0);
+  }
 }
 
 TEST_F(MainRunLoopTest, DescriptorIsReadableWhileSomethingIsDue) {
