@@ -192,10 +192,16 @@ TEST_F(QueryTest, RunsWithoutThreadsOfItsOwn) {
     keepBusy(std::chrono::milliseconds(5));
     return realSystemCalls().openAt(arguments...);
   };
-  const SystemCallsGuard guard(
-      {.openAt = openSlowly, .startThread = [](auto...) { return EAGAIN; }});
-  find();
-  EXPECT_EQ(results.size(), 100U);
+  static std::atomic<int> threads;
+  const auto startFew = [](auto... arguments) {
+    return threads-- > 0 ? realSystemCalls().startThread(arguments...) : EAGAIN;
+  };
+  const SystemCallsGuard guard({.openAt = openSlowly, .startThread = startFew});
+  for (const int count : {0, 1}) {
+    threads = count;
+    find();
+    EXPECT_EQ(results.size(), 100U) << count;
+  }
 }
 
 TEST_F(QueryTest, DelaysWaitForIt) {

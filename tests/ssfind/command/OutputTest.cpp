@@ -168,9 +168,25 @@ TEST_F(OutputTest, StatusOfTheIndexAndItsRemoval) {
             (Outcome{2, "", "ssfind: " + index + ": the index cannot be read at present\n"}));
   EXPECT_EQ(run({"--index-clear"}), (Outcome{0}));
   EXPECT_EQ(run({"--index-status"}), none);
-  Command homeless(tree.path(), {"--index-status"});
-  homeless.prepare([] { return unsetenv("XDG_CACHE_HOME") == 0 && unsetenv("HOME") == 0; });
-  EXPECT_EQ(homeless.run().code, 2);
+  tree.file("a.jpg");
+  const auto runAt = [this](const char *home, std::vector<std::string> arguments) {
+    Command command(tree.path(), std::move(arguments));
+    command.prepare([home] {
+      return setenv("XDG_CACHE_HOME", "relative", 1) == 0 &&
+             (home != nullptr ? setenv("HOME", home, 1) : unsetenv("HOME")) == 0;
+    });
+    return command.run();
+  };
+  for (const char *const home : {static_cast<const char *>(nullptr), "relative"}) {
+    EXPECT_EQ(runAt(home, {"-n", "a"}), (Outcome{0, "./a.jpg\n"}));
+    EXPECT_EQ(runAt(home, {"--index-clear"}), (Outcome{0}));
+    EXPECT_EQ(runAt(home, {"--index-status"}),
+              (Outcome{2, "",
+                       "ssfind: there is no index: neither XDG_CACHE_HOME nor HOME names a folder "
+                       "for it\n"}));
+  }
+  const std::string atHome = "index    /nowhere/.cache/SearchSystem/";
+  EXPECT_TRUE(runAt("/nowhere", {"--index-status"}).out.starts_with(atHome));
 }
 
 TEST_F(OutputTest, HelpAndVersion) {
