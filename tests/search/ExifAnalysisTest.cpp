@@ -80,6 +80,7 @@ TEST(ExifAnalysis, DecodesComments) {
               {"JIS", "JIS", "\x1b$B<L??\x1b(B", "写真"},
               {"UTF-16, no mark", "UNICODE", "A\0B\0"s, "AB"},
               {"UTF-16, no mark, big-endian", "UNICODE", "\0A\0B"s, "\u4100\u4200"},
+              {"UTF-16, little-endian", "UNICODE", "\xff\xfe\0A"s, "\u4100"},
               {"UTF-16, big-endian", "UNICODE", "\xfe\xff\0A\0\0"s, "A\0"s},
               {"UTF-8", "UNICODE", "\xef\xbb\xbf\u00e9", "\ufeff\u00e9"},
               {"code only", "UNICODE", "", ""},

@@ -62,6 +62,7 @@ TEST_F(QueryTest, Conditions) {
       {"c=beach x o", "1beach.jpg 3other.jpg in/4beach.tif", 1.5},
       {"c=beach x n=beach o", "1beach.jpg 2Beach.pdf 3other.jpg in/4beach.tif", 1.5},
       {"c=beach p n=beach o", "1beach.jpg 2Beach.pdf 2Beach.pdf in/4beach.tif in/5other.pdf", 1.5},
+      {"c=beach x p n=nothing o", all, 1.5},
       {"c=beach x p n=nothing f o", "1beach.jpg 2Beach.pdf 3other.jpg", 1.5}};
   for (const auto &row : rows) {
     SCOPED_TRACE(row.words);

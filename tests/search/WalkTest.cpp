@@ -170,6 +170,17 @@ TEST_F(WalkTest, WhatCannotBeRead) {
   }
 }
 
+TEST_F(WalkTest, AStartFolderThatIsNone) {
+  for (const char *const folder : {"missing", "a.jpg", ""}) {
+    Request request = makeRequest("n=", folder);
+    tree.file("a.jpg");
+    if (*folder == '\0')
+      request.searchFolder = nullptr;
+    EXPECT_EQ(search(request), "!") << folder;
+    EXPECT_TRUE(isAt(hosts[0].endTime, 1.5)) << folder;
+  }
+}
+
 TEST_F(WalkTest, AsksTheSystemForNoMoreThanItNeeds) {
   makeFiles({"a.jpg", "b.txt", "c.pdf", "one/d.jpg", "one/e", "two/f.jpg", "two/.g.jpg",
              ".hidden/h.jpg"});
