@@ -257,6 +257,8 @@ int CPDFFile::Read(void *buffer, long count, long *done) {
 }
 
 bool CPDFFile::loadChunk(std::size_t number, const char *&bytes) {
+  if (isStopped_ != nullptr && *isStopped_ != 0)
+    return false;
   bytes = chunks_.find(number);
   if (bytes != nullptr)
     return true;

@@ -5,6 +5,7 @@
 #include "pdf_reader/FileChunks.h"
 #include "streams/CFileStream.h"
 
+#include <atomic>
 #include <cstddef>
 
 class CPDFTrailer;
@@ -37,6 +38,10 @@ public:
   /// Whether a content stream of the first page bears the mark of `CPDFStrmObjVorda`: 1 or 0.
   int IsVordaPDF();
 
+  /// From when on `*isStopped` is not 0, any thread may set it, all reading of the open document
+  /// fails, as if its disk did. The flag has to live as long; null ends that.
+  void StopWhen(const std::atomic<char> *isStopped) noexcept { isStopped_ = isStopped; }
+
   /// 1 also when nothing is open.
   int Close() override;
 
@@ -67,4 +72,5 @@ private:
   long bytesLeft_ = 0;
   /// What was left when the document was open: each search may read as much.
   long bytesLeftForSearch_ = 0;
+  const std::atomic<char> *isStopped_ = nullptr;
 };

@@ -4,6 +4,7 @@
 #include "samples/TemporaryTree.h"
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
@@ -360,6 +361,21 @@ TEST_F(Document, BearsTheMarkInItsFirstPage) {
     ASSERT_EQ(document.Open(tree_.file("mark.pdf", pdf.text).c_str()), 1);
     EXPECT_EQ(document.IsVordaPDF(), row.isVorda) << row.name;
   }
+}
+
+TEST_F(Document, IsReadNoFurtherOnceItIsStopped) {
+  const std::string path = tree_.file("good.pdf", documentShowing({"x"}));
+  const auto keyword = NSString::create("x");
+  std::atomic<char> isStopped{0};
+  CPDFFile document;
+  document.StopWhen(&isStopped);
+  ASSERT_EQ(document.Open(path.c_str()), 1);
+  EXPECT_EQ(document.FindText(keyword.get(), 1, macRoman), 1);
+  isStopped = 1;
+  EXPECT_EQ(document.FindText(keyword.get(), 1, macRoman), 0);
+  EXPECT_EQ(document.Open(path.c_str()), 0);
+  isStopped = 0;
+  EXPECT_EQ(document.Open(path.c_str()), 1);
 }
 
 TEST_F(Document, OpensAndCloses) {
