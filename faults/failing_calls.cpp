@@ -163,6 +163,14 @@ SystemCalls faultyCalls() {
     failing.noteFile(file);
     return errno = failing.error, -1;
   };
+  calls.readAt = [](int file, void *buffer, std::size_t size, off_t offset) -> ssize_t {
+    if (!failing.fails(Read))
+      return realSystemCalls().readAt(file, buffer, size, offset);
+    if (failing.error == shortRead)
+      return realSystemCalls().readAt(file, buffer, std::min<std::size_t>(size, 1), offset);
+    failing.noteFile(file);
+    return errno = failing.error, -1;
+  };
   calls.startThread = [](pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),
                          void *argument) {
     return failing.fails(Thread)

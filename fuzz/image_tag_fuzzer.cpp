@@ -31,10 +31,11 @@ constexpr SystemCalls callsOnContent{
           status->stx_size = fileContent.size();
           return 0;
         },
-    .read =
-        [](int, void *buffer, std::size_t size) {
-          size = std::min(size, fileContent.size());
-          std::memcpy(buffer, fileContent.data(), size);
+    .readAt =
+        [](int, void *buffer, std::size_t size, off_t offset) {
+          const std::string_view rest = fileContent.substr(static_cast<std::size_t>(offset));
+          size = std::min(size, rest.size());
+          std::memcpy(buffer, rest.data(), size);
           return static_cast<ssize_t>(size);
         },
     .startThread = nullptr,
@@ -66,15 +67,25 @@ void readTexts(std::string_view image) {
   static const Ref<const NSString> path = NSString::create("/photo.jpg");
   fileContent = image;
   const auto analysis = ExifAnalysis::startExifAnalysisAtPath(path.get());
+  FileItem item(*path);
+  const auto inSteps = ExifAnalysis::startExifAnalysisAtPath(item);
+  // Whether all is read at once or only what is needed, the answers are the same.
+  if (!analysis != !inSteps)
+    std::abort();
   if (!analysis)
     return;
-  for (const std::uint32_t tag : {0x9003, 0x010E, 0x010F, 0x0110, 0x9286})
-    if (const auto text = analysis->getExifInfo(tag); text && tag == 0x9003) {
-      if (const auto date = NSDate::dateWithNaturalLanguageString(*text);
-          date && *text->UTF8String() == 't')
-        std::abort();
-    }
+  for (const std::uint32_t tag : {0x9003, 0x010E, 0x010F, 0x0110, 0x9286}) {
+    const auto text = analysis->getExifInfo(tag), other = inSteps->getExifInfo(tag);
+    if (!text != !other || (text && text->view() != other->view()))
+      std::abort();
+    if (!text || tag != 0x9003)
+      continue;
+    if (const auto date = NSDate::dateWithNaturalLanguageString(*text);
+        date && *text->UTF8String() == 't')
+      std::abort();
+  }
   analysis->endExifAnalysis();
+  inSteps->endExifAnalysis();
 }
 
 } // namespace

@@ -24,7 +24,7 @@ class SystemCallsGuard {
 public:
   struct Counts {
     std::atomic<int> openAt{0}, listEntries{0}, statusAt{0}, openMountTable{0}, fileSystemOf{0},
-        fileSystemAt{0}, resolve{0}, makeFolder{0}, setMode{0}, removeFile{0}, read{0},
+        fileSystemAt{0}, resolve{0}, makeFolder{0}, setMode{0}, removeFile{0}, read{0}, readAt{0},
         startThread{0};
   };
 
@@ -40,6 +40,7 @@ public:
     put<&SystemCalls::setMode, &Counts::setMode>(replaced);
     put<&SystemCalls::removeFile, &Counts::removeFile>(replaced);
     put<&SystemCalls::read, &Counts::read>(replaced);
+    put<&SystemCalls::readAt, &Counts::readAt>(replaced);
     put<&SystemCalls::startThread, &Counts::startThread>(replaced);
     resetCounts();
     setSystemCallsForTesting(&state().counting);
@@ -56,7 +57,7 @@ public:
     Counts &c = state().counts;
     c.openAt = c.listEntries = c.statusAt = c.openMountTable = c.fileSystemOf = 0;
     c.fileSystemAt = c.resolve = c.makeFolder = c.setMode = c.removeFile = 0;
-    c.read = c.startThread = 0;
+    c.read = c.readAt = c.startThread = 0;
   }
 
 private:

@@ -1,6 +1,5 @@
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
 
-#include "platform/foundation/FileBeginning.h"
 #include "platform/foundation/TryTwice.h"
 
 #include <algorithm>
@@ -16,9 +15,6 @@ namespace {
 
 constexpr std::int16_t noErr = 0;
 constexpr std::int16_t fnfErr = -43;
-
-/// The EXIF block of a JPEG file is not longer.
-constexpr std::size_t bytesRead = 65535;
 
 constexpr std::int16_t mainDirectory = 0;
 constexpr std::int16_t exifDirectory = 1;
@@ -76,38 +72,51 @@ template <class T> int copyFirst(void *value, const T *values) noexcept {
 
 ExifAnalysis::ExifAnalysis() : _imageTag(std::make_unique<CIMAGETAG>()) {}
 
-Ref<ExifAnalysis> ExifAnalysis::startExifAnalysisAtPath(const NSString *path) noexcept {
-  if (path == nullptr)
-    return nullptr;
-  FileItem item(*path);
-  return startExifAnalysisAtPath(item);
-}
-
 Ref<ExifAnalysis> ExifAnalysis::create() { return Ref<ExifAnalysis>::adopt(new ExifAnalysis); }
 
-Ref<ExifAnalysis> ExifAnalysis::startExifAnalysisAtPath(FileItem &item) noexcept {
+Ref<ExifAnalysis> ExifAnalysis::startExifAnalysisAtPath(const NSString *path) noexcept {
   Ref<ExifAnalysis> analysis;
   tryTwice([&] { analysis = create(); });
-  return analysis && analysis->initCIMAGETAG(item) != 0 ? analysis : nullptr;
+  return analysis && analysis->initCIMAGETAG(path) != 0 ? analysis : nullptr;
 }
 
-char ExifAnalysis::initCIMAGETAG(FileItem &item) noexcept {
-  if (readDataHandle(item, &_exifData) != noErr)
+Ref<ExifAnalysis>
+ExifAnalysis::startExifAnalysisAtPath(FileItem &item, const std::atomic<char> *isStopped) noexcept {
+  std::optional<FileBeginning> beginning = FileBeginning::open(item, isStopped);
+  Ref<ExifAnalysis> analysis;
+  if (!beginning || !tryTwice([&] { analysis = create(); }))
+    return nullptr;
+  analysis->beginning_.emplace(*std::move(beginning));
+  analysis->_imageTag->CreateField(*analysis->beginning_);
+  return analysis->hasExifDirectory() ? analysis : nullptr;
+}
+
+char ExifAnalysis::initCIMAGETAG(const NSString *path) noexcept {
+  endExifAnalysis();
+  if (readDataHandle(path, &_exifData) != noErr)
     return 0;
   const std::string_view bytes = _exifData->view();
   std::int16_t format = 0;
   std::uint32_t base = 0, size = 0, directory = 0;
   _imageTag->CreateField(nullptr, bytes.data(), static_cast<std::uint32_t>(bytes.size()), &format,
                          &base, &size, &directory);
-  if (!infoOf(*_imageTag, exifDirectory, tagExifVersion)) {
-    endExifAnalysis();
-    return 0;
-  }
-  return 1;
+  return hasExifDirectory() ? 1 : 0;
 }
 
-std::int16_t ExifAnalysis::readDataHandle(FileItem &item, Ref<const NSData> *handle) noexcept {
-  Ref<const NSData> data = beginningOfFile(item, bytesRead);
+bool ExifAnalysis::hasExifDirectory() noexcept {
+  if (infoOf(*_imageTag, exifDirectory, tagExifVersion))
+    return true;
+  endExifAnalysis();
+  return false;
+}
+
+std::int16_t ExifAnalysis::readDataHandle(const NSString *path,
+                                          Ref<const NSData> *handle) noexcept {
+  if (path == nullptr)
+    return fnfErr;
+  FileItem item(*path);
+  std::optional<FileBeginning> beginning = FileBeginning::open(item, nullptr);
+  Ref<const NSData> data = beginning ? (*std::move(beginning)).all() : nullptr;
   if (!data)
     return fnfErr;
   *handle = std::move(data);
@@ -165,6 +174,7 @@ Ref<const NSString> ExifAnalysis::comment() noexcept {
 void ExifAnalysis::endExifAnalysis() noexcept {
   _imageTag->CloseField();
   _exifData = nullptr;
+  beginning_.reset();
 }
 
 Ref<const NSString> ExifAnalysis::getUserComment(IMAGETAG_INFO *info) noexcept {

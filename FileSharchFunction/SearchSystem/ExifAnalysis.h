@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/foundation/DateTimeRec.h"
+#include "platform/foundation/FileBeginning.h"
 #include "platform/foundation/FileItem.h"
 #include "platform/foundation/NSData.h"
 #include "platform/foundation/NSObject.h"
@@ -8,22 +9,40 @@
 #include "platform/foundation/Ref.h"
 #include "platform/imagetag/CIMAGETAG.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 /// The EXIF tags of one image file, as the strings that a search compares. All questions are
-/// answered from the first bytes of the file, which are read once. Nothing is thrown: what fails
-/// for lack of memory fails as if it were not there.
+/// answered from the first bytes of the file, each of which is read once at most. Nothing is thrown
+/// but by `create`: what fails for lack of memory fails as if it were not there.
 ///
-/// Ownership: counted; owns the bytes and the tag reader. Threads: one at a time.
+/// Ownership: counted; owns the bytes, or the open file, and the tag reader. Threads: one at a
+/// time.
 class ExifAnalysis final : public NSObject {
 public:
+  /// An analysis of nothing yet. Throws `std::bad_alloc`.
+  static Ref<ExifAnalysis> create();
+
   /// The analysis of a JPEG or TIFF file; null when it cannot be read or has no EXIF tags. To be
   /// ended with `endExifAnalysis`.
   static Ref<ExifAnalysis> startExifAnalysisAtPath(const NSString *path) noexcept;
 
-  /// The same for an item of which the caller may know more than its path.
-  static Ref<ExifAnalysis> startExifAnalysisAtPath(FileItem &item) noexcept;
+  /// The same for an item of which the caller may know more than its path. No more of the file is
+  /// read than the tags that are asked for need. Once `*isStopped` is not 0, which any thread may
+  /// set, every read fails, and no tag is there whose bytes have not been read; the flag, which may
+  /// be null, has to live as long.
+  static Ref<ExifAnalysis>
+  startExifAnalysisAtPath(FileItem &item, const std::atomic<char> *isStopped = nullptr) noexcept;
+
+  /// Loads the first bytes of the file and opens its tags: 1, or 0 when it cannot, or there is no
+  /// EXIF directory. The object can then not be used.
+  char initCIMAGETAG(const NSString *path) noexcept;
+
+  /// Puts the first 65,535 bytes of the file into the slot, read at once: 0, or -43, with nothing
+  /// stored, when it cannot be read or is empty.
+  static std::int16_t readDataHandle(const NSString *path, Ref<const NSData> *handle) noexcept;
 
   /// The text of a tag, or null when the file has no such tag, it is empty or of another type than
   /// it should be, or the tag is none of these:
@@ -46,20 +65,16 @@ public:
 private:
   ExifAnalysis();
   ~ExifAnalysis() override = default;
-  /// Throws `std::bad_alloc`.
-  static Ref<ExifAnalysis> create();
 
-  /// Loads the file and opens its tags: 1, or 0 when it cannot or there is no EXIF directory.
-  char initCIMAGETAG(FileItem &item) noexcept;
-
-  /// Puts the first bytes of the file into the slot: 0, or -43 when it cannot be read or is empty.
-  static std::int16_t readDataHandle(FileItem &item, Ref<const NSData> *handle) noexcept;
-
+  /// Whether the tags that have been opened have an EXIF directory; ends the analysis if not.
+  bool hasExifDirectory() noexcept;
   Ref<const NSString> dateText();
   Ref<const NSString> mainText(std::uint32_t tag);
   Ref<const NSString> comment() noexcept;
 
   Ref<const NSData> _exifData;
+  /// The file, where no more of it is read than is asked for.
+  std::optional<FileBeginning> beginning_;
   std::unique_ptr<CIMAGETAG> _imageTag;
 };
 

@@ -5,37 +5,83 @@
 
 #include <algorithm>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
-/// Closes an open file.
-class Closing {
-public:
-  explicit Closing(int file) noexcept : file_(file) {}
-  ~Closing() { close(file_); }
-  Closing(const Closing &) = delete;
-  Closing &operator=(const Closing &) = delete;
-
-private:
-  const int file_;
-};
+bool isSet(const std::atomic<char> *flag) noexcept { return flag != nullptr && *flag != 0; }
 
 } // namespace
 
-Ref<const NSData> beginningOfFile(FileItem &item, std::size_t longest) noexcept {
+std::optional<FileBeginning> FileBeginning::open(FileItem &item,
+                                                 const std::atomic<char> *isStopped) noexcept {
+  if (isSet(isStopped))
+    return std::nullopt;
   const int file = item.openRegularFile();
   if (file < 0)
-    return nullptr;
-  const Closing closing(file);
+    return std::nullopt;
   const std::optional<FileStatus> &status = item.status();
-  if (!status || status->size == 0)
-    return nullptr;
+  const auto size =
+      static_cast<std::size_t>(status ? std::min<std::uint64_t>(status->size, mostBytes) : 0);
   // Of one size for all files, so that one buffer serves them all.
   Ref<NSData> data;
-  if (!tryTwice([&] { data = NSData::withCapacity(longest); }))
-    return nullptr;
-  const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(status->size, longest));
-  const std::size_t count = readFully(file, data->mutableBytes(), size);
-  data->setLength(count);
-  return count != 0 ? data : nullptr;
+  if (size == 0 || !tryTwice([&] { data = NSData::withCapacity(mostBytes); })) {
+    close(file);
+    return std::nullopt;
+  }
+  return FileBeginning(file, size, std::move(data), isStopped);
+}
+
+FileBeginning::FileBeginning(int file, std::size_t size, Ref<NSData> data,
+                             const std::atomic<char> *isStopped) noexcept
+    : file_(file), size_(size), data_(std::move(data)), isStopped_(isStopped) {}
+
+FileBeginning::FileBeginning(FileBeginning &&other) noexcept
+    : file_(std::exchange(other.file_, -1)), size_(std::exchange(other.size_, 0)),
+      data_(std::move(other.data_)), isRead_(other.isRead_), isStopped_(other.isStopped_) {}
+
+FileBeginning::~FileBeginning() {
+  if (file_ >= 0)
+    close(file_);
+}
+
+std::size_t FileBeginning::readPart(std::size_t offset, std::size_t size) noexcept {
+  if (size == 0)
+    return 0;
+  size = std::min(size, size_ - offset);
+  const std::size_t end = (offset + size + stepSize - 1) / stepSize;
+  for (std::size_t step = offset / stepSize; step < end; ++step) {
+    std::size_t last = step;
+    while (last < end && !isRead_[last])
+      ++last;
+    if (last != step)
+      readSteps(step, last);
+    step = last;
+  }
+  return offset < size_ ? std::min(size, size_ - offset) : 0;
+}
+
+void FileBeginning::readSteps(std::size_t begin, std::size_t end) noexcept {
+  std::size_t place = begin * stepSize;
+  const std::size_t stop = std::min(end * stepSize, size_);
+  for (; begin < end; ++begin)
+    isRead_.set(begin);
+  while (place < stop) {
+    const ssize_t count =
+        isSet(isStopped_)
+            ? -1
+            : uninterrupted(&SystemCalls::readAt, file_, data_->mutableBytes() + place,
+                            stop - place, static_cast<off_t>(place));
+    if (count <= 0) {
+      size_ = count < 0 ? 0 : place;
+      return;
+    }
+    place += static_cast<std::size_t>(count);
+  }
+}
+
+Ref<const NSData> FileBeginning::all() &&noexcept {
+  const std::size_t count = part(0, size_).size();
+  data_->setLength(count);
+  return count != 0 ? std::move(data_) : nullptr;
 }

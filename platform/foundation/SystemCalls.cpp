@@ -25,6 +25,8 @@ constexpr SystemCalls realCalls{
     .setMode = [](const char *path, mode_t mode) { return chmod(path, mode); },
     .removeFile = [](const char *path) { return unlink(path); },
     .read = [](int file, void *buffer, std::size_t size) { return ::read(file, buffer, size); },
+    .readAt = [](int file, void *buffer, std::size_t size,
+                 off_t offset) { return pread(file, buffer, size, offset); },
     .startThread =
         [](pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),
            void *argument) { return pthread_create(thread, attributes, body, argument); },

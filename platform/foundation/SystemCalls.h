@@ -28,6 +28,8 @@ struct SystemCalls {
   int (*setMode)(const char *path, mode_t mode) = nullptr;
   int (*removeFile)(const char *path) = nullptr;
   ssize_t (*read)(int file, void *buffer, std::size_t size) = nullptr;
+  /// pread(2).
+  ssize_t (*readAt)(int file, void *buffer, std::size_t size, off_t offset) = nullptr;
   /// pthread_create(3): the error is the result.
   int (*startThread)(pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),
                      void *argument) = nullptr;

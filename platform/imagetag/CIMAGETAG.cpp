@@ -35,35 +35,37 @@ void swapBytes(char *value, std::size_t size, std::size_t numberSize) noexcept {
 
 } // namespace
 
-bool CIMAGETAG::open(std::string_view block) noexcept {
+bool CIMAGETAG::openBlock(ImageBytes block) noexcept {
   tags_ = TIFFBlock::open(block);
   if (tags_)
     exifDirectory_ = tags_->directoryAt(tags_->firstDirectory(), tagExifIFD);
   return tags_.has_value();
 }
 
+std::optional<ImageBytes> CIMAGETAG::open(ImageBytes image) noexcept {
+  CloseField();
+  if (!JPEGSegments::isJPEG(image))
+    return openBlock(image) ? std::optional(image) : std::nullopt;
+  JPEGSegments segments(image);
+  while (const auto exif = segments.nextExif())
+    if (openBlock(*exif))
+      return exif;
+  return std::nullopt;
+}
+
+int CIMAGETAG::CreateField(FileBeginning &file) noexcept { return open(ImageBytes(file)) ? 1 : 0; }
+
 int CIMAGETAG::CreateField(const FSSpec * /*file*/, const void *bytes, std::uint32_t length,
                            std::int16_t *format, std::uint32_t *base, std::uint32_t *size,
                            std::uint32_t *exifDirectory) noexcept {
-  CloseField();
-  const std::string_view image(static_cast<const char *>(bytes), bytes != nullptr ? length : 0);
-  std::string_view block = image;
-  const bool isJPEG = JPEGSegments::isJPEG(image);
-  if (isJPEG) {
-    JPEGSegments segments(image);
-    while (const auto exif = segments.nextExif()) {
-      block = *exif;
-      if (open(block))
-        break;
-    }
-  } else {
-    open(block);
-  }
-  tell<std::int16_t>(format, !tags_ ? NoFormat : isJPEG ? JPEG : TIFF);
-  tell(base, tags_ ? static_cast<std::uint32_t>(block.data() - image.data()) : 0);
-  tell(size, tags_ ? static_cast<std::uint32_t>(block.size()) : 0);
+  const ImageBytes image(
+      std::string_view(static_cast<const char *>(bytes), bytes != nullptr ? length : 0));
+  const std::optional<ImageBytes> block = open(image);
+  tell<std::int16_t>(format, !block ? NoFormat : JPEGSegments::isJPEG(image) ? JPEG : TIFF);
+  tell(base, block ? static_cast<std::uint32_t>(block->begin()) : 0);
+  tell(size, block ? static_cast<std::uint32_t>(block->size()) : 0);
   tell(exifDirectory, exifDirectory_.value_or(0));
-  return tags_ ? 1 : 0;
+  return block ? 1 : 0;
 }
 
 IMAGETAG_INFO *CIMAGETAG::GetInfo(std::int16_t directory, std::uint32_t tag,
@@ -88,8 +90,9 @@ IMAGETAG_INFO *CIMAGETAG::GetInfo(std::int16_t directory, std::uint32_t tag,
   info->value.bytes = static_cast<char *>(memory) + valueOffset;
   char *const end = std::copy(field->value.begin(), field->value.end(), info->value.bytes);
   std::memset(end, 0, room - field->value.size());
-  if (tags_->isLittleEndian() != (std::endian::native == std::endian::little))
-    swapBytes(info->value.bytes, field->value.size(), sizeOfTIFFNumber(field->type));
+  const std::size_t numberSize = sizeOfTIFFNumber(field->type);
+  if (numberSize > 1 && tags_->isLittleEndian() != (std::endian::native == std::endian::little))
+    swapBytes(info->value.bytes, field->value.size(), numberSize);
   tell(size, static_cast<std::uint32_t>(field->value.size()));
   return info;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/imagetag/IMAGETAG_INFO.h"
+#include "platform/imagetag/ImageBytes.h"
 #include "platform/imagetag/TIFFBlock.h"
 
 #include <cstdint>
@@ -13,7 +14,8 @@ struct FSSpec;
 ///
 /// It reads inside the bytes that it was given and nowhere else, and takes a time that is linear in
 /// them whatever they say. It throws nothing.
-/// Ownership: borrows the bytes from `CreateField` to `CloseField`. Threads: one at a time.
+/// Ownership: borrows the bytes, or the file, from `CreateField` to `CloseField`. Threads: one at a
+/// time.
 class CIMAGETAG {
 public:
   CIMAGETAG() noexcept = default;
@@ -31,6 +33,9 @@ public:
   int CreateField(const FSSpec *file, const void *bytes, std::uint32_t length, std::int16_t *format,
                   std::uint32_t *base, std::uint32_t *size, std::uint32_t *exifDirectory) noexcept;
 
+  /// The same for the beginning of an image's file, which is read as far as its tags are asked for.
+  int CreateField(FileBeginning &file) noexcept;
+
   /// A tag of the main directory of the (first) image, 0, or of its EXIF directory, 1; null when it
   /// is not there, its value is not whole inside the bytes, or memory is short. `size`, where not
   /// null, is told the value's size in bytes. To be given back with `ReleaseInfo`.
@@ -44,7 +49,9 @@ public:
   void CloseField() noexcept;
 
 private:
-  bool open(std::string_view block) noexcept;
+  /// Where the tags are, if there are any.
+  std::optional<ImageBytes> open(ImageBytes image) noexcept;
+  bool openBlock(ImageBytes block) noexcept;
 
   std::optional<TIFFBlock> tags_;
   std::optional<std::uint32_t> exifDirectory_;

@@ -1,10 +1,11 @@
 #include "platform/imagetag/JPEGSegments.h"
 
-#include <algorithm>
 #include <cstddef>
+#include <string_view>
 
 namespace {
 
+constexpr char fill = '\xFF';
 constexpr unsigned char startOfScan = 0xDA;
 constexpr unsigned char endOfImage = 0xD9;
 constexpr unsigned char application1 = 0xE1;
@@ -16,36 +17,52 @@ bool isAlone(unsigned char marker) noexcept {
 
 } // namespace
 
+bool JPEGSegments::skipTo(bool isFill) noexcept {
+  for (;;) {
+    const std::string_view run = bytes_.run(place_);
+    const std::size_t found = isFill ? run.find(fill) : run.find_first_not_of(fill);
+    if (found != std::string_view::npos) {
+      place_ += found;
+      return true;
+    }
+    if (run.empty())
+      return false;
+    place_ += run.size();
+  }
+}
+
 std::optional<JPEGSegments::Segment> JPEGSegments::nextSegment() noexcept {
   for (;;) {
-    const std::size_t fill = rest_.find('\xFF');
-    const std::size_t code = rest_.find_first_not_of('\xFF', fill);
-    if (fill == std::string_view::npos || code == std::string_view::npos)
+    if (!skipTo(true) || !skipTo(false))
       return std::nullopt;
-    const auto marker = static_cast<unsigned char>(rest_[code]);
-    rest_.remove_prefix(code + 1);
+    const auto marker = static_cast<unsigned char>(bytes_.run(place_).front());
+    ++place_;
     if (isAlone(marker))
       continue;
-    if (marker == startOfScan || marker == endOfImage || rest_.size() < 2)
+    if (marker == startOfScan || marker == endOfImage)
       return std::nullopt;
-    const std::size_t length = static_cast<std::size_t>(static_cast<unsigned char>(rest_[0])) << 8 |
-                               static_cast<unsigned char>(rest_[1]);
+    const std::string_view size = bytes_.part(place_, 2);
+    if (size.size() < 2)
+      return std::nullopt;
+    const std::size_t length = static_cast<std::size_t>(static_cast<unsigned char>(size[0])) << 8 |
+                               static_cast<unsigned char>(size[1]);
     // The length counts itself.
     if (length < 2)
       return std::nullopt;
-    const std::size_t present = std::min(length, rest_.size());
-    const Segment segment{marker, rest_.substr(2, present - 2)};
-    rest_.remove_prefix(present);
+    const Segment segment{marker, bytes_.range(place_ + 2, length - 2)};
+    place_ += length;
     return segment;
   }
 }
 
-std::optional<std::string_view> JPEGSegments::nextExif() noexcept {
+std::optional<ImageBytes> JPEGSegments::nextExif() noexcept {
   // A zero follows that some cameras fill with something else.
   constexpr std::string_view name("Exif\0", 5);
+  constexpr std::size_t nameSize = name.size() + 1;
   while (const std::optional<Segment> segment = nextSegment())
-    if (segment->marker == application1 && segment->content.starts_with(name) &&
-        segment->content.size() > name.size())
-      return segment->content.substr(name.size() + 1);
+    if (segment->marker == application1)
+      if (const std::string_view begin = segment->content.part(0, nameSize);
+          begin.size() == nameSize && begin.starts_with(name))
+        return segment->content.range(nameSize, segment->content.size());
   return std::nullopt;
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "platform/imagetag/ImageBytes.h"
+
+#include <cstddef>
 #include <optional>
-#include <string_view>
 
 /// Goes through the segments of a JPEG file up to its image (JPEG standard, annex B), over fill
 /// bytes and what does not belong there. It takes time linear in the bytes given.
@@ -9,23 +11,26 @@
 /// Ownership: borrows the bytes. Threads: one at a time.
 class JPEGSegments {
 public:
-  explicit JPEGSegments(std::string_view bytes) noexcept : rest_(bytes) {}
+  explicit JPEGSegments(ImageBytes bytes) noexcept : bytes_(bytes) {}
 
-  [[nodiscard]] static bool isJPEG(std::string_view bytes) noexcept {
-    return bytes.starts_with("\xFF\xD8");
+  [[nodiscard]] static bool isJPEG(ImageBytes bytes) noexcept {
+    return bytes.part(0, 2) == "\xFF\xD8";
   }
 
   /// The content of the next Exif block without its name (EXIF standard, 4.5.4), as much of it as
   /// is there; none after the last.
-  [[nodiscard]] std::optional<std::string_view> nextExif() noexcept;
+  [[nodiscard]] std::optional<ImageBytes> nextExif() noexcept;
 
 private:
   struct Segment {
     unsigned char marker;
-    std::string_view content;
+    ImageBytes content;
   };
 
   [[nodiscard]] std::optional<Segment> nextSegment() noexcept;
+  /// Moves to the next byte that is 0xFF, or to the next that is not; false when there is none.
+  [[nodiscard]] bool skipTo(bool isFill) noexcept;
 
-  std::string_view rest_;
+  ImageBytes bytes_;
+  std::size_t place_ = 0;
 };

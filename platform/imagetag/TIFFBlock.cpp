@@ -1,6 +1,5 @@
 #include "platform/imagetag/TIFFBlock.h"
 
-#include <algorithm>
 #include <array>
 
 namespace {
@@ -24,14 +23,22 @@ std::size_t sizeOfTIFFNumber(std::int16_t type) noexcept {
   return type == typeRational || type == typeSignedRational ? 4 : sizeOfTIFFType(type);
 }
 
-std::optional<TIFFBlock> TIFFBlock::open(std::string_view bytes) noexcept {
+std::optional<TIFFBlock> TIFFBlock::open(ImageBytes bytes) noexcept {
   using namespace std::string_view_literals;
-  const bool isLittleEndian = bytes.starts_with("II*\0"sv);
-  if (bytes.size() < headerSize || !(isLittleEndian || bytes.starts_with("MM\0*"sv)))
+  const std::string_view header = bytes.part(0, headerSize);
+  const bool isLittleEndian = header.starts_with("II*\0"sv);
+  if (header.size() < headerSize || !(isLittleEndian || header.starts_with("MM\0*"sv)))
     return std::nullopt;
   TIFFBlock block(bytes, isLittleEndian);
-  block.firstDirectory_ = block.number(bytes.substr(4, 4));
+  block.firstDirectory_ = block.number(header.substr(4, 4));
   return block;
+}
+
+std::string_view TIFFBlock::part(std::uint64_t offset, std::uint64_t size) const noexcept {
+  if (size > bytes_.size() || offset > bytes_.size() - size)
+    return {};
+  const std::string_view bytes = bytes_.part(offset, size);
+  return bytes.size() == size ? bytes : std::string_view();
 }
 
 std::uint32_t TIFFBlock::number(std::string_view bytes) const noexcept {
@@ -48,9 +55,8 @@ std::optional<TIFFBlock::Field> TIFFBlock::find(std::uint32_t directory,
   const std::string_view countBytes = part(directory, 2);
   if (countBytes.empty())
     return std::nullopt;
-  std::string_view entries = bytes_.substr(directory + std::size_t{2});
-  entries =
-      entries.substr(0, std::min<std::size_t>(entries.size(), number(countBytes) * entrySize));
+  std::string_view entries =
+      bytes_.part(directory + std::size_t{2}, number(countBytes) * entrySize);
   const auto high = static_cast<char>(tag >> 8);
   const auto low = static_cast<char>(tag & 0xFF);
   const char first = isLittleEndian_ ? low : high;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/imagetag/ImageBytes.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -8,11 +10,11 @@
 /// A TIFF structure, of which there may be the beginning only. It is read nowhere but inside the
 /// bytes given, and in time linear in their number, whatever it says about itself.
 ///
-/// Ownership: borrows the bytes. Threads: any; immutable.
+/// Ownership: borrows the bytes. Threads: one at a time.
 class TIFFBlock {
 public:
   /// None when `bytes` do not begin with a TIFF header of either byte order (TIFF 6.0, section 2).
-  static std::optional<TIFFBlock> open(std::string_view bytes) noexcept;
+  static std::optional<TIFFBlock> open(ImageBytes bytes) noexcept;
 
   struct Field {
     std::int16_t type;
@@ -36,21 +38,18 @@ public:
   [[nodiscard]] bool isLittleEndian() const noexcept { return isLittleEndian_; }
 
 private:
-  TIFFBlock(std::string_view bytes, bool isLittleEndian) noexcept
+  TIFFBlock(ImageBytes bytes, bool isLittleEndian) noexcept
       : bytes_(bytes), isLittleEndian_(isLittleEndian) {}
 
   /// The unsigned number that `bytes` are, of which there are four at most.
   [[nodiscard]] std::uint32_t number(std::string_view bytes) const noexcept;
 
   /// The bytes from `offset` on, `size` of them or none.
-  [[nodiscard]] std::string_view part(std::uint64_t offset, std::uint64_t size) const noexcept {
-    return size <= bytes_.size() && offset <= bytes_.size() - size ? bytes_.substr(offset, size)
-                                                                   : std::string_view();
-  }
+  [[nodiscard]] std::string_view part(std::uint64_t offset, std::uint64_t size) const noexcept;
 
   [[nodiscard]] std::optional<Field> fieldOf(std::string_view entry) const noexcept;
 
-  std::string_view bytes_;
+  ImageBytes bytes_;
   bool isLittleEndian_;
   std::uint32_t firstDirectory_ = 0;
 };

@@ -3,6 +3,7 @@
 #include "samples/SystemCallsGuard.h"
 #include "samples/TemporaryTree.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstring>
@@ -21,15 +22,41 @@ std::string viewOf(const Ref<const NSString> &text) {
   return text ? std::string(text->view()) : "none";
 }
 
-/// What a file answers for a tag; "closed" when it has no EXIF tags.
-std::string answer(const std::string &path, std::uint32_t tag) {
-  const auto analysis = ExifAnalysis::startExifAnalysisAtPath(NSString::create(path).get());
+/// What an analysis answers for a tag; "closed" when the file has no EXIF tags.
+std::string answer(const Ref<ExifAnalysis> &analysis, std::uint32_t tag) {
   if (!analysis)
     return "closed";
   auto text = viewOf(analysis->getExifInfo(tag));
   analysis->endExifAnalysis();
   EXPECT_EQ(viewOf(analysis->getExifInfo(tag)), "none") << "after the end";
   return text;
+}
+
+/// What is answered by an analysis that reads only what it needs.
+std::string answerInSteps(const std::string &path, std::uint32_t tag) {
+  const auto name = NSString::create(path);
+  FileItem item(*name);
+  return answer(ExifAnalysis::startExifAnalysisAtPath(item), tag);
+}
+
+/// What a file answers for a tag, however it is read.
+std::string answer(const std::string &path, std::uint32_t tag) {
+  const auto name = NSString::create(path);
+  const auto text = answer(ExifAnalysis::startExifAnalysisAtPath(name.get()), tag);
+  EXPECT_EQ(answerInSteps(path, tag), text) << path;
+  return text;
+}
+
+/// The bytes of a file that have been read.
+std::string isRead;
+
+ssize_t readAndNote(int file, void *buffer, std::size_t size, off_t offset) {
+  const ssize_t count = realSystemCalls().readAt(file, buffer, size, offset);
+  const auto begin = static_cast<std::size_t>(offset);
+  isRead.resize(std::max(isRead.size(), begin + size));
+  for (std::size_t i = begin; i < begin + size; ++i)
+    EXPECT_EQ(isRead[i]++, 0) << "read twice: " << i;
+  return count;
 }
 
 TEST(ExifAnalysis, AnswersTheTagsOfASearch) {
@@ -98,9 +125,12 @@ TEST(ExifAnalysis, DecodesComments) {
   EXPECT_EQ(answer(tree.file("a.tif", cut.tiff()), comment), "none") << "a part of a code";
 }
 
-TEST(ExifAnalysis, ReadsTheBeginningOfRegularFilesOnce) {
+TEST(ExifAnalysis, ReadsNoMoreOfRegularFilesThanItNeeds) {
   TemporaryTree tree;
   const PhotoTags tags = PhotoTags::photo().text(0, model, "D70");
+  const auto notes = PhotoTags::photo()
+                         .field(0, maker, PhotoTags::ASCII, 20'000, std::string(20'000, 'x'))
+                         .text(0, model, "D70 and more");
   const auto path = tree.file("big.jpg", jpegFile({tags.exifSegment()}, 100'000));
   const auto behind = jpegFile(
       {jpegSegment(0xE2, std::string(65'000, 'x')), std::string(500, ' '), tags.exifSegment()});
@@ -112,35 +142,87 @@ TEST(ExifAnalysis, ReadsTheBeginningOfRegularFilesOnce) {
     const char *name;
     std::string path, text;
     int opens, reads;
+    /// How many bytes are read in steps.
+    std::size_t needed;
   } rows[] = {
-      {"large", path, "D70", 1, 1},
-      {"behind the first 65,535 bytes", tree.file("behind.jpg", behind), "closed", 1, 1},
-      {"empty", tree.file("empty.jpg"), "closed", 1, 0},
-      {"missing", tree.path("missing.jpg"), "closed", 0, 0},
-      {"a folder", tree.folder("folder.jpg"), "closed", 0, 0},
-      {"a pipe", tree.fifo("pipe.jpg"), "closed", 0, 0},
-      {"a link as long as the tags need", tree.path("long.jpg"), "D70", 1, 1},
-      {"a link too short for the tags", tree.path("short.jpg"), "closed", 1, 1},
-      {"a link to a pipe", tree.link("to_pipe.jpg", tree.path("pipe.jpg")), "closed", 0, 0},
-      {"a link to nothing", tree.link("to_nothing.jpg", tree.path("missing.jpg")), "closed", 0, 0}};
-  const SystemCallsGuard guard;
-  for (const auto &row : rows) {
-    guard.resetCounts();
-    EXPECT_EQ(answer(row.path, model), row.text) << row.name;
-    EXPECT_EQ(guard.counts().openAt, row.opens) << row.name;
-    EXPECT_EQ(guard.counts().read, row.reads) << row.name;
-  }
+      {"large", path, "D70", 1, 1, 1024},
+      {"behind the first 65,535 bytes", tree.file("behind.jpg", behind), "closed", 1, 1, 2047},
+      {"between other segments",
+       tree.file("between.jpg",
+                 jpegFile({jpegSegment(0xE1, std::string(6000, 'x')), tags.exifSegment()})),
+       "D70", 1, 1, 2048},
+      {"behind a long value", tree.file("notes.tif", notes.tiff()), "D70 and more", 1, 1, 1650},
+      {"behind the image", tree.file("image.tif", tags.tiff(50'000)), "D70", 1, 1, 1920},
+      {"small", tree.file("small.tif", tags.tiff()), "D70", 1, 1, 56},
+      {"empty", tree.file("empty.jpg"), "closed", 1, 0, 0},
+      {"missing", tree.path("missing.jpg"), "closed", 0, 0, 0},
+      {"a folder", tree.folder("folder.jpg"), "closed", 0, 0, 0},
+      {"a pipe", tree.fifo("pipe.jpg"), "closed", 0, 0, 0},
+      {"a link as long as the tags need", tree.path("long.jpg"), "D70", 1, 1,
+       tree.path(longPath).size()},
+      {"a link too short for the tags", tree.path("short.jpg"), "closed", 1, 1, 7},
+      {"a link to a pipe", tree.link("to_pipe.jpg", tree.path("pipe.jpg")), "closed", 0, 0, 0},
+      {"a link to nothing", tree.link("to_nothing.jpg", tree.path("missing.jpg")), "closed", 0, 0,
+       0}};
+  const SystemCallsGuard guard({.readAt = readAndNote});
+  for (const auto &row : rows)
+    for (const bool isInSteps : {false, true}) {
+      SCOPED_TRACE(testing::Message() << row.name << isInSteps);
+      guard.resetCounts();
+      isRead.clear();
+      const auto name = NSString::create(row.path);
+      EXPECT_EQ(isInSteps ? answerInSteps(row.path, model)
+                          : answer(ExifAnalysis::startExifAnalysisAtPath(name.get()), model),
+                row.text);
+      EXPECT_EQ(guard.counts().openAt, row.opens);
+      if (isInSteps)
+        EXPECT_EQ(std::count(isRead.begin(), isRead.end(), 1), row.needed);
+      else
+        EXPECT_EQ(guard.counts().readAt, row.reads);
+    }
+}
+
+TEST(ExifAnalysis, LoadsAFileByItsPath) {
+  TemporaryTree tree;
+  const std::string tiff = PhotoTags::photo().text(0, model, "D70").tiff();
+  const auto photo = NSString::create(tree.file("a.tif", tiff)),
+             other = NSString::create(tree.file("b.tif", "II*"));
+  const auto analysis = ExifAnalysis::create();
+  EXPECT_EQ(analysis->initCIMAGETAG(nullptr) + analysis->initCIMAGETAG(other.get()), 0);
+  EXPECT_EQ(analysis->initCIMAGETAG(photo.get()), 1);
+  EXPECT_EQ(viewOf(analysis->getExifInfo(model)), "D70");
+  EXPECT_EQ(analysis->initCIMAGETAG(other.get()), 0);
+  EXPECT_EQ(viewOf(analysis->getExifInfo(model)), "none") << "nothing is left of the one before";
+
+  Ref<const NSData> data;
+  EXPECT_EQ(analysis->readDataHandle(NSString::create(tree.path("none")).get(), &data), -43);
+  EXPECT_FALSE(data);
+  EXPECT_EQ(analysis->readDataHandle(photo.get(), &data), 0);
+  EXPECT_EQ(data->view(), tiff);
+  EXPECT_EQ(analysis->readDataHandle(NSString::create(tree.file("c.tif")).get(), &data), -43);
+  EXPECT_EQ(data->view(), tiff) << "nothing is stored";
 }
 
 TEST(ExifAnalysis, SurvivesShortAndFailingReads) {
   TemporaryTree tree;
   const auto path = tree.file("a.tif", PhotoTags::photo().text(0, model, "D70").tiff(3000));
-  const auto isShort = [](int file, void *buffer, std::size_t size) {
-    return realSystemCalls().read(file, buffer, std::min<std::size_t>(size, 1000));
+  const auto isShort = [](int file, void *buffer, std::size_t size, off_t offset) {
+    return realSystemCalls().readAt(file, buffer, std::min<std::size_t>(size, 1000), offset);
+  };
+  const auto isCutOff = [](int file, void *buffer, std::size_t size, off_t offset) {
+    constexpr off_t left = 3010;
+    size = offset < left ? std::min(size, static_cast<std::size_t>(left - offset)) : 0;
+    return realSystemCalls().readAt(file, buffer, size, offset);
   };
   const auto fails = [](auto...) -> ssize_t { return errno = EIO, -1; };
-  EXPECT_EQ((SystemCallsGuard({.read = isShort}), answer(path, model)), "D70");
-  EXPECT_EQ((SystemCallsGuard({.read = fails}), answer(path, model)), "closed");
+  const auto failsInTheEnd = [](int file, void *buffer, std::size_t size, off_t offset) -> ssize_t {
+    return offset < 1000 ? realSystemCalls().readAt(file, buffer, 1000, offset)
+                         : (errno = EIO, static_cast<void>(size), -1);
+  };
+  EXPECT_EQ((SystemCallsGuard({.readAt = isShort}), answer(path, model)), "D70");
+  EXPECT_EQ((SystemCallsGuard({.readAt = isCutOff}), answer(path, model)), "closed");
+  EXPECT_EQ((SystemCallsGuard({.readAt = fails}), answer(path, model)), "closed");
+  EXPECT_EQ((SystemCallsGuard({.readAt = failsInTheEnd}), answer(path, model)), "closed");
 }
 
 TEST(ExifAnalysis, AnswersRightWhileOthersReadOtherFiles) {
