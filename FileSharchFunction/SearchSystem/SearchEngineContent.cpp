@@ -1,8 +1,10 @@
+#include "FileSharchFunction/SearchSystem/EntryFilters.h"
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
 #include "pdf_reader/CPDFFile.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/NaturalLanguageDate.h"
+#include "platform/foundation/TextPattern.h"
 #include "streams/MemoryShortage.h"
 
 #include <algorithm>
@@ -28,7 +30,7 @@ void SearchEngine::exifSearch(const NSString *path, char *outKeywordResult,
 void SearchEngine::exifSearch(FileItem &item, char *outKeywordResult,
                               char *outTokenDateResult) const {
   *outKeywordResult = *outTokenDateResult = 0;
-  const Ref<ExifAnalysis> analysis = ExifAnalysis::startExifAnalysisAtPath(item);
+  const Ref<ExifAnalysis> analysis = ExifAnalysis::startExifAnalysisAtPath(item, &_bCancel);
   if (!analysis)
     return;
   if (isTokenDateSearch() != 0)
@@ -54,10 +56,12 @@ bool SearchEngine::isShotInRange(ExifAnalysis &analysis) const {
 }
 
 bool SearchEngine::hasKeywordInTags(ExifAnalysis &analysis) const {
+  // As `keyWordSearch` looks for it, made ready once for all tags.
+  const TextPattern keyword(_searchPredicate->contentKeyword->view(),
+                            keywordOptions(_searchPredicate->isDistinct));
   return std::any_of(std::begin(textTags), std::end(textTags), [&](std::uint32_t tag) {
     const Ref<const NSString> text = analysis.getExifInfo(tag);
-    return keyWordSearch(text.get(), _searchPredicate->contentKeyword,
-                         _searchPredicate->isDistinct) != 0;
+    return text && keyword.find(text->view()).length != 0;
   });
 }
 
@@ -67,10 +71,11 @@ char SearchEngine::PDFSearch(const NSString *path) const {
 
 bool SearchEngine::hasTextInPDF(const NSString *path, const NSString *keyword,
                                 char isDistinct) const {
-  if (path == nullptr)
+  if (path == nullptr || _bCancel != 0)
     return false;
   const auto isFound = [&] {
     CPDFFile document;
+    document.StopWhen(&_bCancel);
     return document.Open(path->UTF8String()) == 1 &&
            document.FindText(keyword, isDistinct, getSearchEncoding()) == 1;
   };

@@ -110,6 +110,40 @@ TEST_F(ContentTest, FilesThatHaveNotChangedAreReadOnce) {
   }
 }
 
+/// A cancel while a file is being tested: what is still to be read of it is not.
+TEST_F(ContentTest, CancelEndsTheReadingAtHand) {
+  static std::atomic<char> *isCancelled;
+  const auto cancelAtStatus = [](int at, const char *path, int flags, struct statx *status) {
+    *isCancelled = std::string_view(path).ends_with(".pdf") ? 1 : 0;
+    return realSystemCalls().statusAt(at, path, flags, status);
+  };
+  const auto cancelAtRead = [](int file, void *buffer, std::size_t size, off_t offset) {
+    *isCancelled = 1;
+    return realSystemCalls().readAt(file, buffer, size, offset);
+  };
+  tree.file("large.tif", PhotoTags::photo().text(0, 0x010F, "shore").tiff(50'000));
+  const struct {
+    const char *words, *path;
+    SystemCalls calls;
+    int reads;
+  } rows[] = {{"c=beach p", "in/text.pdf", {.statusAt = cancelAtStatus}, 0},
+              {"c=shore x", "large.tif", {.readAt = cancelAtRead}, 1},
+              {"c=shore x o", "large.tif", {.readAt = cancelAtRead}, 1}};
+  for (const auto &row : rows) {
+    reset();
+    SearchEngineProbe probe;
+    isCancelled = &probe.isCancelled;
+    const SystemCallsGuard guard(row.calls);
+    Request request = makeRequest(row.words);
+    request.setList({tree.path(row.path)});
+    SS_SearchStart(&request);
+    finish();
+    EXPECT_EQ(told(), "!") << row.words;
+    EXPECT_EQ(guard.counts().readAt, row.reads) << row.words;
+    EXPECT_TRUE(isAt(hosts[0].endTime, 1.5)) << row.words;
+  }
+}
+
 TEST_F(ContentTest, OnlyRegularFilesAreOpened) {
   tree.fifo("pipe.jpg");
   tree.fifo("pipe.pdf");
