@@ -57,6 +57,10 @@ private:
 };
 
 /// Copies all that `src` holds into `dst`, at most `blockSize` bytes at a time. Opens both before
-/// and closes both afterwards. Answers 1 when all went well, 0 for a missing stream, a block size
-/// of 0 or less, or too little memory, and else what the failing stream answered.
+/// and closes both afterwards. Answers 1 when every read and write did, 0 for a missing stream, a
+/// block size of 0 or less, or too little memory, and else what the failing stream answered.
+///
+/// It does not look at what the closing answers. 1 says that `dst` has taken all bytes, not that
+/// they are where it brings them: a `CFileStream` may still lose the last ones to a full disk. Who
+/// must not lose them compares the file's size afterwards.
 int CopyStream(CIOStream *dst, CIOStream *src, long blockSize);

@@ -46,7 +46,7 @@ int CFileStream::Open(unsigned short mode) {
   if (file_ == nullptr)
     return 0;
   openMode_ = mode;
-  knownSize_ = sizeOfFile(file_.get());
+  knownSize_ = sizeOfFile(file_.get()).value_or(0);
   return 1;
 }
 
@@ -81,24 +81,25 @@ int CFileStream::Seek(long offset, unsigned short origin) {
     return 0;
   const bool isReadOnly = (openMode_ & streamWriteMode) == 0;
   isOldSizeEnough_ = isReadOnly;
-  const long size = GetSize();
+  isSizeUnknown_ = false;
+  const long size = std::max(GetSize(), 0L);
   isOldSizeEnough_ = false;
   const long position = Tell();
-  if (origin < streamSeekBegin || origin > streamSeekEnd)
+  if (origin < streamSeekBegin || origin > streamSeekEnd || isSizeUnknown_)
     return 0;
   if (isReadOnly)
     return seekToRead(offset);
   switch (origin) {
   case streamSeekBegin:
-    return offset <= size ? seekTo(offset, SEEK_SET) : extend(size, offset);
+    return offset <= size ? seekTo(offset, SEEK_SET) : append(offset - size);
   case streamSeekCurrent:
     if (!isSum(position, offset))
       return 0;
-    return position + offset <= size ? seekTo(offset, SEEK_CUR) : extend(size, position + offset);
+    return position + offset <= size ? seekTo(offset, SEEK_CUR) : append(position + offset - size);
   default:
     if (offset <= 0)
       return seekTo(offset, SEEK_END);
-    return isSum(size, offset) ? extend(size, size + offset) : 0;
+    return append(offset);
   }
 }
 
@@ -115,9 +116,7 @@ int CFileStream::seekToRead(long offset) {
   return 1;
 }
 
-int CFileStream::extend(long size, long newSize) {
-  return extendFile(file_.get(), size, newSize) ? 1 : 0;
-}
+int CFileStream::append(long count) { return appendZeros(file_.get(), count) ? 1 : 0; }
 
 long CFileStream::Tell() {
   const long position = file_ == nullptr ? 0 : std::ftell(file_.get());
@@ -127,9 +126,11 @@ long CFileStream::Tell() {
 long CFileStream::GetSize() {
   if (file_ == nullptr)
     return 0;
-  if (!isOldSizeEnough_)
-    knownSize_ = sizeOfFile(file_.get());
-  return knownSize_;
+  if (isOldSizeEnough_)
+    return knownSize_;
+  const std::optional<long> size = sizeOfFile(file_.get());
+  isSizeUnknown_ = !size;
+  return knownSize_ = size.value_or(0);
 }
 
 int CFileStream::Release() {

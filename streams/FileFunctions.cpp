@@ -53,6 +53,29 @@ bool isRegular(std::FILE *file, struct stat &status) noexcept {
   return fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
 }
 
+/// Makes a file larger, with zeros for which there is room on the disk. A hole would need none, and
+/// what is written into it later could fail.
+bool reserve(int descriptor, off_t size, off_t count) noexcept {
+  int result = -1;
+  do
+    result = fallocate(descriptor, 0, size, count);
+  while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+bool writeZeros(std::FILE *file, long count) noexcept {
+  constexpr char zeros[4096] = {};
+  if (std::fseek(file, 0, SEEK_END) != 0)
+    return false;
+  for (long left = count; left > 0;) {
+    const auto part = std::min(static_cast<std::size_t>(left), sizeof zeros);
+    if (std::fwrite(zeros, 1, part, file) != part)
+      return false;
+    left -= static_cast<long>(part);
+  }
+  return std::fflush(file) == 0;
+}
+
 /// A two-byte character's first byte, as the Mac tells them.
 bool isLeadByte(unsigned char byte) noexcept {
   return (byte >= 0x81 && byte <= 0x9f) || (byte >= 0xe0 && byte <= 0xfc);
@@ -86,40 +109,42 @@ std::size_t readFile(std::FILE *file, void *buffer, std::size_t count) noexcept 
   }
 }
 
-long sizeOfFile(std::FILE *file) noexcept {
+std::optional<long> sizeOfFile(std::FILE *file) noexcept {
   if (__fpending(file) > 0 && std::fflush(file) != 0)
-    return 0;
+    return std::nullopt;
   struct stat status;
   // No seek to the end and back for a regular file: that would drop what was read ahead.
   if (isRegular(file, status)) {
     // As a seek would: a file that has grown is read on.
     std::clearerr(file);
-    return status.st_size <= LONG_MAX ? static_cast<long>(status.st_size) : 0;
+    return status.st_size <= LONG_MAX ? std::optional(static_cast<long>(status.st_size))
+                                      : std::nullopt;
   }
   const long position = std::ftell(file);
   if (std::fseek(file, 0, SEEK_END) != 0)
-    return 0;
+    return std::nullopt;
   const long size = std::ftell(file);
   std::fseek(file, position, SEEK_SET);
-  return size > 0 ? size : 0;
+  return size >= 0 ? std::optional(size) : std::nullopt;
 }
 
-bool extendFile(std::FILE *file, long size, long newSize) noexcept {
+bool appendZeros(std::FILE *file, long count) noexcept {
+  const long position = std::ftell(file);
   struct stat status;
-  if (isRegular(file, status)) {
-    return std::fflush(file) == 0 && ftruncate(fileno(file), newSize) == 0 &&
-           std::fseek(file, 0, SEEK_END) == 0;
-  }
-  if (std::fseek(file, 0, SEEK_END) != 0)
+  if (std::fflush(file) != 0)
     return false;
-  constexpr char filler[4096] = {};
-  for (long left = newSize - size; left > 0;) {
-    const auto part = std::min(static_cast<std::size_t>(left), sizeof filler);
-    if (std::fwrite(filler, 1, part, file) != part)
-      return false;
-    left -= static_cast<long>(part);
-  }
-  return true;
+  if (!isRegular(file, status))
+    return writeZeros(file, count);
+  const int descriptor = fileno(file);
+  if (reserve(descriptor, status.st_size, count))
+    return std::fseek(file, 0, SEEK_END) == 0;
+  if ((errno == EOPNOTSUPP || errno == ENOSYS) && writeZeros(file, count))
+    return true;
+  // A part of it may have been had.
+  __fpurge(file);
+  [[maybe_unused]] const int isCut = ftruncate(descriptor, status.st_size);
+  std::fseek(file, position, SEEK_SET);
+  return false;
 }
 
 void turnToReading(std::FILE *file) noexcept {
@@ -157,7 +182,7 @@ int ReadFile(FileHandle *handle, void *buffer, unsigned long count, unsigned lon
 std::uint32_t FS_GetFileSize(FileHandle *handle, ...) noexcept {
   if (handle == nullptr || handle->file == nullptr)
     return 0;
-  const long size = sizeOfFile(handle->file);
+  const long size = sizeOfFile(handle->file).value_or(0);
   return static_cast<unsigned long>(size) <= UINT32_MAX ? static_cast<std::uint32_t>(size) : 0;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 /// Closes a file of the C library.
 struct CFileCloser {
@@ -25,12 +26,12 @@ CFilePointer openFile(const char *path, unsigned short mode) noexcept;
 std::size_t readFile(std::FILE *file, void *buffer, std::size_t count) noexcept;
 
 /// The size of an open file in bytes, with what was written last; the position stays, and so does
-/// what was read ahead. 0 on failure.
-long sizeOfFile(std::FILE *file) noexcept;
+/// what was read ahead. None when it cannot be had.
+std::optional<long> sizeOfFile(std::FILE *file) noexcept;
 
-/// Brings an open file to a larger size with zero bytes, and its position to the new end; `size` is
-/// the present size. Of a regular file nothing changes on failure, and no space is used up.
-bool extendFile(std::FILE *file, long size, long newSize) noexcept;
+/// Puts `count` zero bytes, more than 0, behind the end that an open file has now, and its position
+/// behind them. Of a regular file the disk has room for them then, and nothing changes on failure.
+bool appendZeros(std::FILE *file, long count) noexcept;
 
 /// Lets a read follow a write, or a write a read, of a file that is open for both.
 void turnToReading(std::FILE *file) noexcept;

@@ -2,8 +2,12 @@
 #include "streams/CFileStream.h"
 
 #include <cerrno>
+#include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -62,11 +66,83 @@ TEST_F(FileStreamTest, TellsHowMuchOfAReadOrWriteWasDone) {
 
   // Beyond what 32 bits count.
   constexpr long end = 5L << 30;
-  ASSERT_EQ(open(tree.path("large"), 2) + stream.Seek(end, 1) + stream.Write(bytes, 4, nullptr), 3);
+  std::filesystem::resize_file(tree.file("large"), end);
+  ASSERT_EQ(open(tree.path("large"), 3) + stream.Seek(end, 1) + stream.Write(bytes, 4, nullptr), 3);
   EXPECT_EQ(stream.GetSize(), end + 4) << "with what was just written";
   ASSERT_EQ(stream.Open(1) + stream.Seek(end - 1, 1), 2);
   EXPECT_EQ(read(8), std::string("\0001234|", 6));
   EXPECT_EQ(stream.Tell(), end + 4);
+}
+
+/// Lets no file grow beyond so many bytes, as a full disk does.
+class Limit {
+public:
+  explicit Limit(rlim_t size) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit{size, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~Limit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+  Limit(const Limit &) = delete;
+  Limit &operator=(const Limit &) = delete;
+
+private:
+  void (*const handler_)(int) = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before_{};
+};
+
+TEST_F(FileStreamTest, GrowsWhereThereIsRoomAndNeverShrinks) {
+  constexpr long size = 100'000;
+  const std::string path = tree.file("a", std::string(size, 'a'));
+  const auto sizeNow = [&] { return static_cast<long>(std::filesystem::file_size(path)); };
+  char bytes[] = "more";
+  {
+    ASSERT_EQ(open(path, 3) + stream.Seek(0, 3) + stream.Write(bytes, 4, nullptr), 3);
+    const Limit limit(size);
+    EXPECT_EQ(stream.Seek(1000, 1), 0) << "what was written cannot be brought to the file";
+    EXPECT_EQ(sizeNow(), size);
+    ASSERT_EQ(stream.Open(3) + stream.Seek(10, 1), 2);
+    EXPECT_EQ(stream.Seek(size + 1, 1), 0);
+    EXPECT_EQ(stream.Tell(), 10);
+    EXPECT_EQ(sizeNow(), size);
+  }
+  constexpr long more = 1 << 20;
+  ASSERT_EQ(stream.Seek(size + more, 1), 1);
+  struct stat status {};
+  ASSERT_EQ(stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_size, size + more);
+  EXPECT_GE(status.st_blocks * 512, size + more) << "the zeros take room";
+
+  struct Told : CFileStream {
+    long GetSize() override { return 4; }
+  } told;
+  ASSERT_EQ(told.CreateFileStream(tree.file("b", "0123456789").c_str(), 0, nullptr), 1);
+  ASSERT_EQ(told.Open(3) + told.Seek(6, 1), 2);
+  EXPECT_EQ(told.Tell(), 12);
+  ASSERT_EQ(open(tree.path("b"), 1), 1);
+  EXPECT_EQ(read(13), "0123456789" + std::string(2, 0) + "|");
+}
+
+TEST(FileFunctions, WriteZerosWhereTheSystemReservesNone) {
+  static std::string written;
+  static std::size_t room;
+  const auto write = [](void *, const char *bytes, std::size_t count) -> ssize_t {
+    if (written.size() + count > room)
+      return errno = ENOSPC, 0;
+    written.append(bytes, count);
+    return static_cast<ssize_t>(count);
+  };
+  const auto seek = [](void *, off64_t *offset, int) -> int { return *offset = 0; };
+  for (const bool hasRoom : {true, false}) {
+    written.clear();
+    room = hasRoom ? 10'000 : 9'999;
+    const CFilePointer file(fopencookie(nullptr, "wb", {{}, write, seek, {}}));
+    EXPECT_EQ(appendZeros(file.get(), 10'000), hasRoom);
+    EXPECT_EQ(written == std::string(10'000, 0), hasRoom);
+  }
 }
 
 TEST_F(FileStreamTest, KeepsWhatItReadAheadThroughSeeks) {
