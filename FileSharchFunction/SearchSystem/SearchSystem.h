@@ -17,7 +17,9 @@
  *     }
  *
  * All three functions and both variables belong to the main thread, which is the process's first
- * unless PFMainLoopBindToCurrentThread has named another.
+ * unless PFMainLoopBindToCurrentThread has named another. A child of fork() has none of the
+ * library's threads, and its locks as they happened to be: it may only execute a program or call
+ * _exit.
  *
  * Searched are files whose extension is tif, jpg, pdf or pct, in any case; the longer spellings
  * (jpeg, tiff, pict) are not. Names that begin with a dot, links to folders, packages, and the
@@ -88,7 +90,8 @@ typedef struct SearchPredicate {
    * and jpg, without tif. Through the metadata index an EXIF condition narrows to jpg alone.
    *
    * When one is enough, a search through the metadata index with a condition on the content may
-   * report a file twice, unless it looks for contentKeyword in EXIF text. */
+   * report a file twice, unless it looks for contentKeyword in EXIF text. Where searchFolder leads
+   * through a link, it may then, too: once with the path as given, once with the real one. */
   signed char isAndSearch;
   /* The paths of the only files to look at, as strings, or NULL to search searchFolder. An empty
    * list finds nothing, and what is no string is passed over. A path that stands twice is reported
@@ -103,7 +106,11 @@ typedef struct SearchPredicate {
   /* The path of the folder to search; NULL finds nothing. Results of a walk begin with it as it is
    * given here, without slashes at its end; those of a search through the metadata index begin with
    * the real path of that folder, with links resolved. One that is not absolute begins at the
-   * process's working folder, which must then not change while the search runs. */
+   * process's working folder, which must then not change while the search runs.
+   *
+   * A walk takes blanks at the end of the name as part of it. The index does where there is such a
+   * folder, and else leaves them out; but with checkSubFolder 0 it always leaves them out when it
+   * asks which files are in the folder itself, so that it finds none in one whose name ends so. */
   CFStringRef searchFolder;
   /* Where results and the end are reported; NULL has the search run for nobody. */
   SearchResultCallback resultCallback;
@@ -133,8 +140,10 @@ SEARCHSYSTEM_EXPORT void useSpotlight(signed char isAllowed);
 SEARCHSYSTEM_EXPORT int32_t SS_SearchStart(SearchPredicate *predicate);
 
 /* Asks the running search to stop, and returns at once, always with 1. Results that are on their
- * way may still arrive; the end is reported as always, within about 1.5 seconds and the time that
- * reading the files and listings at hand takes. Without a search nothing is reported. */
+ * way may still arrive, but no file is read any further, and none whose content is still to be
+ * tested counts as a match. The end is reported as always, after the delays that are told above,
+ * however large the files at hand are; only what the system is reading or listing is waited for.
+ * Without a search nothing is reported. */
 SEARCHSYSTEM_EXPORT int32_t SS_SearchCancel(void);
 
 #ifdef __cplusplus
