@@ -1,5 +1,6 @@
 #include "faults/Searches.h"
 
+#include "platform/foundation/LocalTime.h"
 #include "samples/DocumentWriter.h"
 #include "samples/PhotoFile.h"
 
@@ -18,8 +19,7 @@ void makeSmallTree(TemporaryTree &tree) {
   tree.link("in/deep/link beach.jpg", tree.path("1beach.jpg"));
   tree.file("shelf.doc/7beach.jpg");
   tree.file("in/beach.txt", "beach");
-  constexpr std::int64_t secondsFrom1970To2001 = 978'307'200;
-  std::int64_t moment = secondsFrom1970To2001;
+  std::int64_t moment = PFSecondsFrom1970To2001;
   for (const char *const name : {"1beach.jpg", "2Beach.pdf", "3other.jpg", "in/4beach.tif",
                                  "in/5other.pdf", "in/deep/6beach.pct", "shelf.doc/7beach.jpg"})
     tree.setModified(name, ++moment);

@@ -1,6 +1,7 @@
 #include "hosts/ssfind/DateRange.h"
 
 #include "hosts/ssfind/LocalTime.h"
+#include "platform/foundation/LocalTime.h"
 
 #include <algorithm>
 #include <chrono>
@@ -123,8 +124,7 @@ std::optional<Period> Parser::timeOfDay(LocalTime day) {
 }
 
 double justBefore(Moment moment) {
-  constexpr Moment secondsFrom1970To2001 = 978307200;
-  const auto time = static_cast<double>(moment - secondsFrom1970To2001);
+  const auto time = static_cast<double>(moment - PFSecondsFrom1970To2001);
   // Some thousand years away a double is too coarse for half a microsecond.
   return std::min(time - 0.5e-6, std::nextafter(time, -std::numeric_limits<double>::infinity()));
 }

@@ -1,5 +1,6 @@
 #include "platform/foundation/LocalTime.h"
 
+#include <cstdint>
 #include <ctime>
 
 namespace {
@@ -14,22 +15,16 @@ std::int64_t offsetAt(std::int64_t moment) noexcept {
 } // namespace
 
 // mktime would look at the zone's file each time, and which of two times it takes is not stated.
-std::int64_t momentOfLocalTime(std::chrono::local_seconds time) noexcept {
+PFLocalTime PFLocalTimeMake(std::int64_t time) {
   // Further away from UTC than any zone has been, and too short for clocks to be set twice.
   constexpr std::int64_t reach = std::int64_t{18} * 3600;
-  const std::int64_t asUTC = time.time_since_epoch().count();
-  std::int64_t before = asUTC - reach;
-  std::int64_t after = asUTC + reach;
+  std::int64_t before = time - reach;
+  std::int64_t after = time + reach;
   const std::int64_t oldOffset = offsetAt(before);
   const std::int64_t newOffset = offsetAt(after);
-  const std::int64_t byOldOffset = asUTC - oldOffset;
-  if (oldOffset == newOffset)
-    return byOldOffset;
-  while (after - before > 1) {
+  while (oldOffset != newOffset && after - before > 1) {
     const std::int64_t middle = before + (after - before) / 2;
     (offsetAt(middle) == oldOffset ? before : after) = middle;
   }
-  const std::int64_t change = after;
-  const std::int64_t byNewOffset = asUTC - newOffset;
-  return byOldOffset >= change && byNewOffset >= change ? byNewOffset : byOldOffset;
+  return {time - oldOffset, time - newOffset, after};
 }

@@ -1,11 +1,36 @@
-#pragma once
+#ifndef PLATFORM_FOUNDATION_LOCALTIME_H
+#define PLATFORM_FOUNDATION_LOCALTIME_H
 
-#include <chrono>
-#include <cstdint>
+/* Local time, for hosts that read dates as the library does. The zone is the one that the C library
+ * has taken from the environment. */
 
-/// The moment at which local clocks show `time`, in seconds since 1970-01-01 00:00 UTC.
-///
-/// A time that is skipped when clocks are set forward moves forward by as much; of a doubled time
-/// it is the first. The zone is the one that the C library has taken from the environment. Any
-/// thread.
-[[nodiscard]] std::int64_t momentOfLocalTime(std::chrono::local_seconds time) noexcept;
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Seconds from 1970-01-01 to 2001-01-01, both 00:00 UTC. */
+enum { PFSecondsFrom1970To2001 = 978307200 };
+
+/* What a local time may mean around the time at which clocks are set, all in seconds since
+ * 1970-01-01 00:00 UTC. Where clocks are set back by an hour, they show an hour twice; where they
+ * are set forward, they skip one. */
+typedef struct {
+  /* The time by the offset from UTC before clocks are set, and by the one after. They are equal
+   * where clocks are not set within 18 hours of it. */
+  int64_t byOldOffset;
+  int64_t byNewOffset;
+  /* When clocks are set; later than both where they are not. */
+  int64_t change;
+} PFLocalTime;
+
+/* What `time` means, given as the seconds that UTC would have had since 1970 when its clocks showed
+ * that. Any thread. */
+PFLocalTime PFLocalTimeMake(int64_t time);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/LocalTime.h"
 #include "platform/foundation/NSObject.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
@@ -11,8 +12,7 @@
 /// Ownership: counted. Threads: any; immutable.
 class NSDate final : public NSObject {
 public:
-  /// Seconds from 1970-01-01 to 2001-01-01, both 00:00 UTC.
-  static constexpr std::int64_t secondsFrom1970To2001 = 978'307'200;
+  static constexpr std::int64_t secondsFrom1970To2001 = PFSecondsFrom1970To2001;
 
   /// Throws `std::bad_alloc`.
   static Ref<const NSDate> dateWithTimeIntervalSinceReferenceDate(double seconds);

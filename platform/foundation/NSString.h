@@ -1,23 +1,12 @@
 #pragma once
 
 #include "platform/foundation/NSObject.h"
+#include "platform/foundation/NSRange.h"
 #include "platform/foundation/Ref.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
-
-/// A range of bytes of a string's UTF-8 text. A search that finds nothing gives length 0.
-struct NSRange {
-  std::size_t location = 0;
-  std::size_t length = 0;
-};
-
-/// Options of a search, to be combined with "or".
-enum NSStringCompareOptions : unsigned {
-  NSCaseInsensitiveSearch = 1,
-  NSLiteralSearch = 2,
-};
 
 /// The encodings of data that a string is made from, by their Foundation numbers.
 enum NSStringEncoding : std::uint32_t {

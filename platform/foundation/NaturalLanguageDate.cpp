@@ -1,7 +1,6 @@
 #include "platform/foundation/NaturalLanguageDate.h"
 
 #include "platform/foundation/LocalTime.h"
-#include "platform/foundation/NSDate.h"
 
 #include <chrono>
 #include <cstddef>
@@ -130,6 +129,12 @@ std::optional<std::chrono::seconds> takeOffset(Scanner &scanner) noexcept {
   return sign * (std::chrono::hours(*hours) + std::chrono::minutes(*minutes));
 }
 
+/// A time that clocks skip moves forward by as much; of a doubled time it is the first.
+std::int64_t momentOfLocalTime(std::chrono::local_seconds time) noexcept {
+  const auto [byOldOffset, byNewOffset, change] = PFLocalTimeMake(time.time_since_epoch().count());
+  return byOldOffset >= change && byNewOffset >= change ? byNewOffset : byOldOffset;
+}
+
 } // namespace
 
 std::optional<double> intervalOfNaturalLanguageDate(std::string_view text) noexcept {
@@ -158,5 +163,5 @@ std::optional<double> intervalOfNaturalLanguageDate(std::string_view text) noexc
   const std::chrono::local_seconds local = *date + time.sinceMidnight;
   const std::int64_t moment =
       offset ? (local.time_since_epoch() - *offset).count() : momentOfLocalTime(local);
-  return static_cast<double>(moment - NSDate::secondsFrom1970To2001) + time.fraction;
+  return static_cast<double>(moment - PFSecondsFrom1970To2001) + time.fraction;
 }

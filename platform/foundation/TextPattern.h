@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/NSString.h"
+#include "platform/foundation/NSRange.h"
 
 #include <cstddef>
 #include <cstdint>
