@@ -1,13 +1,11 @@
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
 
 #include "platform/foundation/TryTwice.h"
+#include "platform/imagetag/TagInfo.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cstdlib>
 #include <cstring>
-#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -16,52 +14,9 @@ namespace {
 constexpr std::int16_t noErr = 0;
 constexpr std::int16_t fnfErr = -43;
 
-constexpr std::int16_t mainDirectory = 0;
-constexpr std::int16_t exifDirectory = 1;
-
 constexpr std::uint32_t tagImageDescription = 0x010E;
 constexpr std::uint32_t tagModel = 0x0110;
-constexpr std::uint32_t tagExifVersion = 0x9000;
-constexpr std::uint32_t tagDateTimeOriginal = 0x9003;
-constexpr std::uint32_t tagDateTimeDigitized = 0x9004;
 constexpr std::uint32_t tagUserComment = 0x9286;
-
-struct InfoReleaser {
-  void operator()(IMAGETAG_INFO *info) const noexcept { CIMAGETAG::ReleaseInfo(info); }
-};
-using Info = std::unique_ptr<IMAGETAG_INFO, InfoReleaser>;
-
-Info infoOf(const CIMAGETAG &imageTag, std::int16_t directory, std::uint32_t tag) noexcept {
-  std::uint32_t size = 0;
-  return Info(imageTag.GetInfo(directory, tag, &size));
-}
-
-bool isText(const Info &info) noexcept {
-  return info && info->type == IMAGETAG_ASCII && info->value.bytes[0] != '\0';
-}
-
-/// A decimal number as `atoi` takes it, held to 32 bits and cut to 16.
-std::int16_t numberOf(const char *text) noexcept {
-  const long number = std::strtol(text, nullptr, 10);
-  return static_cast<std::int16_t>(std::clamp<long>(
-      number, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
-}
-
-bool isDigits(const char *text) noexcept { return text[std::strspn(text, "0123456789")] == '\0'; }
-
-/// Writes a number with so many digits at least, a minus sign being one, and answers where it ends.
-/// This is what "%02d" does, in a part of the time.
-char *putNumber(char *text, int number, int width) noexcept {
-  if (number < 0) {
-    *text++ = '-';
-    --width;
-  }
-  std::array<char, 6> digits;
-  const auto result = std::to_chars(digits.begin(), digits.end(), std::abs(number));
-  const auto count = static_cast<int>(result.ptr - digits.data());
-  text = std::fill_n(text, std::max(width - count, 0), '0');
-  return std::copy(digits.data(), result.ptr, text);
-}
 
 template <class T> int copyFirst(void *value, const T *values) noexcept {
   std::memcpy(value, values, sizeof(T));
@@ -104,7 +59,7 @@ char ExifAnalysis::initCIMAGETAG(const NSString *path) noexcept {
 }
 
 bool ExifAnalysis::hasExifDirectory() noexcept {
-  if (infoOf(*_imageTag, exifDirectory, tagExifVersion))
+  if (tagInfoOf(*_imageTag, exifDirectory, tagExifVersion))
     return true;
   endExifAnalysis();
   return false;
@@ -127,7 +82,7 @@ Ref<const NSString> ExifAnalysis::getExifInfo(std::uint32_t tag) noexcept {
   Ref<const NSString> text;
   tryTwice([&] {
     if (tag == tagDateTimeOriginal)
-      text = dateText();
+      text = shootingDateText(*_imageTag);
     else if (tag >= tagImageDescription && tag <= tagModel)
       text = mainText(tag);
     else if (tag == tagUserComment)
@@ -136,36 +91,15 @@ Ref<const NSString> ExifAnalysis::getExifInfo(std::uint32_t tag) noexcept {
   return text;
 }
 
-Ref<const NSString> ExifAnalysis::dateText() {
-  Info info = infoOf(*_imageTag, exifDirectory, tagDateTimeOriginal);
-  if (!info)
-    info = infoOf(*_imageTag, exifDirectory, tagDateTimeDigitized);
-  if (!isText(info))
-    return nullptr;
-  DateTimeRec date{};
-  if (FS_CheckDate(info->value.bytes, &date) == 0)
-    return NSString::create("test");
-  // Room for six numbers of 16 bits with their signs, and what separates them.
-  std::array<char, 48> text;
-  char *end = putNumber(text.data(), date.year, 4);
-  for (const auto &[separator, number] :
-       {std::pair{'/', date.month}, std::pair{'/', date.day}, std::pair{' ', date.hour},
-        std::pair{':', date.minute}, std::pair{':', date.second}}) {
-    *end++ = separator;
-    end = putNumber(end, number, 2);
-  }
-  return NSString::create({text.data(), end});
-}
-
 Ref<const NSString> ExifAnalysis::mainText(std::uint32_t tag) {
-  const Info info = infoOf(*_imageTag, mainDirectory, tag);
+  const TagInfo info = tagInfoOf(*_imageTag, mainDirectory, tag);
   if (!isText(info))
     return nullptr;
   return NSString::initWithData(info->value.bytes, NSDefaultCStringEncoding);
 }
 
 Ref<const NSString> ExifAnalysis::comment() noexcept {
-  const Info info = infoOf(*_imageTag, exifDirectory, tagUserComment);
+  const TagInfo info = tagInfoOf(*_imageTag, exifDirectory, tagUserComment);
   if (!info || info->type != IMAGETAG_UNDEFINED)
     return nullptr;
   return getUserComment(info.get());
@@ -206,27 +140,6 @@ Ref<const NSString> ExifAnalysis::getUserComment(IMAGETAG_INFO *info) noexcept {
   Ref<const NSString> text;
   tryTwice([&] { text = NSString::initWithData({value + skip, count - skip}, encoding); });
   return text;
-}
-
-int FS_CheckDate(char *text, DateTimeRec *date) noexcept {
-  constexpr std::array<std::size_t, 6> begins{0, 5, 8, 11, 14, 17};
-  *date = {};
-  const std::size_t length = std::strlen(text);
-  std::array<const char *, begins.size()> fields{};
-  for (std::size_t i = 0; i < begins.size(); ++i) {
-    if (i > 0 && begins[i] - 1 < length)
-      text[begins[i] - 1] = '\0';
-    fields[i] = begins[i] < length ? text + begins[i] : "";
-  }
-  if (!isDigits(fields[0]) || !isDigits(fields[1]) || !isDigits(fields[2]))
-    return 0;
-  date->year = numberOf(fields[0]);
-  date->month = numberOf(fields[1]);
-  date->day = numberOf(fields[2]);
-  date->hour = numberOf(fields[3]);
-  date->minute = numberOf(fields[4]);
-  date->second = numberOf(fields[5]);
-  return date->year != 0 || date->month != 0 || date->day != 0 ? 1 : 0;
 }
 
 int FS_Exif_GetValueFromType(void *value, const IMAGETAG_INFO *info) noexcept {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/foundation/DateTimeRec.h"
 #include "platform/foundation/FileBeginning.h"
 #include "platform/foundation/FileItem.h"
 #include "platform/foundation/NSData.h"
@@ -8,6 +7,7 @@
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
 #include "platform/imagetag/CIMAGETAG.h"
+#include "platform/imagetag/ExifDate.h"
 
 #include <atomic>
 #include <cstdint>
@@ -68,7 +68,6 @@ private:
 
   /// Whether the tags that have been opened have an EXIF directory; ends the analysis if not.
   bool hasExifDirectory() noexcept;
-  Ref<const NSString> dateText();
   Ref<const NSString> mainText(std::uint32_t tag);
   Ref<const NSString> comment() noexcept;
 
@@ -77,12 +76,6 @@ private:
   std::optional<FileBeginning> beginning_;
   std::unique_ptr<CIMAGETAG> _imageTag;
 };
-
-/// Takes apart a text of the form "YYYY:MM:DD HH:MM:SS", in which any characters may separate the
-/// numbers; it writes NULs over these. A shorter text has empty numbers. 1 when year, month and day
-/// are digits or nothing, and one of them is not 0; else 0. They need not be a date that exists. An
-/// hour, minute or second that is no number is 0.
-int FS_CheckDate(char *text, DateTimeRec *date) noexcept;
 
 /// Copies the values of BYTE and RATIONAL tags, and of other types but ASCII the first number, to
 /// `value`. Answers the size of one value in bytes; 0 when nothing was copied.

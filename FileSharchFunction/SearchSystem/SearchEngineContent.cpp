@@ -5,13 +5,12 @@
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/NaturalLanguageDate.h"
 #include "platform/foundation/TextPattern.h"
+#include "platform/imagetag/TagInfo.h"
 #include "streams/MemoryShortage.h"
 
 #include <algorithm>
 
 namespace {
-
-constexpr std::uint32_t tagDateTimeOriginal = 0x9003;
 
 /// Image description, make, model, user comment.
 constexpr std::uint32_t textTags[] = {0x010E, 0x010F, 0x0110, 0x9286};
