@@ -5,6 +5,21 @@
 #include <cstring>
 #include <string_view>
 
+/// Whether a text is ASCII. Any thread.
+[[nodiscard]] inline bool isASCII(std::string_view text) noexcept {
+  constexpr std::uint64_t topBits = 0x8080808080808080U;
+  std::uint64_t seen = 0;
+  while (text.size() >= sizeof seen) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, text.data(), sizeof word);
+    seen |= word;
+    text.remove_prefix(sizeof word);
+  }
+  for (const char c : text)
+    seen |= static_cast<unsigned char>(c);
+  return (seen & topBits) == 0;
+}
+
 /// How many bytes of ASCII a text begins with. Most texts are nothing else, so that it pays to look
 /// at many bytes at once. Any thread.
 [[nodiscard]] inline std::size_t lengthOfASCIIRun(std::string_view text) noexcept {

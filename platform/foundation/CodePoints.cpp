@@ -10,6 +10,10 @@ void appendCodePoint(std::string &text, std::int32_t codePoint) {
 }
 
 std::int32_t takeCodePoint(std::string_view &text) noexcept {
+  if (const auto first = static_cast<unsigned char>(text.front()); first < 0x80) {
+    text.remove_prefix(1);
+    return first;
+  }
   utf8proc_int32_t codePoint = -1;
   const utf8proc_ssize_t length =
       utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t *>(text.data()),

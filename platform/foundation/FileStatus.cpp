@@ -3,6 +3,7 @@
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/SystemCalls.h"
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <cstdio>
@@ -16,15 +17,7 @@ const std::size_t longestPath = PATH_MAX - 1;
 namespace {
 
 /// More than any file system's clock lags behind or is coarse.
-constexpr std::int64_t settlingTimeInSeconds = 3;
-
-/// Whether it is so long ago that a change from now on will show.
-bool isLongAgo(FileMoment moment) noexcept {
-  // Our own clock is reckoned with, since the file's time may be any number.
-  FileMoment latest = earliestMomentOfChange();
-  latest.seconds -= settlingTimeInSeconds;
-  return moment <= latest;
-}
+constexpr std::chrono::seconds settlingTime{3};
 
 FileKind kindOfMode(unsigned mode) noexcept {
   if (S_ISREG(mode))
@@ -61,7 +54,7 @@ std::optional<FileStatus> statusOf(int folder, const char *path, int flags) noex
   result.device = deviceOf(status);
   result.inode = status.stx_ino;
   result.changeTime = {status.stx_ctime.tv_sec, status.stx_ctime.tv_nsec};
-  result.isSettled = isLongAgo(result.changeTime);
+  result.isSettled = isSettled(result.changeTime, earliestMomentOfChange(), settlingTime);
   result.isEncrypted = (status.stx_attributes & STATX_ATTR_ENCRYPTED) != 0;
   if ((status.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0)
     result.isMountRoot = (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
@@ -77,6 +70,18 @@ FileMoment earliestMomentOfChange() noexcept {
   timespec now{};
   clock_gettime(CLOCK_REALTIME_COARSE, &now);
   return {now.tv_sec, static_cast<std::uint32_t>(now.tv_nsec)};
+}
+
+bool isSettled(FileMoment changeTime, FileMoment begin, std::chrono::nanoseconds margin) noexcept {
+  using namespace std::chrono;
+  if (changeTime.nanoseconds == 0) {
+    begin.nanoseconds = 0;
+    margin = std::max<nanoseconds>(margin, seconds(1));
+  }
+  const nanoseconds latest = seconds(begin.seconds) + nanoseconds(begin.nanoseconds) - margin;
+  const auto second = floor<seconds>(latest);
+  return changeTime <=
+         FileMoment{second.count(), static_cast<std::uint32_t>((latest - second).count())};
 }
 
 std::optional<FileStatus> fileStatus(int folder, const char *path, FollowLink follow) noexcept {

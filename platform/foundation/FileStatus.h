@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <compare>
 #include <cstdint>
 #include <optional>
@@ -45,8 +46,16 @@ struct FileStatus {
 /// Whether both are of one regular file that has not changed from the first to the second.
 [[nodiscard]] bool isSameUnchangedFile(const FileStatus &first, const FileStatus &second) noexcept;
 
-/// A moment that no change to a file from now on is marked with an earlier one of. Any thread.
+/// No later than the time stamp of any future change. Any thread.
 [[nodiscard]] FileMoment earliestMomentOfChange() noexcept;
+
+/// Whether what is read after `begin`, and was changed last at `changeTime`, will have another time
+/// stamp once it changes again. Clocks of files tick slowly, and two changes within a tick look the
+/// same: `changeTime` must be earlier by `margin`, and at least lie in an earlier second if it has
+/// no fraction, since some file systems keep none. `begin` comes from `earliestMomentOfChange`,
+/// `changeTime` may be anything.
+[[nodiscard]] bool isSettled(FileMoment changeTime, FileMoment begin,
+                             std::chrono::nanoseconds margin) noexcept;
 
 /// A descriptor that stands for the current folder.
 extern const int currentFolder;

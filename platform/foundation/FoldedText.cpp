@@ -1,8 +1,10 @@
 #include "platform/foundation/FoldedText.h"
 
+#include "platform/foundation/ASCIIRun.h"
+#include "platform/foundation/CodePoints.h"
+
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <utf8proc.h>
 
 namespace {
@@ -82,17 +84,14 @@ FoldedText::FoldedText(std::string_view text, bool foldCase, bool decompose) {
 
   // The longest full decomposition or folding of one code point is shorter than this.
   std::array<utf8proc_int32_t, 32> expansion{};
-  const auto *bytes = reinterpret_cast<const utf8proc_uint8_t *>(text.data());
   units.reserve(text.size());
   bool hasMarks = false;
-  std::size_t position = 0;
-  while (position < text.size()) {
-    utf8proc_int32_t codePoint = 0;
-    const utf8proc_ssize_t length = utf8proc_iterate(
-        bytes + position, static_cast<utf8proc_ssize_t>(text.size() - position), &codePoint);
-    if (length <= 0) {
-      units.push_back({firstByteUnit + bytes[position], true, position});
-      ++position;
+  std::string_view rest = text;
+  while (!rest.empty()) {
+    const std::size_t position = text.size() - rest.size();
+    const std::int32_t codePoint = takeCodePoint(rest);
+    if (codePoint < 0) {
+      units.push_back({firstByteUnit + static_cast<unsigned char>(text[position]), true, position});
       continue;
     }
     int boundClass = UTF8PROC_BOUNDCLASS_START;
@@ -109,7 +108,6 @@ FoldedText::FoldedText(std::string_view text, bool foldCase, bool decompose) {
       units.push_back({unit, i == 0 && !continues, position});
       hasMarks |= continues;
     }
-    position += static_cast<std::size_t>(length);
   }
   if (units.empty())
     return;
@@ -123,11 +121,8 @@ FoldedText::FoldedText(std::string_view text, bool foldCase, bool decompose) {
 bool FoldedText::continuesCharacterAt(std::string_view text, std::size_t position) noexcept {
   if (position >= text.size() || static_cast<unsigned char>(text[position]) < 0x80)
     return false;
-  utf8proc_int32_t codePoint = 0;
-  const utf8proc_ssize_t length =
-      utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t *>(text.data()) + position,
-                       static_cast<utf8proc_ssize_t>(text.size() - position), &codePoint);
-  return length > 0 && continuesCharacter(text[position - 1], codePoint);
+  std::string_view rest = text.substr(position);
+  return continuesCharacter(text[position - 1], takeCodePoint(rest));
 }
 
 bool FoldedText::holdsItsASCII(std::string_view text) noexcept {
@@ -139,18 +134,4 @@ bool FoldedText::holdsItsASCII(std::string_view text) noexcept {
                        static_cast<unsigned char>(text[i + 1])))
       return false;
   return true;
-}
-
-bool FoldedText::isASCII(std::string_view text) noexcept {
-  constexpr std::uint64_t highBits = 0x8080'8080'8080'8080;
-  std::uint64_t seen = 0;
-  while (text.size() >= sizeof seen) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, text.data(), sizeof word);
-    seen |= word;
-    text.remove_prefix(sizeof word);
-  }
-  for (const char c : text)
-    seen |= static_cast<unsigned char>(c);
-  return (seen & highBits) == 0;
 }

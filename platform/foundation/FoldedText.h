@@ -33,7 +33,5 @@ struct FoldedText {
   /// Whether every ASCII character that the folded text holds stands in the text itself.
   [[nodiscard]] static bool holdsItsASCII(std::string_view text) noexcept;
 
-  [[nodiscard]] static bool isASCII(std::string_view text) noexcept;
-
   std::vector<Unit> units;
 };

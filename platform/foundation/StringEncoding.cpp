@@ -11,8 +11,6 @@
 
 namespace {
 
-bool isASCII(std::string_view text) noexcept { return lengthOfASCIIRun(text) == text.size(); }
-
 bool isUTF8(std::string_view text) noexcept {
   while (!text.empty())
     if (takeCodePoint(text) < 0)

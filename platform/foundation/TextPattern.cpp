@@ -74,7 +74,7 @@ bool mayBeginInBlock(const char *firsts, const char *lasts, Ends ends) noexcept 
 } // namespace
 
 TextPattern::TextPattern(std::string_view text, unsigned options)
-    : options_(options), isASCII_(FoldedText::isASCII(text)) {
+    : options_(options), isASCII_(isASCII(text)) {
   if (isASCII_) {
     const bool foldCase = (options & NSCaseInsensitiveSearch) != 0;
     units_.reserve(text.size());
@@ -93,8 +93,6 @@ TextPattern::TextPattern(std::string_view text, unsigned options)
 NSRange TextPattern::find(std::string_view text) const {
   if (units_.empty() || text.empty())
     return {};
-  if (isASCII_ && lengthOfASCIIRun(text) == text.size())
-    return findBytes(text);
   // In UTF-8 an ASCII byte is always a character of its own, so that comparing code points is
   // comparing bytes.
   if (isASCII_ && (options_ == NSLiteralSearch || FoldedText::holdsItsASCII(text)))

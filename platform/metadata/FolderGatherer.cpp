@@ -197,7 +197,8 @@ std::optional<FolderNames> FolderGatherer::list(bool isRecorded, Results &result
   std::optional<std::int64_t> volume;
   if (status)
     volume = volumes_.volumeOf(status->device, listing->descriptor());
-  bool isLasting = volume && !status->isEncrypted && isSettled(status->changeTime, begin);
+  bool isLasting =
+      volume && !status->isEncrypted && isSettled(status->changeTime, begin, longestTick);
   listing_.clear();
   while (const std::optional<DirectoryEntry> entry = listing->next()) {
     if (isStopped())

@@ -1,6 +1,6 @@
 #include "platform/metadata/FolderListing.h"
 
-#include "platform/foundation/FoldedText.h"
+#include "platform/foundation/ASCIIRun.h"
 #include "platform/foundation/NSWorkspace.h"
 #include "platform/foundation/PathComponents.h"
 
@@ -17,7 +17,7 @@ bool mayBeContents(std::string_view name) {
   constexpr std::size_t shortest = sizeof "Content" - 1;
   if (name.size() < shortest)
     return false;
-  if (FoldedText::isASCII(name))
+  if (isASCII(name))
     return equalIgnoringASCIICase(name, "Contents");
   std::string ascii;
   std::copy_if(name.begin(), name.end(), std::back_inserter(ascii),

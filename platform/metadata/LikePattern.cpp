@@ -1,5 +1,6 @@
 #include "platform/metadata/LikePattern.h"
 
+#include "platform/foundation/ASCIIRun.h"
 #include "platform/foundation/FoldedText.h"
 
 #include <algorithm>
@@ -46,7 +47,7 @@ bool LikePattern::matches(std::string_view name) const {
     return true;
   // Each character of the suffix takes one of the name, at most; so only one that stands here can
   // still become what is looked for.
-  if (FoldedText::isASCII(name.substr(begin)))
+  if (isASCII(name.substr(begin)))
     return false;
   while (begin > 0 && (static_cast<unsigned char>(name[begin]) & 0xC0) == 0x80)
     --begin;

@@ -27,7 +27,7 @@ TEST(FolderStatus, ChangesWithinOneTickAreTold) {
               {"the first of all", {INT64_MIN, 1}, {5, 0}, true},
               {"the last of all", {INT64_MAX, 1}, {5, 0}, false}};
   for (const auto &row : rows)
-    EXPECT_EQ(isSettled(row.changed, row.begin), row.isSettled) << row.name;
+    EXPECT_EQ(isSettled(row.changed, row.begin, longestTick), row.isSettled) << row.name;
 }
 
 TEST(FolderRecord, IsForOneFolderAtOneMomentAndUndamaged) {
