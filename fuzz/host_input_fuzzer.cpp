@@ -199,7 +199,12 @@ void testArguments(const std::string &text) {
 }
 
 void testMounts(const std::string &text) {
-  const std::vector<Mount> mounts = parseMountInfo(text);
+  std::string copy = text;
+  std::FILE *const table = fmemopen(copy.data(), copy.size(), "r");
+  if (table == nullptr)
+    return;
+  const std::vector<Mount> mounts = mountsOf(table);
+  std::fclose(table);
   require(mounts.size() <=
           static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
   for (const Mount &mount : mounts)

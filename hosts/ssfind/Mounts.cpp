@@ -5,9 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
-#include <optional>
+#include <memory>
+#include <mntent.h>
 #include <sys/stat.h>
 
 namespace ssfind {
@@ -24,64 +23,32 @@ bool isOfKernel(const Mount &mount) {
   return std::binary_search(kernelFileSystems.begin(), kernelFileSystems.end(), mount.fileSystem);
 }
 
-std::string_view takeField(std::string_view &line) noexcept {
-  const std::size_t end = std::min(line.find(' '), line.size());
-  const std::string_view field = line.substr(0, end);
-  line.remove_prefix(std::min(end + 1, line.size()));
-  return field;
-}
-
-/// The table writes blanks, line ends and backslashes of a path as \ and three octal digits.
-std::string unescaped(std::string_view field) {
-  const auto isOctal = [](char c) { return c >= '0' && c <= '7'; };
-  std::string text;
-  while (!field.empty()) {
-    const bool isEscape = field.size() >= 4 && field[0] == '\\' &&
-                          std::all_of(field.begin() + 1, field.begin() + 4, isOctal);
-    if (isEscape)
-      text += static_cast<char>((field[1] - '0') * 64 + (field[2] - '0') * 8 + (field[3] - '0'));
-    else
-      text += field[0];
-    field.remove_prefix(isEscape ? 4 : 1);
-  }
-  return text;
-}
-
-/// The identity of the mount, of its parent, the device and the root stand before the path; options
-/// and any number of tags, ended by "-", between it and the kind of file system.
-std::optional<Mount> parseLine(std::string_view line) {
-  for (int i = 0; i < 4; ++i)
-    takeField(line);
-  Mount mount;
-  mount.path = unescaped(takeField(line));
-  while (!line.empty() && takeField(line) != "-") {
-  }
-  mount.fileSystem = takeField(line);
-  if (!mount.path.starts_with('/') || mount.fileSystem.empty())
-    return std::nullopt;
-  return mount;
-}
-
 bool isHidden(std::string_view path) {
   return path.starts_with('.') || path.find("/.") != path.npos;
 }
 
 } // namespace
 
-std::vector<Mount> parseMountInfo(std::string_view text) {
+std::vector<Mount> mountsOf(std::FILE *table) {
+  // More than a path with every character escaped; of longer lines the options alone are cut.
+  std::vector<char> line(std::size_t{32} << 10);
   std::vector<Mount> mounts;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    if (std::optional<Mount> mount = parseLine(text.substr(0, end)))
-      mounts.push_back(std::move(*mount));
-    text.remove_prefix(std::min(end + 1, text.size()));
+  mntent entry{};
+  while (getmntent_r(table, &entry, line.data(), static_cast<int>(line.size())) != nullptr) {
+    // Where the source of a mount is an empty text, all else is read one field too early.
+    const bool hasSource = entry.mnt_dir[0] == '/';
+    const char *const path = hasSource ? entry.mnt_dir : entry.mnt_fsname;
+    const char *const fileSystem = hasSource ? entry.mnt_type : entry.mnt_dir;
+    if (path[0] == '/' && fileSystem[0] != '\0')
+      mounts.push_back({path, fileSystem});
   }
   return mounts;
 }
 
 std::vector<Mount> currentMounts() {
-  std::ifstream table("/proc/self/mountinfo", std::ios::binary);
-  return parseMountInfo(std::string(std::istreambuf_iterator<char>(table), {}));
+  const std::unique_ptr<std::FILE, decltype(&endmntent)> table(setmntent("/proc/self/mounts", "re"),
+                                                               &endmntent);
+  return table ? mountsOf(table.get()) : std::vector<Mount>();
 }
 
 std::vector<std::string> mountsBelow(std::string_view folder, const std::vector<Mount> &mounts) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,9 +13,8 @@ struct Mount {
   std::string fileSystem;
 };
 
-/// The mounts that a text in the form of /proc/self/mountinfo (proc(5)) tells of; lines of another
-/// form are passed over.
-[[nodiscard]] std::vector<Mount> parseMountInfo(std::string_view text);
+/// The mounts in a table of the form of fstab(5); lines of another form are passed over.
+[[nodiscard]] std::vector<Mount> mountsOf(std::FILE *table);
 
 /// The mounts of this process; none when the system does not tell.
 [[nodiscard]] std::vector<Mount> currentMounts();

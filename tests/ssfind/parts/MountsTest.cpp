@@ -9,17 +9,22 @@ using namespace ssfind;
 using Paths = std::vector<std::string>;
 
 TEST(MountsTest, LinesOfTheTable) {
-  const auto mounts =
-      parseMountInfo("36 35 98:0 / / rw,noatime - ext4 /dev/sda1 rw\n"
-                     "36 35 98:0 / /mnt rw,noatime\n"
-                     "36 35 0:4 net:[1] - rw - nsfs nsfs rw\n"
+  std::string text = "/dev/sda1 / ext4 rw,noatime 0 0\n"
+                     "/dev/sda2 /mnt\n"
+                     "nsfs net:[1] nsfs rw 0 0\n"
                      "\n"
-                     "36 35 98:0 /m /mnt rw shared:1 master:2 - fuse.sshfs a:/b rw\n"
-                     R"(36 35 0:1 / /a\040b\011c\012d\134e\04 rw - tmpfs x rw)");
+                     " /empty tmpfs rw 0 0\n"
+                     "a:/b /mnt fuse.sshfs rw 0 0\n"
+                     R"(x /a\040b\011c\012d\134e\04 tmpfs rw,)" +
+                     std::string(100'000, 'o') + " 0 0\nx /end xfs rw 0 0";
+  std::FILE *const table = fmemopen(text.data(), text.size(), "r");
+  const std::vector<Mount> mounts = mountsOf(table);
+  std::fclose(table);
   Paths actual;
   for (const Mount &mount : mounts)
     actual.insert(actual.end(), {mount.path, mount.fileSystem});
-  EXPECT_EQ(actual, (Paths{"/", "ext4", "/mnt", "fuse.sshfs", "/a b\tc\nd\\e\\04", "tmpfs"}));
+  EXPECT_EQ(actual, (Paths{"/", "ext4", "/empty", "tmpfs", "/mnt", "fuse.sshfs",
+                           "/a b\tc\nd\\e\\04", "tmpfs", "/end", "xfs"}));
 }
 
 TEST(MountsTest, ThoseBelowAFolder) {
