@@ -7,7 +7,6 @@
 namespace {
 
 const LocaleEnvironment *environmentForTesting = nullptr;
-const std::vector<std::string_view> *localizationsForTesting = nullptr;
 
 std::string variable(const char *name) {
   const char *const value = std::getenv(name);
@@ -80,8 +79,6 @@ std::vector<std::string_view> preferredLocales() {
 } // namespace
 
 std::vector<std::string_view> CFBundleCopyBundleLocalizations() {
-  if (localizationsForTesting != nullptr)
-    return *localizationsForTesting;
   return {"Japanese", "Britain", "English", "German", "French", "Italian", "Spanish", "Dutch"};
 }
 
@@ -101,10 +98,6 @@ CFBundleCopyLocalizationsForPreferences(const std::vector<std::string_view> &loc
   if (ordered.empty() && !localizations.empty())
     ordered.push_back(localizations.front());
   return ordered;
-}
-
-void setLocalizationsForTesting(const std::vector<std::string_view> *localizations) noexcept {
-  localizationsForTesting = localizations;
 }
 
 void setLocaleEnvironmentForTesting(const LocaleEnvironment *environment) noexcept {

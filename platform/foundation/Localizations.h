@@ -24,8 +24,5 @@ struct LocaleEnvironment {
 [[nodiscard]] std::vector<std::string_view>
 CFBundleCopyLocalizationsForPreferences(const std::vector<std::string_view> &localizations);
 
-/// Stands in for the host's localizations; null ends that. Main thread.
-void setLocalizationsForTesting(const std::vector<std::string_view> *localizations) noexcept;
-
 /// Stands in for the environment, which is otherwise read once; null ends that. Main thread.
 void setLocaleEnvironmentForTesting(const LocaleEnvironment *environment) noexcept;

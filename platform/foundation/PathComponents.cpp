@@ -32,10 +32,6 @@ std::string_view pathWithoutLastComponent(std::string_view path) noexcept {
   return folder.empty() ? path.substr(0, 1) : folder;
 }
 
-std::string_view pathExtension(std::string_view path) noexcept {
-  return extensionOfName(lastPathComponent(path));
-}
-
 bool equalIgnoringASCIICase(std::string_view a, std::string_view b) noexcept {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](char x, char y) { return lowerASCII(x) == lowerASCII(y); });

@@ -11,11 +11,8 @@
 /// "" of "a".
 [[nodiscard]] std::string_view pathWithoutLastComponent(std::string_view path) noexcept;
 
-/// What follows the last dot of the last component, without the dot. Empty when there is no dot,
-/// or only one that begins the component (".profile") or ends it.
-[[nodiscard]] std::string_view pathExtension(std::string_view path) noexcept;
-
-/// The same of a path's last component alone, which holds no slash.
+/// What follows the last dot of a path's last component, without the dot. Empty when there is no
+/// dot, or only one that begins the component (".profile") or ends it.
 [[nodiscard]] inline std::string_view extensionOfName(std::string_view name) noexcept {
   const std::size_t dot = name.rfind('.');
   if (dot == std::string_view::npos || dot == 0)

@@ -126,7 +126,7 @@ TEST(PathComponents, TakeAPathApartAndJoinIt) {
   for (const auto &row : rows) {
     EXPECT_EQ(pathWithoutLastComponent(row.path), row.folder) << row.path;
     EXPECT_EQ(lastPathComponent(row.path), row.last) << row.path;
-    EXPECT_EQ(pathExtension(row.path), row.extension) << row.path;
+    EXPECT_EQ(extensionOfName(lastPathComponent(row.path)), row.extension) << row.path;
     const auto joined = NSString::create(row.path)->stringByAppendingPathComponent("n");
     EXPECT_STREQ(joined->UTF8String(), row.joined);
   }
