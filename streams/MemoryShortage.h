@@ -1,17 +1,15 @@
 #pragma once
 
-#include <atomic>
-
-/// Counts how often memory was too short for a reader, which fails then as it does on a damaged
-/// file. Whoever has to know whether a second try may do better compares the count before and
-/// after; what other threads have met counts as well.
+/// Counts how often memory was too short for a reader on the calling thread. The reader fails then
+/// as it does on a damaged file; who has to know whether another try may do better compares the
+/// count before and after.
 ///
-/// Threads: any.
+/// Threads: any; each has a count of its own.
 class MemoryShortage {
 public:
-  static void note() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
-  [[nodiscard]] static unsigned count() noexcept { return count_.load(std::memory_order_relaxed); }
+  static void note() noexcept { ++count_; }
+  [[nodiscard]] static unsigned count() noexcept { return count_; }
 
 private:
-  static inline std::atomic<unsigned> count_{0};
+  static inline constinit thread_local unsigned count_ = 0;
 };

@@ -5,10 +5,12 @@
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/NaturalLanguageDate.h"
 #include "platform/foundation/TextPattern.h"
+#include "platform/foundation/TryTwice.h"
 #include "platform/imagetag/TagInfo.h"
 #include "streams/MemoryShortage.h"
 
 #include <algorithm>
+#include <new>
 
 namespace {
 
@@ -72,14 +74,17 @@ bool SearchEngine::hasTextInPDF(const NSString *path, const NSString *keyword,
                                 char isDistinct) const {
   if (path == nullptr || _bCancel != 0)
     return false;
-  const auto isFound = [&] {
+  bool isFound = false;
+  tryTwice([&] {
+    const unsigned shortages = MemoryShortage::count();
     CPDFFile document;
     document.StopWhen(&_bCancel);
-    return document.Open(path->UTF8String()) == 1 &&
-           document.FindText(keyword, isDistinct, getSearchEncoding()) == 1;
-  };
-  const unsigned shortages = MemoryShortage::count();
-  return isFound() || (MemoryShortage::count() != shortages && isFound());
+    isFound = document.Open(path->UTF8String()) == 1 &&
+              document.FindText(keyword, isDistinct, getSearchEncoding()) == 1;
+    if (!isFound && MemoryShortage::count() != shortages)
+      throw std::bad_alloc();
+  });
+  return isFound;
 }
 
 const SearchEngine::ContentAnswers::Exif &SearchEngine::askExif(SearchItem &item,
