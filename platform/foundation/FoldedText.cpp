@@ -1,6 +1,6 @@
 #include "platform/foundation/FoldedText.h"
 
-#include "platform/foundation/ASCIIRun.h"
+#include "platform/foundation/ASCIIText.h"
 #include "platform/foundation/CodePoints.h"
 
 #include <algorithm>

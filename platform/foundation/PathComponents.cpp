@@ -1,14 +1,8 @@
 #include "platform/foundation/PathComponents.h"
 
+#include "platform/foundation/ASCIIText.h"
+
 #include <algorithm>
-
-namespace {
-
-constexpr char lowerASCII(char c) noexcept {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
-} // namespace
 
 std::string_view pathWithoutTrailingSlashes(std::string_view path) noexcept {
   while (!path.empty() && path.back() == '/')

@@ -1,6 +1,6 @@
 #include "platform/foundation/StringEncoding.h"
 
-#include "platform/foundation/ASCIIRun.h"
+#include "platform/foundation/ASCIIText.h"
 #include "platform/foundation/CodePoints.h"
 #include "platform/foundation/IconvText.h"
 #include "platform/foundation/ShiftJISText.h"

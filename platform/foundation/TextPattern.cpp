@@ -1,16 +1,12 @@
 #include "platform/foundation/TextPattern.h"
 
-#include "platform/foundation/ASCIIRun.h"
+#include "platform/foundation/ASCIIText.h"
 #include "platform/foundation/FoldedText.h"
 
 #include <limits>
 #include <new>
 
 namespace {
-
-constexpr char foldASCII(char c) noexcept {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
 
 template <class Sequence> std::vector<std::uint32_t> fallbackLengths(const Sequence &pattern) {
   if (pattern.size() >= std::numeric_limits<std::uint32_t>::max())
@@ -47,7 +43,7 @@ bool findOccurrence(const Pattern &pattern, const std::vector<std::uint32_t> &fa
   return false;
 }
 
-constexpr char unfoldASCII(char c) noexcept {
+constexpr char upperASCII(char c) noexcept {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
 }
 
@@ -79,7 +75,7 @@ TextPattern::TextPattern(std::string_view text, unsigned options)
     const bool foldCase = (options & NSCaseInsensitiveSearch) != 0;
     units_.reserve(text.size());
     for (const char c : text)
-      units_.push_back(foldCase ? foldASCII(c) : c);
+      units_.push_back(foldCase ? lowerASCII(c) : c);
   } else {
     const FoldedText folded(text, (options & NSCaseInsensitiveSearch) != 0,
                             (options & NSLiteralSearch) == 0);
@@ -115,7 +111,7 @@ NSRange TextPattern::findBytes(std::string_view text) const noexcept {
         [&](std::size_t end) { return accept(start + end); });
   };
   if ((options_ & NSCaseInsensitiveSearch) != 0)
-    search([&](std::size_t i) { return std::int32_t{foldASCII(text[i])}; });
+    search([&](std::size_t i) { return std::int32_t{lowerASCII(text[i])}; });
   else
     search([&](std::size_t i) { return std::int32_t{text[i]}; });
   return range;
@@ -130,11 +126,11 @@ std::size_t TextPattern::findCandidate(std::string_view text) const noexcept {
   const bool foldCase = (options_ & NSCaseInsensitiveSearch) != 0;
   const auto first = static_cast<char>(units_.front());
   const auto final = static_cast<char>(units_.back());
-  const char otherFirst = foldCase ? unfoldASCII(first) : first;
-  const char otherFinal = foldCase ? unfoldASCII(final) : final;
+  const char otherFirst = foldCase ? upperASCII(first) : first;
+  const char otherFinal = foldCase ? upperASCII(final) : final;
   const auto isCandidate = [&](const char *begin) {
     for (std::size_t i = 1; i < last; ++i)
-      if (units_[i] != (foldCase ? foldASCII(begin[i]) : begin[i]))
+      if (units_[i] != (foldCase ? lowerASCII(begin[i]) : begin[i]))
         return false;
     return true;
   };

@@ -1,6 +1,6 @@
 #include "platform/metadata/FolderListing.h"
 
-#include "platform/foundation/ASCIIRun.h"
+#include "platform/foundation/ASCIIText.h"
 #include "platform/foundation/NSWorkspace.h"
 #include "platform/foundation/PathComponents.h"
 

@@ -1,6 +1,6 @@
 #include "platform/metadata/LikePattern.h"
 
-#include "platform/foundation/ASCIIRun.h"
+#include "platform/foundation/ASCIIText.h"
 #include "platform/foundation/FoldedText.h"
 
 #include <algorithm>

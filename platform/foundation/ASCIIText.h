@@ -5,6 +5,11 @@
 #include <cstring>
 #include <string_view>
 
+/// A letter from A to Z as a small one; any other character as it is. Any thread.
+[[nodiscard]] constexpr char lowerASCII(char c) noexcept {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
 /// Whether a text is ASCII. Any thread.
 [[nodiscard]] inline bool isASCII(std::string_view text) noexcept {
   constexpr std::uint64_t topBits = 0x8080808080808080U;
