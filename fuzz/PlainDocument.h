@@ -16,6 +16,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// The reader of documents as it would be without any thought of its cost: each line is copied, cut
