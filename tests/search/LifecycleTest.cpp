@@ -86,26 +86,14 @@ TEST_F(LifecycleTest, CancelAndStartDuringASearch) {
 }
 
 TEST_F(LifecycleTest, EncodingOfTheHostsLanguage) {
-  const LocaleEnvironment french{"", "", "fr_FR", ""};
-  const std::pair<std::vector<std::string_view>, std::uint32_t> rows[] = {
-      {{"Japanese"}, 1},
-      {{"Britain"}, 0},
-      {{"English"}, 0},
-      {{"German"}, 0x0201},
-      {{"Italian"}, 0x0201},
-      {{"Spanish"}, 0x0201},
-      {{"Dutch"}, 0x0201},
-      {{"Polish"}, 1},
-      {{"English", "French"}, 0x0201},
-      {{"french"}, 1},
-      {{}, 1}};
-  setLocaleEnvironmentForTesting(&french);
-  for (const auto &[localizations, encoding] : rows) {
-    setLocalizationsForTesting(&localizations);
-    EXPECT_EQ(SearchEngineProbe().engine.getSearchEncoding(), encoding)
-        << testing::PrintToString(localizations);
+  const std::pair<std::string, std::uint32_t> rows[] = {
+      {"ja_JP", 1},      {"en_GB", 0},      {"en_US", 0},      {"de_CH", 0x0201}, {"fr_FR", 0x0201},
+      {"it_IT", 0x0201}, {"es_ES", 0x0201}, {"nl_NL", 0x0201}, {"pl_PL", 0},      {"", 0}};
+  for (const auto &[locale, encoding] : rows) {
+    const LocaleEnvironment environment{"", "", locale, ""};
+    setLocaleEnvironmentForTesting(&environment);
+    EXPECT_EQ(SearchEngineProbe().engine.getSearchEncoding(), encoding) << locale;
   }
-  setLocalizationsForTesting(nullptr);
   setLocaleEnvironmentForTesting(nullptr);
 }
 
