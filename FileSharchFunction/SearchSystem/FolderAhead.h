@@ -1,28 +1,27 @@
 #pragma once
 
-#include "platform/foundation/DirectoryListing.h"
+#include "platform/foundation/MainRunLoop.h"
+#include "platform/foundation/NSLock.h"
 #include "platform/foundation/NSObject.h"
 #include "platform/foundation/NSString.h"
-#include "platform/foundation/NSThread.h"
 #include "platform/foundation/Ref.h"
 
 #include <atomic>
-#include <cstdint>
-#include <optional>
 #include <utility>
 #include <vector>
 
-/// What has been met in a folder, in the order of its listing, and the rest of that, if it has been
-/// left in the middle.
+/// What has been met in a folder, in the order of its listing.
 struct FolderFindings {
   std::vector<Ref<const NSString>> subFolders;
   std::vector<Ref<const NSString>> files;
-  std::optional<DirectoryListing> rest;
+  /// Nothing more is to come.
+  bool isLast = false;
+
+  [[nodiscard]] bool isEmpty() const noexcept { return subFolders.empty() && files.empty(); }
 };
 
-/// A folder of the queue that is read before its turn, or waited for when that has come.
-///
-/// Threads: who reads it has the findings to itself until `setRead`; then whoever has been resumed.
+/// A folder of the walk's queue that is read before its turn. The reader adds what it meets, the
+/// main thread takes it.
 class FolderAhead final : public NSObject {
 public:
   /// Throws `std::bad_alloc`.
@@ -32,32 +31,26 @@ public:
 
   [[nodiscard]] const NSString &path() const noexcept { return *path_; }
 
-  /// Resumes the job, which was detached as one that waits, as soon as the folder has been read.
-  /// Once; main thread.
-  void resumeWhenRead(ThreadJob &job) noexcept {
-    waiting_ = &job;
-    if (state_.exchange(Awaited, std::memory_order_acq_rel) == Read)
-      job.resume();
-  }
+  /// Has `work` posted as soon as there is something to take. Main thread, one at a time.
+  void await(Work &work) noexcept;
 
   [[nodiscard]] bool isAwaited() const noexcept {
-    return state_.load(std::memory_order_relaxed) == Awaited;
+    return waiting_.load(std::memory_order_relaxed) != nullptr;
   }
 
-  /// Once, by who has read it.
-  void setRead() noexcept {
-    if (state_.exchange(Read, std::memory_order_acq_rel) == Awaited)
-      waiting_->resume();
-  }
+  /// All that has been met since the last time. Main thread.
+  [[nodiscard]] FolderFindings take() noexcept;
 
-  FolderFindings findings;
+  /// Adds what the reader has met, and empties it; where memory for the last stays short, some of
+  /// it is lost. What waits for it is returned, to be posted; null if nothing does.
+  [[nodiscard]] Work *add(FolderFindings &findings) noexcept;
 
 private:
   explicit FolderAhead(Ref<const NSString> path) noexcept : path_(std::move(path)) {}
 
-  enum State : std::uint8_t { Unread, Awaited, Read };
-
   const Ref<const NSString> path_;
-  std::atomic<State> state_{Unread};
-  ThreadJob *waiting_ = nullptr;
+  NSLock lock_;
+  FolderFindings findings_ PF_GUARDED_BY(lock_);
+  /// Changed under the lock.
+  std::atomic<Work *> waiting_{nullptr};
 };

@@ -1,43 +1,25 @@
 #include "FileSharchFunction/SearchSystem/ReadAhead.h"
 
 #include "FileSharchFunction/SearchSystem/SearchItem.h"
-#include "platform/foundation/MainRunLoop.h"
 #include "platform/foundation/TryTwice.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace {
 
+/// As many as there may be workers.
+constexpr std::size_t mostThreads = 5;
+
 constexpr std::size_t mostFoldersAhead = 256;
 
-/// When so few are left to read, the main thread is to take what has been read.
+/// While more folders than these are left to read, one in which no file was found does not wake
+/// the main thread.
 constexpr std::size_t fewFolders = 64;
-
-/// After so many folders a reader lets other jobs have its thread.
-constexpr std::size_t foldersInARow = 64;
-
-constexpr int mostOpenFolders = 4;
-
-/// What is kept of a folder at most before its worker comes to it, and while it waits.
-constexpr std::size_t mostKept = 1024;
-constexpr std::size_t mostKeptWhileAwaited = 64;
 
 } // namespace
 
-void ReadAhead::Reader::start(ReadAhead &readAhead) noexcept {
-  readAhead_ = &readAhead;
-  owner_ = Ref<const NSObject>(&readAhead.owner_);
-  NSThread::detachNewThread(*this);
-}
-
-void ReadAhead::Reader::main() { readAhead_->readSome(); }
-
-void ReadAhead::Reader::ended() noexcept {
-  // This object is part of the owner, and may go with it here.
-  const Ref<const NSObject> owner = std::move(owner_);
-  readAhead_->startReaders();
-}
+ReadAhead::ReadAhead(const NSObject &owner, const std::atomic<char> &isCancelled)
+    : ThreadTeam(owner, mostThreads), isCancelled_(isCancelled) {}
 
 void ReadAhead::begin(const EntryTest *test, int type) noexcept {
   test_ = test;
@@ -48,8 +30,7 @@ void ReadAhead::begin(const EntryTest *test, int type) noexcept {
 }
 
 void ReadAhead::follow(const Pool &pool) noexcept {
-  if (test_ == nullptr || isCancelled_.load() != 0 ||
-      window_.size() >= std::min(pool.size(), mostFoldersAhead))
+  if (test_ == nullptr || isCancelled_.load() != 0)
     return;
   try {
     while (window_.size() < std::min(pool.size(), mostFoldersAhead)) {
@@ -62,113 +43,58 @@ void ReadAhead::follow(const Pool &pool) noexcept {
         window_.pop_back();
         throw;
       }
+      call(1);
     }
   } catch (...) {
     // Without memory for it a folder is read by its worker.
   }
-  startReaders();
 }
 
-void ReadAhead::removeFirst() noexcept {
-  if (window_.empty())
-    return;
-  window_.pop_front();
-  // Readers leave a folder alone that nobody waits for while too many are open.
-  if (readers_.front().isFree())
-    startReaders();
-}
-
-FolderFindings ReadAhead::take(FolderAhead &folder) noexcept {
-  if (folder.findings.rest)
-    openFolders_.fetch_sub(1);
-  return std::move(folder.findings);
-}
-
-std::size_t ReadAhead::mayRead() noexcept {
-  if (unread_.empty() || (openFolders_.load() >= mostOpenFolders && !unread_.front()->isAwaited()))
-    return 0;
-  return unread_.size();
-}
-
-void ReadAhead::startReaders() noexcept {
-  std::size_t wanted = 0;
-  {
-    const LockGuard guard(lock_);
-    wanted = mayRead();
-  }
-  for (Reader &reader : readers_) {
-    if (wanted == 0)
-      return;
-    --wanted;
-    if (reader.isFree())
-      reader.start(*this);
-  }
-}
-
-void ReadAhead::readSome() noexcept {
+bool ReadAhead::work() noexcept {
   const bool isOnMainThread = MainRunLoop::shared().isMainThread();
-  const std::size_t most = isOnMainThread ? 1 : foldersInARow;
-  Claim claimed;
-  for (std::size_t count = 0; count < most;) {
-    const std::size_t size = claim(claimed, std::min(most - count, mostAtOnce));
-    if (size == 0)
-      return;
-    for (std::size_t i = 0; i < size; ++i) {
-      read(*claimed[i]);
-      claimed[i] = nullptr;
-    }
-    count += size;
+  while (const Ref<FolderAhead> folder = takeUnread()) {
+    read(*folder);
+    if (isOnMainThread)
+      return true;
   }
+  return false;
 }
 
-std::size_t ReadAhead::claim(Claim &claimed, std::size_t most) noexcept {
-  std::size_t count = 0;
-  bool areFew = false;
-  {
-    const LockGuard guard(lock_);
-    const std::size_t left = mayRead();
-    areFew = left < fewFolders;
-    // Others shall find something too.
-    const std::size_t share = std::max<std::size_t>(left / 4, 1);
-    for (const std::size_t end = std::min({left, most, share}); count < end; ++count) {
-      claimed[count] = std::move(unread_.front());
-      unread_.pop_front();
-    }
-  }
-  if (areFew)
-    MainRunLoop::shared().wakeForWork();
-  return count;
+Ref<FolderAhead> ReadAhead::takeUnread() noexcept {
+  const LockGuard guard(lock_);
+  if (unread_.empty())
+    return nullptr;
+  Ref<FolderAhead> folder = std::move(unread_.front());
+  unread_.pop_front();
+  return folder;
 }
 
 void ReadAhead::read(FolderAhead &folder) noexcept {
-  FolderFindings &findings = folder.findings;
   const auto isCancelled = [&] { return isCancelled_.load(std::memory_order_relaxed) != 0; };
+  std::optional<DirectoryListing> listing;
   tryTwice([&] {
     if (isCancelled())
       return;
-    if (std::optional<DirectoryListing> listing = DirectoryListing::open(folder.path().view()))
-      findings.rest.emplace(*std::move(listing));
+    if (std::optional<DirectoryListing> opened = DirectoryListing::open(folder.path().view()))
+      listing.emplace(*std::move(opened));
   });
-  while (findings.rest) {
-    const std::size_t kept = findings.files.size() + findings.subFolders.size();
-    if (kept >= mostKept || (kept >= mostKeptWhileAwaited && folder.isAwaited())) {
-      openFolders_.fetch_add(1);
+  FolderFindings findings;
+  while (listing && !isCancelled()) {
+    const std::optional<DirectoryEntry> entry = listing->next();
+    if (!entry)
       break;
-    }
-    const std::optional<DirectoryEntry> entry =
-        isCancelled() ? std::nullopt : findings.rest->next();
-    if (entry)
-      // Where memory is short the entry is passed over, and the next may fare better.
-      tryTwice([&] { readEntry(folder, *entry); });
-    else
-      findings.rest.reset();
+    // Where memory is short the entry is passed over, and the next may fare better.
+    tryTwice([&] { readEntry(folder, *listing, *entry, findings); });
+    if (folder.isAwaited() && (!findings.files.empty() || findings.subFolders.size() >= fewFolders))
+      handOver(folder, findings);
   }
-  folder.setRead();
+  findings.isLast = true;
+  handOver(folder, findings);
 }
 
-void ReadAhead::readEntry(FolderAhead &folder, const DirectoryEntry &entry) const {
-  FolderFindings &findings = folder.findings;
-  SearchItem item(folder.path(), *findings.rest, entry);
+void ReadAhead::readEntry(const FolderAhead &folder, DirectoryListing &listing,
+                          const DirectoryEntry &entry, FolderFindings &findings) const {
+  SearchItem item(folder.path(), listing, entry);
   switch (test_->kindOf(item.file, type_)) {
   case EntryTest::Kind::Nothing:
     break;
@@ -180,4 +106,23 @@ void ReadAhead::readEntry(FolderAhead &folder, const DirectoryEntry &entry) cons
       findings.files.push_back(item.path());
     break;
   }
+}
+
+void ReadAhead::handOver(FolderAhead &folder, FolderFindings &findings) noexcept {
+  const bool hasFiles = !findings.files.empty();
+  Work *const waiting = folder.add(findings);
+  {
+    const LockGuard guard(lock_);
+    if (waiting != nullptr)
+      heldBack_.append(*waiting, 0);
+    if (!hasFiles && unread_.size() >= fewFolders)
+      return;
+  }
+  postHeldBack();
+}
+
+void ReadAhead::postHeldBack() noexcept {
+  const LockGuard guard(lock_);
+  while (Work *const work = heldBack_.takeUpTo(0))
+    MainRunLoop::shared().post(*work);
 }

@@ -116,6 +116,7 @@ void SearchEngine::startFileSearch(const SearchPredicate *predicate) noexcept {
 
 void SearchEngine::setSearchCancel(char flag) noexcept {
   _bCancel = flag;
+  readAhead_.postHeldBack();
   if (flag == 0 || _isSearchSpotlight == 0)
     return;
   if (isDistributing_)

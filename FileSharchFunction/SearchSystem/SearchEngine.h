@@ -156,26 +156,22 @@ private:
     std::optional<bool> hasPDFText;
   };
 
-  /// The search of one folder, or of the list, which pauses whenever it has found something.
+  /// The search of one folder, or of the list.
   struct FolderSearch {
     /// Throws `std::bad_alloc`.
-    FolderSearch(SearchEngine &searchEngine, const NSString *searchedFolder,
-                 FolderFindings findings, int filterType, Conditions conditionsOnFile,
-                 TakePath poolOfSubFolders);
+    FolderSearch(SearchEngine &searchEngine, const NSString *searchedFolder, int filterType,
+                 Conditions conditionsOnFile, TakePath poolOfSubFolders);
 
     void addFound(const Ref<const NSString> &path);
 
     SearchEngine &engine;
     const SearchPredicate &record;
     const EntryTest &test;
-    const Ref<const NSString> folder;
+    const NSString *const folder;
     const int type;
     const Conditions conditions;
     const TakePath pool;
-    /// What is still to be read, of which none may be left.
     std::optional<DirectoryListing> listing;
-    std::vector<Ref<const NSString>> subFolders;
-    std::size_t nextInList = 0;
     /// Files that are to be handed over together, and how many of them have been.
     std::vector<Ref<const NSString>> found;
     std::size_t handedOver = 0;
@@ -192,28 +188,39 @@ private:
   public:
     using Body = void (SearchEngine::*)(const NSString *) noexcept;
 
-    /// The worker that the calling thread runs, or null.
-    [[nodiscard]] static Worker *current() noexcept;
-
     [[nodiscard]] bool isFree() const noexcept { return engine_ == nullptr; }
-    /// `ahead`, if it is not null, is the folder, which is being read.
-    void start(SearchEngine &engine, Ref<const NSString> folder, Ref<FolderAhead> ahead,
-               Body body) noexcept;
-
-    [[nodiscard]] FolderAhead *ahead() const noexcept { return ahead_.get(); }
-
-    /// What the worker has paused in, kept until it goes on.
-    std::optional<FolderSearch> search;
+    void start(SearchEngine &engine, Ref<const NSString> folder, Body body) noexcept;
 
   private:
     void main() override;
-    [[nodiscard]] Demand demand() const noexcept override;
     void ended() noexcept override;
 
     Ref<SearchEngine> engine_;
     Ref<const NSString> folder_;
-    Ref<FolderAhead> ahead_;
     Body body_ = nullptr;
+  };
+
+  /// The worker of a folder that is read ahead, which needs no thread: it hands over what is met
+  /// there, each file in a turn of the main loop.
+  class WorkerAhead final : public Work {
+  public:
+    [[nodiscard]] bool isFree() const noexcept { return engine_ == nullptr; }
+    void start(SearchEngine &engine, Ref<FolderAhead> folder) noexcept;
+
+  private:
+    void run() override;
+    void finished() noexcept override;
+    void queueSubFolders() noexcept;
+    void tellFile() noexcept;
+    [[nodiscard]] bool isUsedUp() const noexcept {
+      return queued_ == findings_.subFolders.size() && told_ == findings_.files.size();
+    }
+
+    Ref<SearchEngine> engine_;
+    Ref<FolderAhead> folder_;
+    FolderFindings findings_;
+    std::size_t queued_ = 0;
+    std::size_t told_ = 0;
   };
 
   /// What has to wait until the host's callback has returned.
@@ -235,16 +242,14 @@ private:
 
   void searchFolder(const NSString *folder, int type, Conditions conditions,
                     TakePath pool) noexcept;
-  /// What is known of the folder at first. Throws `std::bad_alloc`.
-  [[nodiscard]] FolderFindings beginFolder(const NSString *folder);
-  /// Goes through the entries; false when the search has paused.
-  [[nodiscard]] bool searchEntries(FolderSearch &search) noexcept;
+  void searchList(FolderSearch &search) noexcept;
+  void searchEntries(FolderSearch &search) noexcept;
   /// Adds the item to what is found, or, if it is a folder to search, to the pool.
   void searchItem(FolderSearch &search, SearchItem &item) noexcept;
-  void queueSubFolders(FolderSearch &search) noexcept;
+  void queueSubFolder(FolderSearch &search, const Ref<const NSString> &path) noexcept;
   [[nodiscard]] bool canLookAhead(const FolderSearch &search) const noexcept;
-  /// Waits until what is found has been distributed; false when the search pauses for that.
-  [[nodiscard]] bool handOver(FolderSearch &search) noexcept;
+  /// Waits until what is found has been distributed.
+  void handOver(FolderSearch &search) noexcept;
   [[nodiscard]] bool meetsAll(FolderSearch &search, SearchItem &item) const;
   [[nodiscard]] bool meetsAny(FolderSearch &search, SearchItem &item) const;
   [[nodiscard]] bool meetsContent(FolderSearch &search, SearchItem &item) const;
@@ -252,24 +257,25 @@ private:
 
   /// One more than can run: a worker that reports its end is still in its place when the next is
   /// started.
-  using Workers = std::array<Worker, 6>;
+  static constexpr std::size_t workerCount = 6;
+  using Workers = std::array<Worker, workerCount>;
   using Pool = ReadAhead::Pool;
 
   [[nodiscard]] bool startWorker(Workers &workers, const Ref<const NSString> &path,
-                                 Ref<FolderAhead> ahead, Worker::Body body) noexcept;
+                                 Worker::Body body) noexcept;
+  [[nodiscard]] bool startWorkerAhead(const Ref<FolderAhead> &folder) noexcept;
   /// Puts `path` at the end of the pool, or, with null, counts a worker less; then starts a worker
   /// on the first of the pool, if one may be. `ahead` is null where the pool is not read ahead.
   void addToPool(const NSString *path, Pool &pool, int &threadCount, Workers &workers,
                  Worker::Body body, ReadAhead *ahead) noexcept;
   /// Makes the test of entries for the request; none where memory is short.
   void makeEntryTest() noexcept;
-  /// A worker's body has come to its end, unless it has paused: tells the pool, on the main thread.
+  /// A worker's body has come to its end: tells the pool, on the main thread.
   template <TakePath pool> static void toldEnd(void *engine) noexcept {
     (static_cast<SearchEngine *>(engine)->*pool)(nullptr);
   }
   template <TakePath pool> void endWorker() noexcept {
-    if (const Worker *const worker = Worker::current(); worker == nullptr || !worker->isPaused())
-      ThreadJob::performAtExit(toldEnd<pool>, this);
+    ThreadJob::performAtExit(toldEnd<pool>, this);
   }
   /// The walk, the pool or the query has ended.
   void reportProducerEnd() noexcept;
@@ -340,6 +346,7 @@ private:
   std::optional<EntryTest> entryTest_;
   ReadAhead readAhead_{*this, _bCancel};
   Workers workers_;
+  std::array<WorkerAhead, workerCount> workersAhead_;
   Workers pdfWorkers_;
   ReservedPerform<SearchEngine> walkEnd_{*this, &SearchEngine::reportProducerEnd};
   ReservedPerform<SearchEngine> pdfPoolEnd_{*this, &SearchEngine::reportProducerEnd};

@@ -26,14 +26,16 @@ bool SearchEngine::hasContentKeyword() const noexcept {
 }
 
 SearchEngine::FolderSearch::FolderSearch(SearchEngine &searchEngine, const NSString *searchedFolder,
-                                         FolderFindings findings, int filterType,
-                                         Conditions conditionsOnFile, TakePath poolOfSubFolders)
+                                         int filterType, Conditions conditionsOnFile,
+                                         TakePath poolOfSubFolders)
     : engine(searchEngine), record(*searchEngine._searchPredicate),
       test(searchEngine.entryTest_ ? *searchEngine.entryTest_ : throw std::bad_alloc()),
       folder(searchedFolder), type(filterType), conditions(conditionsOnFile),
-      pool(poolOfSubFolders), listing(std::move(findings.rest)),
-      subFolders(std::move(findings.subFolders)), found(std::move(findings.files)) {
+      pool(poolOfSubFolders) {
   message.SearchState = 1;
+  if (record.fileList == nullptr && folder != nullptr)
+    if (std::optional<DirectoryListing> opened = DirectoryListing::open(folder->view()))
+      listing.emplace(*std::move(opened));
 }
 
 void SearchEngine::FolderSearch::addFound(const Ref<const NSString> &path) {
@@ -50,15 +52,6 @@ void SearchEngine::FolderSearch::addFound(const Ref<const NSString> &path) {
   }
 }
 
-FolderFindings SearchEngine::beginFolder(const NSString *folder) {
-  const Worker *const worker = Worker::current();
-  if (worker != nullptr && worker->ahead() != nullptr)
-    return readAhead_.take(*worker->ahead());
-  if (_searchPredicate->fileList != nullptr || folder == nullptr)
-    return {};
-  return {.subFolders = {}, .files = {}, .rest = DirectoryListing::open(folder->view())};
-}
-
 void SearchEngine::andSearch(const NSString *folder, int type) noexcept {
   searchFolder(folder, type, &SearchEngine::meetsAll, &SearchEngine::manualSearchPool);
 }
@@ -73,51 +66,39 @@ void SearchEngine::exifSearchWithSpotlight(const NSString *folder, int type) noe
 
 void SearchEngine::searchFolder(const NSString *folder, int type, Conditions conditions,
                                 TakePath pool) noexcept {
-  std::optional<FolderSearch> own;
-  Worker *const worker = Worker::current();
-  std::optional<FolderSearch> &search = worker != nullptr ? worker->search : own;
-  if (!search) {
-    const auto begin = [&] {
-      search.emplace(*this, folder, beginFolder(folder), type, conditions, pool);
-    };
-    // Without memory for that the folder is passed over.
-    if (!tryTwice(begin))
-      return;
-    queueSubFolders(*search);
-  }
-  if (searchEntries(*search))
-    search.reset();
+  std::optional<FolderSearch> search;
+  // Without memory for that the folder is passed over.
+  if (!tryTwice([&] { search.emplace(*this, folder, type, conditions, pool); }))
+    return;
+  if (search->record.fileList != nullptr)
+    searchList(*search);
+  else
+    searchEntries(*search);
 }
 
-bool SearchEngine::searchEntries(FolderSearch &search) noexcept {
-  if (const NSArray *const list = search.record.fileList) {
-    while (search.nextInList < list->count() && _bCancel == 0) {
-      const auto *const path =
-          dynamic_cast<const NSString *>(list->objectAtIndex(search.nextInList++));
-      if (path == nullptr)
-        continue;
-      SearchItem item(*path);
-      searchItem(search, item);
-      if (!handOver(search))
-        return false;
-    }
-    return true;
+void SearchEngine::searchList(FolderSearch &search) noexcept {
+  const NSArray &list = *search.record.fileList;
+  for (std::size_t i = 0; i < list.count() && _bCancel == 0; ++i) {
+    const auto *const path = dynamic_cast<const NSString *>(list.objectAtIndex(i));
+    if (path == nullptr)
+      continue;
+    SearchItem item(*path);
+    searchItem(search, item);
+    handOver(search);
   }
-  // What has been met ahead of a cancel, but not told, is not told any more.
-  if (_bCancel != 0)
-    search.found.clear();
-  if (!handOver(search))
-    return false;
+}
+
+void SearchEngine::searchEntries(FolderSearch &search) noexcept {
   while (search.listing && _bCancel == 0) {
     const std::optional<DirectoryEntry> entry = search.listing->next();
     if (!entry)
       break;
     SearchItem item(*search.folder, *search.listing, *entry);
     searchItem(search, item);
-    if (!canLookAhead(search) && !handOver(search))
-      return false;
+    if (!canLookAhead(search))
+      handOver(search);
   }
-  return handOver(search);
+  handOver(search);
 }
 
 bool SearchEngine::canLookAhead(const FolderSearch &search) const noexcept {
@@ -131,16 +112,11 @@ bool SearchEngine::canLookAhead(const FolderSearch &search) const noexcept {
                                     Clock::now() - search.foundAt < longestDelay);
 }
 
-bool SearchEngine::handOver(FolderSearch &search) noexcept {
+void SearchEngine::handOver(FolderSearch &search) noexcept {
   if (search.found.empty())
-    return true;
+    return;
   _returnCount += static_cast<int>(search.found.size());
-  return ThreadJob::performAndGoOn(
-      [](void *target) {
-        auto &paused = *static_cast<FolderSearch *>(target);
-        return paused.engine.distributeFound(paused);
-      },
-      &search);
+  performOnMainThreadAndWait([&] { return distributeFound(search); });
 }
 
 void SearchEngine::searchItem(FolderSearch &search, SearchItem &item) noexcept {
@@ -150,8 +126,7 @@ void SearchEngine::searchItem(FolderSearch &search, SearchItem &item) noexcept {
     case EntryTest::Kind::Nothing:
       break;
     case EntryTest::Kind::SubFolder:
-      search.subFolders.push_back(item.path());
-      queueSubFolders(search);
+      queueSubFolder(search, item.path());
       break;
     case EntryTest::Kind::File:
       if ((this->*search.conditions)(search, item))
@@ -161,22 +136,16 @@ void SearchEngine::searchItem(FolderSearch &search, SearchItem &item) noexcept {
   });
 }
 
-void SearchEngine::queueSubFolders(FolderSearch &search) noexcept {
-  if (search.subFolders.empty())
+void SearchEngine::queueSubFolder(FolderSearch &search, const Ref<const NSString> &path) noexcept {
+  if (MainRunLoop::shared().isMainThread()) {
+    (this->*search.pool)(path.get());
     return;
-  const bool isOnMainThread = MainRunLoop::shared().isMainThread();
-  for (const Ref<const NSString> &path : search.subFolders) {
-    if (isOnMainThread) {
-      (this->*search.pool)(path.get());
-      continue;
-    }
-    tryTwice([&] {
-      performOnMainThread([engine = Ref<SearchEngine>(this), pool = search.pool, path] {
-        ((*engine).*pool)(path.get());
-      });
-    });
   }
-  search.subFolders.clear();
+  tryTwice([&] {
+    performOnMainThread([engine = Ref<SearchEngine>(this), pool = search.pool, path] {
+      ((*engine).*pool)(path.get());
+    });
+  });
 }
 
 bool SearchEngine::meetsAll(FolderSearch &search, SearchItem &item) const {

@@ -19,50 +19,91 @@ constexpr std::size_t mostQueuedAtOnce = 256;
 } // namespace
 
 void SearchEngine::Worker::start(SearchEngine &engine, Ref<const NSString> folder,
-                                 Ref<FolderAhead> ahead, Body body) noexcept {
+                                 Body body) noexcept {
   engine_ = Ref<SearchEngine>(&engine);
   folder_ = std::move(folder);
-  ahead_ = std::move(ahead);
   body_ = body;
-  if (ahead_) {
-    NSThread::detachWaitingThread(*this);
-    ahead_->resumeWhenRead(*this);
-  } else {
-    NSThread::detachNewThread(*this);
-  }
-}
-
-SearchEngine::Worker *SearchEngine::Worker::current() noexcept {
-  return static_cast<Worker *>(ThreadJob::current());
+  NSThread::detachNewThread(*this);
 }
 
 void SearchEngine::Worker::main() { ((*engine_).*body_)(folder_.get()); }
 
-ThreadJob::Demand SearchEngine::Worker::demand() const noexcept {
-  if (!ahead_)
-    return Demand::Thread;
-  if (search)
-    return search->listing ? Demand::Thread : Demand::MainThread;
-  const FolderFindings &findings = ahead_->findings;
-  if (findings.rest || findings.subFolders.size() > mostQueuedAtOnce)
-    return Demand::Thread;
-  return findings.files.empty() ? Demand::MainThreadQuietly : Demand::MainThread;
-}
-
 void SearchEngine::Worker::ended() noexcept {
   folder_ = nullptr;
-  ahead_ = nullptr;
+  // This object is part of the engine, and may go with it here.
+  const Ref<SearchEngine> engine = std::move(engine_);
+}
+
+void SearchEngine::WorkerAhead::start(SearchEngine &engine, Ref<FolderAhead> folder) noexcept {
+  engine_ = Ref<SearchEngine>(&engine);
+  folder_ = std::move(folder);
+  MainRunLoop::shared().beginActivity();
+  folder_->await(*this);
+}
+
+void SearchEngine::WorkerAhead::run() {
+  if (isUsedUp()) {
+    findings_ = folder_->take();
+    queued_ = told_ = 0;
+  }
+  queueSubFolders();
+  if (told_ < findings_.files.size())
+    tellFile();
+  if (isUsedUp() && findings_.isLast)
+    engine_->manualSearchPool(nullptr);
+}
+
+void SearchEngine::WorkerAhead::queueSubFolders() noexcept {
+  for (std::size_t i = 0; i < mostQueuedAtOnce && queued_ < findings_.subFolders.size(); ++i)
+    engine_->manualSearchPool(findings_.subFolders[queued_++].get());
+}
+
+void SearchEngine::WorkerAhead::tellFile() noexcept {
+  // What has been met ahead of a cancel, but not told, is not told any more.
+  if (engine_->_bCancel != 0) {
+    told_ = findings_.files.size();
+    return;
+  }
+  ++engine_->_returnCount;
+  ResultMessage message;
+  message.ResultData = std::move(findings_.files[told_++]);
+  message.SearchState = 1;
+  engine_->searchResultDistribution(&message);
+}
+
+void SearchEngine::WorkerAhead::finished() noexcept {
+  if (!isUsedUp()) {
+    MainRunLoop::shared().post(*this);
+    return;
+  }
+  if (!findings_.isLast) {
+    folder_->await(*this);
+    return;
+  }
+  findings_ = {};
+  queued_ = told_ = 0;
+  folder_ = nullptr;
+  MainRunLoop::shared().endActivity();
   // This object is part of the engine, and may go with it here.
   const Ref<SearchEngine> engine = std::move(engine_);
 }
 
 bool SearchEngine::startWorker(Workers &workers, const Ref<const NSString> &path,
-                               Ref<FolderAhead> ahead, Worker::Body body) noexcept {
+                               Worker::Body body) noexcept {
   const auto worker = std::find_if(workers.begin(), workers.end(),
                                    [](const Worker &candidate) { return candidate.isFree(); });
   if (worker == workers.end())
     return false;
-  worker->start(*this, path, std::move(ahead), body);
+  worker->start(*this, path, body);
+  return true;
+}
+
+bool SearchEngine::startWorkerAhead(const Ref<FolderAhead> &folder) noexcept {
+  const auto worker = std::find_if(workersAhead_.begin(), workersAhead_.end(),
+                                   [](const WorkerAhead &candidate) { return candidate.isFree(); });
+  if (worker == workersAhead_.end())
+    return false;
+  worker->start(*this, folder);
   return true;
 }
 
@@ -76,8 +117,10 @@ void SearchEngine::addToPool(const NSString *path, Pool &pool, int &threadCount,
   }
   if (ahead != nullptr)
     ahead->follow(pool);
-  if (!pool.empty() && _bCancel == 0 && threadCount < mostWorkers &&
-      startWorker(workers, pool.front(), ahead != nullptr ? ahead->first() : nullptr, body)) {
+  if (pool.empty() || _bCancel != 0 || threadCount >= mostWorkers)
+    return;
+  const Ref<FolderAhead> folder = ahead != nullptr ? ahead->first() : nullptr;
+  if (folder ? startWorkerAhead(folder) : startWorker(workers, pool.front(), body)) {
     pool.pop_front();
     if (ahead != nullptr)
       ahead->removeFirst();
@@ -107,7 +150,7 @@ void SearchEngine::manualSearchPool(const NSString *folder) noexcept {
     return;
   makeEntryTest();
   if (_searchPredicate->fileList != nullptr && _threadCount <= 0) {
-    if (startWorker(workers_, listFolder_, nullptr, &SearchEngine::manualSearchThread))
+    if (startWorker(workers_, listFolder_, &SearchEngine::manualSearchThread))
       ++_threadCount;
   } else {
     addToPool(folder, _dirPool, _threadCount, workers_, &SearchEngine::manualSearchThread,

@@ -3,8 +3,6 @@
 #include "platform/foundation/LoopDescriptor.h"
 #include "platform/foundation/MainLoop.h"
 #include "platform/foundation/NeverDestroyed.h"
-#include "platform/foundation/ProcessorTime.h"
-#include "platform/foundation/YieldUntil.h"
 
 #include <algorithm>
 #include <cassert>
@@ -14,10 +12,6 @@
 namespace {
 
 constexpr std::chrono::milliseconds dispatchBudget{8};
-constexpr int yieldsBeforeSleep = 3;
-
-/// How long work that was posted quietly may lie while all jobs wait for a disk.
-constexpr std::chrono::milliseconds quietTime{2};
 
 pid_t currentThread() noexcept {
   static thread_local const pid_t thread = gettid();
@@ -36,38 +30,6 @@ void WorkQueue::append(Work &work, std::uint64_t number) noexcept {
   else
     first_ = &work;
   last_ = &work;
-}
-
-void WorkQueue::prepend(Work &work) noexcept {
-  work.next_ = first_;
-  work.number_ = 0;
-  first_ = &work;
-  if (last_ == nullptr)
-    last_ = &work;
-}
-
-void WorkQueue::append(WorkQueue &other) noexcept {
-  if (other.isEmpty())
-    return;
-  if (last_ != nullptr)
-    last_->next_ = other.first_;
-  else
-    first_ = other.first_;
-  last_ = other.last_;
-  other.first_ = other.last_ = nullptr;
-}
-
-bool WorkQueue::remove(const Work &work) noexcept {
-  Work *before = nullptr;
-  for (Work *element = first_; element != nullptr; before = element, element = element->next_) {
-    if (element != &work)
-      continue;
-    (before != nullptr ? before->next_ : first_) = element->next_;
-    if (last_ == element)
-      last_ = before;
-    return true;
-  }
-  return false;
 }
 
 Work *WorkQueue::takeUpTo(std::uint64_t number) noexcept {
@@ -92,43 +54,19 @@ bool MainRunLoop::isMainThread() const noexcept {
 
 void MainRunLoop::bindToCurrentThread() noexcept { mainThread_.store(currentThread()); }
 
-void MainRunLoop::pushIncoming(Work &work) noexcept {
-  Work *first = incoming_.load(std::memory_order_relaxed);
-  do
-    work.next_ = first;
-  while (!incoming_.compare_exchange_weak(first, &work));
-}
-
-void MainRunLoop::wakeSleeper() noexcept {
-  if (isAsleep_.load() && isAsleep_.exchange(false))
-    wakeup_.wake();
-}
-
-void MainRunLoop::wake() noexcept {
-  wakeSleeper();
+void MainRunLoop::signalDescriptor() noexcept {
   if (LoopDescriptor *const descriptor = descriptor_.load())
     if (!isSignaled_.exchange(true))
       descriptor->signal();
 }
 
 void MainRunLoop::post(Work &work) noexcept {
-  pushIncoming(work);
-  wake();
-}
-
-void MainRunLoop::postQuietly(Work &work) noexcept {
-  pushIncoming(work);
-  if (!areJobsPlenty())
-    wake();
-}
-
-bool MainRunLoop::areJobsPlenty() const noexcept {
-  return runningJobs_.load(std::memory_order_relaxed) >= 2 * processorCount();
-}
-
-void MainRunLoop::wakeForWork() noexcept {
-  if (hasIncoming())
-    wake();
+  {
+    const LockGuard guard(lock_);
+    incoming_.append(work, 0);
+  }
+  hasNews_.signal();
+  signalDescriptor();
 }
 
 void MainRunLoop::schedule(TimedWork &work, std::chrono::nanoseconds delay) noexcept {
@@ -154,11 +92,9 @@ bool MainRunLoop::clockMayJump() const noexcept {
 void MainRunLoop::beginActivity() noexcept { activities_.fetch_add(1); }
 
 void MainRunLoop::endActivity() noexcept {
-  if (activities_.fetch_sub(1) != 1)
-    return;
-  wakeSleeper();
+  assert(isMainThread());
   // The clock may jump now, and a host that watches the descriptor must hear of it.
-  if (isMainThread())
+  if (activities_.fetch_sub(1) == 1)
     updateDescriptor();
 }
 
@@ -169,12 +105,9 @@ void MainRunLoop::takeDueWork() noexcept {
     descriptor->reset();
     isSignaled_.store(false);
   }
-  if (hasIncoming()) {
-    WorkQueue arrived;
-    Work *newest = incoming_.exchange(nullptr);
-    while (newest != nullptr)
-      arrived.prepend(*std::exchange(newest, newest->next_));
-    while (Work *const work = arrived.takeUpTo(0))
+  {
+    const LockGuard guard(lock_);
+    while (Work *const work = incoming_.takeUpTo(0))
       ready_.append(*work, ++lastNumber_);
   }
   if (ready_.isEmpty() && clockMayJump())
@@ -249,35 +182,24 @@ MainRunLoop::RunResult MainRunLoop::run(std::optional<Clock::time_point> limit,
   return result;
 }
 
-std::optional<std::chrono::nanoseconds> MainRunLoop::nextLook() const noexcept {
-  std::optional<std::chrono::nanoseconds> moment;
-  if (!isVirtual_ && firstTimer_ != nullptr)
-    moment = firstTimer_->deadline_;
-  if (areJobsPlenty()) {
-    const std::chrono::nanoseconds look = realNow() + quietTime;
-    moment = moment ? std::min(*moment, look) : look;
-  }
-  return moment;
+std::optional<std::chrono::nanoseconds> MainRunLoop::nextDeadline() const noexcept {
+  return isVirtual_ || firstTimer_ == nullptr ? std::nullopt
+                                              : std::optional(firstTimer_->deadline_);
 }
 
 void MainRunLoop::waitForWork(const Run &run, std::optional<Clock::time_point> limit) noexcept {
-  const auto isWorthLooking = [this] {
-    return hasIncoming() || runningJobs_.load(std::memory_order_relaxed) == 0;
-  };
-  yieldUntil(yieldsBeforeSleep, isWorthLooking, areJobsWaiting() ? patientPauses : momentaryPauses);
-
   std::optional<Clock::time_point> end = limit;
-  if (const std::optional<std::chrono::nanoseconds> next = nextLook()) {
+  if (const std::optional<std::chrono::nanoseconds> next = nextDeadline()) {
     const Clock::time_point moment(*next);
     end = end ? std::min(*end, moment) : moment;
   }
-  // Whoever posts looks at the flag after it has posted, and this looks for work after it has set
-  // the flag: one of the two sees the other.
-  isAsleep_.store(true);
-  while (!hasIncoming() && !run.isStopped && !clockMayJump() && isAsleep_.load())
-    if (!wakeup_.sleep(end))
-      break;
-  isAsleep_.store(false);
+  const LockGuard guard(lock_);
+  while (incoming_.isEmpty() && !run.isStopped && !clockMayJump()) {
+    if (!end)
+      hasNews_.wait(lock_);
+    else if (!hasNews_.waitUntil(lock_, *end))
+      return;
+  }
 }
 
 void MainRunLoop::stop() noexcept {
@@ -287,7 +209,7 @@ void MainRunLoop::stop() noexcept {
       return;
     innermost_->isStopped = true;
   }
-  wakeSleeper();
+  hasNews_.signal();
 }
 
 int MainRunLoop::descriptor() noexcept {
@@ -304,9 +226,13 @@ void MainRunLoop::updateDescriptor() noexcept {
   LoopDescriptor *const descriptor = descriptor_.load();
   if (descriptor == nullptr)
     return;
-  descriptor->setDeadline(nextLook());
-  if (!ready_.isEmpty() || hasIncoming() || clockMayJump())
-    wake();
+  descriptor->setDeadline(nextDeadline());
+  const auto hasIncoming = [this] {
+    const LockGuard guard(lock_);
+    return !incoming_.isEmpty();
+  };
+  if (!ready_.isEmpty() || clockMayJump() || hasIncoming())
+    signalDescriptor();
 }
 
 void MainRunLoop::useVirtualClock(bool isVirtual) noexcept {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/foundation/NSCondition.h"
 #include "platform/foundation/NSLock.h"
-#include "platform/foundation/Wakeup.h"
 
 #include <atomic>
 #include <chrono>
@@ -43,9 +43,6 @@ public:
   [[nodiscard]] std::uint64_t lastNumber() const noexcept { return last_ ? last_->number_ : 0; }
   void append(Work &work, std::uint64_t number) noexcept;
   void append(WorkQueue &other) noexcept;
-  void prepend(Work &work) noexcept;
-  /// Takes `work` out of the list; false when it is not in it.
-  bool remove(const Work &work) noexcept;
   /// The first element if its number is at most `number`, taken out of the list; else null.
   [[nodiscard]] Work *takeUpTo(std::uint64_t number) noexcept;
 
@@ -82,7 +79,7 @@ private:
 /// `Perform.h` what the library calls.
 ///
 /// Ownership: one per process, never destroyed; owns nothing that is posted.
-/// Threads: `post`, `stop`, `isMainThread` and what counts activities any; all else main.
+/// Threads: `post`, `stop`, `isMainThread` and `beginActivity` any; all else main.
 class MainRunLoop {
 public:
   using Clock = std::chrono::steady_clock;
@@ -96,38 +93,13 @@ public:
   /// Appends `work`, which must stay alive until it has finished.
   void post(Work &work) noexcept;
 
-  /// The same for work that nobody waits for: the main thread may sleep on for some 2 ms
-  /// while the jobs keep every processor busy. A job's thread that goes to sleep calls
-  /// `wakeForWork` first.
-  void postQuietly(Work &work) noexcept;
-
-  /// Wakes the main thread if it sleeps while there is work.
-  void wakeForWork() noexcept;
-
-  /// Whether a few jobs hand over work that they wait for all the time, so that the main thread,
-  /// which has a processor to itself then, had better not sleep in between.
-  void setAreJobsWaiting(bool areWaiting) noexcept {
-    areJobsWaiting_.store(areWaiting, std::memory_order_relaxed);
-  }
-  [[nodiscard]] bool areJobsWaiting() const noexcept {
-    return areJobsWaiting_.load(std::memory_order_relaxed);
-  }
-
-  /// A job has been started, or goes on: main thread, which else might sleep on while work is
-  /// posted quietly. And its body has come to its end, or is left to the main thread: any thread.
-  void jobStarted() noexcept { runningJobs_.fetch_add(1, std::memory_order_relaxed); }
-  void jobFinished() noexcept { runningJobs_.fetch_sub(1, std::memory_order_relaxed); }
-
   /// Makes `work` due after `delay`; work that is scheduled already keeps its moment.
   void schedule(TimedWork &work, std::chrono::nanoseconds delay) noexcept;
 
   /// Between these two calls the virtual clock stands still: somebody is at work whose results are
-  /// still to come. The last end is called on the main thread.
+  /// still to come. The end is called on the main thread.
   void beginActivity() noexcept;
   void endActivity() noexcept;
-  [[nodiscard]] int activities() const noexcept {
-    return activities_.load(std::memory_order_relaxed);
-  }
 
   /// Runs what was due at the beginning, for 8 ms at most; whether there was anything.
   bool dispatch() noexcept;
@@ -152,35 +124,26 @@ private:
   friend class NeverDestroyed<MainRunLoop>;
   MainRunLoop() noexcept = default;
 
-  void pushIncoming(Work &work) noexcept;
-  void wakeSleeper() noexcept;
-  void wake() noexcept;
-  /// Whether there are more jobs than the processors can be busy with.
-  [[nodiscard]] bool areJobsPlenty() const noexcept;
-  /// When the loop has to look for work though nobody wakes it, on the real clock.
-  [[nodiscard]] std::optional<std::chrono::nanoseconds> nextLook() const noexcept;
+  void signalDescriptor() noexcept;
+  /// When the next timer is due, if that is a moment of the real clock.
+  [[nodiscard]] std::optional<std::chrono::nanoseconds> nextDeadline() const noexcept;
   bool dispatch(const Run *run) noexcept;
   void takeDueWork() noexcept;
-  [[nodiscard]] bool hasIncoming() const noexcept { return incoming_.load() != nullptr; }
   [[nodiscard]] bool clockMayJump() const noexcept;
   void waitForWork(const Run &run, std::optional<Clock::time_point> limit) noexcept;
   void updateDescriptor() noexcept;
 
   std::atomic<pid_t> mainThread_{0};
 
-  /// What has been posted and not yet taken by the main thread, the newest in front.
-  std::atomic<Work *> incoming_{nullptr};
-  /// The main thread sleeps, or is about to: whoever has work for it wakes it.
-  std::atomic<bool> isAsleep_{false};
   std::atomic<bool> isSignaled_{false};
   /// Made when a host first asks for it, and never taken away again.
   std::atomic<LoopDescriptor *> descriptor_{nullptr};
   std::atomic<int> activities_{0};
-  std::atomic<int> runningJobs_{0};
-  std::atomic<bool> areJobsWaiting_{false};
-  Wakeup wakeup_;
 
   NSLock lock_;
+  NSCondition hasNews_;
+  /// What has been posted and not yet taken by the main thread.
+  WorkQueue incoming_ PF_GUARDED_BY(lock_);
   Run *innermost_ PF_GUARDED_BY(lock_) = nullptr;
 
   // Main thread only.

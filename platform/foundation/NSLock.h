@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/foundation/YieldUntil.h"
-
 #include <mutex>
 
 #if defined(__clang__)
@@ -14,21 +12,14 @@
 #define PF_REQUIRES(lock) PF_THREAD_ANNOTATION(requires_capability(lock))
 
 /// A lock that is held by one thread at a time and must not be taken again by its holder.
-/// Who finds it held tries for a moment before going to sleep. Clang checks the fields that are
-/// declared as guarded by it.
+/// Clang checks the fields that are declared as guarded by it.
 class PF_THREAD_ANNOTATION(capability("mutex")) NSLock {
 public:
-  void lock() PF_THREAD_ANNOTATION(acquire_capability()) {
-    for (int i = 0; i < momentaryPauses; ++i) {
-      if (mutex_.try_lock())
-        return;
-      pauseProcessor();
-    }
-    mutex_.lock();
-  }
+  void lock() PF_THREAD_ANNOTATION(acquire_capability()) { mutex_.lock(); }
   void unlock() PF_THREAD_ANNOTATION(release_capability()) { mutex_.unlock(); }
 
 private:
+  friend class NSCondition;
   std::mutex mutex_;
 };
 

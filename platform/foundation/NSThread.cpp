@@ -1,6 +1,6 @@
 #include "platform/foundation/NSThread.h"
 
-#include "platform/foundation/ThreadPool.h"
+#include "platform/foundation/Perform.h"
 
 #include <cassert>
 #include <utility>
@@ -20,21 +20,6 @@ void ThreadJob::performAtExit(Action action, void *target) noexcept {
   currentJob->target_ = target;
 }
 
-bool ThreadJob::performAndGoOn(Turn turn, void *target) noexcept {
-  if (currentJob == nullptr) {
-    bool goesOn = true;
-    while (goesOn)
-      performOnMainThreadAndWait([&] { goesOn = turn(target); });
-    return true;
-  }
-  currentJob->turn_ = turn;
-  currentJob->target_ = target;
-  currentJob->isPaused_ = true;
-  return false;
-}
-
-ThreadJob *ThreadJob::current() noexcept { return currentJob; }
-
 void ThreadJob::execute() noexcept {
   ThreadJob *const outer = std::exchange(currentJob, this);
   try {
@@ -45,15 +30,16 @@ void ThreadJob::execute() noexcept {
   currentJob = outer;
 }
 
+void ThreadJob::runOnThread() noexcept {
+  execute();
+  MainRunLoop::shared().post(*this);
+}
+
 void ThreadJob::run() {
-  if (!hasThread_) {
+  if (!hasThread_)
     execute();
-  } else if (const Turn turn = std::exchange(turn_, nullptr)) {
-    if (turn(target_))
-      turn_ = turn;
-  } else if (const Action action = std::exchange(exitAction_, nullptr)) {
+  else if (const Action action = std::exchange(exitAction_, nullptr))
     action(target_);
-  }
 }
 
 void ThreadJob::finished() noexcept {
@@ -63,57 +49,17 @@ void ThreadJob::finished() noexcept {
     loop.post(*this);
     return;
   }
-  if (turn_ != nullptr) {
-    loop.post(*this);
-    return;
-  }
-  if (std::exchange(isPaused_, false)) {
-    loop.jobStarted();
-    resume();
-    return;
-  }
   loop.endActivity();
   ended();
 }
 
-bool ThreadJob::executeOnThread() noexcept {
-  execute();
-  const bool hasPaused = isPaused_;
-  MainRunLoop &loop = MainRunLoop::shared();
-  loop.jobFinished();
-  if (hasPaused)
-    loop.post(*this);
-  else
-    loop.postQuietly(*this);
-  return hasPaused;
-}
-
-void ThreadJob::resume() noexcept {
-  const Demand demanded = demand();
-  hasThread_ = demanded == Demand::Thread;
-  if (hasThread_ && ThreadPool::add(*this))
-    return;
-  executeOnMainThread(demanded == Demand::MainThreadQuietly);
-}
-
-void ThreadJob::executeOnMainThread(bool isQuiet) noexcept {
-  hasThread_ = false;
-  MainRunLoop &loop = MainRunLoop::shared();
-  loop.jobFinished();
-  if (isQuiet)
-    loop.postQuietly(*this);
-  else
-    loop.post(*this);
-}
-
 void NSThread::detachNewThread(ThreadJob &job) noexcept {
-  detachWaitingThread(job);
-  job.resume();
-}
-
-void NSThread::detachWaitingThread(ThreadJob &) noexcept {
   MainRunLoop &loop = MainRunLoop::shared();
   assert(loop.isMainThread());
   loop.beginActivity();
-  loop.jobStarted();
+  job.hasThread_ = true;
+  if (ThreadPool::run(job))
+    return;
+  job.hasThread_ = false;
+  loop.post(job);
 }

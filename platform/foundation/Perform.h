@@ -1,12 +1,12 @@
 #pragma once
 
 #include "platform/foundation/MainRunLoop.h"
-#include "platform/foundation/Ref.h"
-#include "platform/foundation/Wakeup.h"
+#include "platform/foundation/NSCondition.h"
+#include "platform/foundation/NSLock.h"
 
-#include <atomic>
 #include <chrono>
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 /// Performs: calls that are handed to the main thread, at once or after a delay. A function that is
@@ -29,43 +29,59 @@ template <class Function> void performOnMainThread(Function function) {
     void finished() noexcept override { delete this; }
     Function function_;
   };
-  MainRunLoop::shared().postQuietly(*std::make_unique<Posted>(std::move(function)).release());
+  MainRunLoop::shared().post(*std::make_unique<Posted>(std::move(function)).release());
 }
 
-/// A place where one thread waits until the main thread has done something for it.
-class Waiter {
-public:
-  /// Returns once `signal` has been called.
-  void wait() noexcept;
-
-  /// Main thread. The waiter may be gone when this returns.
-  void signal() noexcept;
-
-private:
-  Wakeup wakeup_;
-};
-
-/// Has the main thread call `function` and returns once it has; on the main thread it is called at
+/// Has the main thread call `function`, each time in a turn of its loop, until it answers false,
+/// and returns then; on the main thread it is called at once. One that answers nothing is called
 /// once. Allocates nothing, so that it cannot fail. Any thread.
 template <class Function> void performOnMainThreadAndWait(Function &&function) {
+  const auto isCalledAgain = [&] {
+    if constexpr (std::is_void_v<decltype(function())>) {
+      function();
+      return false;
+    } else {
+      return function();
+    }
+  };
   class Waited final : public Work {
   public:
-    explicit Waited(Function &f) noexcept : function_(f) {}
-    Waiter waiter;
+    explicit Waited(decltype(isCalledAgain) &f) noexcept : function_(f) {}
+    void wait() noexcept {
+      const LockGuard guard(lock_);
+      while (!isDone_)
+        done_.wait(lock_);
+    }
 
   private:
-    void run() override { function_(); }
-    void finished() noexcept override { waiter.signal(); }
-    Function &function_;
+    void run() override {
+      isCalledAgain_ = false;
+      isCalledAgain_ = function_();
+    }
+    void finished() noexcept override {
+      if (isCalledAgain_)
+        return MainRunLoop::shared().post(*this);
+      // The waiter may be gone as soon as it can take the lock.
+      const LockGuard guard(lock_);
+      isDone_ = true;
+      done_.signal();
+    }
+
+    decltype(isCalledAgain) &function_;
+    bool isCalledAgain_ = false;
+    NSLock lock_;
+    NSCondition done_;
+    bool isDone_ PF_GUARDED_BY(lock_) = false;
   };
   MainRunLoop &loop = MainRunLoop::shared();
   if (loop.isMainThread()) {
-    function();
+    while (isCalledAgain()) {
+    }
     return;
   }
-  Waited work(function);
+  Waited work(isCalledAgain);
   loop.post(work);
-  work.waiter.wait();
+  work.wait();
 }
 
 /// Has the main thread call `function` after a delay in seconds. Throws `std::bad_alloc`, and then

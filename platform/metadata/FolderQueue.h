@@ -1,10 +1,8 @@
 #pragma once
 
 #include "platform/foundation/NSLock.h"
-#include "platform/foundation/Wakeup.h"
+#include "platform/foundation/ThreadTeam.h"
 
-#include <atomic>
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,50 +28,35 @@ struct FolderTask {
   std::shared_ptr<RecordStream> stream;
 };
 
-/// The folders that a query still has to look at. Each thread keeps those that it meets, and takes
-/// up the last first, so that their number stays small; when others have nothing to do, it gives
-/// them those that it met first. When no thread has anything to do, all is done.
+/// The folders that a query still has to look at. The last is taken up first, so that their number
+/// stays small.
 ///
-/// Ownership: owns its tasks; those of a thread are the thread's. Threads: any.
+/// Ownership: owns its tasks, borrows the threads that do them. Threads: any.
 class FolderQueue {
 public:
   using Tasks = std::vector<FolderTask>;
 
-  /// Offers a task to all threads. Throws `std::bad_alloc`.
+  /// With null there is one thread only, which comes by itself.
+  explicit FolderQueue(ThreadTeam *team) noexcept : team_(team) {}
+
+  /// Throws `std::bad_alloc`.
   void add(FolderTask task);
 
-  /// To be called by each thread before and after its work; what it has left is given to others.
-  void enter() noexcept;
-  void leave(Tasks &own) noexcept;
+  /// Takes over all tasks in `found`; false, and none, where there is no memory for them.
+  bool add(Tasks &found) noexcept;
 
-  /// What the thread is to do next: one of its own tasks, else another's, for which it waits if
-  /// `mayWait`. None when all is done, or there is nothing to do without waiting.
-  [[nodiscard]] std::optional<FolderTask> next(Tasks &own, bool mayWait) noexcept;
+  /// The same, and what the thread is to do next: where memory is short it is one of `found`. None
+  /// when there is nothing to do, and after `stop`.
+  [[nodiscard]] std::optional<FolderTask> next(Tasks &found) noexcept;
 
-  /// Makes all be done.
   void stop() noexcept;
 
-  [[nodiscard]] bool isDone() const noexcept { return isDone_.load(std::memory_order_acquire); }
-
 private:
-  struct Sleeper {
-    Wakeup wakeup;
-    Sleeper *next = nullptr;
-  };
+  bool takeOver(Tasks &found) noexcept PF_REQUIRES(lock_);
+  void call(std::size_t count) noexcept;
 
-  /// Gives the first `count` tasks to others, unless memory is short.
-  void share(Tasks &own, std::size_t count) noexcept;
-  void wake(std::size_t most) noexcept PF_REQUIRES(lock_);
-  void finish() noexcept PF_REQUIRES(lock_);
-  [[nodiscard]] std::optional<FolderTask> takeShared() noexcept PF_REQUIRES(lock_);
-
-  std::atomic<bool> isDone_{false};
-  /// Some thread waits for a task.
-  std::atomic<bool> isWanted_{false};
-
+  ThreadTeam *const team_;
   NSLock lock_;
-  Tasks shared_ PF_GUARDED_BY(lock_);
-  std::size_t threads_ PF_GUARDED_BY(lock_) = 0;
-  std::size_t waiting_ PF_GUARDED_BY(lock_) = 0;
-  Sleeper *firstSleeper_ PF_GUARDED_BY(lock_) = nullptr;
+  Tasks tasks_ PF_GUARDED_BY(lock_);
+  bool isStopped_ PF_GUARDED_BY(lock_) = false;
 };

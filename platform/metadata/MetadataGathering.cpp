@@ -2,7 +2,7 @@
 
 #include "platform/foundation/FreeElsewhere.h"
 #include "platform/foundation/NSNotificationCenter.h"
-#include "platform/foundation/ProcessorTime.h"
+#include "platform/foundation/ProcessorCount.h"
 #include "platform/metadata/NSMetadataQuery.h"
 
 #include <algorithm>
@@ -16,7 +16,8 @@ namespace {
 using Clock = MainRunLoop::Clock;
 
 /// More than there may be processors: on a disk that is slow to answer, several wait at a time.
-constexpr int fewestJobs = 4;
+constexpr int fewestThreads = 4;
+constexpr int mostThreads = 8;
 
 constexpr std::chrono::milliseconds portionTime{5};
 
@@ -35,31 +36,12 @@ template <class Container> void moveToEnd(Container &from, Container &to) {
 
 } // namespace
 
-void MetadataGathering::Job::start(MetadataGathering &gathering) noexcept {
-  gathering_ = &gathering;
-  gathering.retain();
-  ++gathering.runningJobs_;
-  NSThread::detachNewThread(*this);
-}
-
-void MetadataGathering::Job::main() { isUnfinished_ = gathering_->gather(); }
-
-void MetadataGathering::Job::ended() noexcept {
-  if (isUnfinished_ && !gathering_->isStopped_.load()) {
-    NSThread::detachNewThread(*this);
-    return;
-  }
-  // This object is part of the gathering, and may go with it here.
-  MetadataGathering *const gathering = std::exchange(gathering_, nullptr);
-  if (--gathering->runningJobs_ == 0)
-    gathering->setComplete();
-  gathering->release();
-}
-
 MetadataGathering::MetadataGathering(NSMetadataQuery &query, Ref<const NSPredicate> predicate,
                                      const std::vector<std::string> &scopes,
                                      std::optional<IndexPlace> place)
-    : predicate_(std::move(predicate)), place_(std::move(place)), writer_(place_), query_(&query) {
+    : ThreadTeam(*this, static_cast<std::size_t>(
+                            std::clamp(processorCount(), fewestThreads, mostThreads))),
+      predicate_(std::move(predicate)), place_(std::move(place)), writer_(place_), query_(&query) {
   for (const std::string &scope : scopes) {
     FolderTask task;
     task.kind = FolderTask::Kind::Scope;
@@ -81,10 +63,7 @@ MetadataGathering::~MetadataGathering() {
   freeElsewhere(results_);
 }
 
-void MetadataGathering::start() noexcept {
-  const int count = std::clamp(processorCount(), fewestJobs, static_cast<int>(jobs_.size()));
-  std::for_each_n(jobs_.begin(), count, [this](Job &job) { job.start(*this); });
-}
+void MetadataGathering::start() noexcept { call(1); }
 
 void MetadataGathering::stop() noexcept {
   assert(MainRunLoop::shared().isMainThread());
@@ -105,38 +84,35 @@ void MetadataGathering::stop() noexcept {
   }
 }
 
-bool MetadataGathering::gather() noexcept {
-  if (queue_.isDone())
-    return false;
+bool MetadataGathering::work() noexcept {
   const bool isOnMainThread = MainRunLoop::shared().isMainThread();
   const Clock::time_point begin = Clock::now();
   FolderQueue::Tasks tasks;
   Results results;
   Clock::time_point lastHandOver;
-  bool isUnfinished = false;
-  queue_.enter();
   FolderGatherer gatherer({*predicate_, place_, writer_, queue_, isStopped_});
-  while (const std::optional<FolderTask> task = queue_.next(tasks, !isOnMainThread)) {
+  while (const std::optional<FolderTask> task = queue_.next(tasks)) {
     gatherer.process(*task, tasks, results);
     const Clock::time_point now = results.empty() && !isOnMainThread ? begin : Clock::now();
-    if (!results.empty() &&
-        (results.size() >= manyResults || tasks.empty() || now - lastHandOver >= longestDelay)) {
+    if (!results.empty() && (results.size() >= manyResults || now - lastHandOver >= longestDelay)) {
       handOver(results);
       lastHandOver = now;
     }
-    if (isOnMainThread && now - begin >= portionTime) {
-      isUnfinished = true;
-      break;
+    if (isOnMainThread && now - begin >= portionTime && queue_.add(tasks)) {
+      handOver(results);
+      return true;
     }
   }
   handOver(results);
-  queue_.leave(tasks);
-  if (queue_.isDone() && !isWritten_.exchange(true)) {
-    setComplete();
-    if (!isOnMainThread)
-      writer_.finish();
-  }
-  return isUnfinished && !queue_.isDone();
+  return false;
+}
+
+void MetadataGathering::allDone() noexcept {
+  if (isWritten_.exchange(true))
+    return;
+  setComplete();
+  if (!MainRunLoop::shared().isMainThread())
+    writer_.finish();
 }
 
 void MetadataGathering::handOver(Results &results) noexcept {

@@ -2,10 +2,9 @@
 
 #include "platform/foundation/NSLock.h"
 #include "platform/foundation/NSObject.h"
-#include "platform/foundation/NSThread.h"
+#include "platform/foundation/ThreadTeam.h"
 #include "platform/metadata/FolderGatherer.h"
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <optional>
@@ -17,10 +16,10 @@ class NSMetadataQuery;
 /// What one start of a metadata query sets going: threads that gather, and work of the main thread
 /// that makes their results visible, portion by portion, and at last tells the end.
 ///
-/// Ownership: counted. Every running thread and posted work holds a reference, which is given back
-/// on the main thread; the query is borrowed until `stop`.
+/// Ownership: counted. The threads and posted work hold references, which are given back on the
+/// main thread; the query is borrowed until `stop`.
 /// Threads: main, but for what says otherwise.
-class MetadataGathering final : public NSObject {
+class MetadataGathering final : public NSObject, private ThreadTeam {
 public:
   /// Throws `std::bad_alloc`.
   static Ref<MetadataGathering> create(NSMetadataQuery &query, Ref<const NSPredicate> predicate,
@@ -42,19 +41,6 @@ public:
 private:
   using Results = FolderGatherer::Results;
 
-  /// A thread that gathers. One that could not be had works on the main thread, a moment at a time.
-  class Job final : public ThreadJob {
-  public:
-    void start(MetadataGathering &gathering) noexcept;
-
-  private:
-    void main() override;
-    void ended() noexcept override;
-
-    MetadataGathering *gathering_ = nullptr;
-    bool isUnfinished_ = false;
-  };
-
   /// The main thread's part.
   class Announcement final : public Work {
   public:
@@ -71,9 +57,9 @@ private:
                     const std::vector<std::string> &scopes, std::optional<IndexPlace> place);
   ~MetadataGathering() override;
 
-  /// Gathers until all is done, on the main thread for a moment only; whether something is left.
-  /// Any thread.
-  [[nodiscard]] bool gather() noexcept;
+  /// Gathers until nothing is left to do, on the main thread a portion only.
+  [[nodiscard]] bool work() noexcept override;
+  void allDone() noexcept override;
   /// Empties `results`, unless memory stays short. Any thread.
   void handOver(Results &results) noexcept;
   void setComplete() noexcept;
@@ -90,7 +76,7 @@ private:
 
   // These take care of themselves.
   std::atomic<bool> isStopped_{false};
-  FolderQueue queue_;
+  FolderQueue queue_{this};
   IndexWriter writer_;
   std::atomic<bool> isWritten_{false};
 
@@ -108,6 +94,4 @@ private:
   bool isAnnouncing_ = false;
   MainRunLoop::Clock::time_point portionEnd_;
   Announcement announcement_{*this};
-  std::array<Job, 8> jobs_;
-  int runningJobs_ = 0;
 };

@@ -2,6 +2,8 @@
 #include "platform/foundation/CoreFoundation.h"
 #include "platform/foundation/FreeElsewhere.h"
 #include "platform/foundation/MainLoop.h"
+#include "platform/foundation/Perform.h"
+#include "platform/foundation/ThreadTeam.h"
 #include "samples/SystemCallsGuard.h"
 #include "samples/VirtualClock.h"
 #include "samples/WaitForThreads.h"
@@ -13,6 +15,7 @@
 #include <latch>
 #include <list>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 
@@ -23,32 +26,20 @@ using Clock = MainRunLoop::Clock;
 class NSThreadTest : public testing::Test {
 protected:
   struct Job final : ThreadJob {
-    using ThreadJob::Demand;
-    Job(NSThreadTest &owner, std::function<void()> work, Demand what = Demand::Thread)
-        : body(std::move(work)), test(owner), demanded(what) {}
+    Job(NSThreadTest &owner, std::function<void()> work) : body(std::move(work)), test(owner) {}
     void main() override { body(); }
     void ended() noexcept override {
       --test.running_;
       test.note("ended");
     }
-    Demand demand() const noexcept override { return demanded; }
     std::function<void()> body;
     NSThreadTest &test;
-    const Demand demanded;
   };
 
   /// Starts a job that notes when it has ended.
   void start(std::function<void()> body) {
     ++running_;
     NSThread::detachNewThread(jobs_.emplace_back(*this, std::move(body)));
-  }
-
-  /// Starts a job that waits until it is resumed.
-  Job &startWaiting(Job::Demand demand, std::function<void()> body) {
-    ++running_;
-    Job &job = jobs_.emplace_back(*this, std::move(body), demand);
-    NSThread::detachWaitingThread(job);
-    return job;
   }
 
   /// Runs the loop until every job has ended.
@@ -119,40 +110,81 @@ TEST_F(NSThreadTest, ThreadsThatCannotBeStartedBecomeWorkOfTheLoop) {
   finishJobs();
 }
 
-TEST_F(NSThreadTest, JobsPauseWhileTheMainThreadActs) {
-  constexpr int jobs = 3, pausesOfEach = 200;
+TEST_F(NSThreadTest, JobsWaitWhileTheMainThreadActsInTurns) {
+  constexpr int jobs = 3, waitsOfEach = 200;
   int actions = 0;
-  const auto count = [](void *number) {
+  const auto count = [&] {
     EXPECT_TRUE(MainRunLoop::shared().isMainThread());
-    return ++*static_cast<int *>(number) % 3 != 0;
+    return ++actions % 3 != 0;
   };
-  EXPECT_TRUE(ThreadJob::performAndGoOn(count, &actions)) << "at once on the main thread";
+  performOnMainThreadAndWait(count);
+  EXPECT_EQ(actions, 3) << "at once on the main thread";
   for (int i = 0; i < jobs; ++i)
-    start([&, left = pausesOfEach]() mutable {
-      if (left-- == 0)
-        return noteAtExit();
-      EXPECT_FALSE(ThreadJob::performAndGoOn(count, &actions));
-      EXPECT_TRUE(ThreadJob::current()->isPaused());
+    start([&] {
+      for (int left = waitsOfEach; left > 0; --left)
+        performOnMainThreadAndWait(count);
+      noteAtExit();
     });
   finishJobs();
-  EXPECT_GE(actions, 3 + jobs * pausesOfEach);
+  EXPECT_GE(actions, 3 + jobs * waitsOfEach);
   EXPECT_EQ(log, "exit ended exit ended exit ended ");
 }
 
-TEST_F(NSThreadTest, AJobThatWaitsIsResumed) {
-  using Demand = Job::Demand;
-  for (const Demand demand : {Demand::Thread, Demand::MainThread, Demand::MainThreadQuietly}) {
-    log.clear();
-    Job &waiting = startWaiting(demand, [&] {
-      note("main");
-      noteAtExit();
-    });
-    CFRunLoopRunInMode(nullptr, 0, 0);
-    EXPECT_EQ(log, "");
-    start([&] { waiting.resume(); });
-    finishJobs();
-    EXPECT_NE(log.find(demand == Demand::Thread ? "(main) " : "main "), log.npos) << log;
-    EXPECT_NE(log.find("exit ended "), log.npos) << log;
+/// A team that counts down, one task at a time, and notes what becomes of it.
+class Team final : public NSObject, public ThreadTeam {
+public:
+  Team(int taskCount, std::size_t most) : ThreadTeam(*this, most), tasks(taskCount) {}
+  ~Team() override { isGone = true; }
+
+  static inline bool isGone;
+  std::atomic<int> tasks;
+  std::atomic<int> atWork{0}, mostAtWork{0}, ends{0};
+
+private:
+  bool work() noexcept override {
+    const int count = ++atWork;
+    for (int most = mostAtWork; count > most && !mostAtWork.compare_exchange_weak(most, count);) {
+    }
+    while (takeTask() && !MainRunLoop::shared().isMainThread())
+      std::this_thread::yield();
+    --atWork;
+    return tasks > 0;
+  }
+  void allDone() noexcept override { ++ends; }
+  bool takeTask() noexcept {
+    for (int left = tasks; left > 0;)
+      if (tasks.compare_exchange_weak(left, left - 1))
+        return true;
+    return false;
+  }
+};
+
+TEST_F(NSThreadTest, ATeamDoesAllThatItIsCalledFor) {
+  SystemCalls none{};
+  none.startThread = [](pthread_t *, const pthread_attr_t *, void *(*)(void *), void *) {
+    return EAGAIN;
+  };
+  for (const bool hasThreads : {true, false}) {
+    std::optional<SystemCallsGuard> calls;
+    if (!hasThreads)
+      calls.emplace(none);
+    Team::isGone = false;
+    auto *const team = new Team(0, 3);
+    for (int round = 0; round < 300; ++round) {
+      team->tasks += 10;
+      team->call(5);
+      if (round % 50 == 0)
+        waitForThreads();
+    }
+    waitForThreads();
+    EXPECT_EQ(team->tasks, 0);
+    EXPECT_LE(team->mostAtWork, 3);
+    EXPECT_GE(team->ends, 1);
+    team->tasks = 1000;
+    team->call(1);
+    team->release();
+    waitForThreads();
+    EXPECT_TRUE(Team::isGone) << "it has been kept until its threads were gone";
   }
 }
 

@@ -308,14 +308,13 @@ TEST_F(IndexTest, StreamThatIsGivenUpLosesNothing) {
   constexpr int chunks = (folders + 30 + 300) / 64 + 1;
   for (int merged = 0; merged <= chunks; ++merged) {
     IndexWriter writer(std::nullopt);
-    FolderQueue queue;
+    FolderQueue queue(nullptr);
     FolderGatherer gatherer({*predicate, place, writer, queue, isStopped});
     FolderQueue::Tasks tasks;
     FolderGatherer::Results gathered;
-    queue.enter();
     queue.add({FolderTask::Kind::Records, "", RecordStream::open(tree.path(), *place, writer)});
     guard.resetCounts();
-    for (int count = 0; const auto task = queue.next(tasks, false);) {
+    for (int count = 0; const auto task = queue.next(tasks);) {
       if (task->stream && count++ == merged)
         task->stream->giveUp(tasks);
       gatherer.process(*task, tasks, gathered);
