@@ -4,17 +4,29 @@
 #include "platform/foundation/TryTwice.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace {
 
 /// As many as there may be workers.
 constexpr std::size_t mostThreads = 5;
 
+/// With 64 a walk in a host's own loop takes 14 % longer.
 constexpr std::size_t mostFoldersAhead = 256;
 
-/// While more folders than these are left to read, one in which no file was found does not wake
-/// the main thread.
+/// While this many have been read nobody is called to read more: where the main thread is slower, a
+/// thread would else come and go for every folder.
+constexpr std::size_t enoughFoldersAhead = mostFoldersAhead / 2;
+
+/// While at least these are left to read, a folder in which no file was found does not wake the
+/// main thread: it has nothing to do that anybody waits for. A walk for few matches takes 10 % more
+/// time and 12 % more processor time if it does.
 constexpr std::size_t fewFolders = 64;
+
+/// What is met in a folder while its worker waits is handed over when it is this much, or holds a
+/// file and has lain for this long.
+constexpr std::size_t manyFindings = 64;
+constexpr std::chrono::milliseconds longestDelay{1};
 
 } // namespace
 
@@ -43,11 +55,17 @@ void ReadAhead::follow(const Pool &pool) noexcept {
         window_.pop_back();
         throw;
       }
-      call(1);
     }
   } catch (...) {
     // Without memory for it a folder is read by its worker.
   }
+  if (isBehind())
+    call(1);
+}
+
+bool ReadAhead::isBehind() noexcept {
+  const LockGuard guard(lock_);
+  return !unread_.empty() && window_.size() < unread_.size() + enoughFoldersAhead;
 }
 
 bool ReadAhead::work() noexcept {
@@ -78,15 +96,23 @@ void ReadAhead::read(FolderAhead &folder) noexcept {
     if (std::optional<DirectoryListing> opened = DirectoryListing::open(folder.path().view()))
       listing.emplace(*std::move(opened));
   });
+  using Clock = MainRunLoop::Clock;
+  Clock::time_point lastHandOver = Clock::now();
   FolderFindings findings;
+  const auto areDue = [&] {
+    return findings.files.size() + findings.subFolders.size() >= manyFindings ||
+           (!findings.files.empty() && Clock::now() - lastHandOver >= longestDelay);
+  };
   while (listing && !isCancelled()) {
     const std::optional<DirectoryEntry> entry = listing->next();
     if (!entry)
       break;
     // Where memory is short the entry is passed over, and the next may fare better.
     tryTwice([&] { readEntry(folder, *listing, *entry, findings); });
-    if (folder.isAwaited() && (!findings.files.empty() || findings.subFolders.size() >= fewFolders))
+    if (folder.isAwaited() && areDue()) {
       handOver(folder, findings);
+      lastHandOver = Clock::now();
+    }
   }
   findings.isLast = true;
   handOver(folder, findings);
