@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace {
 
@@ -13,10 +14,6 @@ constexpr std::size_t mostThreads = 5;
 
 /// With 64 a walk in a host's own loop takes 14 % longer.
 constexpr std::size_t mostFoldersAhead = 256;
-
-/// While this many have been read nobody is called to read more: where the main thread is slower, a
-/// thread would else come and go for every folder.
-constexpr std::size_t enoughFoldersAhead = mostFoldersAhead / 2;
 
 /// While at least these are left to read, a folder in which no file was found does not wake the
 /// main thread: it has nothing to do that anybody waits for. A walk for few matches takes 10 % more
@@ -55,17 +52,11 @@ void ReadAhead::follow(const Pool &pool) noexcept {
         window_.pop_back();
         throw;
       }
+      call(1);
     }
   } catch (...) {
     // Without memory for it a folder is read by its worker.
   }
-  if (isBehind())
-    call(1);
-}
-
-bool ReadAhead::isBehind() noexcept {
-  const LockGuard guard(lock_);
-  return !unread_.empty() && window_.size() < unread_.size() + enoughFoldersAhead;
 }
 
 bool ReadAhead::work() noexcept {
@@ -148,7 +139,12 @@ void ReadAhead::handOver(FolderAhead &folder, FolderFindings &findings) noexcept
 }
 
 void ReadAhead::postHeldBack() noexcept {
-  const LockGuard guard(lock_);
-  while (Work *const work = heldBack_.takeUpTo(0))
+  WorkQueue due;
+  {
+    const LockGuard guard(lock_);
+    due = std::exchange(heldBack_, {});
+  }
+  // The main thread takes the lock as soon as it is awake.
+  while (Work *const work = due.takeUpTo(0))
     MainRunLoop::shared().post(*work);
 }

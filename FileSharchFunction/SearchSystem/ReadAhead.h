@@ -48,7 +48,6 @@ public:
 
 private:
   [[nodiscard]] bool work() noexcept override;
-  [[nodiscard]] bool isBehind() noexcept;
   [[nodiscard]] Ref<FolderAhead> takeUnread() noexcept;
   void read(FolderAhead &folder) noexcept;
   void readEntry(const FolderAhead &folder, DirectoryListing &listing, const DirectoryEntry &entry,
