@@ -30,13 +30,18 @@ const tagOBJECTRECORD *CObjectList::GetObject(int index) const noexcept {
 }
 
 int CObjectList::Parse(const CParamArray *tokens) noexcept {
-  if (tokens == nullptr || tokens->GetCount() < 3)
+  return tokens == nullptr ? 0 : Parse(*tokens, 0, tokens->GetCount());
+}
+
+int CObjectList::Parse(const CParamArray &tokens, unsigned long index,
+                       unsigned long count) noexcept {
+  if (count < 3)
     return 0;
-  const unsigned long count = tokens->GetCount();
-  const unsigned long first = tokens->token(0) == "[" ? 1 : 0;
-  const unsigned long end = tokens->token(count - 1) == "]" ? count - 1 : count;
-  for (unsigned long i = first; i + 3 <= end; i += 3) {
-    const tagOBJECTRECORD record = referenceAt(*tokens, i);
+  unsigned long end = index + count;
+  if (tokens.token(end - 1) == "]")
+    --end;
+  for (unsigned long i = index + (tokens.token(index) == "[" ? 1 : 0); i + 3 <= end; i += 3) {
+    const tagOBJECTRECORD record = referenceAt(tokens, i);
     if (AddObject(&record) != 1)
       return 0;
   }

@@ -27,6 +27,9 @@ public:
   /// memory is short.
   int Parse(const CParamArray *tokens) noexcept;
 
+  /// The same for the tokens from `index` on, so many that there must be.
+  int Parse(const CParamArray &tokens, unsigned long index, unsigned long count) noexcept;
+
   void Release() noexcept { records_ = {}; }
 
 private:

@@ -1,5 +1,6 @@
 #include "pdf_reader/CPDFContents.h"
 
+#include "pdf_reader/ContentState.h"
 #include "pdf_reader/HexString.h"
 #include "streams/MemoryShortage.h"
 
@@ -7,30 +8,6 @@
 #include <cstring>
 #include <limits>
 #include <new>
-
-namespace {
-
-bool isTextOperator(std::string_view token) noexcept {
-  if (token.size() != 2 || token[0] != 'T')
-    return false;
-  switch (token[1]) {
-  case 'c':
-  case 'w':
-  case 'z':
-  case 'L':
-  case 'f':
-  case 'r':
-  case 's':
-  case 'm':
-  case 'j':
-  case 'J':
-    return true;
-  default:
-    return false;
-  }
-}
-
-} // namespace
 
 /// Looks at each token once, however often the next operator is asked for.
 class CPDFContents::OperatorScan {
@@ -57,16 +34,12 @@ private:
 int CPDFContents::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr || goOn == nullptr)
     return 0;
-  const bool wasOutside = !isInside_ && !isInStream_ && !isInText_;
-  const std::size_t lengthBefore = textLength_;
   bool isStopped = false;
   bool hasFailed = false;
   try {
     tokens->dropFront(parseTokens(*tokens, isStopped, hasFailed));
     if (isStopped)
       *goOn = 0;
-    else if (!hasFailed && trail_ != nullptr && reader_ != nullptr)
-      keepTrail(wasOutside, lengthBefore, goOn);
   } catch (const std::bad_alloc &) {
     MemoryShortage::note();
     return 0;
@@ -77,7 +50,6 @@ int CPDFContents::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/)
 /// Gives how many tokens are done with: all, but for a stop or a failure.
 unsigned long CPDFContents::parseTokens(const CParamArray &tokens, bool &isStopped,
                                         bool &hasFailed) {
-  isGroupScanned_ = endsUnclaimed_ = false;
   OperatorScan scan(tokens);
   const unsigned long count = tokens.GetCount();
   unsigned long i = 0;
@@ -106,7 +78,6 @@ unsigned long CPDFContents::parseTokens(const CParamArray &tokens, bool &isStopp
       i += used;
       continue;
     }
-    endsUnclaimed_ = false;
     ++i;
   }
   return count;
@@ -116,9 +87,7 @@ unsigned long CPDFContents::parseTokens(const CParamArray &tokens, bool &isStopp
 unsigned long CPDFContents::parseText(const CParamArray &tokens, unsigned long index,
                                       OperatorScan &scan, bool &hasFailed) {
   const unsigned long found = scan.next(index);
-  isGroupScanned_ = true;
-  endsUnclaimed_ = found == tokens.GetCount();
-  if (endsUnclaimed_ || found == index)
+  if (found == tokens.GetCount() || found == index)
     return 1;
   if (found == index + 1 && tokens.token(found) == "Tj")
     hasFailed = !addString(tokens.token(index));
@@ -140,18 +109,6 @@ bool CPDFContents::addString(std::string_view token) {
   texts_.takeTextRoom(size);
   textLength_ += size;
   return true;
-}
-
-void CPDFContents::keepTrail(bool wasOutside, std::size_t lengthBefore, char *goOn) {
-  LooseEnds &looseEnds = trail_->looseEnds();
-  if (reader_->isJoined() && isGroupScanned_)
-    looseEnds.note(reader_->joinedFrom(), reader_->joinedTo());
-  if (endsUnclaimed_ && reader_->tokensEnd() < reader_->lineEnd())
-    looseEnds.note(reader_->tokensEnd() + 1, reader_->lineEnd());
-  if (wasOutside && isInside_)
-    trail_->enter(reader_->groupPosition(), lengthBefore);
-  if (trail_->isKnownMet())
-    *goOn = 0;
 }
 
 void CPDFContents::Release() {
@@ -184,9 +141,4 @@ int CPDFContents::GetTextString(unsigned char *buf, unsigned long *ioSize) const
   std::memset(buf + size, 0, *ioSize - size);
   *ioSize = size;
   return 1;
-}
-
-void CPDFContents::FollowTrail(ObjectTrail *trail) noexcept {
-  trail_ = trail;
-  looseEnds_ = trail == nullptr ? nullptr : &trail->looseEnds();
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "pdf_reader/CPDFSection.h"
-#include "pdf_reader/ObjectTrail.h"
 
 #include <cstddef>
 
@@ -27,9 +26,6 @@ public:
   /// room there and receives how many bytes were copied. 0 when a pointer is null.
   int GetTextString(unsigned char *buf, unsigned long *ioSize) const noexcept;
 
-  /// Has the parses that follow keep a trail, which has to live as long; null ends that.
-  void FollowTrail(ObjectTrail *trail) noexcept;
-
 private:
   /// Where the next operator of text stands among tokens.
   class OperatorScan;
@@ -38,16 +34,9 @@ private:
   unsigned long parseText(const CParamArray &tokens, unsigned long index, OperatorScan &scan,
                           bool &hasFailed);
   bool addString(std::string_view token);
-  void keepTrail(bool wasOutside, std::size_t lengthBefore, char *goOn);
 
   bool isInStream_ = false;
   bool isInText_ = false;
   CParamArray texts_;
   std::size_t textLength_ = 0;
-
-  ObjectTrail *trail_ = nullptr;
-  /// Whether the last group was searched for operators, and whether tokens at its end belong to
-  /// none.
-  bool isGroupScanned_ = false;
-  bool endsUnclaimed_ = false;
 };

@@ -1,12 +1,12 @@
 #include "pdf_reader/CPDFFile.h"
 
 #include "pdf_reader/CPDFCatalog.h"
+#include "pdf_reader/CPDFContents.h"
 #include "pdf_reader/CPDFKids.h"
 #include "pdf_reader/CPDFStrmObjVorda.h"
 #include "pdf_reader/CPDFTrailer.h"
 #include "pdf_reader/ContentSearch.h"
 #include "pdf_reader/KeywordSearch.h"
-#include "pdf_reader/PassedLines.h"
 #include "pdf_reader/PassedRanges.h"
 #include "platform/foundation/NSString.h"
 #include "streams/MemoryShortage.h"
@@ -15,19 +15,12 @@
 #include <climits>
 #include <cstring>
 #include <new>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <unordered_set>
 
 namespace {
-
-constexpr long mostReadings = 32;
-constexpr long mostBytesBesides = 4L << 20;
-
-long bytesToReadOf(long size) noexcept {
-  return size > (LONG_MAX - mostBytesBesides) / mostReadings
-             ? LONG_MAX
-             : mostReadings * size + mostBytesBesides;
-}
 
 /// Gives `last` the root of `other` if it has none.
 void completeRoot(CPDFTrailer &last, const CPDFTrailer &other) noexcept {
@@ -56,7 +49,7 @@ bool CPDFFile::openFile(const char *path) {
     return false;
   size_ = CFileStream::GetSize();
   position_ = 0;
-  bytesLeft_ = bytesToReadOf(size_);
+  bounds_ = ReadBounds(size_);
   isOpen_ = true;
   return true;
 }
@@ -72,7 +65,7 @@ bool CPDFFile::openDocument() {
   if (!findTrailers(last, other, lastPosition) || !readTables(last, other, lastPosition) ||
       !readPages(last))
     return false;
-  bytesLeftForSearch_ = bytesLeft_;
+  boundsForSearch_ = bounds_;
   return true;
 }
 
@@ -136,42 +129,65 @@ bool CPDFFile::parseAt(tagOBJECTRECORD object, CPDFSection &section) {
 int CPDFFile::FindText(const void *keyword, int caseSensitive, unsigned long encoding) {
   if (keyword == nullptr || !isOpen_)
     return 0;
-  bytesLeft_ = bytesLeftForSearch_;
+  bounds_ = boundsForSearch_;
   try {
     const KeywordSearch search(*static_cast<const NSString *>(keyword), caseSensitive != 0,
                                encoding);
-    ContentSearch contents(*this, search);
-    PassedLines lines(size_);
-    PassedRanges passed(size_);
-    CPDFKids kids;
-    kids.FollowLines(&lines);
-    // A page that comes again has the same content.
-    std::unordered_set<unsigned long> visited;
-    for (unsigned int i = 0; i < pages_.GetKidsCount(); ++i) {
-      const tagOBJECTRECORD *const kid =
-          i <= INT_MAX ? pages_.GetKidsInfo(static_cast<int>(i)) : nullptr;
-      if (kid == nullptr)
-        return 0;
-      const unsigned long position = xrefTable_.GetOffset(*kid);
-      const auto start = static_cast<long>(position);
-      if (!visited.insert(position).second || passed.holds(start))
-        continue;
-      kids.EndAt(passed.nextFrom(start));
-      lines.beginParse(start);
-      if (!parseAt(*kid, kids))
-        return 0;
-      lines.endParse(Tell());
-      passed.note(start, kids.parsedTo(), Tell());
-      for (int j = 0; j < kids.GeContentsCount(); ++j) {
-        const unsigned long offset = xrefTable_.GetOffset(*kids.GetContentsInfo(j));
-        const ContentSearch::Result result = contents.searchAt(static_cast<long>(offset));
-        if (result != ContentSearch::Result::absent)
-          return result == ContentSearch::Result::found ? 1 : 0;
-      }
-    }
+    const std::vector<long> starts = startsOfContents();
+    if (!search.canBeCut())
+      return findInEach(starts, search);
+    return ContentSearch(*this, search, bounds_, starts).isFound() ? 1 : 0;
   } catch (const std::bad_alloc &) {
     MemoryShortage::note();
     return 0;
+  }
+}
+
+/// Where the contents begin, in the order of pages, up to the first page that cannot be read.
+std::vector<long> CPDFFile::startsOfContents() {
+  std::vector<long> starts;
+  PassedRanges passed(bounds_);
+  CPDFKids kids;
+  // A page that comes again has the same contents, and a content the same text.
+  std::unordered_set<unsigned long> visited;
+  std::unordered_set<unsigned long> visitedContents;
+  for (unsigned int i = 0; i < pages_.GetKidsCount(); ++i) {
+    const tagOBJECTRECORD *const kid =
+        i <= INT_MAX ? pages_.GetKidsInfo(static_cast<int>(i)) : nullptr;
+    if (kid == nullptr)
+      break;
+    const unsigned long position = xrefTable_.GetOffset(*kid);
+    const auto start = static_cast<long>(position);
+    if (!visited.insert(position).second || passed.holds(start))
+      continue;
+    kids.EndAt(passed.nextFrom(start));
+    if (!parseAt(*kid, kids))
+      break;
+    passed.note(start, kids.parsedTo());
+    for (int j = 0; j < kids.GeContentsCount(); ++j) {
+      const unsigned long content = xrefTable_.GetOffset(*kids.GetContentsInfo(j));
+      if (visitedContents.insert(content).second)
+        starts.push_back(static_cast<long>(content));
+    }
+  }
+  return starts;
+}
+
+/// Looks for a keyword in texts that have to be read whole, each for itself.
+int CPDFFile::findInEach(const std::vector<long> &starts, const KeywordSearch &search) {
+  CPDFContents contents;
+  for (const long start : starts) {
+    if (Seek(start, streamSeekBegin) != 1 || contents.Parse(this) != 1)
+      return 0;
+    std::string text(static_cast<std::size_t>(contents.GetTextLength()), '\0');
+    unsigned long size = text.size();
+    contents.GetTextString(reinterpret_cast<unsigned char *>(text.data()), &size);
+    text.resize(size);
+    std::optional<bool> occurs;
+    for (std::size_t i = 0; i < search.encodingCount() && !occurs; ++i)
+      occurs = search.occursIn(text, i);
+    if (occurs.value_or(false))
+      return 1;
   }
   return 0;
 }
@@ -179,13 +195,13 @@ int CPDFFile::FindText(const void *keyword, int caseSensitive, unsigned long enc
 int CPDFFile::IsVordaPDF() {
   if (!isOpen_ || pages_.GetKidsCount() == 0 || pages_.GetKidsInfo(0) == nullptr)
     return 0;
-  bytesLeft_ = bytesLeftForSearch_;
+  bounds_ = boundsForSearch_;
   CPDFKids kids;
   if (!parseAt(*pages_.GetKidsInfo(0), kids))
     return 0;
   try {
     CPDFStrmObjVorda mark;
-    PassedRanges passed(size_);
+    PassedRanges passed(bounds_);
     std::unordered_set<unsigned long> visited;
     for (int i = 0; i < kids.GeContentsCount(); ++i) {
       const unsigned long position = xrefTable_.GetOffset(*kids.GetContentsInfo(i));
@@ -197,7 +213,7 @@ int CPDFFile::IsVordaPDF() {
         return 0;
       if (mark.IsVorda() == 1)
         return 1;
-      passed.note(start, mark.parsedTo(), Tell());
+      passed.note(start, mark.parsedTo());
     }
   } catch (const std::bad_alloc &) {
     MemoryShortage::note();
@@ -234,9 +250,8 @@ int CPDFFile::Read(void *buffer, long count, long *done) {
     return CFileStream::Read(buffer, count, done);
   if (done != nullptr)
     *done = 0;
-  if (buffer == nullptr || count < 0 || count > bytesLeft_)
+  if (buffer == nullptr || count < 0 || !bounds_.take(ReadBounds::Kind::file, count))
     return 0;
-  bytesLeft_ -= count;
   auto *out = static_cast<char *>(buffer);
   const long wanted = std::min(count, std::max(size_ - position_, 0L));
   for (long left = wanted; left > 0;) {

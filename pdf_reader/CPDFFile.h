@@ -3,12 +3,15 @@
 #include "pdf_reader/CPDFPages.h"
 #include "pdf_reader/CPDFXRefTable.h"
 #include "pdf_reader/FileChunks.h"
+#include "pdf_reader/ReadBounds.h"
 #include "streams/CFileStream.h"
 
 #include <atomic>
 #include <cstddef>
+#include <vector>
 
 class CPDFTrailer;
+class KeywordSearch;
 
 /// A PDF document, and whether a keyword occurs in the text of its pages.
 ///
@@ -16,8 +19,7 @@ class CPDFTrailer;
 /// page tree of one level, and content streams without compression. Anything else is not opened, or
 /// nothing is found in it.
 ///
-/// A damaged document may ask for its bytes to be read again and again: past 32 times its size and
-/// 4 MiB, each reading fails. Whole documents stay far below.
+/// How much of a damaged document is read is bounded (`ReadBounds.h`).
 ///
 /// Ownership: owns the open file. Threads: one at a time.
 class CPDFFile : public CFileStream {
@@ -60,6 +62,8 @@ private:
   bool readTables(CPDFTrailer &last, CPDFTrailer &other, long lastPosition);
   bool readPages(const CPDFTrailer &last);
   bool parseAt(tagOBJECTRECORD object, CPDFSection &section);
+  std::vector<long> startsOfContents();
+  int findInEach(const std::vector<long> &starts, const KeywordSearch &search);
   bool loadChunk(std::size_t number, const char *&bytes);
 
   bool isOpen_ = false;
@@ -69,8 +73,8 @@ private:
   long size_ = 0;
   long position_ = 0;
   FileChunks chunks_;
-  long bytesLeft_ = 0;
+  ReadBounds bounds_;
   /// What was left when the document was open: each search may read as much.
-  long bytesLeftForSearch_ = 0;
+  ReadBounds boundsForSearch_;
   const std::atomic<char> *isStopped_ = nullptr;
 };

@@ -19,7 +19,7 @@ int CPDFSection::parseWith(CIOStream *stream, TokenReader::Comments comments) {
   if (stream == nullptr)
     return 0;
   try {
-    TokenReader reader(*stream, comments, looseEnds_, endAt_);
+    TokenReader reader(*stream, comments, endAt_, telling_);
     return parseGroups(reader);
   } catch (const std::bad_alloc &) {
     MemoryShortage::note();
@@ -28,19 +28,13 @@ int CPDFSection::parseWith(CIOStream *stream, TokenReader::Comments comments) {
 }
 
 int CPDFSection::parseGroups(TokenReader &reader) {
-  // The reader is gone after a parse that was thrown out of, too.
-  const struct Guard {
-    const TokenReader *&used;
-    ~Guard() { used = nullptr; }
-  } guard{reader_};
-  reader_ = &reader;
   tokens_.Reset();
   char goOn = 1;
   int result = 1;
   while (result == 1 && goOn != 0 && reader.next(tokens_))
     if (reader.isGroupComplete())
       result = ParseLine(&tokens_, &goOn, nullptr);
-  parsedTo_ = reader.isJoined() ? reader.joinedFrom() : reader.lineEnd();
+  parsedTo_ = reader.lineEnd();
   return goOn != 0 && result == 1 ? reader.result() : result;
 }
 

@@ -4,6 +4,7 @@
 #include "pdf_reader/TokenReader.h"
 #include "streams/CIOStream.h"
 
+#include <optional>
 #include <string_view>
 
 /// Base of what reads one section of a document: `Parse` reads lines from the stream's position on
@@ -86,11 +87,8 @@ protected:
   /// another.
   bool isInside_ = false;
 
-  /// Where the group stands that `ParseLine` is given, and more about it; null outside of `Parse`.
-  const TokenReader *reader_ = nullptr;
-
-  /// If not null, receives where an edge of a block would change what is read.
-  LooseEnds *looseEnds_ = nullptr;
+  /// Which lines matter to `ParseLine`; all if it is not said.
+  std::optional<TokenReader::Telling> telling_;
 
   /// The tokens that wait for `ParseLine`, kept for the sake of their room.
   CParamArray tokens_;

@@ -1,215 +1,402 @@
 #include "pdf_reader/ContentSearch.h"
 
-#include "pdf_reader/TokenReader.h"
+#include "pdf_reader/ByteClasses.h"
+#include "pdf_reader/VectorBytes.h"
 
 #include <algorithm>
-#include <new>
-#include <utility>
+#include <cstring>
+#include <iterator>
 
 namespace {
 
-constexpr long carefulRounds = 3;
-constexpr long carefulBytesAtLeast = 3 << 16;
+using Place = ContentState::Place;
+
+constexpr long blockSize = ContentReading::blockSize;
+
+bool isTrim(char c) noexcept { return classOf(c) == ByteClass::trim; }
+
+/// Whether a percent sign before `end` begins a remark: doubled, or last, it is text.
+bool beginsRemark(const char *sign, const char *end) noexcept {
+  return sign + 1 != end && sign[1] != '%';
+}
+
+/// Whether a line that begins at `place` has no token.
+bool isBlankFrom(const char *place, const char *end) noexcept {
+  while (place != end && isTrim(*place))
+    ++place;
+  return place == end || (*place == '%' && beginsRemark(place, end));
+}
+
+/// What matters of a remark for those who read a part of it as text.
+struct Remark {
+  const char *wordsEnd;
+  bool hasSign = false;
+  /// Whether some part of a word says something to a parse.
+  bool isTelling = false;
+
+  Remark(const char *begin, const char *end) noexcept : wordsEnd(begin) {
+    for (const char *i = begin; i != end; ++i) {
+      hasSign |= *i == '%';
+      if (!isTrim(*i))
+        wordsEnd = i + 1;
+      if (isTrim(*i) || (i + 1 != end && !isTrim(i[1]) && i[1] != '%'))
+        continue;
+      const std::string_view word(begin, static_cast<std::size_t>(i + 1 - begin));
+      isTelling |= word.ends_with("obj") || word.ends_with("stream") || word.ends_with("BT") ||
+                   word.ends_with("ET") ||
+                   (word.size() > 1 && isTextOperator(word.substr(word.size() - 2)));
+    }
+  }
+};
 
 } // namespace
 
-ContentSearch::ContentSearch(CIOStream &stream, const KeywordSearch &search)
-    : stream_(stream), search_(search), answers_(stream.GetSize()), trail_(answers_, looseEnds_),
-      passed_(stream.GetSize()), starts_(stream.GetSize(), search.overlap()),
-      carefulBytesLeft_(carefulRounds * stream.GetSize() + carefulBytesAtLeast) {}
-
-ContentSearch::Result ContentSearch::searchAt(long position) {
-  if (answers_.at(position) != ObjectAnswer::unknown)
-    return Result::absent;
-  if (passed_.holds(position) && !answers_.isMet(position))
-    return Result::absent;
-  contents_.EndAt(passed_.nextFrom(position));
-  if (search_.isStateless()) {
-    trail_.clear();
-    if (!parse(position, &trail_))
-      return Result::failed;
-    readOwnText();
-    if (const auto result = searchPieces(position, text_))
-      return *result;
+void ContentSearch::Line::cut(const char *first, const char *last) {
+  begin = tokensEnd = first;
+  end = remark = last;
+  tokens.clear();
+  for (const char *i = first; remark == end;) {
+    while (i != end && isTrim(*i))
+      ++i;
+    const char *const token = i;
+    while (i != end && !isTrim(*i)) {
+      if (*i == '%' && beginsRemark(i, end)) {
+        remark = i;
+        break;
+      }
+      i += *i == '%' && i + 1 != end ? 2 : 1;
+    }
+    if (i != token) {
+      tokens.emplace_back(token, static_cast<std::size_t>(i - token));
+      tokensEnd = i;
+    }
+    if (i == end)
+      break;
   }
-  if (!parse(position, nullptr))
-    return Result::failed;
-  return searchWhole(position, readText());
 }
 
-bool ContentSearch::parse(long position, ObjectTrail *trail) {
-  contents_.FollowTrail(trail);
-  if (stream_.Seek(position, streamSeekBegin) != 1 || contents_.Parse(&stream_) != 1)
-    return false;
-  carefulBytesLeft_ -= TokenReader::bytesBeyondFirstBlock(position, stream_.Tell());
-  passed_.note(position, contents_.parsedTo(), stream_.Tell());
+ContentSearch::ContentSearch(CIOStream &stream, const KeywordSearch &search, ReadBounds &bounds,
+                             const std::vector<long> &starts)
+    : search_(search), bounds_(bounds), window_(stream), readings_(search, contents_) {
+  std::vector<long> sorted = starts;
+  std::sort(sorted.begin(), sorted.end());
+  sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
+  for (const long start : sorted)
+    contents_.push_back({start});
+  order_.reserve(starts.size());
+  for (const long start : starts)
+    order_.push_back(static_cast<std::size_t>(
+        std::lower_bound(sorted.begin(), sorted.end(), start) - sorted.begin()));
+}
+
+bool ContentSearch::isFound() {
+  const bool isReadable = findOpenEnds() && readAll();
+  if (isReadable)
+    readings_.endAll();
+  for (const std::size_t i : order_) {
+    const Result result = contents_[i].result;
+    if (result == Result::found)
+      return true;
+    if (result == Result::failed || (result == Result::unknown && !isReadable))
+      return false;
+  }
+  return false;
+}
+
+/// Whether the first content in the order of pages is known that decides the answer.
+bool ContentSearch::isAnswered() {
+  while (answered_ < order_.size() && contents_[order_[answered_]].result == Result::absent)
+    ++answered_;
+  return answered_ == order_.size() || contents_[order_[answered_]].result != Result::unknown;
+}
+
+/// False when the stream fails.
+bool ContentSearch::readAll() {
+  long position = 0;
+  while (!isAnswered()) {
+    if (readings_.isEmpty())
+      position = nextPosition();
+    if (position >= window_.size())
+      return true;
+    for (; nextOpenEnd_ != openEnds_.size() && openEnds_[nextOpenEnd_].position <= position;
+         ++nextOpenEnd_)
+      readings_.endAll(openEnds_[nextOpenEnd_].edge);
+    const char *line = window_.at(position);
+    if (line == nullptr)
+      return false;
+    boardUpTo(line);
+    const char *const next = readPlainLines(line);
+    if (next == line && !readLine(line))
+      return false;
+    position = next == line ? nextLine_ : window_.positionOf(next);
+  }
   return true;
 }
 
-std::string_view ContentSearch::readText() {
-  auto size = static_cast<unsigned long>(contents_.GetTextLength());
-  if (size == 0)
-    return {};
-  if (!buffer_.reserve(size) || contents_.GetTextString(buffer_.data(), &size) != 1)
-    throw std::bad_alloc();
-  return {reinterpret_cast<const char *>(buffer_.data()), size};
-}
-
-void ContentSearch::readOwnText() {
-  text_ = readText();
-  if (!trail_.isKnownMet())
-    return;
-  const ObjectTrail::Object &known = trail_.objects().back();
-  text_.resize(known.textLength);
-  starts_.append(known.position, text_);
-}
-
-void ContentSearch::noteStarts(long position, const Pieces &pieces) {
-  const std::vector<ObjectTrail::Object> &objects = trail_.objects();
-  long next = TextStarts::none;
-  for (std::size_t i = objects.size(); i-- > 0; next = objects[i].position)
-    if (next != TextStarts::none || !trail_.isKnownMet())
-      starts_.note(objects[i].position, pieces[i + 1].bytes, next);
-  if (next != position)
-    starts_.note(position, pieces[0].bytes, next);
-}
-
-ContentSearch::Result ContentSearch::searchWhole(long position, std::string_view text) {
-  ObjectAnswer answer = ObjectAnswer::unreadable;
-  for (std::size_t i = 0; i < search_.encodingCount(); ++i)
-    if (const auto converted = search_.convert(text, i)) {
-      if (search_.occursIn(*converted))
-        return Result::found;
-      answer = i == 0 ? ObjectAnswer::absent : ObjectAnswer::absentInOther;
-      break;
-    }
-  answers_.set(position, answer);
-  starts_.note(position, text, TextStarts::none);
-  return Result::absent;
-}
-
-/// Whether what a parse that begins at `start` reads beyond `position` may differ from what another
-/// parse has read there.
-bool ContentSearch::mayDiffer(long position, long start) const noexcept {
-  return carefulBytesLeft_ > 0 && looseEnds_.areMetBeyond(position, start);
-}
-
-/// Cuts the text at the objects of the trail. The first piece begins at the content stream itself,
-/// the last, behind a known object, holds but the beginning of the text there.
-ContentSearch::Pieces ContentSearch::piecesOf(std::string_view text) const {
-  Pieces pieces;
-  pieces.reserve(trail_.objects().size() + 1);
-  std::size_t start = 0;
-  for (const ObjectTrail::Object &object : trail_.objects()) {
-    pieces.push_back({text.substr(start, object.textLength - start), {}, Validity::unknown});
-    start = object.textLength;
-  }
-  pieces.push_back({text.substr(start), {}, Validity::unknown});
-  return pieces;
-}
-
-/// None when it cannot be told without reading all the text.
-std::optional<ContentSearch::Result> ContentSearch::searchPieces(long position,
-                                                                 std::string_view text) {
-  const std::vector<ObjectTrail::Object> &objects = trail_.objects();
-  if (trail_.isKnownMet() && mayDiffer(objects.back().position, position))
-    return std::nullopt;
-
-  Pieces pieces = piecesOf(text);
-  std::vector<ObjectAnswer> found(pieces.size(), ObjectAnswer::unknown);
-  std::size_t undecided = pieces.size() - (trail_.isKnownMet() ? 1 : 0);
-  std::fill_n(found.begin(), undecided, ObjectAnswer::unreadable);
-  for (std::size_t encoding = 0; encoding < search_.encodingCount() && undecided > 0; ++encoding) {
-    convert(pieces, encoding);
-    // Once the text is valid from one object on, it is from all later ones.
-    const bool isFound = occursIn(pieces);
-    if (isFound && pieces[0].validity == Validity::valid && found[0] == ObjectAnswer::unreadable)
-      return Result::found;
-    const ObjectAnswer absent = encoding == 0 ? ObjectAnswer::absent : ObjectAnswer::absentInOther;
-    undecided = 0;
-    for (std::size_t i = 0; i < pieces.size(); ++i) {
-      if (found[i] != ObjectAnswer::unreadable || pieces[i].validity == Validity::invalid) {
-        undecided += found[i] == ObjectAnswer::unreadable ? 1 : 0;
+/// Goes on through lines that mean nothing or show a string, as long as they do so to one reading.
+/// Gives the first that may be another.
+const char *ContentSearch::readPlainLines(const char *line) {
+  if (readings_.count() != 1 || readings_[0].state.isWaiting() ||
+      readings_[0].state.place() == Place::stream)
+    return line;
+  ContentReading &reading = readings_[0];
+  const char *limit = std::min(window_.dataEnd(), nextStart());
+  if (nextOpenEnd_ != openEnds_.size())
+    limit = std::min(limit, window_.placeOf(openEnds_[nextOpenEnd_].position));
+  // What matters holds one of these: "Tj" and "ET", "obj", "endobj" and "stream".
+  const bool isText = reading.state.place() == Place::text;
+  const char other = isText ? 'E' : reading.state.place() == Place::object ? 'm' : 'j';
+  while (line < limit) {
+    if (isText && *line == '<') {
+      char *const room = reading.room(static_cast<std::size_t>(limit - line) / 2);
+      const char *end = line + 1;
+      std::size_t size = vectorBytes::decodePairs(end, room);
+      if (std::memcmp(end, "> Tj", 4) == 0 && end + 4 < limit &&
+          classOf(end[4]) == ByteClass::lineEnd) {
+        if (const void *const zero = std::memchr(room, 0, size); zero != nullptr)
+          size = static_cast<std::size_t>(static_cast<const char *>(zero) - room);
+        readings_.show(reading, size);
+        line = end + 5;
         continue;
       }
-      // A character that is cut again and again is not followed for ever.
-      const bool isAbsent =
-          !isFound && (pieces[i].validity == Validity::valid || carefulBytesLeft_ <= 0);
-      found[i] = isAbsent ? absent : ObjectAnswer::unknown;
+    }
+    const vectorBytes::LineScan scan = vectorBytes::scanLine(line, 'j', other);
+    if (scan.end >= limit || scan.hasEither || (isText && scan.hasComment))
+      return line;
+    if (isText)
+      for (const char *i = scan.end; i != line && isTrim(i[-1]); --i)
+        if (isEdge(reading, i))
+          return line;
+    line = scan.end + 1;
+  }
+  return line;
+}
+
+/// Goes on through any line; false when the stream fails.
+bool ContentSearch::readLine(const char *begin) {
+  const char *const end = vectorBytes::scanLine(begin, '\n', '\n').end;
+  nextLine_ = window_.positionOf(begin);
+  if (end >= window_.dataEnd() && window_.end() < window_.size())
+    return window_.more(nextLine_);
+  nextLine_ += end - begin + 1;
+  line_.cut(begin, std::min(end, window_.dataEnd()));
+  if (readings_.count() > 1 &&
+      !bounds_.take(ReadBounds::Kind::contents,
+                    (end - begin) * static_cast<long>(readings_.count() - 1)))
+    readings_.keepLargest();
+  takeTokens();
+  takeEdges();
+  boardInTail();
+  readings_.join();
+  return true;
+}
+
+void ContentSearch::takeTokens() {
+  for (const std::string_view token : line_.tokens) {
+    boardUpTo(token.data());
+    for (std::size_t i = 0; i < readings_.count(); ++i)
+      readings_.take(readings_[i], token);
+    const char *const end = token.data() + token.size();
+    for (; hasNext() && nextStart() < end; ++next_) {
+      const std::string_view rest(nextStart(), static_cast<std::size_t>(end - nextStart()));
+      if (isNextEmpty())
+        continue;
+      if (rest.find('%') != std::string_view::npos)
+        apart_.push_back(next_);
+      else
+        readings_.take(readings_.boardAlone(next_), rest);
+      readings_.join();
+    }
+    if (readings_.count() > 1)
+      readings_.join();
+  }
+}
+
+/// What is behind the last token of a line: the end of the group, but not for those who meet an
+/// edge there.
+void ContentSearch::takeEdges() {
+  const std::size_t count = readings_.count();
+  const bool hasRemark = line_.remark != line_.end;
+  for (std::size_t i = 0; i < count; ++i) {
+    ContentReading &reading = readings_[i];
+    if (hasRemark)
+      takeRemark(reading, count);
+    if (line_.tokens.empty())
+      continue;
+    ContentReading *open = nullptr;
+    const char *last = hasRemark ? line_.remark + (line_.isGlued() ? 0 : 1) : line_.end;
+    for (long n = 0; reading.state.isWaiting() && n < blockSize && last > line_.tokensEnd;
+         ++n, --last)
+      // In a remark they may have met another edge.
+      if (isEdge(reading, last) && !(hasRemark && line_.end - last >= blockSize)) {
+        open = open != nullptr ? open : &readings_.fork(reading);
+        readings_.change(reading, *open, window_.positionOf(last));
+      }
+    readings_.endGroup(reading);
+  }
+}
+
+/// An edge in a remark makes the rest of it text.
+void ContentSearch::takeRemark(ContentReading &reading, std::size_t firstFork) {
+  const Remark remark(line_.remark + 1, line_.end);
+  const Place place = reading.state.place();
+  const bool isWaiting = reading.state.isWaiting();
+  if (!remark.isTelling && !isWaiting && (place == Place::outside || place == Place::object))
+    return;
+  ContentReading *open = nullptr;
+  ContentReading *closed = nullptr;
+  const auto close = [&] {
+    if (closed != nullptr)
+      readings_.endGroup(*closed);
+    open = closed = nullptr;
+  };
+  const char *const end = line_.end;
+  for (const char *i = line_.remark + 2; i <= end && i < line_.remark + 2 + blockSize; ++i) {
+    if (!isEdge(reading, i))
+      continue;
+    const char *const last = i + (end - i) / blockSize * blockSize;
+    if (last == i && isBlankFrom(i, end)) {
+      if (line_.tokens.empty() || !isWaiting)
+        continue;
+      open = open != nullptr ? open : &readings_.fork(reading);
+      readings_.change(reading, *open, window_.positionOf(i));
+    } else if (remark.isTelling || place == Place::stream ||
+               (last != i && (remark.hasSign || last > remark.wordsEnd))) {
+      ContentReading &alone = readings_.fork(reading);
+      readings_.change(reading, alone, window_.positionOf(i));
+      readAlone(alone, i);
+      close();
+      // Those who go on with the line as it is have not come as far.
+      readings_.join(firstFork);
+    } else if (line_.tokens.empty() && isWaiting) {
+      closed = closed != nullptr ? closed : &readings_.fork(reading);
+      readings_.change(reading, *closed, window_.positionOf(i));
     }
   }
-  if (found[0] == ObjectAnswer::unknown)
-    return std::nullopt;
-  noteStarts(position, pieces);
-  answers_.set(position, found[0]);
-  for (std::size_t i = 0; i < objects.size(); ++i) {
-    const long start = objects[i].position;
-    if (start != position && !mayDiffer(start, position) && !mayDiffer(start, start))
-      answers_.set(start, found[i + 1]);
-  }
-  return Result::absent;
+  close();
 }
 
-void ContentSearch::convert(Pieces &pieces, std::size_t encoding) const {
-  Validity following = Validity::valid;
-  std::size_t i = pieces.size();
-  if (trail_.isKnownMet()) {
-    Piece &last = pieces[--i];
-    // The end of what was read may have cut a character.
-    constexpr std::size_t mostCut = 3;
-    for (std::size_t cut = 0; cut <= std::min(mostCut, last.bytes.size()); ++cut)
-      if ((last.converted =
-               search_.convert(last.bytes.substr(0, last.bytes.size() - cut), encoding)))
-        break;
-    switch (answers_.at(trail_.objects().back().position)) {
-    case ObjectAnswer::absent:
-      following = encoding == 0 ? Validity::valid : Validity::unknown;
-      break;
-    case ObjectAnswer::absentInOther:
-      following = encoding == 0 ? Validity::invalid : Validity::valid;
-      break;
-    default:
-      following = Validity::invalid;
-      break;
+/// Goes on with riders that all have the same edges, from somewhere in the line to its end.
+void ContentSearch::readAlone(ContentReading &reading, const char *from) {
+  for (bool isOpen = false;;) {
+    rest_.cut(from, line_.end);
+    if (!bounds_.take(ReadBounds::Kind::contents, rest_.end - from)) {
+      readings_.giveUp(reading);
+      return;
     }
-    if (following == Validity::valid && !last.converted)
-      following = Validity::unknown;
-    last.validity = following;
-  }
-  const std::size_t lastOwn = i - 1;
-  while (i-- > 0) {
-    Piece &piece = pieces[i];
-    piece.converted = search_.convert(piece.bytes, encoding);
-    if (!piece.converted)
-      following = validityOfInvalid(piece.bytes, i == lastOwn && !trail_.isKnownMet(), encoding);
-    piece.validity = following;
+    for (const std::string_view token : rest_.tokens)
+      readings_.take(reading, token);
+    isOpen = rest_.tokens.empty();
+    from += blockSize;
+    for (; from <= rest_.end && from <= rest_.remark + 1; from += blockSize)
+      isOpen |= from > rest_.tokensEnd && !(rest_.isGlued() && from == rest_.remark + 1);
+    if (from > rest_.end) {
+      if (!isOpen)
+        readings_.endGroup(reading);
+      return;
+    }
   }
 }
 
-/// What is known of a text that begins with a piece that is not valid for itself: it is valid at
-/// most if the piece ends inside a character.
-ContentSearch::Validity ContentSearch::validityOfInvalid(std::string_view bytes, bool isLast,
-                                                         std::size_t encoding) const {
-  if (isLast)
-    return Validity::invalid;
-  constexpr std::size_t longestCharacter = 4;
-  for (std::size_t cut = 1; cut < longestCharacter && cut <= bytes.size(); ++cut)
-    if (search_.convert(bytes.substr(0, bytes.size() - cut), encoding))
-      return Validity::unknown;
-  return Validity::invalid;
+/// Lets contents ride that begin behind the last token.
+void ContentSearch::boardInTail() {
+  const auto boardApart = [this](std::size_t content) {
+    readAlone(readings_.boardAlone(content), window_.placeOf(contents_[content].start));
+    readings_.join();
+  };
+  std::for_each(apart_.begin(), apart_.end(), boardApart);
+  apart_.clear();
+  boardUpTo(line_.remark);
+  for (; hasNext() && nextStart() < line_.end; ++next_)
+    if (!isNextEmpty())
+      boardApart(next_);
 }
 
-/// Whether the keyword occurs in the text from the first object on from which it is valid.
-bool ContentSearch::occursIn(const Pieces &pieces) const {
-  const auto first = std::find_if(pieces.begin(), pieces.end(), [](const Piece &piece) {
-    return piece.validity == Validity::valid;
+void ContentSearch::boardUpTo(const char *place) {
+  for (; hasNext() && nextStart() <= place; ++next_)
+    if (!isNextEmpty())
+      readings_.board(next_);
+}
+
+/// Whether all that the next content reads belongs to a group that the file's end leaves open.
+bool ContentSearch::isNextEmpty() noexcept {
+  const long start = nextPosition();
+  const bool isEmpty = std::any_of(openEnds_.begin(), openEnds_.end(), [start](const OpenEnd &end) {
+    return end.position <= start && start < end.edge && (end.edge - start) % blockSize == 0;
   });
-  if (first == pieces.end())
-    return false;
-  if (first + 1 == pieces.end())
-    return search_.occursIn(*first->converted);
-  std::string text;
-  for (auto piece = first; piece != pieces.end(); ++piece)
-    text += *piece->converted;
-  return search_.occursIn(text);
+  if (isEmpty)
+    contents_[next_].result = Result::absent;
+  return isEmpty;
+}
+
+bool ContentSearch::isEdge(const ContentReading &reading, const char *place) const noexcept {
+  return reading.hasEdgeAt(window_.positionOf(place));
+}
+
+/// Finds the groups that the end of the file leaves open. False when the stream fails.
+bool ContentSearch::findOpenEnds() {
+  const long size = window_.size();
+  constexpr long atFirst = 256;
+  for (long length = atFirst;; length *= 4) {
+    const long from = std::max(size - length, 0L);
+    if (from >= size)
+      return true;
+    while (window_.at(from) == nullptr || window_.end() < size)
+      if (!window_.more(from))
+        return false;
+    // Most files end with a line behind whose last token there is nothing.
+    const char *const begin = window_.at(from);
+    const char *last = nullptr;
+    std::vector<OpenEnd> open;
+    long first = -1;
+    for (const bool isForAll : {false, true}) {
+      for (const char *i = begin, *end = nullptr; i < window_.dataEnd(); i = end + 1) {
+        end = vectorBytes::scanLine(i, '\n', '\n').end;
+        if (from != 0 && i == begin)
+          continue;
+        line_.cut(i, end);
+        if (isForAll)
+          noteOpenEnds(open);
+        else if (!line_.tokens.empty())
+          last = line_.tokensEnd == line_.end ? nullptr : i;
+        if (first < 0 && !line_.tokens.empty())
+          first = window_.positionOf(i);
+      }
+      if (last == nullptr && first >= 0)
+        return true;
+    }
+    openEnds_.clear();
+    std::copy_if(open.begin(), open.end(), std::back_inserter(openEnds_),
+                 [](const OpenEnd &end) { return end.edge != 0; });
+    std::sort(openEnds_.begin(), openEnds_.end(),
+              [](const OpenEnd &a, const OpenEnd &b) { return a.position < b.position; });
+    // Those that are open from the first line on may be from an earlier one.
+    if (from == 0 || (first >= 0 && (openEnds_.empty() || openEnds_[0].position != first)))
+      return true;
+  }
+}
+
+/// Goes on from the groups that are open before a line, by their edges modulo the size of a block,
+/// to those that are open behind it. None are open if there are no entries.
+void ContentSearch::noteOpenEnds(std::vector<OpenEnd> &open) const {
+  const bool hasTokens = !line_.tokens.empty();
+  const char *const first = hasTokens ? line_.tokensEnd + 1 : line_.remark + 2;
+  if (!hasTokens && (open.empty() || first > line_.end))
+    return;
+  const std::vector<OpenEnd> before = open;
+  if (hasTokens)
+    open.clear();
+  if (first > line_.end)
+    return;
+  open.resize(blockSize);
+  for (const char *i = line_.end; i >= first && line_.end - i < blockSize; --i) {
+    const long edge = window_.positionOf(i);
+    if (edge >= window_.size() || (line_.isGlued() && i == line_.remark + 1))
+      continue;
+    const auto place = static_cast<std::size_t>(edge % blockSize);
+    const bool wasOpen = !before.empty() && before[place].edge != 0;
+    open[place] = {};
+    if ((i <= line_.remark + 1 || isBlankFrom(i, line_.end)) && (hasTokens || wasOpen))
+      open[place] = {wasOpen ? before[place].position : window_.positionOf(line_.begin), edge};
+  }
 }

@@ -1,78 +1,91 @@
 #pragma once
 
-#include "pdf_reader/CPDFContents.h"
+#include "pdf_reader/ContentReadings.h"
 #include "pdf_reader/KeywordSearch.h"
-#include "pdf_reader/LooseEnds.h"
-#include "pdf_reader/ObjectAnswers.h"
-#include "pdf_reader/ObjectTrail.h"
-#include "pdf_reader/PassedRanges.h"
-#include "pdf_reader/PlainArray.h"
-#include "pdf_reader/TextStarts.h"
+#include "pdf_reader/LineWindow.h"
+#include "pdf_reader/ReadBounds.h"
 #include "streams/CIOStream.h"
 
-#include <optional>
-#include <string>
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
 /// Looks for a keyword in the content streams of a document.
 ///
-/// The parse of one content stream goes on through the objects behind it in the file. Where every
-/// page begins with a text object, each parse would read the rest of the file; so what is found out
-/// about the objects passed is remembered, and not read again. The answers are the same as if each
-/// content stream were parsed for itself. Only in a document that would have to be read many times
-/// over, because the edges of blocks fall where they change what is read, the answer of another
-/// parse is taken at last.
+/// The answers are those of `CPDFContents` for each content stream for itself, whose parse goes on
+/// through the objects behind it, mostly to the end of the file. But the file is read only once,
+/// from the first content on, line by line. A line means the same to all contents whose parses are
+/// in the same state; only what stands behind its last token depends on where the edges of blocks
+/// are, which each parse counts from its beginning: an edge there joins the next line to the group,
+/// and an edge in a remark makes the rest of the remark text.
 ///
-/// Ownership: the stream and the keyword's search live longer. Threads: one at a time. Throws
-/// `std::bad_alloc`.
+/// Ownership: the stream, the keyword's search and the bounds live longer. Threads: one at a time.
+/// Throws `std::bad_alloc`.
 class ContentSearch {
 public:
-  enum class Result { absent, found, failed };
+  /// The contents are given by where they begin, in the order of pages.
+  ContentSearch(CIOStream &stream, const KeywordSearch &search, ReadBounds &bounds,
+                const std::vector<long> &starts);
 
-  ContentSearch(CIOStream &stream, const KeywordSearch &search);
-
-  /// Looks in the text of the content stream that begins at `position`.
-  Result searchAt(long position);
+  /// Whether the keyword is found in a content before any fails. To be asked once.
+  bool isFound();
 
 private:
-  /// Whether a text is valid in an encoding.
-  enum class Validity { valid, invalid, unknown };
+  using Result = SearchedContent::Result;
 
-  /// The text between the beginnings of two objects, and what is known of all text from there on.
-  struct Piece {
-    std::string_view bytes;
-    /// In UTF-8, if the piece is valid for itself.
-    std::optional<std::string> converted;
-    Validity validity;
+  /// A line, or what a parse makes of the rest of one.
+  struct Line {
+    const char *begin, *end;
+    std::vector<std::string_view> tokens;
+    const char *tokensEnd; ///< behind the last token, or `begin`
+    const char *remark;    ///< its percent sign, or the line's end
+
+    void cut(const char *first, const char *last);
+    /// Whether the remark follows a token without a blank.
+    [[nodiscard]] bool isGlued() const noexcept { return !tokens.empty() && remark == tokensEnd; }
   };
-  using Pieces = std::vector<Piece>;
 
-  bool parse(long position, ObjectTrail *trail);
-  std::string_view readText();
-  void readOwnText();
-  void noteStarts(long position, const Pieces &pieces);
-  Result searchWhole(long position, std::string_view text);
-  std::optional<Result> searchPieces(long position, std::string_view text);
-  [[nodiscard]] bool mayDiffer(long position, long start) const noexcept;
-  [[nodiscard]] Pieces piecesOf(std::string_view text) const;
-  void convert(Pieces &pieces, std::size_t encoding) const;
-  [[nodiscard]] Validity validityOfInvalid(std::string_view bytes, bool isLast,
-                                           std::size_t encoding) const;
-  [[nodiscard]] bool occursIn(const Pieces &pieces) const;
+  /// The group that the end of the file leaves open for contents with an edge here. It is not
+  /// handed over, so that for them the file ends before it.
+  struct OpenEnd {
+    long position = 0, edge = 0;
+  };
 
-  CIOStream &stream_;
+  bool readAll();
+  bool isAnswered();
+  const char *readPlainLines(const char *line);
+  bool readLine(const char *begin);
+  void takeTokens();
+  void takeEdges();
+  void takeRemark(ContentReading &reading, std::size_t firstFork);
+  void boardInTail();
+  void boardUpTo(const char *place);
+  void readAlone(ContentReading &reading, const char *from);
+  bool findOpenEnds();
+  void noteOpenEnds(std::vector<OpenEnd> &open) const;
+  [[nodiscard]] bool isEdge(const ContentReading &reading, const char *place) const noexcept;
+  bool isNextEmpty() noexcept;
+
+  [[nodiscard]] bool hasNext() const noexcept { return next_ != contents_.size(); }
+  [[nodiscard]] const char *nextStart() const noexcept { return window_.placeOf(nextPosition()); }
+  [[nodiscard]] long nextPosition() const noexcept {
+    return hasNext() ? contents_[next_].start : window_.size();
+  }
+
   const KeywordSearch &search_;
-  CPDFContents contents_;
-  LooseEnds looseEnds_;
-  ObjectAnswers answers_;
-  ObjectTrail trail_;
-  PassedRanges passed_;
-  TextStarts starts_;
-  PlainArray<unsigned char> buffer_;
-  /// The text up to an object with a known answer, and how it goes on there.
-  std::string text_;
-  /// How many bytes may still be read before the edges of blocks are no more a reason to read
-  /// bytes again.
-  long carefulBytesLeft_;
+  ReadBounds &bounds_;
+  LineWindow window_;
+  std::vector<SearchedContent> contents_;
+  /// The contents in the order of pages, and how many of them do not decide the answer.
+  std::vector<std::size_t> order_;
+  std::size_t answered_ = 0;
+  std::size_t next_ = 0;
+  ContentReadings readings_;
+  std::vector<OpenEnd> openEnds_;
+  std::size_t nextOpenEnd_ = 0;
+  Line line_, rest_;
+  /// Where the line begins that comes next.
+  long nextLine_ = 0;
+  /// Contents that begin inside a token whose percent signs mean something else to them.
+  std::vector<std::size_t> apart_;
 };

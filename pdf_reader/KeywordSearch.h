@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 
 /// Looks for a keyword in texts that are given as bytes of an encoding, literally and with or
@@ -17,27 +16,38 @@
 /// Threads: one at a time. Throws `std::bad_alloc`.
 class KeywordSearch {
 public:
+  static constexpr std::size_t mostEncodings = 2;
+
   KeywordSearch(const NSString &keyword, bool isCaseSensitive, unsigned long encoding);
 
   /// How many encodings a text may be in; the first that it is valid in is the one.
   [[nodiscard]] std::size_t encodingCount() const noexcept { return encodingCount_; }
 
-  /// Whether any text is converted piece by piece as it is whole, as long as no character is cut.
-  [[nodiscard]] bool isStateless() const noexcept;
+  /// Whether a text may be cut between any two characters and searched in pieces, and
+  /// `wholeCharacters` tells where.
+  [[nodiscard]] bool canBeCut() const noexcept { return isSingleByte_ || isShiftJIS_; }
+
+  /// Whether any bytes are valid.
+  [[nodiscard]] bool isAlwaysValid() const noexcept { return isAlwaysValid_; }
+
+  /// How many bytes of a text are whole characters, at least `least` if there are so many; by
+  /// default all but a last one that is cut. The text has to begin with a character.
+  [[nodiscard]] std::size_t
+  wholeCharacters(std::string_view text, std::size_t least = std::string_view::npos) const noexcept;
 
   /// Bytes of text in which any occurrence ends that begins before them, whatever the encoding.
   [[nodiscard]] std::size_t overlap() const noexcept { return overlap_; }
 
-  /// A text as UTF-8, from the encoding of that index; none when it is not valid in it.
-  [[nodiscard]] std::optional<std::string> convert(std::string_view bytes, std::size_t index) const;
-
-  [[nodiscard]] bool occursIn(std::string_view text) const {
-    return pattern_.find(text).length != 0;
-  }
+  /// Whether the keyword occurs in a text in the encoding of that index; none when the text is not
+  /// valid in it.
+  [[nodiscard]] std::optional<bool> occursIn(std::string_view text, std::size_t index) const;
 
 private:
   const TextPattern pattern_;
+  const bool isAlwaysValid_;
+  const bool isSingleByte_;
+  const bool isShiftJIS_;
   const std::size_t overlap_;
-  std::array<std::uint32_t, 2> encodings_{};
+  std::array<std::uint32_t, mostEncodings> encodings_{};
   std::size_t encodingCount_ = 1;
 };

@@ -5,14 +5,12 @@
 #include <algorithm>
 
 unsigned long ReferenceValues::read(unsigned long index, CObjectList &list) {
-  constexpr int shortestArray = 5;
-  constexpr int singleReference = 3;
-  int length = arrayLengthAt(index);
+  constexpr unsigned long shortestArray = 5;
+  constexpr unsigned long singleReference = 3;
+  auto length = static_cast<unsigned long>(arrayLengthAt(index));
   if (length < shortestArray)
-    length = singleReference;
-  if (value_.CopyParam(&tokens_, index, length) != 1 || list.Parse(&value_) != 1)
-    return 0;
-  return value_.GetCount();
+    length = std::min(singleReference, tokens_.GetCount() - index);
+  return list.Parse(tokens_, index, length) == 1 ? length : 0;
 }
 
 int ReferenceValues::arrayLengthAt(unsigned long index) {

@@ -23,7 +23,6 @@ private:
   void findUnclosed();
 
   const CParamArray &tokens_;
-  CParamArray value_;
   /// Whether the token at an index is a bracket without an end; empty as long as none was met.
   /// Without this, each of many such brackets would be followed to the last token.
   std::vector<bool> isUnclosed_;

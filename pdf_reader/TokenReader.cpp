@@ -1,6 +1,7 @@
 #include "pdf_reader/TokenReader.h"
 
 #include "pdf_reader/ByteClasses.h"
+#include "pdf_reader/VectorBytes.h"
 
 #include <algorithm>
 #include <bit>
@@ -44,8 +45,9 @@ const char *firstLineEnd(const char *position) noexcept {
 
 // The block and its guard are written before they are read.
 // NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject)
-TokenReader::TokenReader(CIOStream &stream, Comments comments, LooseEnds *looseEnds, long end)
-    : stream_(stream), looseEnds_(looseEnds), cutsComments_(comments == Comments::cut),
+TokenReader::TokenReader(CIOStream &stream, Comments comments, long end,
+                         std::optional<Telling> telling)
+    : stream_(stream), cutsComments_(comments == Comments::cut), telling_(telling),
       blockPosition_(stream.Tell()) {
   size_ = std::min(stream.GetSize(), end);
   isLastBlock_ = blockPosition_ >= size_;
@@ -79,10 +81,13 @@ bool TokenReader::makeRoom(CParamArray &tokens) {
 }
 
 bool TokenReader::next(CParamArray &tokens) {
-  if (isGroupComplete_)
-    isGroupComplete_ = isJoined_ = false;
+  isGroupComplete_ = false;
   do {
-    if ((cursor_ == end_ && !readBlock()) || !makeRoom(tokens))
+    if (cursor_ == end_ && !readBlock())
+      return false;
+    if (telling_ && tokens.GetCount() == 0 && !isCarrying_ && !isInsideComment_)
+      passLines();
+    if (!makeRoom(tokens))
       return false;
     lineIndex_ = tokens.GetCount();
     readLine(tokens);
@@ -93,19 +98,22 @@ bool TokenReader::next(CParamArray &tokens) {
   return true;
 }
 
+/// Passes lines that do not matter, up to the one that the edge of the block cuts.
+void TokenReader::passLines() noexcept {
+  for (;;) {
+    const auto scan = vectorBytes::scanLine(cursor_, telling_->one, telling_->other);
+    if (scan.end >= end_ || scan.hasEither)
+      return;
+    lineEnd_ = positionOf(scan.end);
+    cursor_ = scan.end + 1;
+  }
+}
+
 /// Passes empty lines and what stands before the first token of the next one.
 const char *TokenReader::passBlanks() noexcept {
   const char *position = cursor_;
   while (position != end_ && classOf(*position) >= ByteClass::trim)
     ++position;
-  if (isGroupOpen_ && cursor_ == block_.data()) {
-    const char *const lineEnd = firstLineEnd(cursor_);
-    if (lineEnd < position) {
-      isJoined_ = true;
-      joinedFrom_ = tokensEnd_ + 1;
-      joinedTo_ = positionOf(lineEnd);
-    }
-  }
   return position;
 }
 
@@ -117,7 +125,7 @@ void TokenReader::readLine(CParamArray &tokens) {
     position = readCarried(tokens);
   } else {
     position = passBlanks();
-    linePosition_ = tokensEnd_ = positionOf(position);
+    linePosition_ = positionOf(position);
   }
   if (position != end_)
     position = readTokens(position, tokens);
@@ -125,11 +133,6 @@ void TokenReader::readLine(CParamArray &tokens) {
   lineEnd_ = positionOf(position);
   const bool isAtEdge = position == end_;
   isGroupComplete_ = (!isAtEdge || isLastBlock_) && tokens.GetCount() > lineIndex_;
-  if (isComment_ || isInsideComment_) {
-    if (looseEnds_ != nullptr)
-      looseEnds_->note(isInsideComment_ ? blockPosition_ : tokensEnd_ + 1, lineEnd_);
-    isInsideComment_ = isAtEdge;
-  }
 }
 
 const char *TokenReader::readCarried(CParamArray &tokens) {
@@ -153,7 +156,6 @@ const char *TokenReader::readCarried(CParamArray &tokens) {
     carried_.append(cursor_, position);
   if (!carried_.empty())
     tokens.appendInRoom(carried_);
-  tokensEnd_ = carriedPosition_ + static_cast<long>(carried_.size());
   carried_.clear();
   return isComment_ ? firstLineEnd(position) : position;
 }
@@ -173,10 +175,8 @@ const char *TokenReader::readTokens(const char *position, CParamArray &tokens) {
       isCarrying_ = true;
       return position;
     }
-    if (position != begin) {
+    if (position != begin)
       append(tokens, begin, position);
-      tokensEnd_ = positionOf(position);
-    }
     if (isComment_)
       return firstLineEnd(position);
   }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "pdf_reader/CParamArray.h"
-#include "pdf_reader/LooseEnds.h"
 #include "streams/CIOStream.h"
 
 #include <algorithm>
@@ -9,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,14 +27,14 @@ public:
 
   static constexpr long noEnd = std::numeric_limits<long>::max();
 
-  /// How much a reader that began at `start` and stopped at `stop` has read after its first block.
-  [[nodiscard]] static long bytesBeyondFirstBlock(long start, long stop) noexcept {
-    return std::max(stop - start - LooseEnds::blockSize, 0L);
-  }
+  /// Two bytes of which one is in each line that matters when no tokens wait.
+  struct Telling {
+    char one, other;
+  };
 
-  /// `looseEnds` may be null, else it receives where comments stand. Nothing is read from `end` on.
-  TokenReader(CIOStream &stream, Comments comments, LooseEnds *looseEnds = nullptr,
-              long end = noEnd);
+  /// Nothing is read from `end` on. If it is said which lines matter, `next` may pass over others.
+  TokenReader(CIOStream &stream, Comments comments, long end = noEnd,
+              std::optional<Telling> telling = std::nullopt);
 
   /// Appends the tokens of the next line that has any, or of a part of it that ends with a block.
   /// False at the end of the stream, and when the stream fails or memory is short. Throws
@@ -55,23 +55,17 @@ public:
   [[nodiscard]] long linePosition() const noexcept { return linePosition_; }
   [[nodiscard]] unsigned long lineIndex() const noexcept { return lineIndex_; }
 
-  /// The end of the last token, and of the line.
-  [[nodiscard]] long tokensEnd() const noexcept { return tokensEnd_; }
+  /// The end of the line.
   [[nodiscard]] long lineEnd() const noexcept { return lineEnd_; }
 
-  /// Whether the edge of a block, standing behind the last token of a line, has joined two lines to
-  /// this group; any edge from `joinedFrom` to `joinedTo` would have.
-  [[nodiscard]] bool isJoined() const noexcept { return isJoined_; }
-  [[nodiscard]] long joinedFrom() const noexcept { return joinedFrom_; }
-  [[nodiscard]] long joinedTo() const noexcept { return joinedTo_; }
-
 private:
-  static constexpr std::size_t blockSize = LooseEnds::blockSize;
+  static constexpr std::size_t blockSize = 1024;
   /// Behind a block: line ends, so that no loop over a token needs to look for the block's end, and
   /// as many that a token can be read in whole words.
   static constexpr std::size_t guardSize = CParamArray::copiedAtOnce;
 
   bool readBlock();
+  void passLines() noexcept;
   bool makeRoom(CParamArray &tokens);
   const char *passBlanks() noexcept;
   void readLine(CParamArray &tokens);
@@ -85,8 +79,8 @@ private:
   }
 
   CIOStream &stream_;
-  LooseEnds *const looseEnds_;
   const bool cutsComments_;
+  const std::optional<Telling> telling_;
 
   long size_;
   long blockPosition_;
@@ -111,11 +105,7 @@ private:
   long groupPosition_ = 0;
   long linePosition_ = 0;
   unsigned long lineIndex_ = 0;
-  long tokensEnd_ = 0;
   long lineEnd_ = 0;
-  bool isJoined_ = false;
-  long joinedFrom_ = 0;
-  long joinedTo_ = 0;
 
   std::array<char, blockSize + guardSize> block_;
 };
