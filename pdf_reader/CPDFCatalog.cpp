@@ -14,9 +14,10 @@ int CPDFCatalog::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) 
   });
 }
 
-void CPDFCatalog::ReleaseParse() {
+int CPDFCatalog::ReleaseParse() {
   CPDFSection::ReleaseParse();
   pages_ = {};
+  return 1;
 }
 
 void CPDFCatalog::GetPagesInfo(tagOBJECTRECORD *out) const noexcept {

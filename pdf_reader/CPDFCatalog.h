@@ -11,7 +11,7 @@ public:
   CPDFCatalog() noexcept = default;
 
   int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
-  void ReleaseParse() override;
+  int ReleaseParse() override;
 
   /// Gives the reference, zeros when none was read; a null `out` is ignored.
   void GetPagesInfo(tagOBJECTRECORD *out) const noexcept;

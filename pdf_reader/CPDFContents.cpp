@@ -111,16 +111,18 @@ bool CPDFContents::addString(std::string_view token) {
   return true;
 }
 
-void CPDFContents::Release() {
+int CPDFContents::Release() {
   CPDFSection::Release();
   texts_.Release();
+  return 1;
 }
 
-void CPDFContents::ReleaseParse() {
+int CPDFContents::ReleaseParse() {
   CPDFSection::ReleaseParse();
   isInStream_ = isInText_ = false;
   texts_.Reset();
   textLength_ = 0;
+  return 1;
 }
 
 int CPDFContents::GetTextLength() const noexcept {

@@ -16,8 +16,8 @@ public:
   CPDFContents() noexcept = default;
 
   int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
-  void Release() override;
-  void ReleaseParse() override;
+  int Release() override;
+  int ReleaseParse() override;
 
   /// The length of all text with room for a NUL; 0 without text.
   [[nodiscard]] int GetTextLength() const noexcept;

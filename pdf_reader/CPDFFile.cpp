@@ -148,9 +148,8 @@ std::vector<long> CPDFFile::startsOfContents() {
   std::vector<long> starts;
   PassedRanges passed(bounds_);
   CPDFKids kids;
-  // A page that comes again has the same contents, and a content the same text.
+  // A page that comes again has the same contents.
   std::unordered_set<unsigned long> visited;
-  std::unordered_set<unsigned long> visitedContents;
   for (unsigned int i = 0; i < pages_.GetKidsCount(); ++i) {
     const tagOBJECTRECORD *const kid =
         i <= INT_MAX ? pages_.GetKidsInfo(static_cast<int>(i)) : nullptr;
@@ -164,11 +163,8 @@ std::vector<long> CPDFFile::startsOfContents() {
     if (!parseAt(*kid, kids))
       break;
     passed.note(start, kids.parsedTo());
-    for (int j = 0; j < kids.GeContentsCount(); ++j) {
-      const unsigned long content = xrefTable_.GetOffset(*kids.GetContentsInfo(j));
-      if (visitedContents.insert(content).second)
-        starts.push_back(static_cast<long>(content));
-    }
+    for (int j = 0; j < kids.GeContentsCount(); ++j)
+      starts.push_back(static_cast<long>(xrefTable_.GetOffset(*kids.GetContentsInfo(j))));
   }
   return starts;
 }
@@ -176,7 +172,10 @@ std::vector<long> CPDFFile::startsOfContents() {
 /// Looks for a keyword in texts that have to be read whole, each for itself.
 int CPDFFile::findInEach(const std::vector<long> &starts, const KeywordSearch &search) {
   CPDFContents contents;
+  std::unordered_set<long> visited;
   for (const long start : starts) {
+    if (!visited.insert(start).second)
+      continue;
     if (Seek(start, streamSeekBegin) != 1 || contents.Parse(this) != 1)
       return 0;
     std::string text(static_cast<std::size_t>(contents.GetTextLength()), '\0');

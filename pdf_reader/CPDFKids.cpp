@@ -24,7 +24,8 @@ int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   }
 }
 
-void CPDFKids::ReleaseParse() {
+int CPDFKids::ReleaseParse() {
   CPDFSection::ReleaseParse();
   contents_.Release();
+  return 1;
 }

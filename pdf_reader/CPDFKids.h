@@ -12,7 +12,7 @@ public:
   CPDFKids() noexcept { telling_ = {'j', 'C'}; }
 
   int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
-  void ReleaseParse() override;
+  int ReleaseParse() override;
 
   [[nodiscard]] int GeContentsCount() const noexcept { return contents_.GetCount(); }
 

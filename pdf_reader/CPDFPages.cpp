@@ -31,8 +31,9 @@ int CPDFPages::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   }
 }
 
-void CPDFPages::ReleaseParse() {
+int CPDFPages::ReleaseParse() {
   CPDFSection::ReleaseParse();
   count_ = 0;
   kids_.Release();
+  return 1;
 }

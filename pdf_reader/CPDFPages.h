@@ -13,7 +13,7 @@ public:
   CPDFPages() noexcept = default;
 
   int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
-  void ReleaseParse() override;
+  int ReleaseParse() override;
 
   /// "/Count" as the document says it, whatever number of kids was read.
   [[nodiscard]] unsigned int GetKidsCount() const noexcept { return count_; }

@@ -38,9 +38,12 @@ int CPDFSection::parseGroups(TokenReader &reader) {
   return goOn != 0 && result == 1 ? reader.result() : result;
 }
 
-void CPDFSection::Release() { ReleaseParse(); }
+int CPDFSection::Release() { return ReleaseParse(); }
 
-void CPDFSection::ReleaseParse() { isInside_ = false; }
+int CPDFSection::ReleaseParse() {
+  isInside_ = false;
+  return 1;
+}
 
 int CPDFSection::FindKeyWordRev(CIOStream *stream, long length, const unsigned char *keyword,
                                 long *found) {
@@ -82,5 +85,6 @@ int CPDFSection::FindKeyWordRev(CIOStream *stream, long length, const unsigned c
     MemoryShortage::note();
     return 0;
   }
+  return 1;
   return 1;
 }

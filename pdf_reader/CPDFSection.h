@@ -29,11 +29,11 @@ public:
   /// the end of the last block of 1,024 bytes that was read.
   virtual int Parse(CIOStream *stream);
 
-  /// Returns the section to the state in which it was made.
-  virtual void Release();
+  /// Returns the section to the state in which it was made. Always 1.
+  virtual int Release();
 
-  /// Forgets what was read.
-  virtual void ReleaseParse();
+  /// Forgets what was read. Always 1.
+  virtual int ReleaseParse();
 
   /// Looks for a keyword in the `length` bytes from the stream's position on, backwards and in
   /// blocks. `*found` receives where it stands after that position, or -1. 0 when a pointer is null

@@ -27,7 +27,8 @@ int CPDFStrmObjVorda::Parse(CIOStream *stream) {
   return parseWith(stream, TokenReader::Comments::keep);
 }
 
-void CPDFStrmObjVorda::ReleaseParse() {
+int CPDFStrmObjVorda::ReleaseParse() {
   CPDFSection::ReleaseParse();
   isVorda_ = isInStream_ = false;
+  return 1;
 }

@@ -15,7 +15,7 @@ public:
   /// As the base's, but comments are read as tokens.
   int Parse(CIOStream *stream) override;
 
-  void ReleaseParse() override;
+  int ReleaseParse() override;
 
   /// Whether the mark was found: 1 or 0.
   [[nodiscard]] int IsVorda() const noexcept { return isVorda_ ? 1 : 0; }

@@ -36,11 +36,12 @@ int CPDFTrailer::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) 
   return 1;
 }
 
-void CPDFTrailer::ReleaseParse() {
+int CPDFTrailer::ReleaseParse() {
   CPDFSection::ReleaseParse();
   hasSize_ = hasRoot_ = false;
   size_ = xrefOffset_ = 0;
   root_ = {};
+  return 1;
 }
 
 int CPDFTrailer::Move1stTrailer(CIOStream *stream) {
@@ -57,7 +58,8 @@ int CPDFTrailer::MoveNextTrailer(CIOStream *stream) {
   if (stream == nullptr)
     return 0;
   try {
-    TokenReader reader(*stream, TokenReader::Comments::cut);
+    TokenReader reader(*stream, TokenReader::Comments::cut, TokenReader::noEnd,
+                       TokenReader::Telling{'t', 't'});
     CParamArray tokens;
     while (reader.next(tokens)) {
       if (!reader.isGroupComplete())

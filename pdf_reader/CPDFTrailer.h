@@ -15,7 +15,7 @@ public:
   CPDFTrailer() noexcept = default;
 
   int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
-  void ReleaseParse() override;
+  int ReleaseParse() override;
 
   /// Moves the stream to the last "trailer" of the whole file. 0 when there is none.
   static int Move1stTrailer(CIOStream *stream);

@@ -76,16 +76,18 @@ int CPDFXRefTable::parseSection(CIOStream &stream) {
   return reader.result();
 }
 
-void CPDFXRefTable::Release() {
+int CPDFXRefTable::Release() {
   CPDFSection::Release();
   entries_.clear();
   size_ = 0;
+  return 1;
 }
 
-void CPDFXRefTable::ReleaseParse() {
+int CPDFXRefTable::ReleaseParse() {
   CPDFSection::ReleaseParse();
   expectsHeader_ = true;
   nextNumber_ = firstNumber_ = sectionCount_ = 0;
+  return 1;
 }
 
 int CPDFXRefTable::SetTableSize(int count) {

@@ -20,8 +20,8 @@ public:
   /// afterwards.
   int Parse(CIOStream *stream) override;
 
-  void Release() override;
-  void ReleaseParse() override;
+  int Release() override;
+  int ReleaseParse() override;
 
   /// Empties the table and sets how many entries it has; below 1 is none. Always 1: memory is used
   /// when entries are set.

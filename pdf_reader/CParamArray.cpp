@@ -65,13 +65,14 @@ bool CParamArray::dropDeletedText(std::size_t bytes) noexcept {
   return true;
 }
 
-/// Takes the tokens of the first line, of which `getInfo` tells the useful part.
-int CParamArray::parseLine(const char *buf, unsigned long len, LineInfo *getInfo) noexcept {
+/// Takes the tokens of the first line, of which `getInfo` tells the useful part. False when memory
+/// is short.
+bool CParamArray::parseLine(const char *buf, unsigned long len, LineInfo *getInfo) noexcept {
   Reset();
   unsigned long start = 0;
   unsigned long length = 0;
   if (getInfo(bytesOf(buf), len, &start, &length) != 1)
-    return 0;
+    return true;
   const std::string_view line(buf + start, length);
   std::size_t count = 0;
   std::size_t bytes = 0;
@@ -79,18 +80,18 @@ int CParamArray::parseLine(const char *buf, unsigned long len, LineInfo *getInfo
     ++count;
     bytes += text.size() + 1;
   });
-  if (count == 0 || !makeRoom(count, bytes))
-    return 0;
+  if (!makeRoom(count, bytes))
+    return false;
   forEachToken(line, [this](std::string_view text) { appendInRoom(text); });
-  return 1;
+  return true;
 }
 
 int CParamArray::Parse(const char *buf, unsigned long len) noexcept {
-  return parseLine(buf, len, GetLineInfo);
+  return parseLine(buf, len, GetLineInfo) && GetCount() > 0 ? 1 : 0;
 }
 
 int CParamArray::Parse_WithComment(const char *buf, unsigned long len) noexcept {
-  return parseLine(buf, len, GetLineInfo_WithComment);
+  return parseLine(buf, len, GetLineInfo_WithComment) && GetCount() > 0 ? 1 : 0;
 }
 
 int CParamArray::ParseObject(const char *buf, unsigned long len, const char *begin,
@@ -104,7 +105,10 @@ int CParamArray::ParseObject(const char *buf, unsigned long len, const char *beg
   for (unsigned long position = 0; position < len && !hasEnded;) {
     unsigned long size = 0;
     GetLineSize(bytesOf(buf) + position, len - position, &size);
-    line.Parse(buf + position, size);
+    if (!line.parseLine(buf + position, size, GetLineInfo)) {
+      Release();
+      return 0;
+    }
     position += size + 1;
 
     unsigned long first = 0;

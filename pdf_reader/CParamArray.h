@@ -2,6 +2,7 @@
 
 #include "pdf_reader/PlainArray.h"
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -64,7 +65,7 @@ public:
 
   /// Whether there is a token with text at `index` and it equals `text`: 1 or 0.
   int Compare(unsigned long index, const char *text) const noexcept;
-  int Compare(int index, const char *text) const noexcept {
+  template <std::integral Index> int Compare(Index index, const char *text) const noexcept {
     return Compare(static_cast<unsigned long>(index), text);
   }
 
@@ -147,7 +148,7 @@ private:
   [[nodiscard]] bool isEmptyPlace(unsigned long index) const noexcept;
   using LineInfo = int(const unsigned char *buf, unsigned long len, unsigned long *outStart,
                        unsigned long *outLength) noexcept;
-  int parseLine(const char *buf, unsigned long len, LineInfo *getInfo) noexcept;
+  bool parseLine(const char *buf, unsigned long len, LineInfo *getInfo) noexcept;
 
   PlainArray<Slot> slots_;
   PlainArray<char> texts_;

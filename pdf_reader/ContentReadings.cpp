@@ -12,9 +12,9 @@ template <class T> std::int32_t takeFree(std::vector<std::int32_t> &free, std::v
     free.pop_back();
     return index;
   }
-  // So that to free one later cannot fail.
-  free.reserve(all.size() + 1);
   all.emplace_back();
+  // So that to free one later cannot fail.
+  free.reserve(all.capacity());
   return static_cast<std::int32_t>(all.size() - 1);
 }
 

@@ -156,7 +156,7 @@ private:
   using Index = std::int32_t;
   using Riders = ContentReading::Riders;
   static constexpr Index none = ContentReading::none;
-  static constexpr std::size_t textAtOnce = 1 << 11;
+  static constexpr std::size_t textAtOnce = 1 << 13;
 
   /// What riders of a reading have in common but for their edges.
   struct Past {

@@ -77,7 +77,7 @@ void ContentSearch::Line::cut(const char *first, const char *last) {
 
 ContentSearch::ContentSearch(CIOStream &stream, const KeywordSearch &search, ReadBounds &bounds,
                              const std::vector<long> &starts)
-    : search_(search), bounds_(bounds), window_(stream), readings_(search, contents_) {
+    : bounds_(bounds), window_(stream), readings_(search, contents_) {
   std::vector<long> sorted = starts;
   std::sort(sorted.begin(), sorted.end());
   sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
@@ -124,7 +124,8 @@ bool ContentSearch::readAll() {
     const char *line = window_.at(position);
     if (line == nullptr)
       return false;
-    boardUpTo(line);
+    if (nextPosition() <= position)
+      boardUpTo(line);
     const char *const next = readPlainLines(line);
     if (next == line && !readLine(line))
       return false;
@@ -192,7 +193,12 @@ bool ContentSearch::readLine(const char *begin) {
 }
 
 void ContentSearch::takeTokens() {
+  const bool isAlike = readings_.count() == 1 && !(hasNext() && nextStart() < line_.end);
   for (const std::string_view token : line_.tokens) {
+    if (isAlike) {
+      readings_.take(readings_[0], token);
+      continue;
+    }
     boardUpTo(token.data());
     for (std::size_t i = 0; i < readings_.count(); ++i)
       readings_.take(readings_[i], token);
@@ -279,11 +285,11 @@ void ContentSearch::takeRemark(ContentReading &reading, std::size_t firstFork) {
 /// Goes on with riders that all have the same edges, from somewhere in the line to its end.
 void ContentSearch::readAlone(ContentReading &reading, const char *from) {
   for (bool isOpen = false;;) {
-    rest_.cut(from, line_.end);
-    if (!bounds_.take(ReadBounds::Kind::contents, rest_.end - from)) {
+    if (!bounds_.take(ReadBounds::Kind::contents, line_.end - from)) {
       readings_.giveUp(reading);
       return;
     }
+    rest_.cut(from, line_.end);
     for (const std::string_view token : rest_.tokens)
       readings_.take(reading, token);
     isOpen = rest_.tokens.empty();
@@ -300,6 +306,8 @@ void ContentSearch::readAlone(ContentReading &reading, const char *from) {
 
 /// Lets contents ride that begin behind the last token.
 void ContentSearch::boardInTail() {
+  if (apart_.empty() && !(hasNext() && nextStart() <= line_.end))
+    return;
   const auto boardApart = [this](std::size_t content) {
     readAlone(readings_.boardAlone(content), window_.placeOf(contents_[content].start));
     readings_.join();

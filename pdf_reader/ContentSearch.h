@@ -72,7 +72,6 @@ private:
     return hasNext() ? contents_[next_].start : window_.size();
   }
 
-  const KeywordSearch &search_;
   ReadBounds &bounds_;
   LineWindow window_;
   std::vector<SearchedContent> contents_;

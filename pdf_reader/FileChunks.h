@@ -10,7 +10,7 @@
 /// Ownership: owns its memory. Threads: one at a time.
 class FileChunks {
 public:
-  static constexpr std::size_t chunkSize = 1 << 14;
+  static constexpr std::size_t chunkSize = 1 << 15;
 
   /// The chunk of that number; null when it is not there.
   [[nodiscard]] const char *find(std::size_t number) noexcept;

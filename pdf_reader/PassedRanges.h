@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <utility>
+#include <vector>
 
 /// What parses of pages, or of marks, have passed of a file. In a damaged document thousands of
 /// them may begin within what one has read, and each would go to the same end. It tells nothing
@@ -19,12 +21,14 @@ public:
   /// Notes a parse that has looked at the bytes from `start` to `end`.
   void note(long start, long end) {
     bounds_.note(ReadBounds::Kind::nodes, end - start);
-    auto range = ranges_.upper_bound(start);
-    if (range != ranges_.begin() && std::prev(range)->second >= start)
-      start = (--range)->first;
-    for (; range != ranges_.end() && range->first <= end; range = ranges_.erase(range))
-      end = std::max(end, range->second);
-    ranges_[start] = end;
+    if (!isWorn()) {
+      // Few documents ever need them.
+      noted_.emplace_back(start, end);
+      return;
+    }
+    for (const auto &[earlierStart, earlierEnd] : std::exchange(noted_, {}))
+      add(earlierStart, earlierEnd);
+    add(start, end);
   }
 
   /// Whether a parse that begins at `start` can be left out.
@@ -43,6 +47,15 @@ private:
   /// Where each range begins and ends.
   using Ranges = std::map<long, long>;
 
+  void add(long start, long end) {
+    auto range = ranges_.upper_bound(start);
+    if (range != ranges_.begin() && std::prev(range)->second >= start)
+      start = (--range)->first;
+    for (; range != ranges_.end() && range->first <= end; range = ranges_.erase(range))
+      end = std::max(end, range->second);
+    ranges_[start] = end;
+  }
+
   [[nodiscard]] bool isWorn() const noexcept { return bounds_.isWorn(ReadBounds::Kind::nodes); }
 
   /// `next` is the first range behind `start`.
@@ -51,5 +64,6 @@ private:
   }
 
   ReadBounds &bounds_;
+  std::vector<std::pair<long, long>> noted_;
   Ranges ranges_;
 };

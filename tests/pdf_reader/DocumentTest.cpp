@@ -1,7 +1,9 @@
+#include "pdf_reader/CPDFContents.h"
 #include "pdf_reader/CPDFFile.h"
 #include "platform/foundation/NSString.h"
 #include "samples/DocumentWriter.h"
 #include "samples/TemporaryTree.h"
+#include "samples/TextStream.h"
 
 #include <algorithm>
 #include <atomic>
@@ -255,6 +257,72 @@ TEST_F(Document, IsAnsweredAsIfEachPageWereReadForItself) {
           << row.name << ", kids " << DocumentWriter::references(kids);
     while (std::next_permutation(kids.begin(), kids.end()));
   }
+}
+
+TEST_F(Document, LosesNoWordWhereAnotherParseHasItsEdges) {
+  // The content of page 3 stands behind that of page 5, whose parse runs on through it. The former
+  // has an edge in the blank behind Td, so that to it three words wait for the operator Tj.
+  for (std::size_t pad = 900; pad < 1024; ++pad) {
+    DocumentWriter pdf;
+    padded(pdf).pages({3, 5}).page(3, {4}).page(5, {6}).shown(6, {"second"});
+    pdf.content(4, "BT\n" + std::string(pad, 'x') + "\n72 720 Td \n<776F7264> Tj\nET").section();
+    ASSERT_EQ(search(pdf.text, "word"), "found") << pad;
+  }
+}
+
+TEST_F(Document, LosesNoWordToBlanksAtTheEndsOfLines) {
+  const auto wordOf = [](int page, int row) {
+    return "w" + std::to_string(page) + "n" + std::to_string(row) + "x";
+  };
+  DocumentWriter pdf;
+  const std::vector<int> pages = pageNumbers(60);
+  padded(pdf).pages(pages);
+  for (const int page : pages) {
+    std::string content = "BT\n";
+    for (int row = 0; row < 40; ++row)
+      content += "72 " + std::to_string(700 - row) + " Td  \n" +
+                 DocumentWriter::hex(wordOf(page, row)) + " Tj\n";
+    pdf.page(page, {page + 1}).content(page + 1, content + (page == 61 ? "ET\nQ" : "ET"));
+  }
+  std::vector<std::string> texts;
+  for (const int page : pages) {
+    TextStream stream(pdf.text);
+    stream.Seek(static_cast<long>(pdf.offsets().at(page + 1)), streamSeekBegin);
+    CPDFContents contents;
+    EXPECT_EQ(contents.Parse(&stream), 1);
+    auto size = static_cast<unsigned long>(contents.GetTextLength());
+    texts.emplace_back(size, '\0');
+    contents.GetTextString(reinterpret_cast<unsigned char *>(texts.back().data()), &size);
+  }
+  const std::string path = tree_.file("blanks.pdf", pdf.section().text);
+  CPDFFile document;
+  ASSERT_EQ(document.Open(path.c_str()), 1);
+  int missed = 0;
+  for (const int page : pages)
+    for (int row = 0; row < 40; ++row) {
+      const auto word = NSString::create(wordOf(page, row));
+      const bool isShown = std::any_of(texts.begin(), texts.end(), [&](const std::string &text) {
+        return text.find(wordOf(page, row)) != std::string::npos;
+      });
+      ASSERT_EQ(document.FindText(word.get(), 1, macRoman), isShown ? 1 : 0) << wordOf(page, row);
+      missed += isShown ? 0 : 1;
+    }
+  EXPECT_LT(missed, 10) << "by a parse and by those that run on through its text";
+}
+
+TEST_F(Document, IsReadAsItWasWhenItWasOpened) {
+  const std::string text = documentShowing({"before"});
+  const std::string path = tree_.file("growing.pdf", text);
+  DocumentWriter update;
+  update.text = text;
+  CPDFFile document;
+  ASSERT_EQ(document.Open(path.c_str()), 1);
+  const auto before = NSString::create("before"), after = NSString::create("after");
+  EXPECT_EQ(document.FindText(before.get(), 1, macRoman), 1);
+  tree_.file("growing.pdf", update.shown(4, {"after"}).section().text);
+  EXPECT_EQ(document.GetSize(), static_cast<long>(text.size()));
+  EXPECT_EQ(document.FindText(before.get(), 1, macRoman), 1) << "has met its end";
+  EXPECT_EQ(document.FindText(after.get(), 1, macRoman), 0);
 }
 
 TEST_F(Document, KeepsItsAnswerHoweverManyPagesItHas) {

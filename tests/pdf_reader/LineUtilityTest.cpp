@@ -134,6 +134,18 @@ TEST(LineUtility, DecodesHexadecimalStrings) {
   }
 }
 
+TEST(LineUtility, DecodesNothingForNullPointers) {
+  std::string token = "<4142>";
+  std::string out = "????";
+  unsigned long size = 4;
+  EXPECT_EQ(ConvertStringObjectToString(nullptr, bytesOf(out), &size), 0);
+  EXPECT_EQ(ConvertStringObjectToString(nullptr, nullptr, &size), 0);
+  EXPECT_EQ(ConvertStringObjectToString(bytesOf(token), bytesOf(out), nullptr), 0);
+  EXPECT_EQ(ConvertStringObjectToString(bytesOf(token), nullptr, nullptr), 0);
+  EXPECT_EQ(size, 4UL);
+  EXPECT_EQ(out, "????");
+}
+
 TEST(LineUtility, MeasuresArrays) {
   const struct {
     const char *tokens;

@@ -1,10 +1,41 @@
 #include "pdf_reader/CParamArray.h"
 #include "tests/pdf_reader/Tokens.h"
 
+#include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+/// How many more blocks can be had; none fails if negative.
+static int blocksLeft = -1;
+
+extern "C" {
+void *__libc_realloc(void *block, std::size_t size);
+
+void *realloc(void *block, std::size_t size) noexcept {
+  if (blocksLeft == 0)
+    return nullptr;
+  blocksLeft -= blocksLeft > 0 ? 1 : 0;
+  return __libc_realloc(block, size);
+}
+}
+
+TEST(ParamArray, IsEmptyWhenMemoryIsShortForAnObject) {
+  const std::string text =
+      "<< a\n" + std::string(3000, 'b') + "\n" + std::string(9000, 'c') + " >>\n";
+  int result = 0;
+  for (int blocks = 0; result == 0 && blocks < 100; ++blocks) {
+    CParamArray tokens;
+    blocksLeft = blocks;
+    result = tokens.ParseObject(text.data(), text.size(), "<<", ">>");
+    blocksLeft = -1;
+    EXPECT_EQ(tokens.GetCount(), result == 1 ? 5UL : 0UL) << blocks;
+  }
+  EXPECT_EQ(result, 1);
+}
+#endif
 
 namespace {
 
@@ -88,6 +119,8 @@ TEST(ParamArray, FindsAndCompares) {
   EXPECT_EQ(tokens.Compare(2, "R"), 1);
   EXPECT_EQ(tokens.Compare(2, "r"), 0);
   EXPECT_EQ(tokens.Compare(6, "R"), 0);
+  EXPECT_EQ(tokens.Compare(2U, "R"), 1);
+  EXPECT_EQ(tokens.Compare(-1, "R"), 0);
   EXPECT_EQ(CParamArray::Compare("R", nullptr), 0);
   EXPECT_EQ(tokens.GetParam(6), nullptr);
 }

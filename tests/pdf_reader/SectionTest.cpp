@@ -15,6 +15,7 @@
 #include <sstream>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -69,6 +70,8 @@ TEST(Section, NullArgumentsFail) {
     EXPECT_EQ(section.ParseLine(&tokens, nullptr, nullptr), 0);
     EXPECT_EQ(section.ParseLine(&tokens, &goOn, nullptr), 1);
     EXPECT_EQ(section.Parse(nullptr), 0);
+    EXPECT_EQ(section.Release(), 1);
+    EXPECT_EQ(section.ReleaseParse(), 1);
   };
   std::apply([&](auto &...section) { (check(section), ...); }, sections);
 }
@@ -240,6 +243,47 @@ TEST(XRefTable, ReadsTheLastEntryWhereverTheEdgeOfABlockStands) {
   }
 }
 
+TEST(XRefTable, TakesWholeLinesOnlyForHeaders) {
+  // Behind "9 9", which would end the section, the edge of a block may stand.
+  for (std::size_t lead = 980; lead < 1024; ++lead) {
+    const std::string start = std::string(lead, 'x') + "\nxref\n9 9 x\n";
+    TextStream stream(start + "trailer\n<< >>\n" + std::string(1000, 'x'));
+    CPDFXRefTable table;
+    table.SetTableSize(8);
+    EXPECT_EQ(table.Parse(&stream), 1);
+    EXPECT_EQ(stream.Tell(), static_cast<long>(start.size())) << lead;
+  }
+}
+
+/// A text of which only the beginning can be read.
+class BrokenStream : public TextStream {
+public:
+  BrokenStream(std::string text, long readable)
+      : TextStream(std::move(text)), readable_(readable) {}
+
+  int Read(void *buffer, long count, long *done) override {
+    return Tell() + count <= readable_ ? TextStream::Read(buffer, count, done) : 0;
+  }
+
+private:
+  long readable_;
+};
+
+TEST(XRefTable, FailsWithItsStream) {
+  std::string entries = "xref\n1 100\n";
+  for (int i = 0; i < 100; ++i)
+    entries += "0000000007 00000 n \n";
+  for (const long readable : {0L, 1024L, 1L << 20}) {
+    BrokenStream stream(entries, readable);
+    CPDFXRefTable table;
+    table.SetTableSize(200);
+    const bool isReadable = readable > static_cast<long>(entries.size());
+    EXPECT_EQ(table.Parse(&stream), isReadable ? 1 : 0) << readable;
+    EXPECT_EQ(table.GetOffset({1, 0, 'R'}), readable > 0 ? 7UL : 0UL) << "read before";
+    EXPECT_EQ(table.GetOffset({100, 0, 'R'}), isReadable ? 7UL : 0UL);
+  }
+}
+
 TEST(Trailer, ReadsItsKeys) {
   const struct {
     const char *name, *lines, *result, *root;
@@ -396,6 +440,11 @@ TEST(Contents, GivesItsTextInPart) {
   EXPECT_EQ(contents.GetTextString(text, &size), 1);
   EXPECT_EQ(std::string(text, text + sizeof text), std::string("AB\0\0", 4));
   EXPECT_EQ(size, 2UL);
+  std::string rest(7, '?');
+  size = 6;
+  EXPECT_EQ(contents.GetTextString(reinterpret_cast<unsigned char *>(rest.data()), &size), 1);
+  EXPECT_EQ(rest, std::string("ABC\0\0\0?", 7)) << "zeros behind the text";
+  EXPECT_EQ(size, 3UL);
   EXPECT_EQ(contents.GetTextString(nullptr, &size), 0);
   EXPECT_EQ(contents.GetTextString(text, nullptr), 0);
 }
