@@ -25,11 +25,13 @@ struct Parameters {
   std::uint64_t matches = 50;
   std::uint64_t mostPages = 2000;
   bool beginsWithText = true;
+  bool isSparse = false;
 
   /// What the marker file in a finished folder holds.
   [[nodiscard]] std::string text() const {
     return "version=1 files=" + std::to_string(files) + " matches=" + std::to_string(matches) +
-           " pages=" + std::to_string(mostPages) + " text=" + std::to_string(beginsWithText) + "\n";
+           " pages=" + std::to_string(mostPages) + " text=" + std::to_string(beginsWithText) +
+           (isSparse ? " sparse" : "") + "\n";
   }
 };
 
@@ -52,8 +54,7 @@ void appendHex(std::string &out, std::string_view text) {
   out += '>';
 }
 
-std::string lineOfWords(Random &random, bool holdsKeyword) {
-  constexpr std::size_t columns = 72;
+std::string lineOfWords(Random &random, std::size_t columns, bool holdsKeyword) {
   std::string line;
   while (line.size() < columns) {
     if (holdsKeyword && line.size() > columns / 2) {
@@ -67,15 +68,18 @@ std::string lineOfWords(Random &random, bool holdsKeyword) {
   return line;
 }
 
-std::string pageContent(Random &random, bool beginsWithText, bool holdsKeyword) {
+std::string pageContent(Random &random, const Parameters &parameters, bool holdsKeyword) {
   const std::uint64_t lines = 12 + random.below(36);
-  std::string data = beginsWithText ? "" : "q\n";
+  const std::size_t columns = parameters.isSparse ? 42 : 72;
+  std::string data = parameters.beginsWithText ? "" : "q\n";
   data += "BT\n/F1 10 Tf\n1 0 0 1 56 780 Tm\n14 TL\n";
   for (std::uint64_t i = 0; i < lines; ++i) {
-    appendHex(data, lineOfWords(random, holdsKeyword && i == lines / 2));
-    data += " Tj\nT*\n";
+    if (parameters.isSparse)
+      data += std::to_string(random.below(500)) + " " + std::to_string(-12) + " Td\n";
+    appendHex(data, lineOfWords(random, columns, holdsKeyword && i == lines / 2));
+    data += parameters.isSparse ? " Tj\n" : " Tj\nT*\n";
   }
-  data += beginsWithText ? "ET\n" : "ET\nQ\n";
+  data += parameters.beginsWithText ? "ET\n" : "ET\nQ\n";
   return data;
 }
 
@@ -108,7 +112,7 @@ private:
   std::vector<std::size_t> offsets_;
 };
 
-std::string makeDocument(Random &random, std::uint64_t pages, bool beginsWithText,
+std::string makeDocument(Random &random, std::uint64_t pages, const Parameters &parameters,
                          bool holdsKeyword) {
   constexpr std::uint64_t firstPage = 4;
   Document document;
@@ -121,8 +125,7 @@ std::string makeDocument(Random &random, std::uint64_t pages, bool beginsWithTex
   document.add(3, "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>");
   for (std::uint64_t i = 0; i < pages; ++i) {
     const std::uint64_t number = firstPage + 2 * i;
-    const std::string data =
-        pageContent(random, beginsWithText, holdsKeyword && i == pages * 3 / 4);
+    const std::string data = pageContent(random, parameters, holdsKeyword && i == pages * 3 / 4);
     document.add(number, "<< /Type /Page /Parent 2 0 R /MediaBox [ 0 0 595 842 ]\n"
                          "/Resources << /Font << /F1 3 0 R >> >>\n/Contents " +
                              std::to_string(number + 1) + " 0 R\n>>");
@@ -160,7 +163,7 @@ void makeFolder(const std::filesystem::path &folder, const Parameters &parameter
     std::snprintf(name.data(), name.size(), "document-%05u.pdf", static_cast<unsigned>(i));
     const bool holdsKeyword = step != 0 && i % step == step / 2;
     writeFile(folder / name.data(), makeDocument(random, pagesOf(random, parameters.mostPages),
-                                                 parameters.beginsWithText, holdsKeyword));
+                                                 parameters, holdsKeyword));
   }
   writeFile(marker, parameters.text());
 }
@@ -179,6 +182,8 @@ int main(int argc, char **argv) {
   app.add_option("--pages", parameters.mostPages, "the most pages of one")->capture_default_str();
   app.add_flag("!--graphics-first", parameters.beginsWithText,
                "begin each page with a graphics operator, so that its text is not read");
+  app.add_flag("--sparse", parameters.isSparse,
+               "place each string by itself, and make it half as long");
   CLI11_PARSE(app, argc, argv);
   try {
     makeFolder(folder, parameters);
