@@ -3,6 +3,15 @@
 #include <iterator>
 #include <utility>
 
+void FolderQueue::start() noexcept {
+  std::size_t count = 0;
+  {
+    const LockGuard guard(lock_);
+    count = tasks_.size();
+  }
+  call(count);
+}
+
 void FolderQueue::add(FolderTask task) {
   {
     const LockGuard guard(lock_);

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 class RecordStream;
@@ -36,8 +37,12 @@ class FolderQueue {
 public:
   using Tasks = std::vector<FolderTask>;
 
-  /// With null there is one thread only, which comes by itself.
-  explicit FolderQueue(ThreadTeam *team) noexcept : team_(team) {}
+  /// With null there is one thread only, which comes by itself. Nobody is called for `tasks` before
+  /// `start`.
+  explicit FolderQueue(ThreadTeam *team, Tasks tasks = {}) noexcept
+      : team_(team), tasks_(std::move(tasks)) {}
+
+  void start() noexcept;
 
   /// Throws `std::bad_alloc`.
   void add(FolderTask task);

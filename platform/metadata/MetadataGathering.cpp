@@ -34,6 +34,13 @@ template <class Container> void moveToEnd(Container &from, Container &to) {
   from.clear();
 }
 
+FolderQueue::Tasks tasksOf(const std::vector<std::string> &scopes) {
+  FolderQueue::Tasks tasks;
+  for (const std::string &scope : scopes)
+    tasks.push_back({FolderTask::Kind::Scope, scope, nullptr});
+  return tasks;
+}
+
 } // namespace
 
 MetadataGathering::MetadataGathering(NSMetadataQuery &query, Ref<const NSPredicate> predicate,
@@ -41,14 +48,8 @@ MetadataGathering::MetadataGathering(NSMetadataQuery &query, Ref<const NSPredica
                                      std::optional<IndexPlace> place)
     : ThreadTeam(*this, static_cast<std::size_t>(
                             std::clamp(processorCount(), fewestThreads, mostThreads))),
-      predicate_(std::move(predicate)), place_(std::move(place)), writer_(place_), query_(&query) {
-  for (const std::string &scope : scopes) {
-    FolderTask task;
-    task.kind = FolderTask::Kind::Scope;
-    task.path = scope;
-    queue_.add(std::move(task));
-  }
-}
+      predicate_(std::move(predicate)), place_(std::move(place)), queue_(this, tasksOf(scopes)),
+      writer_(place_), query_(&query) {}
 
 Ref<MetadataGathering> MetadataGathering::create(NSMetadataQuery &query,
                                                  Ref<const NSPredicate> predicate,
@@ -63,7 +64,7 @@ MetadataGathering::~MetadataGathering() {
   freeElsewhere(results_);
 }
 
-void MetadataGathering::start() noexcept { call(1); }
+void MetadataGathering::start() noexcept { queue_.start(); }
 
 void MetadataGathering::stop() noexcept {
   assert(MainRunLoop::shared().isMainThread());

@@ -76,7 +76,7 @@ private:
 
   // These take care of themselves.
   std::atomic<bool> isStopped_{false};
-  FolderQueue queue_{this};
+  FolderQueue queue_;
   IndexWriter writer_;
   std::atomic<bool> isWritten_{false};
 
