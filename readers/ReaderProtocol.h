@@ -39,11 +39,13 @@ struct ReaderRequest {
   std::uint32_t mark = requestMark;
   std::uint32_t version = readerVersion;
   ReaderLimits limits;
+  /// Whether the answer is to begin with `ReaderRecord::alive`.
+  std::uint64_t wantsSignOfLife = 1;
 };
 
 /// The first byte of a record.
 enum class ReaderRecord : std::uint8_t {
-  /// The program is at work: its answer to the first request begins with this.
+  /// The program is at work.
   alive = 1,
   /// Followed by at most `longestPiece` bytes of text: UTF-8 after compatibility normalisation
   /// (NFKC), with each run of white space as one blank, without soft hyphens. A character may be

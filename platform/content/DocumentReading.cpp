@@ -21,6 +21,12 @@ constexpr std::uint64_t allowanceForRecords = 64 * 1024;
 /// One byte more than a record takes, to see that it is too long.
 constexpr std::size_t roomSize = 1 + longestPiece + 1;
 
+/// Whether nobody holds the other end any more: a record of no bytes looks like it.
+bool hasEnded(int socket) noexcept {
+  pollfd state{socket, 0, 0};
+  return poll(&state, 1, 0) != 0;
+}
+
 } // namespace
 
 ContentAnswer DocumentReading::read(int document) {
@@ -63,13 +69,14 @@ DocumentReading::Progress DocumentReading::receive(int socket) {
     return wait(socket);
   if (service_.isCancelled())
     return endWith(UnreadReason::none);
-  if (size <= 0)
+  if (size < 0 || (size == 0 && hasEnded(socket)))
     return Progress::Lost;
   if (received_ == 0)
     ReaderConnection::shared().noteAnswer(start_);
   if (Clock::now() >= deadline_)
     return endWith(UnreadReason::tookTooLong);
-  return takeRecord({room_.get(), static_cast<std::size_t>(size)});
+  return size == 0 ? endWith(UnreadReason::readerCrashed)
+                   : takeRecord({room_.get(), static_cast<std::size_t>(size)});
 }
 
 DocumentReading::Progress DocumentReading::wait(int socket) {
@@ -80,9 +87,10 @@ DocumentReading::Progress DocumentReading::wait(int socket) {
   const int most = static_cast<int>(std::clamp<std::int64_t>(left, 0, INT_MAX));
   if (poll(&awaited, 1, most) != 0)
     return Progress::GoesOn;
-  if (Clock::now() >= deadline_)
-    return endWith(UnreadReason::tookTooLong);
-  if (ReaderConnection::shared().hasAnswered(start_) || Clock::now() < firstAnswerDeadline_)
+  const auto now = Clock::now();
+  if (ReaderConnection::shared().hasAnswered(start_))
+    return now < deadline_ ? Progress::GoesOn : endWith(UnreadReason::tookTooLong);
+  if (now < firstAnswerDeadline_)
     return Progress::GoesOn;
   ReaderConnection::shared().noteSilence(start_);
   return endWith(UnreadReason::noReader);

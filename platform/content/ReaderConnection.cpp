@@ -17,8 +17,7 @@ namespace {
 constexpr std::chrono::seconds timeBetweenAttempts{10};
 
 /// Hands the program a socket for its answer, and the document.
-bool sendRequest(int socket, const ReaderLimits &limits, int answer, int document) noexcept {
-  ReaderRequest request{.limits = limits};
+bool sendRequest(int socket, ReaderRequest request, int answer, int document) noexcept {
   iovec content{&request, sizeof request};
   const int descriptors[] = {answer, document};
   alignas(cmsghdr) char control[CMSG_SPACE(sizeof descriptors)] = {};
@@ -58,7 +57,8 @@ std::optional<ReaderConnection::Lent> ReaderConnection::lend(int document) noexc
   for (int i = 0; i < mostStarts; ++i) {
     if (!socket_.isOpen() && !start())
       return std::nullopt;
-    if (sendRequest(socket_.number(), limits_, theirs.number(), document))
+    const ReaderRequest request{.limits = limits_, .wantsSignOfLife = !hasAnswered_};
+    if (sendRequest(socket_.number(), request, theirs.number(), document))
       return Lent{std::move(ours), start_};
     drop();
   }

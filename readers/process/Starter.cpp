@@ -103,7 +103,6 @@ private:
   sigset_t signalsWhileWaiting_{};
   std::vector<Worker> workers_;
   std::vector<pollfd> polled_;
-  bool hasAnswered_ = false;
   milliseconds idleTime_ = milliseconds(ReaderLimits().idleMilliseconds);
   Clock::time_point lastWork_ = Clock::now();
 };
@@ -228,9 +227,8 @@ void Starter::lend(const ReceivedRequest &received) {
   const ReaderLimits &limits = received.request.limits;
   idleTime_ = milliseconds(limits.idleMilliseconds);
   lastWork_ = Clock::now();
-  if (!hasAnswered_)
+  if (received.request.wantsSignOfLife != 0)
     sendRecord(received.socket, ReaderRecord::alive, UnreadReason::none);
-  hasAnswered_ = true;
   const pid_t process = fork();
   if (process == 0) {
     sigprocmask(SIG_SETMASK, &signalsWhileWaiting_, nullptr);
@@ -278,7 +276,7 @@ void Starter::forgetFinished() noexcept {
 }
 
 void Starter::kill(Worker &worker, UnreadReason reason) noexcept {
-  if (worker.process < 0)
+  if (worker.process <= 0)
     return;
   worker.reason = reason;
   // It cannot be asked again before it is gone.

@@ -44,11 +44,11 @@ UnreadReason readDocument(DocumentReader &reader, TextSink &sink, ByteSource &do
 } // namespace
 
 void work(const WorkerParts &parts) noexcept {
-  if (!dieWith(parts.starter) || !keepOnlyOwnDescriptors(parts))
+  if (!keepOnlyOwnDescriptors(parts))
     _exit(1);
   AnswerSink answer(parts.limits.text);
   FileSource document(documentDescriptor);
-  if (parts.seal.apply(parts.limits))
+  if (dieWith(parts.starter) && parts.seal.apply(parts.limits))
     answer.end(readDocument(parts.reader, answer, document));
   else
     answer.end(UnreadReason::noReader);

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <charconv>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
@@ -68,7 +69,7 @@ protected:
   /// The text that a reader gives, its records one behind the other.
   std::string textOf(std::string_view content) {
     const FileDescriptor document(
-        open(tree_.file("document", content).c_str(), O_RDONLY | O_CLOEXEC));
+        open(tree_.file("raw document", content).c_str(), O_RDONLY | O_CLOEXEC));
     const auto lent = ReaderConnection::shared().lend(document.number());
     std::string text;
     std::vector<char> record(1 << 20);
@@ -91,8 +92,8 @@ protected:
     return number;
   }
 
-  /// The processes that a process has made and that are not reaped.
-  static std::vector<pid_t> childrenOf(pid_t parent) {
+  /// The processes that a process has made and that live, or only those that sleep.
+  static std::vector<pid_t> childrenOf(pid_t parent, bool areAsleep = false) {
     std::vector<pid_t> children;
     for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
       const std::string name = entry.path().filename();
@@ -101,24 +102,30 @@ protected:
       std::ifstream file(entry.path() / "stat");
       std::string line;
       std::getline(file, line);
-      const std::size_t name_end = line.rfind(')');
-      if (name_end == std::string::npos)
+      const std::size_t nameEnd = line.rfind(')');
+      if (nameEnd == std::string::npos)
         continue;
       char state = 0;
       int parentOfIt = 0;
-      if (std::sscanf(line.c_str() + name_end + 1, " %c %d", &state, &parentOfIt) == 2 &&
-          parentOfIt == parent && state != 'Z')
+      if (std::sscanf(line.c_str() + nameEnd + 1, " %c %d", &state, &parentOfIt) == 2 &&
+          parentOfIt == parent && (areAsleep ? state == 'S' : state != 'Z'))
         children.push_back(std::stoi(name));
     }
     return children;
+  }
+
+  /// Kills one process; no number that means several, or none, does anything.
+  static void end(pid_t process) {
+    ASSERT_GT(process, 1);
+    kill(process, SIGKILL);
   }
 
   static bool isAlive(pid_t process) {
     std::ifstream file("/proc/" + std::to_string(process) + "/stat");
     std::string line;
     std::getline(file, line);
-    const std::size_t name_end = line.rfind(')');
-    return name_end != std::string::npos && line.compare(name_end + 2, 1, "Z") != 0;
+    const std::size_t nameEnd = line.rfind(')');
+    return nameEnd != std::string::npos && line.compare(nameEnd + 2, 1, "Z") != 0;
   }
 
   /// Waits until `condition` holds, for some seconds at most; whether it does.

@@ -69,7 +69,7 @@ const std::map<std::string, std::function<void()>, std::less<>> behaviours{
     {"connect", [] { socket(AF_UNIX, SOCK_STREAM, 0); }},
     {"fork", [] { fork(); }},
     {"execute", [] { execl("/bin/true", "true", nullptr); }},
-    {"signal", [] { kill(getppid(), SIGKILL); }},
+    {"signal", [] { kill(getppid(), 0); }},
     {"trace", [] { ptrace(PTRACE_TRACEME, 0, nullptr, nullptr); }},
     {"raise limits", [] { setpriority(PRIO_PROCESS, 0, 0); }},
     {"receive",
