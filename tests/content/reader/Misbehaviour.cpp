@@ -150,8 +150,7 @@ std::string surroundings() {
   seen << deathSignal << " signals";
   for (int signal = 1; signal < NSIG; ++signal) {
     struct sigaction action {};
-    if (signal != SIGCHLD && sigaction(signal, nullptr, &action) == 0 &&
-        action.sa_handler != SIG_DFL)
+    if (!isSanitized && sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_DFL)
       seen << ' ' << signal;
   }
   sigset_t blocked;
