@@ -49,7 +49,9 @@ std::optional<IndirectObject> FileObjects::read(std::uint64_t offset, Form form,
                                                 const Encryption *encryption) {
   for (std::size_t wanted = firstView;; wanted *= 4) {
     const std::string_view view = window_.at(offset, wanted);
-    const bool isAll = offset + view.size() >= window_.size() || view.size() >= largestView;
+    // Less than wanted is all that can be read.
+    const bool isAll = view.size() < wanted || offset + view.size() >= window_.size() ||
+                       view.size() >= largestView;
     wanted = std::max(wanted, view.size());
     parser_.reset(view, isAll ? ObjectParser::Bytes::all : ObjectParser::Bytes::moreToCome);
 

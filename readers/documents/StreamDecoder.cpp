@@ -93,9 +93,9 @@ std::uint64_t StreamDecoder::encodedSize(const Stream &stream) {
     if (view.starts_with("endstream") || view.starts_with("endobj"))
       return static_cast<std::uint64_t>(stated);
   }
-  std::uint64_t end = find(begin, "endstream");
+  std::uint64_t end = find(begin, endOfStream_);
   if (end == window_.size())
-    end = find(begin, "endobj");
+    end = find(begin, endOfObject_);
   if (end == window_.size())
     return rest;
   // The line end in front of the word is not of the data.
@@ -107,21 +107,27 @@ std::uint64_t StreamDecoder::encodedSize(const Stream &stream) {
   return size - (view.ends_with('\n') || view.ends_with('\r') ? 1 : 0);
 }
 
-std::uint64_t StreamDecoder::find(std::uint64_t offset, std::string_view word) {
+std::uint64_t StreamDecoder::find(std::uint64_t offset, NextWord &next) {
+  if (next.from <= offset && offset <= next.place)
+    return next.place;
+  next.from = offset;
+  next.place = window_.size();
   while (offset < window_.size()) {
     const std::string_view view = window_.at(offset, pieceSize);
-    if (view.empty())
+    if (view.size() < next.word.size())
       break;
-    const std::size_t place = view.find(word);
+    const std::size_t place = view.find(next.word);
     if (!allowance_.spend(std::min(place, view.size())))
       break;
-    if (place != std::string_view::npos)
-      return offset + place;
+    if (place != std::string_view::npos) {
+      next.place = offset + place;
+      break;
+    }
     if (offset + view.size() >= window_.size())
       break;
-    offset += view.size() - (word.size() - 1);
+    offset += view.size() - (next.word.size() - 1);
   }
-  return window_.size();
+  return next.place;
 }
 
 Encryption::Method StreamDecoder::methodOf(const Dictionary &dictionary,

@@ -54,8 +54,14 @@ private:
   [[nodiscard]] Encryption::Method methodOf(const Dictionary &dictionary,
                                             const Encryption &encryption);
   [[nodiscard]] bool feed(std::uint64_t offset, std::uint64_t size, ByteSink &sink);
-  /// Where the word is, from the offset on.
-  [[nodiscard]] std::uint64_t find(std::uint64_t offset, std::string_view word);
+  /// A word, and where it is next: nowhere in between.
+  struct NextWord {
+    std::string_view word;
+    std::uint64_t from = 1;
+    std::uint64_t place = 0;
+  };
+  /// Where the word is, from the offset on; the end of the file if it is not there.
+  [[nodiscard]] std::uint64_t find(std::uint64_t offset, NextWord &next);
 
   SourceWindow &window_;
   ObjectResolver &resolver_;
@@ -63,6 +69,8 @@ private:
   InflaterPool pool_;
   InflationBudget budget_;
   InflationBudget rawBudget_;
+  NextWord endOfStream_{"endstream"};
+  NextWord endOfObject_{"endobj"};
 };
 
 } // namespace searchsystem
