@@ -1,5 +1,6 @@
 #include "readers/documents/Font.h"
 
+#include "readers/documents/CharacterClass.h"
 #include "readers/documents/CompactFont.h"
 #include "readers/documents/Encodings.h"
 #include "readers/documents/GlyphNames.h"
@@ -35,13 +36,21 @@ bool holds(std::string_view name, std::string_view word) noexcept {
   return name.find(word) != std::string_view::npos;
 }
 
-/// The number in names such as a65 and G41, which bitmap fonts have; -1 if there is none.
-int numberInName(std::string_view name) noexcept {
-  int number = -1;
-  if (name.size() < 2 || name.size() > 4)
-    return -1;
-  const auto [end, error] = std::from_chars(name.data() + 1, name.data() + name.size(), number);
-  return error == std::errc() && end == name.data() + name.size() ? number : -1;
+/// Whether a name may be one that a program made up for a code: it has no number, or that of the
+/// code (a65).
+bool isMadeOf(std::string_view name, std::size_t code) noexcept {
+  const std::size_t digits = std::min(name.find_first_of("0123456789"), name.size());
+  std::size_t number = 0;
+  const auto [end, error] =
+      std::from_chars(name.data() + digits, name.data() + name.size(), number);
+  return digits == name.size() ||
+         (error == std::errc() && end == name.data() + name.size() && number == code);
+}
+
+/// The character of a code in a bitmap font, as TeX has them.
+std::string_view ligatureOfBitmapFont(unsigned char code) noexcept {
+  constexpr std::string_view ligatures[] = {"ff", "fi", "fl", "ffi", "ffl"};
+  return code >= 11 && code < 16 ? ligatures[code - 11] : std::string_view();
 }
 
 } // namespace
@@ -154,7 +163,7 @@ void Font::readEncoding(const Object &encoding) {
   encoding_ = encodingNamed(document_.get(encoding.dictionary(), "BaseEncoding").name());
   const Object differences = document_.get(encoding.dictionary(), "Differences");
   std::size_t code = 0;
-  std::size_t named = 0, numbered = 0;
+  std::size_t named = 0, madeOfCodes = 0;
   for (const Object &item : differences.array()) {
     const Object entry = document_.resolve(item);
     if (entry.isNumber()) {
@@ -163,11 +172,16 @@ void Font::readEncoding(const Object &encoding) {
       differences_.resize(256);
       differences_[code] = entry.name();
       ++named;
-      numbered += numberInName(entry.name()) == static_cast<int>(code) ? 1 : 0;
+      if (isTypeThree_ && isMadeOf(entry.name(), code)) {
+        std::string text;
+        appendGlyphName(text, entry.name());
+        madeOfCodes += text.empty() ? 1 : 0;
+      }
       ++code;
     }
   }
-  hasNumberedNames_ = named > 0 && numbered == named;
+  // A few names that mean nothing may be those of characters by chance.
+  hasCodesAsNames_ = madeOfCodes > named / 2;
 }
 
 void Font::readTypeThree(const Dictionary &dictionary) {
@@ -315,10 +329,11 @@ std::string Font::rawText(std::uint32_t code) {
 void Font::appendSimpleText(std::string &text, unsigned char code) {
   if (!differences_.empty() && !differences_[code].empty()) {
     const std::string_view name = differences_[code];
-    appendGlyphName(text, name);
-    if (text.empty() && isTypeThree_ && hasNumberedNames_)
-      appendUtf8(text, standardEncoding[code]);
-    return;
+    if (!hasCodesAsNames_)
+      return appendGlyphName(text, name);
+    if (!name.empty() && CharacterClass::isDigit(name.back()))
+      text += ligatureOfBitmapFont(code);
+    return appendUtf8(text, code < 0x7F ? standardEncoding[code] : 0);
   }
   if (encoding_ != nullptr)
     return appendUtf8(text, (*encoding_)[code]);

@@ -112,8 +112,8 @@ private:
   std::array<Glyph, pageSize> simpleGlyphs_;
   const std::array<char16_t, 256> *encoding_ = nullptr;
   std::vector<std::string_view> differences_;
-  /// Names like a65 are numbers of codes.
-  bool hasNumberedNames_ = false;
+  /// The names of a font of Type 3 say nothing, and the codes are characters.
+  bool hasCodesAsNames_ = false;
   std::uint32_t firstCode_ = 0;
   std::vector<float> widths_;
   float otherWidth_ = 0;

@@ -113,6 +113,9 @@ void TextLayout::moveBack(const PenPlace &place, double ems) {
     endWord(place);
   } else {
     overlaps_ = true;
+    // A blank that is taken back was none.
+    if (size_ > 0 && line().back() == ' ' && segments_.back().begin < size_)
+      --size_;
     beginSegment(place, false);
   }
 }
