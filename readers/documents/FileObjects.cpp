@@ -47,7 +47,7 @@ std::optional<std::uint64_t> FileObjects::behindKeyword(std::uint64_t offset,
 
 std::optional<IndirectObject> FileObjects::read(std::uint64_t offset, Form form,
                                                 const Encryption *encryption) {
-  for (std::size_t wanted = firstView;; wanted *= 4) {
+  for (std::size_t wanted = firstView; !allowance_.isUsedUp(); wanted *= 4) {
     const std::string_view view = window_.at(offset, wanted);
     // Less than wanted is all that can be read.
     const bool isAll = view.size() < wanted || offset + view.size() >= window_.size() ||
@@ -84,6 +84,7 @@ std::optional<IndirectObject> FileObjects::read(std::uint64_t offset, Form form,
     if (form == Form::direct || !read.object.isDictionary() || takeStream(read, offset, isAll))
       return read;
   }
+  return std::nullopt;
 }
 
 bool FileObjects::takeStream(IndirectObject &read, std::uint64_t offset, bool isAll) {

@@ -26,6 +26,8 @@ public:
     return isEnough;
   }
 
+  [[nodiscard]] bool isUsedUp() const noexcept { return left_ == 0; }
+
 private:
   static constexpr std::uint64_t factor = 8;
   static constexpr std::uint64_t extra = 65536;

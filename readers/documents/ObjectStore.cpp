@@ -111,7 +111,7 @@ std::optional<Object> ObjectStore::readInStream(std::uint32_t number, const Cros
   if (head == heads.end() || head->number != number)
     head = std::find_if(heads.begin(), heads.end(),
                         [&](const auto &candidate) { return candidate.number == number; });
-  if (head == heads.end() || head->offset >= stream->bytes.size())
+  if (head == heads.end() || head->offset >= stream->bytes.size() || allowance_.isUsedUp())
     return std::nullopt;
   parser_.reset(std::string_view(stream->bytes).substr(static_cast<std::size_t>(head->offset)));
   const Object object = parser_.next();
