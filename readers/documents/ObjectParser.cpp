@@ -159,12 +159,13 @@ Object ObjectParser::parseNumber() noexcept {
   while (at != end_ && CharacterClass::isNumeric(*at))
     ++at;
   double exponent = beyond - behindPoint;
-  if (end_ - at >= 2 && (*at == 'e' || *at == 'E')) {
+  if (at != end_ && (*at == 'e' || *at == 'E')) {
     const char *power = at + 1;
-    const bool isDown = *power == '-';
-    if (*power == '-' || *power == '+')
+    const bool isDown = power != end_ && *power == '-';
+    if (power != end_ && (*power == '-' || *power == '+'))
       ++power;
     const char *const powerEnd = skipDigits(power, end_);
+    ranOut_ |= powerEnd == end_;
     if (power != powerEnd) {
       int value = 0;
       for (; power != powerEnd; ++power)
@@ -200,7 +201,7 @@ bool ObjectParser::takeReference(const Object &number, Object &reference) noexce
     ranOut_ = true;
     return false;
   }
-  if (generation == at_ || generation == generationEnd || at == generationEnd || *at != 'R')
+  if (generation == at_ || generation == generationEnd || *at != 'R')
     return false;
   if (at + 1 == end_)
     ranOut_ = true;
