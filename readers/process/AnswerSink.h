@@ -2,7 +2,7 @@
 
 #include "readers/ReadResult.h"
 #include "readers/ReaderProtocol.h"
-#include "readers/TextSink.h"
+#include "readers/documents/TextSink.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,7 +2,7 @@
 
 #include "readers/ByteSource.h"
 #include "readers/ReadResult.h"
-#include "readers/TextSink.h"
+#include "readers/documents/TextSink.h"
 
 namespace searchsystem {
 
