@@ -1,23 +1,15 @@
 #pragma once
 
+#include "platform/content/ContentAnswer.h"
 #include "platform/content/ContentSettings.h"
 #include "platform/foundation/NSLock.h"
 #include "platform/foundation/NSString.h"
-#include "readers/ReadResult.h"
 
 #include <atomic>
 #include <string>
 #include <unordered_map>
 
 namespace searchsystem {
-
-/// What a deep reader says of a file.
-struct ContentAnswer {
-  /// Whether the keyword occurs in what was read.
-  bool holds = false;
-  /// Why not all was read; of a file that holds the keyword it says nothing.
-  UnreadReason reason = UnreadReason::none;
-};
 
 /// The deep reading of one search. It has documents read by the reader program, and collects which
 /// could not be read.

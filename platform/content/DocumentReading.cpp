@@ -15,9 +15,6 @@ constexpr std::chrono::seconds allowance{1};
 /// A program that has just been started has so long to say that it is at work.
 constexpr std::chrono::seconds mostStartTime{5};
 
-/// The text is counted with the kinds of its records.
-constexpr std::uint64_t allowanceForRecords = 64 * 1024;
-
 /// One byte more than a record takes, to see that it is too long.
 constexpr std::size_t roomSize = 1 + longestPiece + 1;
 
@@ -36,7 +33,7 @@ ContentAnswer DocumentReading::read(int document) {
   constexpr int mostTries = 2;
   for (int i = 0; i < mostTries; ++i) {
     comparison_.restart();
-    received_ = 0;
+    hasAnswered_ = false;
     if (readOnce(document) == Progress::Ended)
       return answer_;
   }
@@ -47,7 +44,7 @@ ContentAnswer DocumentReading::read(int document) {
 DocumentReading::Progress DocumentReading::readOnce(int document) {
   std::optional<ReaderConnection::Lent> lent = ReaderConnection::shared().lend(document);
   if (!lent)
-    return endWith(UnreadReason::noReader);
+    return endWith({false, UnreadReason::noReader});
   start_ = lent->start;
   const int socket = lent->answer.number();
   const auto now = Clock::now();
@@ -55,28 +52,30 @@ DocumentReading::Progress DocumentReading::readOnce(int document) {
   firstAnswerDeadline_ = std::min(deadline_, now + mostStartTime);
 
   const ContentService::Awaited awaited(service_, socket);
+  ReaderAnswer records(comparison_, limits_.text);
   Progress progress = Progress::GoesOn;
   while (progress == Progress::GoesOn)
-    progress = receive(socket);
+    progress = receive(socket, records);
   return progress;
 }
 
-DocumentReading::Progress DocumentReading::receive(int socket) {
+DocumentReading::Progress DocumentReading::receive(int socket, ReaderAnswer &records) {
   const ssize_t size = recv(socket, room_.get(), roomSize, MSG_DONTWAIT);
   if (size < 0 && errno == EINTR)
     return Progress::GoesOn;
   if (size < 0 && errno == EAGAIN)
     return wait(socket);
   if (service_.isCancelled())
-    return endWith(UnreadReason::none);
+    return endWith({false, UnreadReason::none});
   if (size < 0 || (size == 0 && hasEnded(socket)))
     return Progress::Lost;
-  if (received_ == 0)
+  if (!hasAnswered_)
     ReaderConnection::shared().noteAnswer(start_);
+  hasAnswered_ = true;
   if (Clock::now() >= deadline_)
-    return endWith(UnreadReason::tookTooLong);
-  return size == 0 ? endWith(UnreadReason::readerCrashed)
-                   : takeRecord({room_.get(), static_cast<std::size_t>(size)});
+    return endWith({false, UnreadReason::tookTooLong});
+  const auto answer = records.take({room_.get(), static_cast<std::size_t>(size)});
+  return answer ? endWith(*answer) : Progress::GoesOn;
 }
 
 DocumentReading::Progress DocumentReading::wait(int socket) {
@@ -89,37 +88,15 @@ DocumentReading::Progress DocumentReading::wait(int socket) {
     return Progress::GoesOn;
   const auto now = Clock::now();
   if (ReaderConnection::shared().hasAnswered(start_))
-    return now < deadline_ ? Progress::GoesOn : endWith(UnreadReason::tookTooLong);
+    return now < deadline_ ? Progress::GoesOn : endWith({false, UnreadReason::tookTooLong});
   if (now < firstAnswerDeadline_)
     return Progress::GoesOn;
   ReaderConnection::shared().noteSilence(start_);
-  return endWith(UnreadReason::noReader);
+  return endWith({false, UnreadReason::noReader});
 }
 
-DocumentReading::Progress DocumentReading::takeRecord(std::string_view record) {
-  received_ += record.size();
-  const std::string_view content = record.substr(1);
-  switch (static_cast<ReaderRecord>(record.front())) {
-  case ReaderRecord::alive:
-    return Progress::GoesOn;
-  case ReaderRecord::text:
-    if (content.empty() || content.size() > longestPiece)
-      break;
-    if (received_ > limits_.text + allowanceForRecords)
-      return endWith(UnreadReason::tooLarge);
-    answer_.holds = comparison_.take(content);
-    return answer_.holds ? Progress::Ended : Progress::GoesOn;
-  case ReaderRecord::end:
-    if (content.size() != 1 || content.front() < 0 ||
-        content.front() > static_cast<char>(UnreadReason::noReader))
-      break;
-    return endWith(static_cast<UnreadReason>(content.front()));
-  }
-  return endWith(UnreadReason::readerCrashed);
-}
-
-DocumentReading::Progress DocumentReading::endWith(UnreadReason reason) noexcept {
-  answer_ = {false, reason};
+DocumentReading::Progress DocumentReading::endWith(ContentAnswer answer) noexcept {
+  answer_ = answer;
   return Progress::Ended;
 }
 

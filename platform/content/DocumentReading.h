@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/content/ContentService.h"
+#include "platform/content/ReaderAnswer.h"
 #include "platform/content/ReaderConnection.h"
 #include "platform/content/TextComparison.h"
 
@@ -11,8 +12,8 @@
 
 namespace searchsystem {
 
-/// Has one document read, and compares its text as it arrives. Believes nothing that the reader
-/// program says but its text: not how long that is, nor that there is an end.
+/// Has one document read by the reader program, and waits for the answer no longer than that may
+/// take.
 ///
 /// Ownership: borrows what it is made of. Threads: one; `ContentService::cancel` ends its waiting.
 class DocumentReading {
@@ -28,10 +29,9 @@ private:
   enum class Progress { GoesOn, Ended, Lost };
 
   [[nodiscard]] Progress readOnce(int document);
-  [[nodiscard]] Progress receive(int socket);
+  [[nodiscard]] Progress receive(int socket, ReaderAnswer &records);
   [[nodiscard]] Progress wait(int socket);
-  [[nodiscard]] Progress takeRecord(std::string_view record);
-  Progress endWith(UnreadReason reason) noexcept;
+  Progress endWith(ContentAnswer answer) noexcept;
 
   ContentService &service_;
   TextComparison &comparison_;
@@ -40,7 +40,7 @@ private:
   std::uint64_t start_ = 0;
   Clock::time_point deadline_;
   Clock::time_point firstAnswerDeadline_;
-  std::uint64_t received_ = 0;
+  bool hasAnswered_ = false;
   std::unique_ptr<char[]> room_;
 };
 

@@ -2,6 +2,7 @@
 
 #include "readers/ReadResult.h"
 #include "readers/ReaderProtocol.h"
+#include "readers/process/ReceivedRequest.h"
 #include "readers/process/Seal.h"
 #include "readers/process/Worker.h"
 
@@ -11,7 +12,6 @@
 #include <climits>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <optional>
 #include <poll.h>
@@ -44,13 +44,6 @@ struct Worker {
   std::uint64_t memory;
   /// Why it was killed, or how it ended.
   UnreadReason reason = UnreadReason::none;
-};
-
-/// A request, with the descriptors that came with it; -1 for what did not.
-struct ReceivedRequest {
-  ReaderRequest request;
-  int socket = -1;
-  int document = -1;
 };
 
 void closeIfOpen(int descriptor) noexcept {
@@ -88,7 +81,8 @@ private:
   void collectDescriptors();
   /// False when the socket has ended.
   [[nodiscard]] bool receive();
-  void lend(const ReceivedRequest &received);
+  void lend(ReceivedRequest &received);
+  static void refuse(const ReceivedRequest &received) noexcept;
   void reapWorkers() noexcept;
   void checkWorkers() noexcept;
   void listen(Worker &worker, short events) noexcept;
@@ -186,62 +180,46 @@ void Starter::listen(Worker &worker, short events) noexcept {
 
 bool Starter::receive() {
   ReceivedRequest received;
-  iovec room{&received.request, sizeof received.request};
-  constexpr std::size_t descriptorBytes = 2 * sizeof(int);
-  alignas(cmsghdr) char control[CMSG_SPACE(descriptorBytes)];
-  msghdr message{};
-  message.msg_iov = &room;
-  message.msg_iovlen = 1;
-  message.msg_control = control;
-  message.msg_controllen = sizeof control;
-  const ssize_t size = recvmsg(requestSocketDescriptor, &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
-  if (size < 0)
-    return errno == EAGAIN || errno == EINTR;
-  if (size == 0)
+  switch (received.receive(requestSocketDescriptor)) {
+  case ReceivedRequest::Result::Ended:
     return false;
-  for (cmsghdr *part = CMSG_FIRSTHDR(&message); part != nullptr;
-       part = CMSG_NXTHDR(&message, part)) {
-    if (part->cmsg_level != SOL_SOCKET || part->cmsg_type != SCM_RIGHTS)
-      continue;
-    int descriptors[2] = {-1, -1};
-    std::memcpy(descriptors, CMSG_DATA(part),
-                std::min(descriptorBytes, part->cmsg_len - CMSG_LEN(0)));
-    received.socket = descriptors[0];
-    received.document = descriptors[1];
+  case ReceivedRequest::Result::Nothing:
+    return true;
+  case ReceivedRequest::Result::Unknown:
+    refuse(received);
+    return true;
+  case ReceivedRequest::Result::Known:
+    break;
   }
-  const bool isKnown =
-      size == sizeof received.request && (message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) == 0 &&
-      received.request.mark == requestMark && received.request.version == readerVersion;
-  if (!isKnown || received.document < 0 || !seal_ || workers_.size() >= mostWorkers) {
-    if (received.socket >= 0)
-      sendRecord(received.socket, ReaderRecord::end, UnreadReason::noReader);
-    closeIfOpen(received.socket);
-  } else {
+  if (seal_ && workers_.size() < mostWorkers)
     lend(received);
-  }
-  closeIfOpen(received.document);
+  else
+    refuse(received);
   return true;
 }
 
-void Starter::lend(const ReceivedRequest &received) {
-  const ReaderLimits &limits = received.request.limits;
+void Starter::refuse(const ReceivedRequest &received) noexcept {
+  if (received.socket() >= 0)
+    sendRecord(received.socket(), ReaderRecord::end, UnreadReason::noReader);
+}
+
+void Starter::lend(ReceivedRequest &received) {
+  const ReaderLimits &limits = received.request().limits;
   idleTime_ = milliseconds(limits.idleMilliseconds);
   lastWork_ = Clock::now();
-  if (received.request.wantsSignOfLife != 0)
-    sendRecord(received.socket, ReaderRecord::alive, UnreadReason::none);
+  if (received.request().wantsSignOfLife != 0)
+    sendRecord(received.socket(), ReaderRecord::alive, UnreadReason::none);
   const pid_t process = fork();
   if (process == 0) {
     sigprocmask(SIG_SETMASK, &signalsWhileWaiting_, nullptr);
-    work({reader_, *seal_, limits, received.socket, received.document, firstForeignDescriptor_,
+    work({reader_, *seal_, limits, received.socket(), received.document(), firstForeignDescriptor_,
           process_});
   }
-  if (process < 0) {
-    sendRecord(received.socket, ReaderRecord::end, UnreadReason::noReader);
-    close(received.socket);
-    return;
-  }
-  workers_.push_back(
-      {process, received.socket, lastWork_ + milliseconds(limits.milliseconds), limits.memory});
+  if (process < 0)
+    refuse(received);
+  else
+    workers_.push_back({process, received.takeSocket(),
+                        lastWork_ + milliseconds(limits.milliseconds), limits.memory});
 }
 
 void Starter::reapWorkers() noexcept {
