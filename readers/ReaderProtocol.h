@@ -55,7 +55,7 @@ enum class ReaderRecord : std::uint8_t {
   end = 3,
 };
 
-constexpr std::size_t longestPiece = 64 * 1024;
+constexpr std::size_t longestPiece = std::size_t{64} << 10;
 
 /// In a text: a hyphen at the end of a line, which may belong to the word or only divide it. It
 /// stands for a hyphen or for nothing, and white space behind it for nothing.

@@ -120,10 +120,10 @@ void ContentService::deliverUnread() noexcept {
     const LockGuard guard(lock_);
     unread.swap(unread_);
   }
-  for (const auto &[path, reason] : unread) {
-    Ref<const NSString> string;
-    if (tryTwice([&] { string = NSString::create(path); }))
-      unreadCallback_(string.get(), static_cast<std::int32_t>(reason), unreadContext_);
+  for (const auto &file : unread) {
+    Ref<const NSString> path;
+    if (tryTwice([&] { path = NSString::create(file.first); }))
+      unreadCallback_(path.get(), static_cast<std::int32_t>(file.second), unreadContext_);
   }
 }
 

@@ -35,7 +35,7 @@ constexpr const char *programName = "searchsystem-reader";
 using KernelSignals = unsigned long;
 constexpr KernelSignals allSignals = ~0UL;
 constexpr int lastSignal = 64;
-constexpr std::size_t stackSize = 64 * 1024;
+constexpr std::size_t stackSize = std::size_t{64} << 10;
 
 struct Start {
   const char *path;

@@ -47,7 +47,7 @@ Filter makeFilter() noexcept {
   if (filter == nullptr || !allowMemory(filter))
     return nullptr;
   const bool isWhole = allow(filter, SCMP_SYS(pread64)) &&
-                       allow(filter, SCMP_SYS(sendto), SCMP_A0(SCMP_CMP_EQ, answerDescriptor)) &&
+                       allow(filter, SCMP_SYS(sendto), SCMP_A0(SCMP_CMP_EQ, answerDescriptor, 0)) &&
                        allow(filter, SCMP_SYS(exit_group)) && allow(filter, SCMP_SYS(futex)) &&
                        allow(filter, SCMP_SYS(clock_gettime)) &&
                        allow(filter, SCMP_SYS(restart_syscall)) &&

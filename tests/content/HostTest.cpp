@@ -114,7 +114,6 @@ TEST_F(HostTest, SeesNoChildAndNoSignal) {
 
 TEST_F(HostTest, ReapsItsOwnChildrenOnly) {
   const IdleFork child;
-  std::atomic<bool> isAsked{false};
   siginfo_t reaped{};
   std::thread reaper([&] { waitid(P_ALL, 0, &reaped, WEXITED | WNOWAIT); });
   EXPECT_TRUE(ask("text\nA word", "word").holds);
