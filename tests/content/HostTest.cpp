@@ -27,9 +27,12 @@ namespace {
 class IdleFork {
 public:
   IdleFork() : process_(fork()) {
-    if (process_ == 0)
+    if (process_ == 0) {
+      // Nothing stays behind, whatever becomes of the test.
+      alarm(60);
       while (true)
         pause();
+    }
   }
   ~IdleFork() {
     end();
@@ -141,6 +144,7 @@ TEST_F(HostTest, TheProgramEndsWithItsHost) {
   ASSERT_EQ(pipe(ends), 0);
   const pid_t host = fork();
   if (host == 0) {
+    alarm(60);
     const pid_t started = starter();
     // It inherits the socket and outlives the host.
     const IdleFork fork;
