@@ -63,7 +63,7 @@ constexpr char lineEndHyphen = '\x01';
 /// In a text: the end of a page. It is white space.
 constexpr char pageEnd = '\x0C';
 
-/// No more documents are read at once than this.
+/// No more workers live at once than this; further requests wait.
 constexpr std::size_t mostWorkers = 6;
 
 } // namespace searchsystem

@@ -141,7 +141,9 @@ timespec Starter::timeToWait() const noexcept {
 }
 
 void Starter::collectDescriptors() {
-  polled_.assign({{requestSocketDescriptor, POLLIN, 0}, {servedProcessDescriptor, POLLIN, 0}});
+  // Who has answered may still be on its way out: the next request waits for it.
+  const short requests = workers_.size() < mostWorkers ? POLLIN : 0;
+  polled_.assign({{requestSocketDescriptor, requests, 0}, {servedProcessDescriptor, POLLIN, 0}});
   // Of a worker that lives, only the end of interest in it matters; the end of one that is gone
   // waits for room.
   for (const Worker &worker : workers_)
@@ -156,7 +158,7 @@ bool Starter::waitAndServe() {
     return false;
   reapWorkers();
   if (count > 0) {
-    if (polled_[1].revents != 0)
+    if (polled_[1].revents != 0 || (polled_[0].revents & POLLHUP) != 0)
       return false;
     for (std::size_t i = 0; i < workers_.size(); ++i)
       listen(workers_[i], polled_[2 + i].revents);
@@ -191,7 +193,7 @@ bool Starter::receive() {
   case ReceivedRequest::Result::Known:
     break;
   }
-  if (seal_ && workers_.size() < mostWorkers)
+  if (seal_)
     lend(received);
   else
     refuse(received);
