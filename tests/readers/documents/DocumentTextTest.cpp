@@ -1,6 +1,6 @@
 #include "readers/documents/DocumentText.h"
 
-#include "tests/readers/documents/TextOf.h"
+#include "samples/TextOf.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tests/readers/documents/TextOf.h"
+#include "samples/TextOf.h"
 
 #include <gtest/gtest.h>
 
