@@ -11,7 +11,8 @@ namespace searchsystem {
 namespace {
 
 struct ContentRow {
-  const char *name, *content, *text;
+  const char *name;
+  std::string content, text;
 };
 
 std::string textOfContent(const std::string &content) {
@@ -22,8 +23,7 @@ std::string textOfContent(const std::string &content) {
 
 void expectContents(const std::vector<ContentRow> &rows) {
   for (const ContentRow &row : rows)
-    EXPECT_EQ(textOfContent("BT /F 10 Tf 50 700 Td " + std::string(row.content) + " ET"),
-              row.text + std::string("|"))
+    EXPECT_EQ(textOfContent("BT /F 10 Tf 50 700 Td " + row.content + " ET"), row.text + "|")
         << row.name;
 }
 
@@ -72,10 +72,31 @@ TEST(DocumentText, WhereLinesEnd) {
       {"a hyphen at the end of the page", "(exam-) Tj", "exam~"},
       {"a hyphen within the line", "(well-known) Tj", "well-known"},
       {"a hyphen that is a dash", "(this -) Tj 0 -12 Td (that) Tj", "this - that"},
+      {"a soft hyphen by itself",
+       "(a) Tj 0 -12 Td /S << /ActualText (\\255) >> BDC (-) Tj EMC 0 -12 Td (b) Tj", "a b"},
       {"up to the next column", "(one) Tj 200 60 Td (two) Tj", "one two"},
       {"text turned aside", "(one) Tj 0 1 -1 0 60 710 Tm (two) Tj", "one two"},
       {"down a turned page", "0 1 -1 0 60 100 Tm (exam-) Tj 0 1 -1 0 72 100 Tm (ple) Tj",
        "exam~ple"},
+  });
+}
+
+TEST(DocumentText, NotesInTheMarginFollowTheirText) {
+  const std::string lines =
+      "11 TL (The first line of the column ends) Tj T* (and the second one does) Tj T* (so) Tj ";
+  const std::string text = "The first line of the column ends and the second one does so ";
+  expectContents({
+      {"on the line", lines + "190 0 Td (note) Tj -190 -11 Td (that) Tj 0 -50 Td (next) Tj",
+       text + "that note next"},
+      {"to the left, lower, of two lines",
+       lines + "-40 -3 Td (two) Tj 0 -11 Td (notes) Tj 40 3 Td (that) Tj", text + "that two notes"},
+      {"the next column", lines + "250 22 Td (other) Tj 0 -100 Td (column) Tj",
+       text + "other column"},
+      {"the columns of a table",
+       "(A title of some length) Tj 0 -20 Td (one) Tj 200 0 Td (1) Tj -200 -11 Td (two) Tj 200 0 "
+       "Td "
+       "(2) Tj",
+       "A title of some length one 1 two 2"},
   });
 }
 
