@@ -24,7 +24,7 @@ class ContentInterpreter {
 public:
   /// Bytes of content in one document, each time that a form is drawn; drawing one costs some more.
   static constexpr std::uint64_t mostContent = std::uint64_t{512} << 20;
-  static constexpr std::uint64_t costOfForm = 2000;
+  static constexpr std::uint64_t costOfForm = 10'000;
   static constexpr std::size_t deepestForm = 20;
   static constexpr std::size_t deepestState = 500;
 
@@ -67,8 +67,20 @@ private:
 
   void nextLine(double x, double y);
   void show(std::span<const Object> strings);
-  void showPart(std::string_view bytes, const Matrix &whole, double &way);
-  [[nodiscard]] PenPlace placeAt(const Matrix &whole, double way) const noexcept;
+  /// A string begins here, and is written in steps of this size.
+  struct Baseline {
+    PenPlace start;
+    double stepX, stepY;
+    [[nodiscard]] PenPlace at(double way) const noexcept {
+      PenPlace place = start;
+      place.x += way * stepX;
+      place.y += way * stepY;
+      return place;
+    }
+  };
+
+  void showPart(std::string_view bytes, const Baseline &baseline, double &way);
+  [[nodiscard]] Baseline baseline() const noexcept;
   [[nodiscard]] bool isOffPage(const PenPlace &place) const noexcept;
   [[nodiscard]] bool isSilent() const noexcept { return hiddenMarks_ + replacingMarks_ > 0; }
 
