@@ -1,0 +1,61 @@
+#ifndef PLATFORM_CONTENT_CONTENT_H
+#define PLATFORM_CONTENT_CONTENT_H
+
+/* How deep a search looks into files, for hosts in C.
+ *
+ * A plain search knows four extensions and reads PDF documents of one layout and the first bytes of
+ * photographs. A deep one knows many kinds of files and finds text in documents of any make. It has
+ * them read by a program of its own, searchsystem-reader, in processes that can do nothing but read
+ * what they were lent; no file is looked into in the host's process. The host sees no child and no
+ * signal of theirs. (Where the host adopts orphans, as the first process of a container does or one
+ * that has asked for it with PR_SET_CHILD_SUBREAPER, it gets SIGCHLD when the program ends, some
+ * ten seconds after the last search, and has to reap it like the others.)
+ *
+ * All functions belong to the main thread. What they set is process-wide and in force from the next
+ * start of a search on. */
+
+#include "platform/foundation/CoreFoundation.h"
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+enum { PFContentPlain = 0, PFContentDeep = 1 };
+
+/* PFContentPlain at the start; an unknown value means it, too. */
+void PFContentSetDepth(int depth);
+
+/* Narrows deep searches to files with these extensions: strings without a dot, in any case. An
+ * extension that is not among those of a deep search is searched for by name and date. NULL, as at
+ * the start, means all that a deep search knows. 0 when memory is short, and then nothing has
+ * changed. */
+int PFContentSetExtensions(CFArrayRef extensions);
+
+/* Why the content of a file could not be tested. */
+enum {
+  PFContentNeedsPassword = 1,
+  PFContentDamaged = 2,
+  /* A document that shows pages and not a letter, as a scan does. */
+  PFContentNoText = 3,
+  PFContentTooLarge = 4,
+  PFContentTookTooLong = 5,
+  PFContentReaderCrashed = 6,
+  PFContentCannotBeOpened = 7,
+  /* The reader program is not there, does not fit, or cannot be started. */
+  PFContentNoReader = 8
+};
+
+/* `path` is borrowed, and `reason` one of the values above. */
+typedef void (*PFContentUnreadCallback)(CFStringRef path, int32_t reason, void *context);
+
+/* Names who is told of the files that a deep search could not read: each at most once in a search,
+ * on the main thread, before its end is reported. NULL, as at the start, for nobody. */
+void PFContentSetUnreadCallback(PFContentUnreadCallback callback, void *context);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

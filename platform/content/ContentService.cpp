@@ -1,0 +1,130 @@
+#include "platform/content/ContentService.h"
+
+#include "platform/content/DocumentReading.h"
+#include "platform/content/FileDescriptor.h"
+#include "platform/content/ReaderConnection.h"
+#include "platform/content/TextComparison.h"
+#include "platform/content/WorkerSlots.h"
+#include "platform/foundation/FileItem.h"
+#include "platform/foundation/MainRunLoop.h"
+#include "platform/foundation/NeverDestroyed.h"
+#include "platform/foundation/TryTwice.h"
+
+#include <cassert>
+#include <sys/socket.h>
+#include <utility>
+
+namespace searchsystem {
+
+namespace {
+
+static_assert(static_cast<int>(UnreadReason::needsPassword) == PFContentNeedsPassword &&
+              static_cast<int>(UnreadReason::damaged) == PFContentDamaged &&
+              static_cast<int>(UnreadReason::noText) == PFContentNoText &&
+              static_cast<int>(UnreadReason::tooLarge) == PFContentTooLarge &&
+              static_cast<int>(UnreadReason::tookTooLong) == PFContentTookTooLong &&
+              static_cast<int>(UnreadReason::readerCrashed) == PFContentReaderCrashed &&
+              static_cast<int>(UnreadReason::cannotBeOpened) == PFContentCannotBeOpened &&
+              static_cast<int>(UnreadReason::noReader) == PFContentNoReader);
+
+WorkerSlots &workerSlots() noexcept {
+  static NeverDestroyed<WorkerSlots> slots;
+  return slots.get();
+}
+
+} // namespace
+
+ContentService::ContentService() noexcept
+    : unreadCallback_(ContentSettings::current().unreadCallback),
+      unreadContext_(ContentSettings::current().unreadContext) {
+  ReaderConnection::shared().beginUse();
+}
+
+ContentService::~ContentService() { ReaderConnection::shared().endUse(); }
+
+ContentAnswer ContentService::documentHolds(const NSString &path, const NSString &keyword,
+                                            bool isDistinct) noexcept {
+  ContentAnswer answer;
+  // A text that has been compared in part cannot be compared again.
+  try {
+    answer = read(path, keyword, isDistinct);
+  } catch (...) {
+    answer = {false, UnreadReason::tooLarge};
+  }
+  if (!answer.holds && answer.reason != UnreadReason::none && !isCancelled_.load())
+    noteUnread(path, answer.reason);
+  return answer;
+}
+
+ContentAnswer ContentService::read(const NSString &path, const NSString &keyword, bool isDistinct) {
+  TextComparison comparison(keyword.view(), isDistinct);
+  if (comparison.isEmpty())
+    return {};
+  if (MainRunLoop::shared().isMainThread())
+    return {false, UnreadReason::noReader};
+  if (!workerSlots().acquire(isCancelled_))
+    return {};
+  struct Place {
+    ~Place() { workerSlots().release(); }
+  } const place;
+  FileItem item(path);
+  const FileDescriptor document(item.openRegularFile());
+  if (!document.isOpen())
+    return {false, UnreadReason::cannotBeOpened};
+  return DocumentReading(*this, comparison).read(document.number());
+}
+
+void ContentService::noteUnread(const NSString &path, UnreadReason reason) noexcept {
+  if (unreadCallback_ == nullptr)
+    return;
+  tryTwice([&] {
+    const LockGuard guard(lock_);
+    unread_.try_emplace(std::string(path.view()), reason);
+  });
+}
+
+void ContentService::cancel() noexcept {
+  isCancelled_.store(true);
+  workerSlots().wakeAll();
+  const LockGuard guard(lock_);
+  // A process that works for a socket nobody listens to is killed.
+  for (const Awaited *awaited = awaited_; awaited != nullptr; awaited = awaited->next_)
+    shutdown(awaited->socket_, SHUT_RDWR);
+}
+
+ContentService::Awaited::Awaited(ContentService &service, int socket) noexcept
+    : service_(service), socket_(socket) {
+  const LockGuard guard(service_.lock_);
+  next_ = service_.awaited_;
+  service_.awaited_ = this;
+  // `cancel` may have been here before.
+  if (service_.isCancelled())
+    shutdown(socket_, SHUT_RDWR);
+}
+
+ContentService::Awaited::~Awaited() {
+  const LockGuard guard(service_.lock_);
+  Awaited **at = &service_.awaited_;
+  while (*at != this)
+    at = &(*at)->next_;
+  *at = next_;
+  // Who is still at work for it learns that nobody listens, also where a fork of this process holds
+  // the socket.
+  shutdown(socket_, SHUT_RDWR);
+}
+
+void ContentService::deliverUnread() noexcept {
+  assert(MainRunLoop::shared().isMainThread());
+  decltype(unread_) unread;
+  {
+    const LockGuard guard(lock_);
+    unread.swap(unread_);
+  }
+  for (const auto &file : unread) {
+    Ref<const NSString> path;
+    if (tryTwice([&] { path = NSString::create(file.first); }))
+      unreadCallback_(path.get(), static_cast<std::int32_t>(file.second), unreadContext_);
+  }
+}
+
+} // namespace searchsystem

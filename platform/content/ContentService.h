@@ -1,0 +1,70 @@
+#pragma once
+
+#include "platform/content/ContentAnswer.h"
+#include "platform/content/ContentSettings.h"
+#include "platform/foundation/NSLock.h"
+#include "platform/foundation/NSString.h"
+
+#include <atomic>
+#include <string>
+#include <unordered_map>
+
+namespace searchsystem {
+
+/// The deep reading of one search. It has documents read by the reader program, and collects which
+/// could not be read.
+///
+/// Ownership: one per search, made and destroyed on the main thread, after the last call of a
+/// worker has returned. Threads: as said.
+class ContentService {
+public:
+  /// Whom to tell of unread files it takes from the settings in force. Main thread.
+  ContentService() noexcept;
+  ~ContentService();
+  ContentService(const ContentService &) = delete;
+  ContentService &operator=(const ContentService &) = delete;
+
+  /// Whether the text of the document at `path` holds `keyword`, by the rules of `TextComparison`.
+  /// An empty keyword occurs nowhere and has nothing read. Waits for its turn, for the reader
+  /// program, and for the disk; `cancel` ends that at once, with an answer of no meaning. The main
+  /// thread never waits: there the answer is that there is no reader. Any thread, several at once.
+  [[nodiscard]] ContentAnswer documentHolds(const NSString &path, const NSString &keyword,
+                                            bool isDistinct) noexcept;
+
+  /// Ends what is being read, and has nothing read any more. Main thread.
+  void cancel() noexcept;
+
+  /// Tells the host of the files that could not be read, each once. Main thread.
+  void deliverUnread() noexcept;
+
+  /// A socket on which a thread waits for an answer: as long as this lives, `cancel` shuts it down,
+  /// and so does the end of this.
+  class Awaited {
+  public:
+    Awaited(ContentService &service, int socket) noexcept;
+    ~Awaited();
+    Awaited(const Awaited &) = delete;
+    Awaited &operator=(const Awaited &) = delete;
+
+  private:
+    friend class ContentService;
+    ContentService &service_;
+    const int socket_;
+    Awaited *next_ = nullptr;
+  };
+
+  [[nodiscard]] bool isCancelled() const noexcept { return isCancelled_.load(); }
+
+private:
+  [[nodiscard]] ContentAnswer read(const NSString &path, const NSString &keyword, bool isDistinct);
+  void noteUnread(const NSString &path, UnreadReason reason) noexcept;
+
+  const PFContentUnreadCallback unreadCallback_;
+  void *const unreadContext_;
+  std::atomic<bool> isCancelled_{false};
+  NSLock lock_;
+  Awaited *awaited_ PF_GUARDED_BY(lock_) = nullptr;
+  std::unordered_map<std::string, UnreadReason> unread_ PF_GUARDED_BY(lock_);
+};
+
+} // namespace searchsystem

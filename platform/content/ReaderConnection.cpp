@@ -1,0 +1,158 @@
+#include "platform/content/ReaderConnection.h"
+
+#include "platform/content/ReaderProcess.h"
+#include "platform/foundation/NeverDestroyed.h"
+
+#include <cassert>
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <sys/socket.h>
+#include <utility>
+
+namespace searchsystem {
+
+namespace {
+
+constexpr std::chrono::seconds timeBetweenAttempts{10};
+
+/// Hands the program a socket for its answer, and the document.
+bool sendRequest(int socket, ReaderRequest request, int answer, int document) noexcept {
+  iovec content{&request, sizeof request};
+  const int descriptors[] = {answer, document};
+  alignas(cmsghdr) char control[CMSG_SPACE(sizeof descriptors)] = {};
+  msghdr message{};
+  message.msg_iov = &content;
+  message.msg_iovlen = 1;
+  message.msg_control = control;
+  message.msg_controllen = sizeof control;
+  cmsghdr *const part = CMSG_FIRSTHDR(&message);
+  part->cmsg_level = SOL_SOCKET;
+  part->cmsg_type = SCM_RIGHTS;
+  part->cmsg_len = CMSG_LEN(sizeof descriptors);
+  std::memcpy(CMSG_DATA(part), descriptors, sizeof descriptors);
+  ssize_t sent = 0;
+  do
+    sent = sendmsg(socket, &message, MSG_NOSIGNAL | MSG_DONTWAIT);
+  while (sent < 0 && errno == EINTR);
+  return sent == sizeof request;
+}
+
+} // namespace
+
+ReaderConnection &ReaderConnection::shared() noexcept {
+  static NeverDestroyed<ReaderConnection> connection;
+  return connection.get();
+}
+
+std::optional<ReaderConnection::Lent> ReaderConnection::lend(int document) noexcept {
+  int ends[2] = {-1, -1};
+  if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
+    return std::nullopt;
+  FileDescriptor ours(ends[0]);
+  const FileDescriptor theirs(ends[1]);
+  const LockGuard guard(lock_);
+  // One that has been idle for long, or was killed, is gone without a word.
+  constexpr int mostStarts = 2;
+  for (int i = 0; i < mostStarts; ++i) {
+    if (!socket_.isOpen() && !start())
+      return std::nullopt;
+    const ReaderRequest request{.limits = limits_, .wantsSignOfLife = !hasAnswered_};
+    if (sendRequest(socket_.number(), request, theirs.number(), document))
+      return Lent{std::move(ours), start_};
+    drop();
+  }
+  return std::nullopt;
+}
+
+bool ReaderConnection::start() noexcept {
+  const auto now = std::chrono::steady_clock::now();
+  if (nextAttempt_ && now < *nextAttempt_)
+    return false;
+  hasAnswered_ = false;
+  ++start_;
+  try {
+    if (program_.empty())
+      program_ = pathOfReaderProgram();
+  } catch (const std::bad_alloc &) {
+    return false;
+  }
+  if (!program_.empty())
+    socket_ = startReaderProgram(program_);
+  if (socket_.isOpen())
+    nextAttempt_.reset();
+  else
+    nextAttempt_ = now + timeBetweenAttempts;
+  return socket_.isOpen();
+}
+
+void ReaderConnection::drop() noexcept {
+  // The socket also ends where a fork of this process holds it.
+  if (socket_.isOpen())
+    shutdown(socket_.number(), SHUT_RDWR);
+  socket_.close();
+}
+
+void ReaderConnection::noteAnswer(std::uint64_t start) noexcept {
+  const LockGuard guard(lock_);
+  hasAnswered_ |= start == start_;
+}
+
+bool ReaderConnection::hasAnswered(std::uint64_t start) noexcept {
+  const LockGuard guard(lock_);
+  return hasAnswered_ && start == start_;
+}
+
+void ReaderConnection::noteSilence(std::uint64_t start) noexcept {
+  const LockGuard guard(lock_);
+  if (start != start_ || hasAnswered_)
+    return;
+  drop();
+  nextAttempt_ = std::chrono::steady_clock::now() + timeBetweenAttempts;
+}
+
+ReaderLimits ReaderConnection::limits() noexcept {
+  const LockGuard guard(lock_);
+  return limits_;
+}
+
+void ReaderConnection::beginUse() noexcept {
+  assert(MainRunLoop::shared().isMainThread());
+  ++users_;
+}
+
+void ReaderConnection::endUse() noexcept {
+  assert(MainRunLoop::shared().isMainThread());
+  --users_;
+  lastUse_ = MainRunLoop::shared().now();
+  const bool isOpen = [this] {
+    const LockGuard guard(lock_);
+    return socket_.isOpen();
+  }();
+  if (isOpen && !closing_.isScheduled())
+    MainRunLoop::shared().schedule(closing_, std::chrono::milliseconds(limits().idleMilliseconds));
+}
+
+void ReaderConnection::closeIfUnused() noexcept {
+  // Whoever uses it now schedules this again.
+  if (users_ > 0)
+    return;
+  const std::chrono::nanoseconds idleTime = std::chrono::milliseconds(limits().idleMilliseconds);
+  const auto unused = MainRunLoop::shared().now() - lastUse_;
+  if (unused < idleTime) {
+    MainRunLoop::shared().schedule(closing_, idleTime - unused);
+    return;
+  }
+  const LockGuard guard(lock_);
+  drop();
+}
+
+void ReaderConnection::useForTesting(std::string program, const ReaderLimits &limits) {
+  const LockGuard guard(lock_);
+  drop();
+  nextAttempt_.reset();
+  program_ = std::move(program);
+  limits_ = limits;
+}
+
+} // namespace searchsystem

@@ -1,0 +1,70 @@
+#include "platform/content/WorkerSlots.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace searchsystem {
+
+namespace {
+
+constexpr int mostPlaces = 5;
+
+} // namespace
+
+WorkerSlots::WorkerSlots() noexcept
+    : free_(std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, mostPlaces)) {}
+
+bool WorkerSlots::acquire(const std::atomic<bool> &isCancelled) noexcept {
+  Waiter self;
+  {
+    const LockGuard guard(lock_);
+    if (isCancelled.load())
+      return false;
+    if (free_ > 0) {
+      --free_;
+      return true;
+    }
+    Waiter **last = &first_;
+    while (*last != nullptr)
+      last = &(*last)->next;
+    *last = &self;
+  }
+  while (true) {
+    self.wakeup.sleep();
+    const LockGuard guard(lock_);
+    if (self.hasPlace)
+      return true;
+    if (isCancelled.load() && remove(self))
+      return false;
+  }
+}
+
+void WorkerSlots::release() noexcept {
+  const LockGuard guard(lock_);
+  if (first_ == nullptr) {
+    ++free_;
+    return;
+  }
+  Waiter &next = *first_;
+  first_ = next.next;
+  next.hasPlace = true;
+  next.wakeup.wake();
+}
+
+void WorkerSlots::wakeAll() noexcept {
+  const LockGuard guard(lock_);
+  for (Waiter *waiter = first_; waiter != nullptr; waiter = waiter->next)
+    waiter->wakeup.wake();
+}
+
+bool WorkerSlots::remove(Waiter &waiter) noexcept {
+  Waiter **at = &first_;
+  while (*at != nullptr && *at != &waiter)
+    at = &(*at)->next;
+  if (*at == nullptr)
+    return false;
+  *at = waiter.next;
+  return true;
+}
+
+} // namespace searchsystem
