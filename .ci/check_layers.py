@@ -17,8 +17,9 @@ ALLOWED = {
               "platform/imagetag/ShootingDate.h", "platform/metadata/MetadataIndex.h"},
     SEARCH: {"pdf_reader", "streams", "platform/foundation", "platform/metadata",
              "platform/imagetag"},
-    "pdf_reader": {"streams", "platform/foundation/CoreFoundation.h",
-                   "platform/foundation/NSString.h", "platform/foundation/Ref.h",
+    "pdf_reader": {"streams", "platform/foundation/ASCIIText.h",
+                   "platform/foundation/CoreFoundation.h", "platform/foundation/NSString.h",
+                   "platform/foundation/Ref.h",
                    "platform/foundation/StringEncoding.h", "platform/foundation/TextPattern.h"},
     "streams": set(),
     "platform/foundation": set(),
@@ -32,7 +33,8 @@ ALLOWED = {
 # Layers, and single files of others, that may include system and third-party headers.
 SYSTEM_HEADERS_IN = {"hosts", "platform/foundation", "platform/metadata", "platform/imagetag",
                      "platform/content", "readers"}
-SYSTEM_HEADERS_IN_FILES = {"streams/FileFunctions.cpp": {"fcntl.h", "stdio_ext.h", "sys/stat.h",
+SYSTEM_HEADERS_IN_FILES = {"pdf_reader/VectorBytes.h": {"emmintrin.h"},
+                           "streams/FileFunctions.cpp": {"fcntl.h", "stdio_ext.h", "sys/stat.h",
                                                          "unistd.h"}}
 
 STANDARD = set("""

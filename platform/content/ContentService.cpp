@@ -11,7 +11,6 @@
 #include "platform/foundation/TryTwice.h"
 
 #include <cassert>
-#include <sys/socket.h>
 #include <utility>
 
 namespace searchsystem {
@@ -51,7 +50,7 @@ ContentAnswer ContentService::documentHolds(const NSString &path, const NSString
   } catch (...) {
     answer = {false, UnreadReason::tooLarge};
   }
-  if (!answer.holds && answer.reason != UnreadReason::none && !isCancelled_.load())
+  if (!answer.holds && answer.reason != UnreadReason::none && !cancellation_.isCancelled())
     noteUnread(path, answer.reason);
   return answer;
 }
@@ -62,7 +61,7 @@ ContentAnswer ContentService::read(const NSString &path, const NSString &keyword
     return {};
   if (MainRunLoop::shared().isMainThread())
     return {false, UnreadReason::noReader};
-  if (!workerSlots().acquire(isCancelled_))
+  if (!workerSlots().acquire(cancellation_.flag()))
     return {};
   struct Place {
     ~Place() { workerSlots().release(); }
@@ -71,7 +70,7 @@ ContentAnswer ContentService::read(const NSString &path, const NSString &keyword
   const FileDescriptor document(item.openRegularFile());
   if (!document.isOpen())
     return {false, UnreadReason::cannotBeOpened};
-  return DocumentReading(*this, comparison).read(document.number());
+  return DocumentReading(cancellation_, comparison).read(document.number());
 }
 
 void ContentService::noteUnread(const NSString &path, UnreadReason reason) noexcept {
@@ -84,33 +83,8 @@ void ContentService::noteUnread(const NSString &path, UnreadReason reason) noexc
 }
 
 void ContentService::cancel() noexcept {
-  isCancelled_.store(true);
+  cancellation_.cancel();
   workerSlots().wakeAll();
-  const LockGuard guard(lock_);
-  // A process that works for a socket nobody listens to is killed.
-  for (const Awaited *awaited = awaited_; awaited != nullptr; awaited = awaited->next_)
-    shutdown(awaited->socket_, SHUT_RDWR);
-}
-
-ContentService::Awaited::Awaited(ContentService &service, int socket) noexcept
-    : service_(service), socket_(socket) {
-  const LockGuard guard(service_.lock_);
-  next_ = service_.awaited_;
-  service_.awaited_ = this;
-  // `cancel` may have been here before.
-  if (service_.isCancelled())
-    shutdown(socket_, SHUT_RDWR);
-}
-
-ContentService::Awaited::~Awaited() {
-  const LockGuard guard(service_.lock_);
-  Awaited **at = &service_.awaited_;
-  while (*at != this)
-    at = &(*at)->next_;
-  *at = next_;
-  // Who is still at work for it learns that nobody listens, also where a fork of this process holds
-  // the socket.
-  shutdown(socket_, SHUT_RDWR);
 }
 
 void ContentService::deliverUnread() noexcept {

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "platform/content/Cancellation.h"
 #include "platform/content/ContentAnswer.h"
 #include "platform/content/ContentSettings.h"
 #include "platform/foundation/NSLock.h"
 #include "platform/foundation/NSString.h"
 
-#include <atomic>
 #include <string>
 #include <unordered_map>
 
@@ -37,33 +37,14 @@ public:
   /// Tells the host of the files that could not be read, each once. Main thread.
   void deliverUnread() noexcept;
 
-  /// A socket on which a thread waits for an answer: as long as this lives, `cancel` shuts it down,
-  /// and so does the end of this.
-  class Awaited {
-  public:
-    Awaited(ContentService &service, int socket) noexcept;
-    ~Awaited();
-    Awaited(const Awaited &) = delete;
-    Awaited &operator=(const Awaited &) = delete;
-
-  private:
-    friend class ContentService;
-    ContentService &service_;
-    const int socket_;
-    Awaited *next_ = nullptr;
-  };
-
-  [[nodiscard]] bool isCancelled() const noexcept { return isCancelled_.load(); }
-
 private:
   [[nodiscard]] ContentAnswer read(const NSString &path, const NSString &keyword, bool isDistinct);
   void noteUnread(const NSString &path, UnreadReason reason) noexcept;
 
   const PFContentUnreadCallback unreadCallback_;
   void *const unreadContext_;
-  std::atomic<bool> isCancelled_{false};
+  Cancellation cancellation_;
   NSLock lock_;
-  Awaited *awaited_ PF_GUARDED_BY(lock_) = nullptr;
   std::unordered_map<std::string, UnreadReason> unread_ PF_GUARDED_BY(lock_);
 };
 

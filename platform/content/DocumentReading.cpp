@@ -51,7 +51,7 @@ DocumentReading::Progress DocumentReading::readOnce(int document) {
   deadline_ = now + std::chrono::milliseconds(limits_.milliseconds) + allowance;
   firstAnswerDeadline_ = std::min(deadline_, now + mostStartTime);
 
-  const ContentService::Awaited awaited(service_, socket);
+  const Cancellation::Awaited awaited(cancellation_, socket);
   ReaderAnswer records(comparison_, limits_.text);
   Progress progress = Progress::GoesOn;
   while (progress == Progress::GoesOn)
@@ -65,7 +65,7 @@ DocumentReading::Progress DocumentReading::receive(int socket, ReaderAnswer &rec
     return Progress::GoesOn;
   if (size < 0 && errno == EAGAIN)
     return wait(socket);
-  if (service_.isCancelled())
+  if (cancellation_.isCancelled())
     return endWith({false, UnreadReason::none});
   if (size < 0 || (size == 0 && hasEnded(socket)))
     return Progress::Lost;

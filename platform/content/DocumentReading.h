@@ -1,6 +1,7 @@
 #pragma once
 
-#include "platform/content/ContentService.h"
+#include "platform/content/Cancellation.h"
+#include "platform/content/ContentAnswer.h"
 #include "platform/content/ReaderAnswer.h"
 #include "platform/content/ReaderConnection.h"
 #include "platform/content/TextComparison.h"
@@ -15,11 +16,11 @@ namespace searchsystem {
 /// Has one document read by the reader program, and waits for the answer no longer than that may
 /// take.
 ///
-/// Ownership: borrows what it is made of. Threads: one; `ContentService::cancel` ends its waiting.
+/// Ownership: borrows what it is made of. Threads: one; `Cancellation::cancel` ends its waiting.
 class DocumentReading {
 public:
-  DocumentReading(ContentService &service, TextComparison &comparison) noexcept
-      : service_(service), comparison_(comparison) {}
+  DocumentReading(Cancellation &cancellation, TextComparison &comparison) noexcept
+      : cancellation_(cancellation), comparison_(comparison) {}
 
   /// Throws `std::bad_alloc`.
   [[nodiscard]] ContentAnswer read(int document);
@@ -33,7 +34,7 @@ private:
   [[nodiscard]] Progress wait(int socket);
   Progress endWith(ContentAnswer answer) noexcept;
 
-  ContentService &service_;
+  Cancellation &cancellation_;
   TextComparison &comparison_;
   ContentAnswer answer_;
   ReaderLimits limits_;

@@ -1,6 +1,6 @@
 #include "platform/content/TextComparison.h"
 
-#include "platform/foundation/ASCIIRun.h"
+#include "platform/foundation/ASCIIText.h"
 #include "readers/ReaderProtocol.h"
 
 #include <algorithm>

@@ -15,28 +15,23 @@ WorkerSlots::WorkerSlots() noexcept
     : free_(std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, mostPlaces)) {}
 
 bool WorkerSlots::acquire(const std::atomic<bool> &isCancelled) noexcept {
+  const LockGuard guard(lock_);
+  if (isCancelled.load())
+    return false;
+  if (free_ > 0) {
+    --free_;
+    return true;
+  }
   Waiter self;
-  {
-    const LockGuard guard(lock_);
-    if (isCancelled.load())
-      return false;
-    if (free_ > 0) {
-      --free_;
-      return true;
-    }
-    Waiter **last = &first_;
-    while (*last != nullptr)
-      last = &(*last)->next;
-    *last = &self;
-  }
-  while (true) {
-    self.wakeup.sleep();
-    const LockGuard guard(lock_);
-    if (self.hasPlace)
-      return true;
-    if (isCancelled.load() && remove(self))
-      return false;
-  }
+  Waiter **last = &first_;
+  while (*last != nullptr)
+    last = &(*last)->next;
+  *last = &self;
+  while (!self.hasPlace && !isCancelled.load())
+    self.condition.wait(lock_);
+  if (!self.hasPlace)
+    remove(self);
+  return self.hasPlace;
 }
 
 void WorkerSlots::release() noexcept {
@@ -48,23 +43,20 @@ void WorkerSlots::release() noexcept {
   Waiter &next = *first_;
   first_ = next.next;
   next.hasPlace = true;
-  next.wakeup.wake();
+  next.condition.signal();
 }
 
 void WorkerSlots::wakeAll() noexcept {
   const LockGuard guard(lock_);
   for (Waiter *waiter = first_; waiter != nullptr; waiter = waiter->next)
-    waiter->wakeup.wake();
+    waiter->condition.signal();
 }
 
-bool WorkerSlots::remove(Waiter &waiter) noexcept {
+void WorkerSlots::remove(Waiter &waiter) noexcept {
   Waiter **at = &first_;
-  while (*at != nullptr && *at != &waiter)
+  while (*at != &waiter)
     at = &(*at)->next;
-  if (*at == nullptr)
-    return false;
   *at = waiter.next;
-  return true;
 }
 
 } // namespace searchsystem

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/foundation/NSCondition.h"
 #include "platform/foundation/NSLock.h"
-#include "platform/foundation/Wakeup.h"
 
 #include <atomic>
 
@@ -22,13 +22,12 @@ public:
 
 private:
   struct Waiter {
-    Wakeup wakeup;
+    NSCondition condition;
     Waiter *next = nullptr;
     bool hasPlace = false;
   };
 
-  /// Whether `waiter` was still waiting.
-  bool remove(Waiter &waiter) noexcept PF_REQUIRES(lock_);
+  void remove(Waiter &waiter) noexcept PF_REQUIRES(lock_);
 
   NSLock lock_;
   int free_ PF_GUARDED_BY(lock_);
