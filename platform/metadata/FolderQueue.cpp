@@ -1,6 +1,7 @@
 #include "platform/metadata/FolderQueue.h"
 
-#include <iterator>
+#include "platform/metadata/MoveToEnd.h"
+
 #include <utility>
 
 void FolderQueue::add(FolderTask task) {
@@ -15,7 +16,7 @@ bool FolderQueue::add(Tasks &found) noexcept {
   const std::size_t count = found.size();
   {
     const LockGuard guard(lock_);
-    if (!takeOver(found))
+    if (!moveToEnd(found, tasks_))
       return false;
   }
   call(count);
@@ -28,7 +29,7 @@ std::optional<FolderTask> FolderQueue::next(Tasks &found) noexcept {
   {
     const LockGuard guard(lock_);
     const bool isNew = !found.empty();
-    Tasks &source = takeOver(found) ? tasks_ : found;
+    Tasks &source = moveToEnd(found, tasks_) ? tasks_ : found;
     if (source.empty() || isStopped_)
       return std::nullopt;
     task = std::move(source.back());
@@ -37,17 +38,6 @@ std::optional<FolderTask> FolderQueue::next(Tasks &found) noexcept {
   }
   call(left);
   return task;
-}
-
-bool FolderQueue::takeOver(Tasks &found) noexcept {
-  try {
-    tasks_.insert(tasks_.end(), std::make_move_iterator(found.begin()),
-                  std::make_move_iterator(found.end()));
-  } catch (...) {
-    return false;
-  }
-  found.clear();
-  return true;
 }
 
 void FolderQueue::stop() noexcept {

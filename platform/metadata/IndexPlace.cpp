@@ -10,12 +10,14 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
-#include <string_view>
 #include <unistd.h>
 
 namespace {
 
-constexpr std::array<std::string_view, 4> fileSuffixes{"", "-wal", "-shm", "-journal"};
+/// The index and the files that SQLite puts beside it.
+std::array<std::string, 4> filesOf(const std::string &index) {
+  return {index, index + "-wal", index + "-shm", index + "-journal"};
+}
 
 std::optional<std::string> cacheFolderOfEnvironment() {
   const char *const cache = secure_getenv("XDG_CACHE_HOME");
@@ -32,8 +34,7 @@ std::optional<std::string> &cacheFolderInUse() {
   return folder.get();
 }
 
-/// Asks for the status of `path`, of a link itself unless it is followed; false, and `errno`, where
-/// that cannot be had.
+/// Gets the status of `path`; on failure false, and the reason in `errno`.
 bool examine(const std::string &path, FollowLink follow, struct statx &status) noexcept {
   const int flags = AT_NO_AUTOMOUNT | (follow == FollowLink::No ? AT_SYMLINK_NOFOLLOW : 0);
   return uninterrupted(&SystemCalls::statusAt, currentFolder, path.c_str(), flags, &status) == 0;
@@ -41,7 +42,7 @@ bool examine(const std::string &path, FollowLink follow, struct statx &status) n
 
 enum class Owner { Nobody, Us, Other };
 
-/// Whose folder is at `path`, links followed.
+/// Who owns the folder at `path`, links followed.
 Owner ownerOfFolder(const std::string &path) noexcept {
   struct statx status {};
   if (!examine(path, FollowLink::Yes, status))
@@ -49,7 +50,7 @@ Owner ownerOfFolder(const std::string &path) noexcept {
   return S_ISDIR(status.stx_mode) && status.stx_uid == geteuid() ? Owner::Us : Owner::Other;
 }
 
-/// Makes a folder for the user alone, if there is nothing of that name.
+/// Makes a folder for the user alone, unless something has that name.
 bool makeFolderAt(const std::string &path) noexcept {
   return uninterrupted(&SystemCalls::makeFolder, path.c_str(), S_IRWXU) == 0 || errno == EEXIST;
 }
@@ -115,8 +116,7 @@ bool IndexPlace::makeFolder() const {
 
 std::int64_t IndexPlace::sizeOnDisk() const {
   std::int64_t size = 0;
-  for (const std::string_view suffix : fileSuffixes) {
-    const std::string path = file_ + std::string(suffix);
+  for (const std::string &path : filesOf(file_)) {
     struct statx file {};
     if (examine(path, FollowLink::No, file) && S_ISREG(file.stx_mode))
       size += static_cast<std::int64_t>(file.stx_size);
@@ -126,10 +126,8 @@ std::int64_t IndexPlace::sizeOnDisk() const {
 
 bool IndexPlace::removeFiles() const {
   bool isGone = true;
-  for (const std::string_view suffix : fileSuffixes) {
-    const std::string path = file_ + std::string(suffix);
+  for (const std::string &path : filesOf(file_))
     isGone &= uninterrupted(&SystemCalls::removeFile, path.c_str()) == 0 || errno == ENOENT ||
               errno == ENOTDIR;
-  }
   return isGone;
 }

@@ -3,7 +3,8 @@
 #include "platform/foundation/FreeElsewhere.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/foundation/ProcessorCount.h"
-#include "platform/metadata/NSMetadataQuery.h"
+#include "platform/metadata/MoveToEnd.h"
+#include "platform/metadata/NSMetadataQueryNotifications.h"
 
 #include <algorithm>
 #include <cassert>
@@ -15,47 +16,29 @@ namespace {
 
 using Clock = MainRunLoop::Clock;
 
-/// More than there may be processors: on a disk that is slow to answer, several wait at a time.
+/// May exceed the number of processors: on a slow disk several threads wait at a time.
 constexpr int fewestThreads = 4;
 constexpr int mostThreads = 8;
 
 constexpr std::chrono::milliseconds portionTime{5};
 
-/// For how long a thread may keep results to itself, unless they are many.
+/// How long a thread may keep results to itself, unless there are many.
 constexpr std::chrono::milliseconds longestDelay{2};
 constexpr std::size_t manyResults = 256;
 
-/// How often memory for results is asked for before they are lost.
-constexpr int mostAttempts = 4;
-
-/// When it throws `std::bad_alloc`, nothing has been moved.
-template <class Container> void moveToEnd(Container &from, Container &to) {
-  to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
-  from.clear();
-}
+/// How often memory for results is requested before they are lost.
+constexpr int mostTries = 4;
 
 } // namespace
 
-MetadataGathering::MetadataGathering(NSMetadataQuery &query, Ref<const NSPredicate> predicate,
+MetadataGathering::MetadataGathering(NSObject &query, Ref<const NSPredicate> predicate,
                                      const std::vector<std::string> &scopes,
                                      std::optional<IndexPlace> place)
     : ThreadTeam(*this, static_cast<std::size_t>(
                             std::clamp(processorCount(), fewestThreads, mostThreads))),
       predicate_(std::move(predicate)), place_(std::move(place)), writer_(place_), query_(&query) {
-  for (const std::string &scope : scopes) {
-    FolderTask task;
-    task.kind = FolderTask::Kind::Scope;
-    task.path = scope;
-    queue_.add(std::move(task));
-  }
-}
-
-Ref<MetadataGathering> MetadataGathering::create(NSMetadataQuery &query,
-                                                 Ref<const NSPredicate> predicate,
-                                                 const std::vector<std::string> &scopes,
-                                                 std::optional<IndexPlace> place) {
-  return Ref<MetadataGathering>::adopt(
-      new MetadataGathering(query, std::move(predicate), scopes, std::move(place)));
+  for (const std::string &scope : scopes)
+    queue_.add({.kind = FolderTask::Kind::Scope, .path = scope});
 }
 
 MetadataGathering::~MetadataGathering() {
@@ -63,25 +46,19 @@ MetadataGathering::~MetadataGathering() {
   freeElsewhere(results_);
 }
 
-void MetadataGathering::start() noexcept { call(1); }
-
 void MetadataGathering::stop() noexcept {
   assert(MainRunLoop::shared().isMainThread());
   query_ = nullptr;
   isStopped_.store(true);
   queue_.stop();
   takeGathered();
-  if (visible_ == results_.size())
-    return;
-  try {
-    Results dropped(
-        std::make_move_iterator(results_.begin() + static_cast<std::ptrdiff_t>(visible_)),
-        std::make_move_iterator(results_.end()));
-    results_.resize(visible_);
-    freeElsewhere(dropped);
-  } catch (...) {
-    results_.resize(visible_);
-  }
+  Results dropped;
+  tryTwice([&] {
+    const auto begin = results_.begin() + static_cast<std::ptrdiff_t>(visible_);
+    dropped.assign(std::make_move_iterator(begin), std::make_move_iterator(results_.end()));
+  });
+  results_.resize(visible_);
+  freeElsewhere(dropped);
 }
 
 bool MetadataGathering::work() noexcept {
@@ -108,9 +85,12 @@ bool MetadataGathering::work() noexcept {
 }
 
 void MetadataGathering::allDone() noexcept {
-  if (isWritten_.exchange(true))
-    return;
-  setComplete();
+  {
+    const LockGuard guard(lock_);
+    if (std::exchange(isComplete_, true))
+      return;
+    postAnnouncement();
+  }
   if (!MainRunLoop::shared().isMainThread())
     writer_.finish();
 }
@@ -119,22 +99,11 @@ void MetadataGathering::handOver(Results &results) noexcept {
   if (results.empty() || isStopped_.load(std::memory_order_relaxed))
     return;
   const LockGuard guard(lock_);
-  // That takes no memory.
+  // A swap takes no memory. What finds none is handed over with the next results, if any.
   if (gathered_.empty())
     gathered_.swap(results);
-  for (int attempt = 0; attempt < mostAttempts && !results.empty(); ++attempt)
-    try {
-      moveToEnd(results, gathered_);
-    } catch (...) {
-      // Memory is short: they are handed over with the next, if there are any.
-    }
-  postAnnouncement();
-}
-
-void MetadataGathering::setComplete() noexcept {
-  const LockGuard guard(lock_);
-  if (std::exchange(isComplete_, true))
-    return;
+  else
+    moveToEnd(results, gathered_, mostTries);
   postAnnouncement();
 }
 
@@ -148,21 +117,12 @@ void MetadataGathering::postAnnouncement() noexcept {
 
 void MetadataGathering::takeGathered() noexcept {
   const LockGuard guard(lock_);
-  if (results_.empty()) {
+  if (results_.empty())
     results_.swap(gathered_);
-    return;
-  }
-  try {
-    moveToEnd(gathered_, results_);
-    failedTakes_ = 0;
-  } catch (...) {
-    // Memory is short: the next announcement may fare better. So that it has an end, and the query
-    // too, these are lost at last.
-    if (++failedTakes_ == mostAttempts) {
-      failedTakes_ = 0;
-      gathered_.clear();
-    }
-  }
+  else
+    moveToEnd(gathered_, results_, mostTries);
+  // Where memory stays short the results are lost, so that the query comes to an end.
+  gathered_.clear();
 }
 
 void MetadataGathering::announce() {
@@ -170,7 +130,7 @@ void MetadataGathering::announce() {
     return;
   takeGathered();
   // A handler may give back the last reference to the query.
-  const Ref<NSMetadataQuery> query(query_);
+  const Ref<NSObject> query(query_);
   NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
   if (visible_ < results_.size()) {
     ++visible_;
@@ -185,7 +145,6 @@ void MetadataGathering::announce() {
       return;
   }
   query_ = nullptr;
-  query->isGathering_ = false;
   center.postNotification(NSMetadataQueryDidFinishGatheringNotification, query.get());
 }
 
