@@ -57,9 +57,8 @@ std::unique_ptr<IndexDatabase> IndexDatabase::openToRead(const IndexPlace &place
     return nullptr;
   }
   std::unique_ptr<IndexDatabase> database = open(place, false, fault);
-  if (!database)
-    return nullptr;
-  fault = database->prepareToRead();
+  if (database)
+    fault = database->prepareToRead();
   return fault == IndexFault::None ? std::move(database) : nullptr;
 }
 
@@ -73,9 +72,8 @@ std::unique_ptr<IndexDatabase> IndexDatabase::openToWrite(const IndexPlace &plac
   if ((finding == IndexPlace::Finding::Untrusted || isTooLarge) && !place.removeFiles())
     return nullptr;
   std::unique_ptr<IndexDatabase> database = open(place, true, fault);
-  if (!database)
-    return nullptr;
-  fault = database->execute("PRAGMA synchronous = OFF; PRAGMA wal_autocheckpoint = 64");
+  if (database)
+    fault = database->execute("PRAGMA synchronous = OFF; PRAGMA wal_autocheckpoint = 64");
   if (fault == IndexFault::None)
     fault = database->checkSchema();
   if (fault == IndexFault::Missing) {

@@ -40,25 +40,22 @@ bool examine(const std::string &path, FollowLink follow, struct statx &status) n
   return uninterrupted(&SystemCalls::statusAt, currentFolder, path.c_str(), flags, &status) == 0;
 }
 
-enum class Owner { Nobody, Us, Other };
+bool isUsersFolder(const struct statx &status) noexcept {
+  return S_ISDIR(status.stx_mode) && status.stx_uid == geteuid();
+}
 
-/// Who owns the folder at `path`, links followed.
-Owner ownerOfFolder(const std::string &path) noexcept {
+/// Whether the folder at `path`, links followed, is the user's and on a local disk.
+bool canHoldIndex(const std::string &path) noexcept {
   struct statx status {};
-  if (!examine(path, FollowLink::Yes, status))
-    return errno == ENOENT ? Owner::Nobody : Owner::Other;
-  return S_ISDIR(status.stx_mode) && status.stx_uid == geteuid() ? Owner::Us : Owner::Other;
+  struct statfs fileSystem {};
+  return examine(path, FollowLink::Yes, status) && isUsersFolder(status) &&
+         uninterrupted(&SystemCalls::fileSystemAt, path.c_str(), &fileSystem) == 0 &&
+         isReliableFileSystem(static_cast<long>(fileSystem.f_type));
 }
 
 /// Makes a folder for the user alone, unless something has that name.
 bool makeFolderAt(const std::string &path) noexcept {
   return uninterrupted(&SystemCalls::makeFolder, path.c_str(), S_IRWXU) == 0 || errno == EEXIST;
-}
-
-bool isOnLocalDisk(const std::string &path) noexcept {
-  struct statfs fileSystem {};
-  return uninterrupted(&SystemCalls::fileSystemAt, path.c_str(), &fileSystem) == 0 &&
-         isReliableFileSystem(static_cast<long>(fileSystem.f_type));
 }
 
 } // namespace
@@ -78,16 +75,11 @@ void IndexPlace::setCacheFolderForTesting(std::optional<std::string> cacheFolder
   cacheFolderInUse() = cacheFolder ? std::move(cacheFolder) : cacheFolderOfEnvironment();
 }
 
-bool IndexPlace::isCacheFolderOurs() const noexcept {
-  return ownerOfFolder(cacheFolder_) == Owner::Us && isOnLocalDisk(cacheFolder_);
-}
-
 IndexPlace::Finding IndexPlace::look() const noexcept {
   struct statx folder {};
   if (!examine(folder_, FollowLink::No, folder))
     return errno == ENOENT ? Finding::Nothing : Finding::Impossible;
-  const uid_t user = geteuid();
-  if (!S_ISDIR(folder.stx_mode) || folder.stx_uid != user || !isCacheFolderOurs())
+  if (!isUsersFolder(folder) || !canHoldIndex(cacheFolder_))
     return Finding::Impossible;
   struct statx file {};
   if (!examine(file_, FollowLink::No, file))
@@ -95,22 +87,19 @@ IndexPlace::Finding IndexPlace::look() const noexcept {
   if (!S_ISREG(file.stx_mode))
     return Finding::Impossible;
   constexpr unsigned others = S_IRWXG | S_IRWXO;
-  const bool isOursAlone = file.stx_uid == user && file.stx_nlink == 1 &&
+  const bool isOursAlone = file.stx_uid == folder.stx_uid && file.stx_nlink == 1 &&
                            ((folder.stx_mode | file.stx_mode) & others) == 0;
   return isOursAlone ? Finding::Usable : Finding::Untrusted;
 }
 
 bool IndexPlace::makeFolder() const {
-  if (ownerOfFolder(cacheFolder_) == Owner::Nobody) {
-    const std::string above = cacheFolder_.substr(0, cacheFolder_.rfind('/'));
-    if (ownerOfFolder(above) != Owner::Us || !isOnLocalDisk(above) || !makeFolderAt(cacheFolder_))
-      return false;
-  }
-  if (!isCacheFolderOurs() || !makeFolderAt(folder_))
+  const auto canHold = [&] { return canHoldIndex(cacheFolder_); };
+  const std::string above = cacheFolder_.substr(0, cacheFolder_.rfind('/'));
+  if (!canHold() && !(canHoldIndex(above) && makeFolderAt(cacheFolder_) && canHold()))
     return false;
   struct statx folder {};
-  return examine(folder_, FollowLink::No, folder) && S_ISDIR(folder.stx_mode) &&
-         folder.stx_uid == geteuid() &&
+  return makeFolderAt(folder_) && examine(folder_, FollowLink::No, folder) &&
+         isUsersFolder(folder) &&
          uninterrupted(&SystemCalls::setMode, folder_.c_str(), S_IRWXU) == 0;
 }
 

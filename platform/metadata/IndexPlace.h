@@ -47,8 +47,6 @@ public:
 private:
   explicit IndexPlace(const std::string &cacheFolder);
 
-  [[nodiscard]] bool isCacheFolderOurs() const noexcept;
-
   std::string cacheFolder_;
   std::string folder_;
   std::string file_;
