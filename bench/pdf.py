@@ -2,7 +2,7 @@
 """Measures whether a keyword occurs in PDF documents: the library's reader side by side with
 pdfgrep, pdftotext and grep, and a bare read of the same bytes.
 
-Prints tables in Markdown. The exit code tells whether all programs gave the same answers; no limit
+Prints tables in Markdown. The exit code shows whether all programs gave the same answers; no limit
 on time makes it fail, since the machine may be busy.
 """
 
