@@ -178,7 +178,9 @@ void FolderGatherer::listWithSubFolders(FolderQueue::Tasks &tasks, Results &resu
   if (!names)
     return;
   FolderNames::forEach(names->folders, [&](std::string_view name) {
-    setPath(tasks.emplace_back().path, path_, name);
+    FolderTask task;
+    setPath(task.path, path_, name);
+    tasks.push_back(std::move(task));
   });
 }
 
