@@ -17,8 +17,8 @@ constexpr std::size_t mostBytes = std::size_t{8} << 20;
 /// topmost.
 void sort(std::vector<IndexRecord> &records, std::vector<std::string> &gone) {
   std::ranges::sort(records, {}, &IndexRecord::key);
-  const auto repeated = std::ranges::unique(records, {}, &IndexRecord::key);
-  records.erase(repeated.begin(), repeated.end());
+  const auto isSameFolder = [](const auto &a, const auto &b) { return a.key == b.key; };
+  records.erase(std::unique(records.begin(), records.end(), isSameFolder), records.end());
   std::ranges::sort(gone);
   std::vector<std::string> topmost;
   for (std::string &key : gone)
