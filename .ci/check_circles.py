@@ -15,7 +15,6 @@ FOLDERS = ("FileSharchFunction", "hosts", "pdf_reader", "platform", "streams")
 KNOWN = {
     "FileSharchFunction/SearchSystem/SearchEngine": 6,
     "pdf_reader/CParamArray": 2,
-    "platform/metadata/MetadataGathering": 2,
 }
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]*)"', re.MULTILINE)

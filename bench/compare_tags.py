@@ -82,7 +82,7 @@ def answers_of_exiftool(paths, scratch, is_cut=False):
 
 
 def text_of(value):
-    """A text of exiftool's, which gives what is not UTF-8 in base 64."""
+    """A text of exiftool's, which writes bytes that are not UTF-8 in base 64."""
     if value is None:
         return None
     if isinstance(value, str) and value.startswith("base64:"):
@@ -95,7 +95,7 @@ def text_of(value):
 
 
 def date_of(text):
-    """What the library makes of the text of a date."""
+    """The library's form of the text of a date."""
     if not text:
         return None
     fields = [text[begin:end] for begin, end in

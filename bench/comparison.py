@@ -1,4 +1,4 @@
-"""What the benchmarks share: their options, building, folders made to be searched, the comparison
+"""Shared by the benchmarks: their options, building, folders made to be searched, the comparison
 of programs, and the tables of results."""
 
 import argparse
@@ -17,7 +17,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 
 def build(folder, *programs):
-    """Builds programs of this folder, and ssfind if it is among them; answers where each one is."""
+    """Builds programs of this folder, and ssfind if it is among them; returns the path of each."""
     if not (folder / "CMakeCache.txt").exists():
         run(["cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
              "-DSEARCHSYSTEM_BENCHMARKS=ON"], stderr=subprocess.PIPE)
@@ -75,7 +75,7 @@ def add_scratch_options(parser, what, name, rounds):
 
 
 def exit_code_of(benchmark):
-    """That of the function `benchmark`, or that of what has stopped it."""
+    """Runs `benchmark`; the exit code is its own, or that of the failure that stopped it."""
     try:
         return benchmark()
     except ToolError as error:

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Measures the search through the index side by side with the walk, fd and plocate.
 
-Prints tables in Markdown. The exit code tells whether all programs gave the same answers; no limit
+Prints tables in Markdown. The exit code shows whether all programs gave the same answers; no limit
 on time or space makes it fail, since the machine may be busy.
 """
 

@@ -1,6 +1,6 @@
-// The least that a walk has to do: opens, lists and closes every folder below the given one, looks
-// at each name and kind, and does nothing with them. With --dates it also asks the modification
-// date of every file whose extension is searched for. Hidden names are passed over, as by a search.
+// The least work of a walk: opens, lists and closes every folder below the given one, looks at each
+// name and kind, and does nothing with them. With --dates it also reads the modification date of
+// every file with a searched extension. It skips hidden names, as a search does.
 
 #include <atomic>
 #include <cerrno>
@@ -29,8 +29,8 @@ class FolderQueue {
 public:
   explicit FolderQueue(std::string root) { folders_.push_back(std::move(root)); }
 
-  /// Takes what a worker has found, and gives it its next folder; none when all is done.
-  /// `found` is left empty.
+  /// Takes the folders that a worker has found, and returns its next one; none when all are done.
+  /// Empties `found`.
   bool exchange(std::vector<std::string> &found, std::string &next, bool hadFolder) {
     std::unique_lock lock(mutex_);
     for (std::string &folder : found)

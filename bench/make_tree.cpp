@@ -169,7 +169,7 @@ private:
   int descriptor_;
 };
 
-/// A moment from the beginning of 2015 to the end of 2024.
+/// A time from the beginning of 2015 to the end of 2024.
 timespec momentOf(Random &random) {
   constexpr std::int64_t first = 1420070400;
   constexpr std::int64_t end = 1735689600;
@@ -182,7 +182,7 @@ timespec momentOf(Random &random) {
 /// Whether a file's own name begins with a dot.
 bool hasDot(std::uint64_t number) { return Random(number ^ 0x5DEECE66D).isOneIn(100); }
 
-/// Answers how many files match.
+/// Returns how many files match.
 std::uint64_t makeTree(const std::string &root, const Parameters &parameters) {
   // The marker file is an entry, too.
   const std::uint64_t files = parameters.entries - parameters.folders - 1;
@@ -210,7 +210,7 @@ std::uint64_t makeTree(const std::string &root, const Parameters &parameters) {
     for (std::uint64_t i = 0; i < folder.files; ++i) {
       NameKind kind{hasDot(number++), false, random.below(10) < 6};
       if (kind.hasDot || folder.isHidden) {
-        // What is hidden does not match, whatever it is called.
+        // Hidden files do not match, whatever their names.
         kind.hasBeach = random.isBelow(part);
       } else if (random.below(visibleLeft--) < matchesLeft) {
         --matchesLeft;

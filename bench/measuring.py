@@ -1,4 +1,4 @@
-"""Running programs side by side, and what comes out of it."""
+"""Running programs side by side, and their figures."""
 
 import os
 import statistics
@@ -28,7 +28,7 @@ def run(command, **options):
 
 
 def figures(command):
-    """What a program prints as key=value."""
+    """The key=value output of a program."""
     pairs = (line.partition("=") for line in run(command).splitlines())
     return {key: float(value) for key, _, value in pairs}
 
@@ -74,7 +74,7 @@ def answer(tools, command, scratch):
     """The lines that a command prints, in byte order."""
     output = scratch / "answer"
     result = figures(timed(tools, command, output))
-    # Nothing found may well be told by the exit code 1.
+    # Exit code 1 may mean that nothing was found.
     if result["exit"] > 1:
         raise ToolError(f"{' '.join(command)}: exit code {result['exit']:.0f}")
     lines = sorted(output.read_bytes().split(b"\n")[:-1])

@@ -3,7 +3,7 @@
 pdfgrep, pdftotext and grep, with a loop that does the least that this takes, and with a bare read of
 the same bytes.
 
-Prints tables in Markdown. The exit code tells whether all programs gave the same answers; no limit
+Prints tables in Markdown. The exit code shows whether all programs gave the same answers; no limit
 on time makes it fail, since the machine may be busy.
 """
 

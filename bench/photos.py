@@ -2,7 +2,7 @@
 """Measures searches in the EXIF data of photographs side by side with exiftool, exiv2 and a bare
 loop that opens each file, reads its beginning and closes it.
 
-Prints tables in Markdown. The exit code tells whether all programs gave the same answers; no limit
+Prints tables in Markdown. The exit code shows whether all programs gave the same answers; no limit
 on time makes it fail, since the machine may be busy.
 """
 
@@ -60,7 +60,7 @@ def searches(tools, by_keyword):
 
 
 def forget(folder):
-    """Has the system keep nothing of the files' content, though their names."""
+    """Has the system drop the files' content from its cache, but not their names."""
     os.sync()
     for parent, _, names in os.walk(folder):
         for name in names:

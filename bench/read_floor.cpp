@@ -1,6 +1,6 @@
 // The floor of a search in the content of photographs: threads open each file of a tree, read its
 // first 65,535 bytes, close it, and do nothing else. With --analyse they list the folders and ask
-// the library for every tag of each file and for the moment when it was taken. Prints key=value.
+// the library for every tag of each file and for its shooting date. Prints key=value.
 
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
 #include "platform/foundation/DirectoryListing.h"
@@ -88,7 +88,7 @@ int main(int argc, char **argv) {
   bool analyses = false;
   CLI::App application("Reads the first 65,535 bytes of each file of a tree.");
   application.add_option("folder", root, "the tree")->required()->check(CLI::ExistingDirectory);
-  application.add_option("--threads", threads, "so many at once")
+  application.add_option("--threads", threads, "number of threads")
       ->check(CLI::Range(1, 256))
       ->capture_default_str();
   application.add_flag("--analyse", analyses, "ask the library for the tags");

@@ -31,7 +31,7 @@ int fail(const char *what, int error) {
   return 125;
 }
 
-/// Starts the command with its output on the descriptor; answers an error number.
+/// Starts the command with its output on the descriptor; returns an error number.
 int start(char **command, int output, pid_t &child) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);

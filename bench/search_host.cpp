@@ -55,7 +55,7 @@ long peakMemoryInKiB() {
   return 0;
 }
 
-/// What the search reports. The callback has no argument to find it by.
+/// The reports of the search. The callback has no argument to pass them.
 struct Search {
   std::uint64_t cancelAfter = 0;
   std::uint64_t results = 0;
@@ -103,7 +103,7 @@ Longest runEmbedded() {
   return longest;
 }
 
-/// How often the descriptor wakes a loop in one second in which nothing is to be done.
+/// How often the descriptor wakes an idle loop in one second.
 int wakeUpsOfIdleSecond() {
   int count = 0;
   pollfd descriptor{PFMainLoopGetDescriptor(), POLLIN, 0};
@@ -124,7 +124,7 @@ int wakeUpsOfIdleSecond() {
 
 void measure(const Options &options) {
   PFMainLoopSetClock(options.hasRealClock ? PFMainLoopClockReal : PFMainLoopClockVirtual);
-  // Measured is the walk.
+  // The walk is measured.
   useSpotlight(0);
   const CFStringRef name =
       CFStringCreateWithCString(nullptr, options.name.c_str(), kCFStringEncodingUTF8);

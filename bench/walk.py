@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Measures the folder walk side by side with find, fd, bfs and a bare listing loop.
 
-Prints tables in Markdown. The exit code tells whether all programs gave the same answers; no limit
+Prints tables in Markdown. The exit code shows whether all programs gave the same answers; no limit
 on time or memory makes it fail, since the machine may be busy.
 """
 
@@ -22,7 +22,7 @@ CANCEL_DELAYS_MS = 1000 + 500
 
 @contextlib.contextmanager
 def kept_busy(count):
-    """Other programs that want the processors for all the time, as long as this one lives."""
+    """Other programs that compete for the processors until this object is closed."""
     loop = "while kill -0 $PPID; do i=0; while [ $i -lt 99999 ]; do i=$((i+1)); done; done"
     others = [subprocess.Popen(["sh", "-c", loop]) for _ in range(count)]
     try:
@@ -64,7 +64,7 @@ def measure_growth(report, tools, few, large, rounds, factor):
 
 
 def measure_host(report, tools, many, rounds):
-    """What an application with a loop of its own notices."""
+    """The cost for an application with its own loop."""
     host = tools["search_host"]
     embedded = side_by_side({"": [host, "--embedded", many]}, rounds)[""]
     report.limit("longest call of PFMainLoopDispatch", 10, embedded.median("longest_dispatch_ms"),
@@ -156,7 +156,7 @@ def main():
     parser = option_parser(__doc__)
     parser.add_argument("--entries", type=int, default=200_000, help="of the tree (%(default)s)")
     parser.add_argument("--busy", type=int, default=0, metavar="N",
-                        help="let so many other programs compete for the processors")
+                        help="number of other programs that compete for the processors")
     add_scratch_options(parser, "trees", "searchsystem-bench", rounds=9)
     options = parser.parse_args()
     if options.entries < 1000 or options.rounds < 1:

@@ -2,8 +2,8 @@
 
 #include "samples/Shortage.h"
 
-/// The memory that can run short: that of `new` and of SQLite, and where no sanitizer has it for
-/// itself, that of `malloc`.
+/// The memory that can run short: that of `new` and of SQLite and, unless a sanitizer replaces it,
+/// that of `malloc`.
 namespace Allocations {
 
 extern Shortage shortage;
@@ -17,7 +17,7 @@ public:
   Exempt &operator=(const Exempt &) = delete;
 };
 
-/// To be called before anything uses SQLite.
+/// Call it before anything uses SQLite.
 void watchSQLite();
 
 } // namespace Allocations

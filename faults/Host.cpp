@@ -54,7 +54,7 @@ void Record::setList(const Paths &paths) {
 
 void Host::take(CFStringRef path, int32_t state) {
   const Allocations::Exempt exempt;
-  check(ends == 0, "told something after the end");
+  check(ends == 0, "a report after the end");
   check((path != nullptr ? 1 : 0) == state, "path and state do not agree");
   if (path == nullptr)
     ++ends;
@@ -78,7 +78,7 @@ Paths Host::search(Record &record) {
 }
 
 void Host::settle() {
-  // The virtual clock moves on only when no thread is at work.
+  // The virtual clock advances only when no thread is at work.
   class Stop final : public TimedWork {
     void fire() override { MainRunLoop::shared().stop(); }
     void finished() noexcept override {}

@@ -9,7 +9,7 @@
 
 using Paths = std::vector<std::string>;
 
-/// What a search is to look for, and how.
+/// A search and its conditions.
 struct Wanted {
   static constexpr double open = std::numeric_limits<double>::infinity();
 
@@ -44,17 +44,17 @@ private:
   std::vector<CFTypeRef> kept_;
 };
 
-/// A host with one search at a time, which judges what it is told.
+/// A host with one search at a time, which judges every report.
 class Host {
 public:
   /// Starts a search and follows it to its end, and the library's threads to that of their work.
-  /// Answers with the results in alphabetical order.
+  /// Returns the results in alphabetical order.
   static Paths search(Record &record);
 
   /// The callback for the records of `search`.
   static void take(CFStringRef path, int32_t state);
 
-  /// Runs the loop until the library has nothing more to do.
+  /// Runs the loop until the library is idle.
   static void settle();
 };
 

@@ -5,14 +5,14 @@
 #include <string_view>
 #include <vector>
 
-/// Writes a document of the layout that the reader knows whose table may name any places: within
+/// Writes a document of the layout that the reader knows. Its table may name any places: within
 /// other objects, within lines, the same text many times. `text` is the file so far.
 class HostileDocument {
 public:
   /// The reader opens nothing that is shorter.
   HostileDocument() { text = "%PDF-1.4\n" + std::string(600, '-') + "\n"; }
 
-  /// Names a place in the file, or the end of what is written so far; gives the object's number.
+  /// Names a place in the file, by default its end so far; returns the object's number.
   int name(std::size_t place) {
     places_.push_back(place);
     return static_cast<int>(places_.size()) - 1;
@@ -24,7 +24,7 @@ public:
     return *this;
   }
 
-  /// Repeats a part up to that size of the file; gives where each begins.
+  /// Repeats a part up to that size of the file; returns where each copy begins.
   std::vector<std::size_t> repeat(std::string_view part, std::size_t size) {
     std::vector<std::size_t> places;
     while (text.size() < size) {

@@ -2,16 +2,16 @@
 
 #include <cstddef>
 
-/// How much memory the process has from `malloc` and `new`, all that their blocks take.
+/// The memory that the process has from `malloc` and `new`, whole blocks.
 ///
-/// Linked into a program, it takes the place of the C library's functions; where a sanitizer has
-/// those for itself, nothing is counted. One thread may ask.
+/// Linked into a program, it replaces the C library's functions; where a sanitizer replaces them,
+/// nothing is counted. One thread may ask.
 namespace MemoryPeak {
 
-/// Forgets the peak that there was before.
+/// Forgets the peak so far.
 void begin();
 
-/// The most that there was at once since `begin`, beyond what there was then.
+/// The peak since `begin`, less the memory in use then.
 [[nodiscard]] std::size_t bytes();
 
 } // namespace MemoryPeak

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/// What the process holds of the machine.
+/// The resources that the process holds.
 struct Holdings {
   int descriptors = 0;
   int threads = 0;
@@ -13,12 +13,12 @@ struct Holdings {
   static Holdings now();
 };
 
-/// What the process's descriptors lead to, for a message.
+/// The targets of the process's descriptors, for a message.
 std::string openDescriptors();
 
-/// How many threads the process has when it does nothing, that of a sanitizer included.
+/// How many threads the idle process has, including that of a sanitizer.
 int threadsAtRest();
 
-/// Waits, for some seconds at most, until there are no more threads than `most`; how many there
-/// are. A thread of the library without a job ends after two seconds.
+/// Waits, for some seconds at most, until there are no more threads than `most`; returns how many
+/// there are. A thread of the library without a job ends after two seconds.
 int threadsAfterRest(int most);

@@ -19,10 +19,10 @@ void makeSmallTree(TemporaryTree &tree) {
   tree.link("in/deep/link beach.jpg", tree.path("1beach.jpg"));
   tree.file("shelf.doc/7beach.jpg");
   tree.file("in/beach.txt", "beach");
-  std::int64_t moment = PFSecondsFrom1970To2001;
+  std::int64_t time = PFSecondsFrom1970To2001;
   for (const char *const name : {"1beach.jpg", "2Beach.pdf", "3other.jpg", "in/4beach.tif",
                                  "in/5other.pdf", "in/deep/6beach.pct", "shelf.doc/7beach.jpg"})
-    tree.setModified(name, ++moment);
+    tree.setModified(name, ++time);
 }
 
 const std::vector<Way> &allWays() {

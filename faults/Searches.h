@@ -23,7 +23,7 @@ struct Way {
   const char *name;
   Wanted wanted;
   bool usesIndex, isList;
-  /// What is found in the small tree, relative to it, in alphabetical order.
+  /// The paths found in the small tree, relative to it, in alphabetical order.
   std::string found;
 };
 

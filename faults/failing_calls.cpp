@@ -66,7 +66,7 @@ const std::array<CallFaults, 12> callFaults{{
     {Thread, "thread", {EAGAIN, ENOMEM, EPERM}},
 }};
 
-/// The call that fails, and what it was about.
+/// The call that fails, and its subject.
 struct Failing {
   Shortage shortage;
   Call call{};
@@ -101,7 +101,7 @@ private:
 } failing;
 
 /// The system's calls, one of which fails. All folders were last changed an hour before they were,
-/// so that what the index learns can be relied on at once.
+/// so that the index trusts its new records at once.
 SystemCalls faultyCalls() {
   SystemCalls calls = realSystemCalls();
   calls.openAt = [](int folder, const char *path, int flags) {
@@ -186,7 +186,7 @@ Paths without(const Paths &all, const Paths &some) {
   return rest;
 }
 
-/// Whether a failed call on `failed` may have to do with what is told of `result`.
+/// Whether a failed call on `failed` may affect `result`.
 bool isAbout(const std::string &failed, const std::string &result) {
   if (failed.empty())
     return false;
@@ -310,7 +310,7 @@ private:
   }
 
   void judgeResults(const Paths &found, Call call, bool lasts, const Wanted &wanted) {
-    // What has no date passes a test of dates.
+    // A file without a date passes a test of dates.
     const bool mayPass =
         call == Status && failing.error != EINTR && wanted.modifiedFrom != -Wanted::open;
     for (const std::string &path : without(found, all_))

@@ -1,6 +1,6 @@
-// Asks documents that are made to cost the reader much: each may take 100 ms of processor time for
-// each MiB and 10 ms more, 32 times its bytes and 4 MiB of reading, and 16 times its size and 1 MiB
-// of memory.
+// Searches documents that are made to cost the reader much: each may take 100 ms of processor time
+// for each MiB and 10 ms more, 32 times its bytes and 4 MiB of reading, and 16 times its size and 1
+// MiB of memory.
 //
 //     hostile_documents [--all] [PART_OF_A_NAME]
 //
@@ -69,12 +69,12 @@ struct Document {
   bool opens = true;
 };
 
-/// What stands before the places that are named, what is repeated from each of them on, and what
-/// stands behind them all.
+/// The text before the named places, the text repeated at each of them, and the text after them
+/// all.
 struct Body {
   const char *name;
   std::string before, part, behind;
-  /// How much of the file the desert is that follows; it holds nothing that is looked for.
+  /// How much of the file follows without anything that the reader looks for.
   double desert = 0;
   std::string desertPart = "x\n";
   std::uint32_t encoding = macRoman;
@@ -306,7 +306,7 @@ double processorSeconds() {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// A document that tells how much of it was read.
+/// A document that counts how much of it was read.
 class CountedDocument : public CPDFFile {
 public:
   int Read(void *buffer, long count, long *done) override {

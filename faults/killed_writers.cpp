@@ -1,5 +1,5 @@
-// Kills a process at a random moment while it writes the index, again and again; what it leaves
-// behind is searched.
+// Kills a process at a random time while it writes the index, again and again, and searches with
+// the index it leaves.
 //
 //     killed_writers [--seconds S] [--seed FIRST]
 
@@ -76,7 +76,7 @@ std::unique_ptr<Record> photographs(const std::string &tree) {
   }
 }
 
-/// What SQLite has collected and not yet brought into the index.
+/// SQLite's log, which is not yet in the index.
 std::uintmax_t sizeOfLog() {
   std::error_code error;
   const std::uintmax_t size =
@@ -129,7 +129,7 @@ public:
     check(listings == 0, std::to_string(listings) + " listings, so the index is of no use");
     PFMetadataIndexStatus status{};
     check(PFMetadataIndexGetStatus(&status) == 1 && status.folders == folderCount + 30 + 1,
-          "the index tells of " + std::to_string(status.folders) + " folders");
+          "the index claims " + std::to_string(status.folders) + " folders");
   }
 
   [[nodiscard]] int writers() const noexcept { return writers_; }
@@ -149,7 +149,7 @@ private:
                    0,
                "cannot be started"))
       return false;
-    // At any moment, or soon after it has been seen to write.
+    // At any time, or soon after it has begun to write.
     if (random_() % 4 == 0) {
       std::this_thread::sleep_for(std::chrono::milliseconds(random_() % 300));
     } else {

@@ -4,8 +4,8 @@
 //
 //     schedules [--searches COUNT] [--seconds MOST] [--seed FIRST]
 //
-// Each search has a seed of its own. A fault is printed with the seed from which it can be had
-// again, as far as threads allow.
+// Each search has its own seed. A fault is printed with the seed that reproduces it, as far as
+// threads allow.
 
 #include "faults/Process.h"
 #include "faults/Searches.h"
@@ -33,7 +33,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t records = 4;
 
-/// A host that does things at random, and knows what the library owes it.
+/// A host that acts at random, and checks what the library owes it.
 class RandomHost {
 public:
   RandomHost(const std::string &tree, std::uint64_t seed)
@@ -75,7 +75,7 @@ public:
     startsLeft_ = 1;
     unrest_ = 0;
     start();
-    // It may end before, but this host has not learnt what is to be found.
+    // It may end before, but this host does not know the expected results.
     isWhole_ = false;
     for (unsigned i = chance(12); i > 0; --i)
       PFMainLoopDispatch();
@@ -94,7 +94,7 @@ private:
   }
 
   template <std::size_t number> static void told(CFStringRef path, std::int32_t state) {
-    check(current != nullptr, "told something when nobody is there");
+    check(current != nullptr, "a report without a search");
     if (current == nullptr)
       return;
     if (state == 0)
@@ -186,7 +186,7 @@ private:
     SS_SearchCancel();
   }
 
-  /// One of the things that a host may do at any moment.
+  /// One of the things that a host may do at any time.
   void act() {
     if (unrest_ == 0 || chance(40) >= unrest_)
       return;
@@ -254,7 +254,7 @@ private:
   /// An engine may outlive its host: a cancel makes one, and only a search's end takes it away.
   static inline bool hasEngine_ = false, engineHasQuery_ = false;
   bool isRunning_ = false, isInResult_ = false;
-  /// Nothing has disturbed the search, so that all is to be found.
+  /// Nothing has disturbed the search, so it must find everything.
   bool isWhole_ = false;
   std::size_t searched_ = 0, latest_ = 0;
   int ends_ = 0;
@@ -273,7 +273,7 @@ void learnAnswers(const std::string &tree) {
     }
 }
 
-/// Runs this program as a host that exits in mid-search; what is wrong with how it ended.
+/// Runs this program as a host that exits in mid-search; returns what was wrong with its end.
 void runExitingHost(const char *program, const std::string &tree, const std::string &cache,
                     std::uint64_t seed) {
   doing = "a host that exits, seed " + std::to_string(seed);

@@ -1,5 +1,5 @@
-// Searches a tree that changes, in one process, for so long; and compares what the process holds at
-// the end with what it held after a first part of the time.
+// Searches a changing tree in one process for a given time, and compares the resources that the
+// process holds at the end with those after a first part of the time.
 //
 //     soak [SECONDS]
 
@@ -46,9 +46,9 @@ Holdings rested(int threadsBefore) {
   return Holdings::now();
 }
 
-void print(const char *moment, long searches, const Holdings &held) {
+void print(const char *when, long searches, const Holdings &held) {
   std::printf("%s: %ld searches, %ld KiB resident, %ld KiB allocated, %d descriptors, %d threads\n",
-              moment, searches, held.resident, held.allocated, held.descriptors, held.threads);
+              when, searches, held.resident, held.allocated, held.descriptors, held.threads);
   std::fflush(stdout);
 }
 
@@ -93,7 +93,7 @@ int main(int argc, char **argv) {
   doing = "at the end";
   check(late.descriptors == early.descriptors, "descriptors left open");
   check(late.threads <= threadsBefore, "threads left behind");
-  // What an allocator keeps for later is no growth.
+  // Memory that an allocator keeps for later is no growth.
   check(late.allocated <= early.allocated + 256, "memory has grown");
   check(late.resident <= early.resident + 4096, "resident memory has grown");
   return verdict(std::to_string(searches) + " searches");

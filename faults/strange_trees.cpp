@@ -1,4 +1,4 @@
-// Searches trees that are made to break a search: what is no file under the names of files, loops,
+// Searches trees that are made to break a search: pipes and devices with the names of files, loops,
 // folders a thousand levels deep, many files in one folder, names of any bytes, trees that change
 // under the search; and an index whose disk is full or cannot be written.
 //
@@ -245,10 +245,10 @@ void changesInBetween() {
   const SystemCallsGuard guard(calls);
   for (const auto &[what, act] : acts)
     for (const char *const victim : {"victim.jpg", "victim.pdf", "victim", "victim.doc"})
-      for (const char *const moment : {"list", "status", "open"})
+      for (const char *const call : {"list", "status", "open"})
         for (const bool byIndex : {false, true})
           for (const Wanted &wanted : {anyName, beachInContent}) {
-            doing = std::string(victim) + " " + what + " at " + moment;
+            doing = std::string(victim) + " " + what + " at " + call;
             TemporaryTree tree;
             makeSmallTree(tree);
             if (std::filesystem::path(victim).extension() == ".jpg")
@@ -259,7 +259,7 @@ void changesInBetween() {
               tree.file(std::string(victim) + "/in it.jpg");
             isChanging = false;
             change = [&](const std::string &now) {
-              if (now == moment)
+              if (now == call)
                 act(tree, victim);
               else
                 isChanging = false;
@@ -365,7 +365,7 @@ void noDescriptors() {
 #endif
 }
 
-/// No file of the process may be larger than so much, as on a disk that is full.
+/// Limits the size of the process's files, as a full disk does.
 void fullDisk() {
   TemporaryTree tree;
   makeSmallTree(tree);
@@ -443,7 +443,7 @@ int main(int argc, char **argv) {
     (std::strcmp(argv[i], "--files") == 0 ? files : seconds) = std::atoi(argv[i + 1]);
   TemporaryTree cache;
   doing = "an index's disk";
-  // Before this process has used the library: a child could not go on with its threads.
+  // Before this process has used the library: a child has none of its threads.
   mountedCache(cache.folder("disk"));
   const int threadsBefore = threadsAtRest();
   const VirtualClock clock;

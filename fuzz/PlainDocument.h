@@ -19,16 +19,15 @@
 #include <utility>
 #include <vector>
 
-/// The reader of documents as it would be without any thought of its cost: each line is copied, cut
-/// and joined anew, each content stream is parsed for itself. What the fast one answers is compared
-/// with this.
+/// A reader of documents without regard to cost: it copies, cuts and joins each line anew, and
+/// parses each content stream by itself. The answers of the fast reader are compared with its own.
 class PlainDocument {
 public:
-  /// `stepsLeft` is how many bytes may be looked at before the comparison is given up.
+  /// `stepsLeft`: how many bytes it may examine before it gives up.
   PlainDocument(std::string_view file, long stepsLeft) : file_(file), stepsLeft_(stepsLeft) {}
 
-  /// Whether the steps have sufficed.
-  [[nodiscard]] bool isWorn() const { return stepsLeft_ < 0; }
+  /// Whether it has given up.
+  [[nodiscard]] bool isBudgetSpent() const { return stepsLeft_ < 0; }
 
   bool open() {
     if (file_.size() < 8 || !file_.starts_with("%PDF-"))
@@ -105,8 +104,8 @@ public:
   };
 
   /// Calls `take` with each line's tokens, and where they begin; `isComplete` is false for a part
-  /// of a line that the edge of a block ends. Gives where reading stopped, which is when `take`
-  /// answers false.
+  /// of a line that the edge of a block ends. Returns where reading stopped, which is when `take`
+  /// returns false.
   using Take =
       std::function<bool(const std::vector<std::string> &, long position, bool isComplete)>;
   long forEachLine(long start, bool keepsComments, const Take &take) {

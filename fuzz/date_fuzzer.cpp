@@ -35,7 +35,7 @@ void setTimeZone(std::uint8_t choice) {
   tzset();
 }
 
-/// The texts that are dates, but for numbers that are none.
+/// The texts that are dates, except that their numbers may be out of range.
 class DateForm {
 public:
   DateForm() {
@@ -85,8 +85,8 @@ std::int64_t offsetAt(std::time_t moment) {
   return localtime_r(&moment, &fields)->tm_gmtoff;
 }
 
-/// The first moment at which clocks show the time, which is given as if it were UTC, else the one
-/// by the offset that held before.
+/// When clocks first show the time, which is given as if it were UTC; if they never do, by the
+/// offset that held before.
 std::int64_t momentOfClock(std::int64_t time) {
   constexpr std::int64_t day = 86400;
   const std::int64_t before = time - offsetAt(time - day);

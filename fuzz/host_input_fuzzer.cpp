@@ -1,7 +1,7 @@
-// Hands any bytes to what ssfind reads: ranges of dates, lists of paths, arguments, the table of
-// mounts, and names that it has to show.
+// Passes any bytes to the readers of ssfind: ranges of dates, lists of paths, arguments, the table
+// of mounts, and names to show.
 //
-// An input is what it is for (one byte), a choice for that (one byte), and the bytes themselves.
+// An input is a reader (one byte), a choice for it (one byte), and the bytes themselves.
 
 #include "hosts/ssfind/DateRange.h"
 #include "hosts/ssfind/JsonText.h"
@@ -34,7 +34,7 @@ void require(bool holds) {
     std::abort();
 }
 
-/// What is reported, in place of standard error.
+/// Collects reports, in place of standard error.
 std::string reported;
 
 } // namespace
@@ -73,8 +73,7 @@ bool hasFormOfRange(const std::string &text) {
   return text.find('\0') == text.npos && regexec(&form, text.c_str(), 0, nullptr, 0) == 0;
 }
 
-/// What a date of a range that has been accepted shows on the clock: its first second, or the
-/// first after it.
+/// The local time of a date in an accepted range: its first second, or the first after it.
 std::string clockOf(std::string_view date, bool isAfter) {
   std::array<int, 6> fields{1, 1, 1, 0, 0, 0};
   std::size_t last = 0;
@@ -95,9 +94,8 @@ std::string clockOf(std::string_view date, bool isAfter) {
   return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &clock)};
 }
 
-/// What clocks show at a moment; it sorts as text, from the year 1000 on.
-std::string clockAt(std::int64_t moment) {
-  const std::time_t time = moment;
+/// The local time at `time`; it sorts as text, from the year 1000 on.
+std::string clockAt(std::time_t time) {
   std::tm clock{};
   std::array<char, 40> text{};
   return {text.data(),

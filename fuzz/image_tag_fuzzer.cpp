@@ -19,7 +19,7 @@
 
 namespace {
 
-/// What the one file there is holds.
+/// The content of the only file.
 std::string_view fileContent;
 
 constexpr SystemCalls callsOnContent{
@@ -69,7 +69,7 @@ void readTexts(std::string_view image) {
   const auto analysis = ExifAnalysis::startExifAnalysisAtPath(path.get());
   FileItem item(*path);
   const auto inSteps = ExifAnalysis::startExifAnalysisAtPath(item);
-  // Whether all is read at once or only what is needed, the answers are the same.
+  // The answers are the same whether everything is read at once or only on demand.
   if (!analysis != !inSteps)
     std::abort();
   if (!analysis)

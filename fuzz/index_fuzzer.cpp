@@ -1,4 +1,4 @@
-// Damages the file of the index and asks a query; it must find what there is to find.
+// Damages the file of the index and runs a query, which must still find every file.
 //
 // An input is a list of changes to a good file: the place (two bytes, counted in fours), a length,
 // and that many bytes. A length of 255 cuts the file off there.
@@ -71,7 +71,7 @@ private:
     query->setSearchScopes(NSArray::create({Ref<const NSObject>(NSString::create(tree_.path()))}));
     if (query->startQuery() != 1)
       std::abort();
-    // For the query, and for what it still writes.
+    // For the query, and for its last writes.
     waitForThreads();
     Paths paths;
     for (std::size_t i = 0; i < query->resultCount(); ++i) {
@@ -83,7 +83,7 @@ private:
   }
 
   TemporaryTree cache_, tree_;
-  /// Folders that seem old, so that the index can be relied on.
+  /// Folders that seem old, so that the index trusts its records.
   const SystemCallsGuard calls_{{.statusAt = statusAnHourAgo}};
   Paths expected_;
   std::string good_;

@@ -1,4 +1,4 @@
-// Writes what the fuzzers of the PDF reader begin with: make_pdf_seeds fuzz/seeds
+// Writes the seeds of the fuzzers of the PDF reader: make_pdf_seeds fuzz/seeds
 
 #include "samples/DocumentWriter.h"
 

@@ -1,5 +1,5 @@
-// Opens any bytes as a document and looks for a keyword in it. The answer has to be that of the
-// plain reader, and may not take longer than a document's size allows.
+// Opens any bytes as a document and looks for a keyword in it. The answer must equal that of the
+// plain reader, and come within the time that the document's size allows.
 
 #include "fuzz/PlainDocument.h"
 #include "pdf_reader/CPDFFile.h"
@@ -67,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
       isCaseSensitive ? NSLiteralSearch : NSLiteralSearch | NSCaseInsensitiveSearch;
   const bool isPlainlyOpen = plain.open();
   const bool isPlainlyFound = isPlainlyOpen && plain.find(keyword, options, encoding);
-  if (plain.isWorn())
+  if (plain.isBudgetSpent())
     return 0;
   if (isOpen != isPlainlyOpen)
     fail("opened", file.size(), isOpen);

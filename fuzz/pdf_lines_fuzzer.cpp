@@ -1,5 +1,5 @@
-// Cuts any bytes into lines and tokens in all ways that the PDF reader knows, and compares what
-// comes out with what plain loops give.
+// Cuts any bytes into lines and tokens in all ways that the PDF reader knows, and compares the
+// results with those of plain loops.
 
 #include "fuzz/PlainDocument.h"
 #include "pdf_reader/CParamArray.h"

@@ -1,4 +1,4 @@
-// Makes a predicate from any format, with any argument, and asks it about any name; the answer to
+// Makes a predicate from any format, with any argument, and tests it on any name; the answer to
 // "like" is compared with that of a plain matcher.
 //
 // An input is the format, the argument and the name, each ended by a newline but the last.

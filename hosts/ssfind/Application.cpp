@@ -22,8 +22,8 @@ namespace ssfind {
 
 namespace {
 
-/// Occupies the numbers of the standard descriptors, so that nothing else is opened under them. A
-/// standard input that the caller has closed can still not be read, nor an output be written to.
+/// Occupies the numbers of the standard descriptors, so that no file gets them. A standard input
+/// that the caller has closed still cannot be read, nor an output written to.
 void occupyStandardDescriptors() noexcept {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
     if (fcntl(descriptor, F_GETFD) < 0)
@@ -68,7 +68,7 @@ void searchFiles(const Options &options, const FileList &files, Results &results
   }
 }
 
-/// Whether all output has been written, or nobody wants it any more.
+/// Whether all output has been written, or its reader is gone.
 bool wasWritten(const Output &output, StandardError &errors) {
   if (output.error() == 0 || output.error() == EPIPE)
     return true;
@@ -101,8 +101,7 @@ ExitCode runSearches(const Options &options) {
   searchFolders(options, plan.folders, results, errors);
   searchFiles(options, plan.files, results);
   searchFolders(options, plan.listedFolders, results, errors);
-  // Whoever closed the pipe before the searches had ended did not wait to be told that nothing
-  // matched, nor is that known.
+  // A reader that closed the pipe early does not learn that nothing matched; nor is that certain.
   const bool isGivenUp = output.error() == EPIPE;
   results.finish();
 

@@ -4,7 +4,7 @@
 
 namespace ssfind {
 
-/// The whole command, from its arguments to the code that it exits with.
+/// Runs the whole command; returns its exit code.
 [[nodiscard]] ExitCode run(int argc, const char *const *argv) noexcept;
 
 } // namespace ssfind

@@ -16,8 +16,8 @@ struct CFReleaser {
 template <class Reference>
 using CFObject = std::unique_ptr<std::remove_pointer_t<Reference>, CFReleaser>;
 
-/// Takes what a function with Create in its name returned; throws where that is null, which means
-/// that memory is short.
+/// Takes the result of a function with Create in its name; throws if that is null, which means that
+/// memory is short.
 template <class Reference> [[nodiscard]] CFObject<Reference> own(Reference created) {
   if (created == nullptr)
     throw std::bad_alloc();

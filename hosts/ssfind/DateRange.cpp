@@ -17,7 +17,7 @@ namespace {
 constexpr double distantPast = -1e12;
 constexpr double distantFuture = 1e12;
 
-/// A date of the text: its first second, and the first after it.
+/// A date in the text: its first second, and the first second after it.
 struct Period {
   LocalTime first;
   LocalTime next;
@@ -123,9 +123,9 @@ std::optional<Period> Parser::timeOfDay(LocalTime day) {
   return Period{atMinute + seconds(*second), atMinute + seconds(*second + 1)};
 }
 
-double justBefore(Moment moment) {
-  const auto time = static_cast<double>(moment - PFSecondsFrom1970To2001);
-  // Some thousand years away a double is too coarse for half a microsecond.
+double justBefore(UnixTime second) {
+  const auto time = static_cast<double>(second - PFSecondsFrom1970To2001);
+  // Some thousand years from 2001 a double is too coarse for half a microsecond.
   return std::min(time - 0.5e-6, std::nextafter(time, -std::numeric_limits<double>::infinity()));
 }
 
@@ -156,8 +156,8 @@ std::variant<DateRange, TextError> parseDateRange(std::string_view text) {
                      parser.position()};
   if (from && to && to->next <= from->first)
     return TextError{"the range ends before it starts", endColumn};
-  return DateRange{from ? justBefore(firstMomentFrom(from->first)) : distantPast,
-                   to ? justBefore(endOfMomentsBefore(to->next)) : distantFuture};
+  return DateRange{from ? justBefore(firstTimeFrom(from->first)) : distantPast,
+                   to ? justBefore(endOfTimesBefore(to->next)) : distantFuture};
 }
 
 } // namespace ssfind

@@ -9,15 +9,16 @@ namespace ssfind {
 
 /// A range of dates as the library takes it: seconds since 2001-01-01 00:00 UTC.
 ///
-/// Each end lies half a microsecond before the first moment of the range, or after it. File times
-/// are whole microseconds, so none is equal to an end, and it does not matter whether the ends
-/// count. An open end is a date in the distant past or future.
+/// The start lies half a microsecond before the first second of the range, the end half a
+/// microsecond before the first second after it. File times are whole microseconds, so none equals
+/// an end, and whether the ends count makes no difference. An open end is in the distant past or
+/// future.
 struct DateRange {
   double start;
   double end;
 };
 
-/// What is wrong with a text, and at which byte.
+/// An error in a text, and its byte.
 struct TextError {
   std::string message;
   std::size_t column;
@@ -25,7 +26,7 @@ struct TextError {
 
 /// Reads FROM..TO, FROM.., ..TO, or a single date, in local time. A date is a year, month, day,
 /// minute or second (2024, 2024-05, 2024-05-17, 2024-05-17T10:30, 2024-05-17T10:30:15), from the
-/// year 1 to 9999, and means all of it: TO reaches through its last moment.
+/// year 1 to 9999, and means all of it: TO includes its last second.
 ///
 /// Where daylight saving skips a time, it means the end of the gap; where it doubles one, FROM
 /// means the first and TO the second.

@@ -6,13 +6,13 @@
 
 namespace ssfind {
 
-/// Size and date of an entry itself, not of what a link leads to.
+/// Size and date of an entry itself, links not followed.
 struct EntryStatus {
   std::uint64_t size;
   std::timespec modified;
 };
 
-/// Nothing where the entry cannot be examined, as when it has just been removed.
+/// None if the entry cannot be examined, such as one just removed.
 [[nodiscard]] std::optional<EntryStatus> statusOf(const char *path) noexcept;
 
 } // namespace ssfind

@@ -16,7 +16,7 @@ it is passed over, and so is what --files-from lists and is not there.
 
 RANGE is FROM..TO, FROM.., ..TO or a single date, in local time. A date is a
 year, month, day, minute or second (2024, 2024-05, 2024-05-17, 2024-05-17T10:30
-or 2024-05-17T10:30:15) and means all of it: TO reaches through its last moment.
+or 2024-05-17T10:30:15) and means all of it: TO includes its last second.
 
 A keyword is looked for in the text that a PDF file shows, and in four EXIF
 texts of a photograph: description, camera maker, camera model and comment.
@@ -31,7 +31,7 @@ Examples:
   ssfind ~/Pictures --name beach --modified 2023-06..2024-05
   ssfind -k beach -t 2024-07 ~/Pictures       photographs of that month
   ssfind -k invoice --in pdf ~/Documents      PDF files with that word
-  ssfind -m 2024-05-17T10:30.. --long         what has changed since then
+  ssfind -m 2024-05-17T10:30.. --long         all that changed since then
   ssfind --sort modified --limit 10           the ten newest
   ssfind ~/Scans -0 | xargs -0 cp -t /backup  safe for names with line ends
   git ls-files -z | ssfind --files-from - -0 -n logo

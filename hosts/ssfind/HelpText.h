@@ -2,7 +2,7 @@
 
 namespace ssfind {
 
-/// What the help says before and after the options.
+/// The help before and after the options.
 extern const char *const helpHeader;
 extern const char *const helpFooter;
 

@@ -7,8 +7,8 @@
 
 namespace ssfind {
 
-/// Lines that tell where the metadata index is and what it holds; nothing when that cannot be found
-/// out, which is reported.
+/// Lines that say where the metadata index is and what it holds; none when it cannot be read, which
+/// is reported.
 [[nodiscard]] std::optional<std::string> indexStatus(StandardError &errors);
 
 /// Removes the metadata index; false when it cannot be removed, which is reported.

@@ -21,7 +21,7 @@ void interrupt(int /*signal*/) {
 } // namespace
 
 void watchForInterrupts() noexcept {
-  // Without SA_RESTART, so that waiting for a list ends.
+  // Without SA_RESTART, so that a signal ends the wait for a list.
   struct sigaction action {};
   action.sa_handler = interrupt;
   sigemptyset(&action.sa_mask);

@@ -2,9 +2,9 @@
 
 namespace ssfind {
 
-/// Has the first SIGINT or SIGTERM remembered instead of ending the process, and the second end it
-/// at once; has writing to a closed pipe fail instead of ending the process. A signal that the
-/// caller had ignored stays so.
+/// From now on the first SIGINT or SIGTERM is remembered and the second ends the process, and
+/// writing to a closed pipe fails instead of ending it. Signals that the caller ignored stay
+/// ignored.
 void watchForInterrupts() noexcept;
 
 [[nodiscard]] bool wasInterrupted() noexcept;

@@ -6,12 +6,12 @@
 
 namespace ssfind {
 
-Moment firstMomentFrom(LocalTime time) noexcept {
+UnixTime firstTimeFrom(LocalTime time) noexcept {
   const auto [byOldOffset, byNewOffset, change] = PFLocalTimeMake(time.time_since_epoch().count());
   return byOldOffset < change ? byOldOffset : std::max(change, byNewOffset);
 }
 
-Moment endOfMomentsBefore(LocalTime time) noexcept {
+UnixTime endOfTimesBefore(LocalTime time) noexcept {
   const auto [byOldOffset, byNewOffset, change] = PFLocalTimeMake(time.time_since_epoch().count());
   return byNewOffset > change ? byNewOffset : std::min(change, byOldOffset);
 }

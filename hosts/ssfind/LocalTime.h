@@ -9,17 +9,17 @@ namespace ssfind {
 using LocalTime = std::chrono::local_seconds;
 
 /// Seconds since 1970-01-01 00:00 UTC.
-using Moment = std::int64_t;
+using UnixTime = std::int64_t;
 
-/// The first moment at which local clocks show `time` or a later time.
+/// When local clocks first show `time` or a later time.
 ///
-/// A time that daylight saving skips is the end of the gap, a doubled one the first of the two.
-[[nodiscard]] Moment firstMomentFrom(LocalTime time) noexcept;
+/// A time that daylight saving skips means the end of the gap, a doubled one the first of the two.
+[[nodiscard]] UnixTime firstTimeFrom(LocalTime time) noexcept;
 
-/// The moment after the last at which local clocks show a time before `time`.
+/// The second after local clocks last show a time before `time`.
 ///
-/// Differs from firstMomentFrom for doubled times only: it is the second of the two, so that what
-/// comes before `time` on the clock comes before this moment.
-[[nodiscard]] Moment endOfMomentsBefore(LocalTime time) noexcept;
+/// Differs from firstTimeFrom only for doubled times: it is the second of the two, so that every
+/// earlier time on the clock lies before it.
+[[nodiscard]] UnixTime endOfTimesBefore(LocalTime time) noexcept;
 
 } // namespace ssfind

@@ -9,7 +9,7 @@ namespace ssfind {
 
 namespace {
 
-/// How many characters a valid text has.
+/// The number of characters in a valid text.
 std::size_t widthOf(std::string_view text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
     return (static_cast<unsigned char>(c) & 0xC0) != 0x80;

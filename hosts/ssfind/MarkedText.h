@@ -6,7 +6,7 @@
 
 namespace ssfind {
 
-/// A line of what the user typed, and below it marks that point at places in it.
+/// A line that the user typed, and below it marks that point at places in it.
 class MarkedText {
 public:
   /// Marks the character at that byte, or the end.

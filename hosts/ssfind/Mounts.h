@@ -13,17 +13,17 @@ struct Mount {
   std::string fileSystem;
 };
 
-/// The mounts in a table of the form of fstab(5); lines of another form are passed over.
+/// The mounts in a table of the form of fstab(5); other lines are skipped.
 [[nodiscard]] std::vector<Mount> mountsOf(std::FILE *table);
 
-/// The mounts of this process; none when the system does not tell.
+/// The mounts of this process; none when they cannot be read.
 [[nodiscard]] std::vector<Mount> currentMounts();
 
 /// The places below `folder` where a search of it stops because another file system begins, and
 /// further such places below those; each once, a folder before what lies below it.
 ///
 /// Hidden folders are left out, as a search leaves them out. So are the kernel's own file systems,
-/// such as proc and sysfs, with all that is mounted inside them: they hold no files of anybody.
+/// such as proc and sysfs, with everything mounted in them: they hold nobody's files.
 [[nodiscard]] std::vector<std::string> mountsBelow(std::string_view folder,
                                                    const std::vector<Mount> &mounts);
 

@@ -26,7 +26,7 @@ constexpr const char *tryHelp = "Try 'ssfind --help'.\n";
 
 struct UsageFault {
   std::string message;
-  /// Where on the command line.
+  /// Places on the command line.
   std::vector<std::size_t> places;
 };
 
@@ -51,7 +51,7 @@ public:
   }
 };
 
-/// The options of the command: their names and help, and their values when they have been parsed.
+/// The options of the command: their names and help and, after parsing, their values.
 class OptionTable {
 public:
   explicit OptionTable(CommandLine commandLine);
@@ -116,7 +116,7 @@ private:
 OptionTable::OptionTable(CommandLine commandLine) : commandLine_(std::move(commandLine)) {
   app_.formatter(std::make_shared<HelpFormatter>());
   app_.footer(helpFooter);
-  // Operands are taken from what the parser leaves, which keeps names such as [a,b] whole.
+  // The parser would split names such as [a,b]; taking operands from its rest keeps them whole.
   app_.allow_extras();
   addConditions();
   addPlaces();
@@ -137,7 +137,7 @@ void OptionTable::addConditions() {
   app_.option_defaults()->group("Conditions (without any, all files match)");
   name_ = addValue("-n,--name", "TEXT", "TEXT occurs in the file's name, in any case");
   modified_ = addValue("-m,--modified", "RANGE", "last changed in RANGE (see below)");
-  keyword_ = addValue("-k,--keyword", "TEXT", "TEXT occurs in the file, where --in tells");
+  keyword_ = addValue("-k,--keyword", "TEXT", "TEXT occurs in the file, where --in says");
   in_ = addValue("--in", "KINDS",
                  "pdf: the text of PDF files; exif: the tags of\n"
                  "photographs; default: pdf,exif");
@@ -218,7 +218,7 @@ std::vector<std::string> OptionTable::argumentsForParser() const {
     areOptionsOver |= !isValue && argument == "--";
     const bool mayBeOption = !areOptionsOver && !isValue;
     const std::string option = argument.substr(0, argument.find('='));
-    // The parser would take the next argument for the value that is empty here.
+    // The parser would take the next argument in place of the empty value.
     const bool hasEmptyValue =
         mayBeOption && argument.starts_with("--") && argument == option + '=' && takesValue(option);
     arguments.push_back(hasEmptyValue ? option : argument);
@@ -403,8 +403,8 @@ UsageFault OptionTable::faultOf(const CLI::ParseError &error) const {
 }
 
 UsageFault OptionTable::faultOfValue(const CLI::ArgumentMismatch &error) const {
-  // The message begins with the option: "--name: ..." where its value is missing, and "json ..."
-  // where a flag has one.
+  // The message begins with the option: "--name: ..." if its value is missing, "json ..." if a flag
+  // has one.
   const std::string message = error.what();
   const std::string name = message.substr(0, message.find_first_of(": "));
   const bool isFlag = !name.starts_with('-');

@@ -7,15 +7,15 @@
 
 namespace ssfind {
 
-/// What the user asked to read instead of a search: help or version.
+/// Text to print instead of a search: help or version.
 struct Information {
   std::string text;
 };
 
-/// What to do with the metadata index in place of a search.
+/// A task with the metadata index instead of a search.
 enum class IndexTask { ShowStatus, Clear };
 
-/// What is wrong with the command line; lines of text that point at the place.
+/// An error in the command line: lines of text that point at the place.
 struct UsageError {
   std::string text;
 };

@@ -9,7 +9,7 @@
 
 namespace ssfind {
 
-/// What a file must meet, and which files are looked at.
+/// The conditions for files, and which files to examine.
 struct Conditions {
   std::optional<std::string> name;
   std::optional<DateRange> modified;
@@ -29,7 +29,7 @@ enum class Format { Path, Long, Json };
 enum class Order { AsFound, ByPath, NewestFirst };
 enum class Coloring { Auto, Always, Never };
 
-/// How much is told about the matches.
+/// How matches are reported.
 enum class Report { All, Count, Nothing };
 
 struct OutputOptions {

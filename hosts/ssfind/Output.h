@@ -5,23 +5,23 @@
 
 namespace ssfind {
 
-/// What is on its way to a descriptor. After a failure nothing more is written.
+/// Buffered output to a descriptor. After a failure nothing more is written.
 class Output {
 public:
   explicit Output(int descriptor);
 
-  /// Where to append. isFull tells when it is time to flush.
+  /// The buffer to append to. Flush when isFull() is true.
   [[nodiscard]] std::string &text() noexcept { return text_; }
   [[nodiscard]] bool isEmpty() const noexcept { return text_.empty(); }
   [[nodiscard]] bool isFull() const noexcept { return text_.size() >= capacity; }
 
-  /// Hands over all that waits, and waits itself until it is taken.
+  /// Writes the buffer, and waits until all of it is written.
   void flush() noexcept;
 
-  /// Looks whether a pipe's reader has gone, which otherwise shows with the next flush only.
+  /// Checks whether a pipe's reader is gone, which otherwise only the next flush shows.
   void checkReader() noexcept;
 
-  /// The number of the system's error, and 0 while there is none. A closed pipe is EPIPE.
+  /// The system's error number, 0 if there is none. A closed pipe is EPIPE.
   [[nodiscard]] int error() const noexcept { return error_; }
 
 private:

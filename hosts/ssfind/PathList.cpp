@@ -28,7 +28,7 @@ public:
 
   [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
 
-  /// As read(2), but ends with EINTR also for an interrupt that came just before.
+  /// As read(2), but fails with EINTR also if an interrupt came just before.
   ssize_t read(char *bytes, std::size_t size) const {
     constexpr int milliseconds = 100;
     pollfd readable{descriptor_, POLLIN, 0};
@@ -49,7 +49,7 @@ private:
   const int descriptor_;
 };
 
-/// Divides what is read into paths.
+/// Splits the input into paths.
 class PathSplitter {
 public:
   explicit PathSplitter(char separator) : separator_(separator) {}

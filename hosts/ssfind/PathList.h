@@ -8,10 +8,10 @@
 
 namespace ssfind {
 
-/// Reads a file of paths, each ended by `separator`; "-" is standard input. Empty paths are passed
-/// over.
+/// Reads a file of paths, each ended by `separator`; "-" is standard input. Empty paths are
+/// skipped.
 ///
-/// Nothing when the list cannot be read, which is reported, or when an interrupt comes first.
+/// None when the list cannot be read, which is reported, or an interrupt comes first.
 [[nodiscard]] std::optional<std::vector<std::string>>
 readPathList(const std::string &file, char separator, StandardError &errors);
 

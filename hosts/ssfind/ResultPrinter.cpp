@@ -59,7 +59,7 @@ void ResultPrinter::appendJson(std::string &out, std::string_view path,
   out += "}\n";
 }
 
-/// A size of more than twelve digits moves the rest of its line.
+/// A size of more than twelve digits shifts the rest of its line.
 void ResultPrinter::appendColumns(std::string &out, const MatchDetails &details) const {
   constexpr std::size_t sizeWidth = 12;
   const std::string size = details.status ? std::to_string(details.status->size) : "-";

@@ -10,22 +10,22 @@
 
 namespace ssfind {
 
-/// What is told about a match besides its path, where it can be found out.
+/// Details of a match besides its path, as far as they can be read.
 struct MatchDetails {
   std::optional<EntryStatus> status;
   std::optional<std::timespec> taken;
 };
 
-/// Writes one match after another in the format that was asked for.
+/// Writes matches in the requested format.
 class ResultPrinter {
 public:
-  /// With `isForTerminal` names are made visible; otherwise their bytes are written as they are.
+  /// With `isForTerminal` names are escaped; otherwise their bytes are written as they are.
   ResultPrinter(const OutputOptions &options, bool hasColors, bool isForTerminal)
       : format_(options.format), separator_(options.separator),
         hasShootingDate_(options.hasShootingDate), hasColors_(hasColors),
         isForTerminal_(isForTerminal) {}
 
-  /// What print() wants to know.
+  /// Whether print() needs these details.
   [[nodiscard]] bool needsStatus() const noexcept { return format_ != Format::Path; }
   [[nodiscard]] bool needsShootingDate() const noexcept {
     return hasShootingDate_ && format_ != Format::Path;

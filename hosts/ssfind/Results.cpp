@@ -13,7 +13,7 @@ namespace ssfind {
 
 namespace {
 
-/// A match is printed at once after a pause, and no later than this in a stream of them.
+/// After a pause a match is printed at once, in a stream of matches within this time.
 constexpr std::chrono::milliseconds flushInterval{20};
 constexpr std::chrono::milliseconds idleInterval{100};
 
@@ -28,7 +28,7 @@ constexpr std::uint64_t unlimited = std::numeric_limits<std::uint64_t>::max();
 std::uint64_t enoughFor(const OutputOptions &options, bool collects) {
   if (options.report == Report::Nothing)
     return 1;
-  // The first few of an order are known at the end only.
+  // Which are the first in an order is known only at the end.
   return collects ? unlimited : options.limit.value_or(unlimited);
 }
 

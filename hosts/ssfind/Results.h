@@ -15,13 +15,13 @@
 
 namespace ssfind {
 
-/// Takes the matches of one search after the other, and prints, counts or collects them.
+/// Prints, counts or collects the matches of several searches, one after another.
 class Results final : public SearchFollower {
 public:
-  /// `mayRepeat`: the same file may be found by more than one search, and counts once.
+  /// `mayRepeat`: several searches may find the same file; it counts once.
   Results(const OutputOptions &options, bool mayRepeat, Output &output, StandardError &errors);
 
-  /// What is found next comes from a search of `folder`, or of `files`. Both must live on.
+  /// The next matches come from a search of `folder`, or of `files`, which must stay alive.
   void expectFrom(const Folder &folder);
   void expectFrom(const FileList &files);
 
@@ -29,11 +29,11 @@ public:
   Next takeTurn() override;
   [[nodiscard]] std::chrono::duration<double> timeToNextTurn() override;
 
-  /// Whether further searches can add nothing: enough was found, an interrupt came, or nobody
-  /// reads any more.
+  /// Whether further searches can add nothing: enough was found, an interrupt came, or the reader
+  /// is gone.
   [[nodiscard]] bool isOver() const;
 
-  /// Prints what waits for the end of all searches.
+  /// Prints the matches that had to wait for the end of all searches.
   void finish();
 
   [[nodiscard]] bool hasMatches() const noexcept { return count_ != 0; }
@@ -58,12 +58,12 @@ private:
   StandardError &errors_;
   const ResultPrinter printer_;
   const bool collects_;
-  /// The count at which there is enough.
+  /// The count that is enough.
   const std::uint64_t enough_;
 
   const Folder *folder_ = nullptr;
   const FileList *files_ = nullptr;
-  /// The path of the newest match as it is printed.
+  /// The path of the newest match as printed.
   std::string shown_;
   std::uint64_t count_ = 0;
   std::unordered_set<std::string> seen_;

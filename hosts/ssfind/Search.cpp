@@ -8,7 +8,7 @@ namespace ssfind {
 
 namespace {
 
-/// The search that runs. The library's callback has no argument to find it by.
+/// The running search. The library's callback has no argument to pass it.
 struct RunningSearch {
   SearchFollower &follower;
   bool isCancelled = false;
@@ -48,7 +48,7 @@ void report(CFStringRef path, int32_t state) {
 } // namespace
 
 void search(SearchRequest &request, SearchFollower &follower) {
-  // Nobody waits for the library's delays, which are meant for a program with windows.
+  // Skips the library's delays, which are meant for programs with windows.
   PFMainLoopSetClock(PFMainLoopClockVirtual);
   RunningSearch state{follower, false, false, nullptr};
   running = &state;

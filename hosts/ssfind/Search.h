@@ -23,7 +23,7 @@ public:
   /// Called between portions of the search's work. Matches may still be reported after Stop.
   virtual Next takeTurn() = 0;
 
-  /// How long the search may go on until the next turn.
+  /// How long the search may run until the next turn.
   [[nodiscard]] virtual std::chrono::duration<double> timeToNextTurn() = 0;
 
 protected:

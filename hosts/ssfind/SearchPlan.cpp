@@ -20,7 +20,7 @@ namespace ssfind {
 
 namespace {
 
-/// The path with all links resolved; nothing, with errno, when it leads nowhere.
+/// The path with all links resolved; none, with errno set, if it leads nowhere.
 std::optional<std::string> resolved(const std::string &path) {
   char buffer[PATH_MAX];
   if (realpath(path.c_str(), buffer) == nullptr)
@@ -28,7 +28,7 @@ std::optional<std::string> resolved(const std::string &path) {
   return buffer;
 }
 
-/// 0 when the folder can be listed and its entries reached, else the system's error.
+/// 0 if the folder can be listed and its entries reached, else the error number.
 int errorOfReading(const std::string &folder) noexcept {
   const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (descriptor < 0)
@@ -53,7 +53,7 @@ private:
   void addFolder(const std::string &typed, std::vector<FolderSearch> &searches);
   void addMounts(FolderSearch &search) const;
   void addLine(const std::string &line);
-  /// Whether there is anything under that path.
+  /// Whether the path exists.
   bool addListed(const std::string &typed);
   void addListedFile(const std::string &typed);
   [[nodiscard]] bool isCovered(const std::string &path) const;
@@ -65,7 +65,7 @@ private:
   SearchPlan plan_;
   /// The folders that the plan searches, by themselves or as part of another.
   std::unordered_set<std::string> searched_;
-  /// The folder of the listed file before, which mostly is the next one's too.
+  /// The folder of the previous listed file, usually that of the next one too.
   std::string lastParent_;
   std::optional<std::string> lastResolvedParent_;
 };
@@ -119,8 +119,8 @@ void Planner::addMounts(FolderSearch &search) const {
 bool Planner::isCovered(const std::string &path) const {
   if (searched_.contains(path))
     return true;
-  // The search of a folder enters those in it that are not hidden, cannot be packages and are no
-  // mounts. A name without a dot is neither of the first two.
+  // The search of a folder enters its sub-folders unless they are hidden, packages or mounts. A
+  // name without a dot is neither of the first two.
   const std::string_view name = std::string_view(path).substr(path.rfind('/') + 1);
   if (!searchesSubfolders() || mounts_.empty() || name.find('.') != name.npos)
     return false;
@@ -130,7 +130,7 @@ bool Planner::isCovered(const std::string &path) const {
 }
 
 void Planner::addLine(const std::string &line) {
-  // Lists that were made on other systems end their lines with CR and LF.
+  // Lists from other systems end their lines with CR and LF.
   if (!addListed(line) && line.ends_with('\r') && options_.listSeparator == '\n')
     addListed(line.substr(0, line.size() - 1));
 }

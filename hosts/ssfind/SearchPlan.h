@@ -11,18 +11,18 @@
 
 namespace ssfind {
 
-/// A folder to search: as the library is given it, resolved and absolute, and as it was typed.
+/// A folder to search: its resolved absolute path for the library, and the path as typed.
 struct Folder {
   std::string path;
   std::string shown;
 };
 
-/// A folder, and the other file systems below it, where the library's search stops.
+/// A folder, and the other file systems mounted below it, where the library's search stops.
 struct FolderSearch {
   Folder folder;
-  /// Those that are to be searched too.
+  /// Mounts to search too.
   std::vector<Folder> mounts;
-  /// Those that are not.
+  /// Mounts not to search.
   std::vector<Folder> skippedMounts;
 };
 
@@ -32,7 +32,7 @@ public:
   /// `path` is absolute, with all links but the last component resolved.
   void add(std::string path, std::string_view shown);
 
-  /// In the order of the list; valid as long as this object.
+  /// In the order of the list; valid while this object lives.
   [[nodiscard]] const std::vector<std::string_view> &paths() const noexcept { return paths_; }
 
   /// How the list writes a path that is in it.
@@ -50,11 +50,11 @@ private:
   std::vector<std::string_view> paths_;
 };
 
-/// What has to be searched, in this order.
+/// The folders and files to search, in this order.
 struct SearchPlan {
   std::vector<FolderSearch> folders;
   FileList files;
-  /// The folders that were found in the list.
+  /// The folders in the list.
   std::vector<FolderSearch> listedFolders;
   /// Whether two searches of the plan may meet the same file.
   bool hasOverlap = false;
@@ -62,8 +62,8 @@ struct SearchPlan {
   bool hasFailures = false;
 };
 
-/// Looks at the folders and the list that the options name. Folders that a search before them
-/// covers are left out.
+/// Examines the folders and the list that the options name. Leaves out folders that an earlier
+/// search covers.
 [[nodiscard]] SearchPlan planSearch(const Options &options, StandardError &errors);
 
 } // namespace ssfind

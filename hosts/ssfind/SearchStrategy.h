@@ -7,12 +7,12 @@
 
 namespace ssfind {
 
-/// The searches of the library that find, taken together, what meets the conditions: none of them
-/// finds what another does. Empty where no file can meet them.
+/// The searches of the library that together find the files that meet the conditions, each file in
+/// one search only. Empty if no file can meet them.
 [[nodiscard]] std::vector<Conditions> searchesFor(const Conditions &conditions);
 
-/// Whether one of these searches may be answered from the metadata index: only where that finds
-/// what a walk through the folder would, each file once.
+/// Whether one of these searches may use the metadata index: only where that finds the same files
+/// as a walk through the folder, each once.
 [[nodiscard]] bool mayUseIndex(const Conditions &search, std::string_view folder) noexcept;
 
 } // namespace ssfind

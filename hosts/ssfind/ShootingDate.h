@@ -6,8 +6,8 @@
 
 namespace ssfind {
 
-/// When the photograph in a file was taken, as a search by shooting date compares it; nothing where
-/// the file does not tell.
+/// When a photograph was taken, as a search by shooting date compares it; none if the file has no
+/// such date.
 [[nodiscard]] std::optional<std::timespec> shootingDateOf(const std::string &path);
 
 } // namespace ssfind

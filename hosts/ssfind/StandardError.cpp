@@ -14,14 +14,14 @@ constexpr std::chrono::milliseconds delayOfFirst{300};
 constexpr std::chrono::milliseconds interval{100};
 
 void writeError(std::string_view text) {
-  // There is nobody to tell when this fails.
+  // There is nowhere to report a failure.
   [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
 }
 
 } // namespace
 
-StandardError::StandardError(bool isTelling)
-    : showsProgress_(isTelling && isCapableTerminal(STDERR_FILENO)),
+StandardError::StandardError(bool showsProgress)
+    : showsProgress_(showsProgress && isCapableTerminal(STDERR_FILENO)),
       nextShowing_(Clock::now() + delayOfFirst) {}
 
 void StandardError::write(std::string_view lines) {

@@ -7,24 +7,23 @@
 
 namespace ssfind {
 
-/// Standard error: messages, each a line of its own that begins with the program's name, and on a
-/// terminal the line that tells how far the search has come.
+/// Standard error: messages, each on its own line and beginning with the program's name, and on a
+/// terminal a progress line.
 class StandardError {
 public:
   using Clock = std::chrono::steady_clock;
 
-  /// Without `isTelling` there is never a progress line.
-  explicit StandardError(bool isTelling);
+  explicit StandardError(bool showsProgress);
 
-  /// Writes lines that are complete as they are.
+  /// Writes complete lines as they are.
   void write(std::string_view lines);
   void report(std::string_view message);
-  /// Reports what the system has against a file or folder.
+  /// Reports a failure of the system's about a file or folder.
   void reportFailure(std::string_view path, int error);
 
-  /// Shows the count of matches, at most ten times a second, and not before a search has lasted.
+  /// Shows the number of matches, at most ten times a second, and not in a short search.
   void showProgress(std::uint64_t matches, Clock::time_point now);
-  /// Takes the progress line away, for something else to be written to the terminal.
+  /// Removes the progress line, so that something else can be written to the terminal.
   void clearProgress();
 
 private:

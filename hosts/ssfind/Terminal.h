@@ -2,7 +2,7 @@
 
 namespace ssfind {
 
-/// Whether what is written to the descriptor is shown by a terminal.
+/// Whether the descriptor is a terminal.
 [[nodiscard]] bool isTerminal(int descriptor) noexcept;
 
 /// Whether that terminal has colours and can clear a line.

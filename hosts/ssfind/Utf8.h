@@ -5,7 +5,7 @@
 
 namespace ssfind {
 
-/// The character at the beginning of a text, or its first byte where that is not UTF-8.
+/// The first character of a text, or its first byte where that is not UTF-8.
 struct Utf8Character {
   char32_t code;
   std::size_t length;
@@ -17,8 +17,8 @@ struct Utf8Character {
 
 [[nodiscard]] bool isUtf8(std::string_view text) noexcept;
 
-/// Control characters, and those that change the direction of text: on a terminal they would move
-/// the cursor, hide text or show a name in another order than it has.
+/// Control characters, and those that change the direction of text: on a terminal they could move
+/// the cursor, hide text or reorder a name.
 [[nodiscard]] bool isControlCharacter(char32_t code) noexcept;
 
 } // namespace ssfind

@@ -4,10 +4,11 @@
 #include "platform/foundation/MountPoints.h"
 #include "platform/foundation/NSWorkspace.h"
 #include "platform/foundation/PathComponents.h"
+#include "platform/foundation/ResolvedPath.h"
+#include "platform/foundation/TryTwice.h"
 #include "platform/metadata/FolderKey.h"
 #include "platform/metadata/FolderRecord.h"
 #include "platform/metadata/FolderStatus.h"
-#include "platform/metadata/SearchScope.h"
 
 #include <utility>
 
@@ -18,22 +19,19 @@ void setPath(std::string &path, std::string_view folder, std::string_view name) 
   path.append("/").append(name);
 }
 
-/// A file whose date is asked for only if it matters.
+/// A file whose date is read only if it matters.
 class FileInFolder final : public MetadataCandidate {
 public:
   FileInFolder(std::string_view folder, std::string_view fileName, std::string &path) noexcept
       : MetadataCandidate(fileName), folder_(folder), path_(path) {}
 
   std::optional<double> contentChangeDate() noexcept override {
-    if (!isExamined_) {
-      isExamined_ = true;
-      try {
+    // Only a path that is too long for a result needs memory here.
+    if (!std::exchange(isExamined_, true))
+      tryTwice([&] {
         setPath(path_, folder_, name);
         status_ = fileStatus(currentFolder, path_.c_str(), FollowLink::No);
-      } catch (...) {
-        // Only a path that is too long for a result needs memory here.
-      }
-    }
+      });
     return status_ ? std::optional(status_->modificationTime) : std::nullopt;
   }
 
@@ -44,24 +42,35 @@ private:
   std::optional<FileStatus> status_;
 };
 
+std::string resolvedFolder(const std::string &path) {
+  const std::optional<FileStatus> status = fileStatus(currentFolder, path.c_str(), FollowLink::Yes);
+  if (!status || status->kind != FileKind::Folder)
+    return {};
+  return resolvedPath(path).value_or(std::string());
+}
+
+/// The folder that a search scope names, links resolved. If it does not exist, the path is tried
+/// without the blanks around it. Empty when there is no such folder.
+std::string resolvedScope(const std::string &scope) {
+  std::string folder = resolvedFolder(scope);
+  constexpr const char *blanks = " \t";
+  const std::size_t begin = scope.find_first_not_of(blanks);
+  if (!folder.empty() || begin == std::string::npos)
+    return folder;
+  return resolvedFolder(scope.substr(begin, scope.find_last_not_of(blanks) + 1 - begin));
+}
+
 } // namespace
 
 void FolderGatherer::process(const FolderTask &task, FolderQueue::Tasks &tasks,
                              Results &results) noexcept {
   const std::size_t tasksBefore = tasks.size();
   const std::size_t resultsBefore = results.size();
-  try {
-    tryToProcess(task, tasks, results);
-    return;
-  } catch (...) {
+  tryTwice([&] {
     tasks.resize(tasksBefore);
     results.resize(resultsBefore);
-  }
-  try {
     tryToProcess(task, tasks, results);
-  } catch (...) {
-    // Memory stays short: what has not been met by now cannot be found.
-  }
+  });
 }
 
 void FolderGatherer::tryToProcess(const FolderTask &task, FolderQueue::Tasks &tasks,
@@ -89,16 +98,13 @@ void FolderGatherer::tryToProcess(const FolderTask &task, FolderQueue::Tasks &ta
 
 void FolderGatherer::processScope(const std::string &scope, FolderQueue::Tasks &tasks,
                                   Results &results) {
-  path_ = resolvedSearchScope(scope);
+  path_ = resolvedScope(scope);
   if (path_.empty())
     return;
+  // Where memory is short the search does without records.
   std::shared_ptr<RecordStream> stream;
-  try {
-    if (common_.place)
-      stream = RecordStream::open(path_, *common_.place, common_.writer);
-  } catch (...) {
-    // Memory is short: the search does without records.
-  }
+  if (common_.place)
+    tryTwice([&] { stream = RecordStream::open(path_, *common_.place, common_.writer); });
   if (stream)
     processRecords(stream, tasks, results);
   else
@@ -108,10 +114,7 @@ void FolderGatherer::processScope(const std::string &scope, FolderQueue::Tasks &
 void FolderGatherer::processRecords(const std::shared_ptr<RecordStream> &stream,
                                     FolderQueue::Tasks &tasks, Results &results) noexcept {
   const auto offerNext = [&] {
-    FolderTask next;
-    next.kind = FolderTask::Kind::Records;
-    next.stream = stream;
-    common_.queue.add(std::move(next));
+    common_.queue.add({.kind = FolderTask::Kind::Records, .stream = stream});
   };
   try {
     std::unique_ptr<RecordStream::Chunk> chunk = stream->read();
@@ -121,22 +124,15 @@ void FolderGatherer::processRecords(const std::shared_ptr<RecordStream> &stream,
       offerNext();
     for (RecordStream::Row &row : chunk->rows)
       if (!isStopped())
-        tryToSearchRow(*stream, *chunk, row);
+        row.hasFailed = !tryTwice([&] {
+          row.results.clear();
+          searchRow(*stream, *chunk, row);
+        });
     if (!isStopped() && stream->merge(std::move(chunk), tasks, results))
       offerNext();
   } catch (...) {
     if (!isStopped())
       stream->giveUp(tasks);
-  }
-}
-
-void FolderGatherer::tryToSearchRow(const RecordStream &stream, const RecordStream::Chunk &chunk,
-                                    RecordStream::Row &row) noexcept {
-  try {
-    searchRow(stream, chunk, row);
-  } catch (...) {
-    row.results.clear();
-    row.hasFailed = true;
   }
 }
 
@@ -194,9 +190,8 @@ std::optional<FolderNames> FolderGatherer::list(bool isRecorded, Results &result
   if (!listing || !listing->canReachEntries())
     return std::nullopt;
   const std::optional<FileStatus> status = fileStatus(listing->descriptor());
-  std::optional<std::int64_t> volume;
-  if (status)
-    volume = volumes_.volumeOf(status->device, listing->descriptor());
+  const std::optional<std::int64_t> volume =
+      status ? volumes_.volumeOf(status->device, listing->descriptor()) : std::nullopt;
   bool isLasting =
       volume && !status->isEncrypted && isSettled(status->changeTime, begin, longestTick);
   listing_.clear();
@@ -230,7 +225,7 @@ std::optional<FolderNames> FolderGatherer::list(bool isRecorded, Results &result
 
 void FolderGatherer::keep(const FileStatus &status, std::int64_t volume, bool isLasting,
                           bool isRecorded, const FolderNames &names) {
-  // A folder that cannot be relied on is only noted down, so that the way to those below is known.
+  // Of a folder whose record would not last only the key is kept, which leads to those below it.
   if ((!isLasting && isRecorded) || !common_.writer.isWanted())
     return;
   IndexRecord record;
@@ -245,29 +240,19 @@ void FolderGatherer::keep(const FileStatus &status, std::int64_t volume, bool is
 void FolderGatherer::search(const FolderNames &names, Results &results) {
   const std::string_view folder = pathWithoutTrailingSlashes(path_);
   entryPath_.reserve(longestPath);
-  const auto meetsPredicate = [&](std::string_view name) {
-    if (isStopped())
-      return false;
-    FileInFolder file(folder, name, entryPath_);
-    return common_.predicate.evaluateWithObject(file) &&
-           folder.size() + 1 + name.size() <= longestPath;
-  };
-  const auto addResult = [&](std::string_view name) {
-    results.push_back(NSString::join(folder, "/", name));
-  };
-  FolderNames::forEach(names.files, [&](std::string_view name) {
-    if (meetsPredicate(name))
-      addResult(name);
-  });
-  FolderNames::forEach(names.links, [&](std::string_view name) {
-    if (!meetsPredicate(name))
-      return;
-    setPath(entryPath_, folder, name);
+  const auto leadsToFile = [&](std::string_view link) {
+    setPath(entryPath_, folder, link);
     const std::optional<FileStatus> target =
         fileStatus(currentFolder, entryPath_.c_str(), FollowLink::Yes);
-    if (target && target->kind != FileKind::Folder)
-      addResult(name);
-  });
+    return target && target->kind != FileKind::Folder;
+  };
+  for (const bool areLinks : {false, true})
+    FolderNames::forEach(areLinks ? names.links : names.files, [&](std::string_view name) {
+      FileInFolder file(folder, name, entryPath_);
+      if (!isStopped() && common_.predicate.evaluateWithObject(file) &&
+          folder.size() + 1 + name.size() <= longestPath && (!areLinks || leadsToFile(name)))
+        results.push_back(NSString::join(folder, "/", name));
+    });
 }
 
 bool FolderGatherer::isMountRoot(std::string_view name) const noexcept {
@@ -281,6 +266,5 @@ bool FolderGatherer::isMountRoot(std::string_view name) const noexcept {
 bool FolderGatherer::isPackage(std::string_view name, bool mayHoldContents) const {
   if (!mayHoldContents || extensionOfName(name).empty())
     return false;
-  const Ref<const NSString> path = NSString::create(path_);
-  return isFilePackage(FileItem(*path));
+  return isFilePackage(FileItem(*NSString::create(path_)));
 }

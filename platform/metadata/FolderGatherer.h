@@ -17,20 +17,20 @@
 #include <string>
 #include <string_view>
 
-/// Looks at folders for a query: finds the files that meet its predicate, and the sub-folders that
-/// are to be looked at next. The names in a folder come from its record in the index, as long as
-/// the folder bears the moment of change that the record was made at; else from the disk, and then
-/// a new record is made. Whether a folder may be searched at all is asked of the disk each time.
+/// Searches folders for a query: finds the files that meet its predicate, and the sub-folders to
+/// search next. It takes the names in a folder from the folder's record in the index if the change
+/// time still matches; otherwise it reads them from the disk and makes a new record. Whether a
+/// folder may be searched at all it asks the disk each time.
 ///
-/// Ownership: borrows all that it is made from. Threads: one at a time.
+/// Ownership: borrows the members of `Common`. Threads: one at a time.
 class FolderGatherer {
 public:
   using Results = RecordStream::Results;
 
-  /// What all threads of a query have in common.
+  /// Shared by all threads of a query.
   struct Common {
     const NSPredicate &predicate;
-    /// None where no index is used.
+    /// None without an index.
     const std::optional<IndexPlace> &place;
     IndexWriter &writer;
     FolderQueue &queue;
@@ -39,9 +39,9 @@ public:
 
   explicit FolderGatherer(const Common &common) noexcept : common_(common) {}
 
-  /// Does one task. `tasks` takes up those that follow from it, `results` the paths of the files
-  /// that are found. Where memory is short it begins once more, and what cannot be found then is
-  /// missing from both.
+  /// Does one task. Adds the tasks that follow from it to `tasks`, and the paths of the files found
+  /// to `results`. Where memory is short it starts over once; if that fails too, both lack the
+  /// rest.
   void process(const FolderTask &task, FolderQueue::Tasks &tasks, Results &results) noexcept;
 
 private:
@@ -50,21 +50,19 @@ private:
   void processRecords(const std::shared_ptr<RecordStream> &stream, FolderQueue::Tasks &tasks,
                       Results &results) noexcept;
 
-  /// Searches the folder that a record is about.
-  void tryToSearchRow(const RecordStream &stream, const RecordStream::Chunk &chunk,
-                      RecordStream::Row &row) noexcept;
+  /// Searches the folder of a record.
   void searchRow(const RecordStream &stream, const RecordStream::Chunk &chunk,
                  RecordStream::Row &row);
 
-  /// Searches the folder at `path_` with its names read from the disk. What it answers is valid
-  /// until the next call; none when the folder cannot be searched. `isRecorded` tells whether there
-  /// is a record of it, though one that does not hold.
+  /// Searches the folder at `path_` with its names read from the disk. Returns the names, valid
+  /// until the next call; none when the folder cannot be searched. `isRecorded`: the index has a
+  /// record of it, an outdated one.
   std::optional<FolderNames> list(bool isRecorded, Results &results);
   void keep(const FileStatus &status, std::int64_t volume, bool isLasting, bool isRecorded,
             const FolderNames &names);
   void listWithSubFolders(FolderQueue::Tasks &tasks, Results &results);
 
-  /// Finds files among the names of the folder at `path_`.
+  /// Finds files among the names in the folder at `path_`.
   void search(const FolderNames &names, Results &results);
 
   /// Whether the folder at `path_`, of that name, is the root of a mounted file system, or gone.
@@ -78,7 +76,7 @@ private:
   const Common common_;
   Volumes volumes_;
 
-  /// The folder that is being looked at; kept, like what follows, to save allocations.
+  /// The folder being searched. This and the following are members to save allocations.
   std::string path_;
   std::string entryPath_;
   FolderListing listing_;

@@ -10,9 +10,8 @@
 
 namespace {
 
-/// Whether a file system may find something of that name when it is asked for "Contents". One that
-/// does not tell upper from lower case takes the long s for an s, and may overlook other
-/// characters.
+/// Whether a file system may find an entry of that name when asked for "Contents". One that ignores
+/// case takes the long s for an s, and may ignore other characters.
 bool mayBeContents(std::string_view name) {
   constexpr std::size_t shortest = sizeof "Content" - 1;
   if (name.size() < shortest)

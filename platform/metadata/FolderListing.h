@@ -6,17 +6,17 @@
 #include <string>
 #include <string_view>
 
-/// The names of a folder that a search can meet, by what they name; hidden ones, and those that
-/// only a package can have, are left out. Each name is ended by a NUL. The sub-folders stand in the
-/// order of their bytes.
+/// The names in a folder that a search can meet, by kind: neither hidden ones nor sub-folders that
+/// are packages by their names. A NUL ends each name. The sub-folders are in the order of their
+/// bytes.
 ///
 /// Ownership: borrows the names. Threads: one at a time.
 struct FolderNames {
   std::string_view folders, files, links;
-  /// Whether something in the folder may be called "Contents", as it is in a package.
+  /// Whether the folder may hold an entry "Contents", as packages do.
   bool mayHoldContents = false;
 
-  /// Calls `look` with each of `names`; what it is given is ended by a NUL.
+  /// Calls `look` with each of `names`; a NUL follows it.
   template <class Look> static void forEach(std::string_view names, Look look) {
     while (!names.empty()) {
       const std::size_t end = names.find('\0');
@@ -26,27 +26,27 @@ struct FolderNames {
   }
 };
 
-/// Takes the names of a folder one by one.
+/// Collects the names in a folder.
 ///
 /// Ownership: owns the names. Threads: one at a time.
 class FolderListing {
 public:
-  /// Throws `std::bad_alloc`, and then the name has not been added.
+  /// If it throws `std::bad_alloc`, the name has not been added.
   void add(FileKind kind, std::string_view name);
 
   void clear() noexcept;
 
-  /// Forgets all names but those of sub-folders.
+  /// Forgets all names except those of sub-folders.
   void clearFiles() noexcept;
 
-  /// How many bytes the names take, and how many those that are not of sub-folders.
+  /// The bytes of all names, and of those that are not of sub-folders.
   [[nodiscard]] std::size_t size() const noexcept { return folders_.size() + sizeOfFiles(); }
   [[nodiscard]] std::size_t sizeOfFiles() const noexcept { return files_.size() + links_.size(); }
 
   [[nodiscard]] std::size_t count() const noexcept { return count_; }
 
-  /// The names, to be asked for when all have been added; valid until the listing is cleared.
-  /// Throws `std::bad_alloc`.
+  /// The names, once all have been added; valid until the listing is cleared. Throws
+  /// `std::bad_alloc`.
   [[nodiscard]] FolderNames names();
 
 private:

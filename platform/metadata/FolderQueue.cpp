@@ -1,6 +1,7 @@
 #include "platform/metadata/FolderQueue.h"
 
-#include <iterator>
+#include "platform/metadata/MoveToEnd.h"
+
 #include <utility>
 
 void FolderQueue::start() noexcept {
@@ -24,7 +25,7 @@ bool FolderQueue::add(Tasks &found) noexcept {
   const std::size_t count = found.size();
   {
     const LockGuard guard(lock_);
-    if (!takeOver(found))
+    if (!moveToEnd(found, tasks_))
       return false;
   }
   call(count);
@@ -37,7 +38,7 @@ std::optional<FolderTask> FolderQueue::next(Tasks &found) noexcept {
   {
     const LockGuard guard(lock_);
     const bool isNew = !found.empty();
-    Tasks &source = takeOver(found) ? tasks_ : found;
+    Tasks &source = moveToEnd(found, tasks_) ? tasks_ : found;
     if (source.empty() || isStopped_)
       return std::nullopt;
     task = std::move(source.back());
@@ -46,17 +47,6 @@ std::optional<FolderTask> FolderQueue::next(Tasks &found) noexcept {
   }
   call(left);
   return task;
-}
-
-bool FolderQueue::takeOver(Tasks &found) noexcept {
-  try {
-    tasks_.insert(tasks_.end(), std::make_move_iterator(found.begin()),
-                  std::make_move_iterator(found.end()));
-  } catch (...) {
-    return false;
-  }
-  found.clear();
-  return true;
 }
 
 void FolderQueue::stop() noexcept {

@@ -11,34 +11,33 @@
 
 class RecordStream;
 
-/// Something that is to be done by whoever comes to it.
+/// Work that any thread of a query can do.
 struct FolderTask {
   enum class Kind {
-    /// A folder that is to be searched, whatever it is.
+    /// Searches a folder, whatever it is.
     Scope,
     /// The same, with the names read from the disk.
     ScopeListing,
-    /// A folder that is to be searched if it may be, with its names read from the disk.
+    /// Searches a folder if that is allowed, with its names read from the disk.
     Listing,
-    /// The next records of a stream.
+    /// Searches the next folders of a stream of records.
     Records,
   };
 
   Kind kind = Kind::Listing;
-  std::string path;
-  std::shared_ptr<RecordStream> stream;
+  std::string path{};
+  std::shared_ptr<RecordStream> stream{};
 };
 
-/// The folders that a query still has to look at. The last is taken up first, so that their number
-/// stays small.
+/// The folders that a query has yet to search. The last in is the first out, which keeps their
+/// number small.
 ///
-/// Ownership: owns its tasks, borrows the threads that do them. Threads: any.
+/// Ownership: owns its tasks, borrows the team that does them. Threads: any.
 class FolderQueue {
 public:
   using Tasks = std::vector<FolderTask>;
 
-  /// With null there is one thread only, which comes by itself. Nobody is called for `tasks` before
-  /// `start`.
+  /// Without a team, one thread alone takes the tasks. Nobody is called for `tasks` before `start`.
   explicit FolderQueue(ThreadTeam *team, Tasks tasks = {}) noexcept
       : team_(team), tasks_(std::move(tasks)) {}
 
@@ -47,17 +46,16 @@ public:
   /// Throws `std::bad_alloc`.
   void add(FolderTask task);
 
-  /// Takes over all tasks in `found`; false, and none, where there is no memory for them.
+  /// Takes all tasks from `found`; false, and it takes none, where memory is short.
   bool add(Tasks &found) noexcept;
 
-  /// The same, and what the thread is to do next: where memory is short it is one of `found`. None
+  /// Does the same, and returns the task to do next: where memory is short, one of `found`. None
   /// when there is nothing to do, and after `stop`.
   [[nodiscard]] std::optional<FolderTask> next(Tasks &found) noexcept;
 
   void stop() noexcept;
 
 private:
-  bool takeOver(Tasks &found) noexcept PF_REQUIRES(lock_);
   void call(std::size_t count) noexcept;
 
   ThreadTeam *const team_;

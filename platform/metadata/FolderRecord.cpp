@@ -1,6 +1,6 @@
 #include "platform/metadata/FolderRecord.h"
 
-#include "platform/metadata/Mixing.h"
+#include "platform/metadata/CheckSum.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +13,7 @@
 
 namespace {
 
-/// To be changed when the form of a record changes.
+/// Changes whenever the format of a record does.
 constexpr std::uint64_t formatVersion = 1;
 
 std::atomic<std::uint64_t> rightsOfProcess{0};
@@ -92,10 +92,9 @@ std::optional<FolderNames> FolderRecord::unpack(const FolderIdentity &folder, Fi
 
 void learnRightsOfProcess() {
   std::uint64_t rights = mix(mix(geteuid(), getegid()), powersOverFiles());
-  const int count = getgroups(0, nullptr);
-  std::vector<gid_t> groups(count > 0 ? static_cast<std::size_t>(count) : 0);
-  const int filled = groups.empty() ? 0 : getgroups(count, groups.data());
-  groups.resize(filled > 0 ? static_cast<std::size_t>(filled) : 0);
+  const int count = std::max(getgroups(0, nullptr), 0);
+  std::vector<gid_t> groups(static_cast<std::size_t>(count));
+  groups.resize(static_cast<std::size_t>(std::max(getgroups(count, groups.data()), 0)));
   std::sort(groups.begin(), groups.end());
   for (const gid_t group : groups)
     rights = mix(rights, group);

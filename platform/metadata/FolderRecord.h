@@ -8,31 +8,31 @@
 #include <string>
 #include <string_view>
 
-/// What tells one folder from all others, wherever it is moved to.
+/// Identifies a folder, also after it has been moved.
 struct FolderIdentity {
   std::int64_t volume = 0;
   std::uint64_t inode = 0;
 };
 
-/// A folder's listing, as the index keeps it: the moment at which the folder had last been changed,
-/// the names, and a check sum over all of it and the folder's identity. What was damaged, was made
-/// for another folder, or by a user with other rights, who may see other folders, is no record.
+/// A folder's listing as the index stores it: the time when the folder was last changed, the names,
+/// and a check sum over both, the folder's identity and the user's rights. So a record that was
+/// damaged, or made for another folder or by a user who may see other folders, does not count.
 namespace FolderRecord {
 
-/// Larger listings are not kept.
+/// Larger listings are not stored.
 constexpr std::size_t mostBytes = std::size_t{2} << 20;
 
 /// Throws `std::bad_alloc`.
 [[nodiscard]] std::string pack(const FolderIdentity &folder, FileMoment changeTime,
                                const FolderNames &names);
 
-/// The names, which point into `record`; none unless that is a record of this folder as it was when
-/// it was last changed at `changeTime`.
+/// The names, which point into `record`; none unless that is a record of this folder, made when its
+/// last change was at `changeTime`.
 [[nodiscard]] std::optional<FolderNames> unpack(const FolderIdentity &folder, FileMoment changeTime,
                                                 std::string_view record) noexcept;
 
 } // namespace FolderRecord
 
-/// What tells the rights of the process from those of others: its user, groups and powers over
-/// files. Main thread, before any record is packed or unpacked.
+/// Reads the rights of the process: its user, groups and powers over files. Main thread, before any
+/// record is packed or unpacked.
 void learnRightsOfProcess();

@@ -10,15 +10,15 @@
 
 namespace {
 
-/// A row holds the records from its path on to the path of the next row.
+/// A row holds the records from its path up to the path of the next row.
 constexpr const char *table =
     "CREATE TABLE folders(path BLOB NOT NULL PRIMARY KEY, folders INTEGER NOT NULL, "
     "entries INTEGER NOT NULL, records BLOB NOT NULL) WITHOUT ROWID";
 
-/// How long a writer waits for another. A reader waits for nobody.
+/// How long a writer waits for another. A reader never waits.
 constexpr int writersPatienceInMilliseconds = 250;
 
-/// An index that has grown beyond this is begun anew: most of it must be of folders that are gone.
+/// A larger index is replaced: most of it must be about folders that are gone.
 constexpr std::int64_t mostBytes = std::int64_t{1} << 30;
 
 } // namespace
@@ -26,10 +26,6 @@ constexpr std::int64_t mostBytes = std::int64_t{1} << 30;
 void IndexDatabase::Close::operator()(sqlite3 *connection) const noexcept {
   sqlite3_close_v2(connection);
 }
-
-IndexDatabase::IndexDatabase(Connection connection) noexcept : connection_(std::move(connection)) {}
-
-IndexDatabase::~IndexDatabase() = default;
 
 std::unique_ptr<IndexDatabase> IndexDatabase::open(const IndexPlace &place, bool isToWrite,
                                                    IndexFault &fault) {
@@ -52,23 +48,17 @@ std::unique_ptr<IndexDatabase> IndexDatabase::open(const IndexPlace &place, bool
 
 std::unique_ptr<IndexDatabase> IndexDatabase::openToRead(const IndexPlace &place,
                                                          IndexFault &fault) {
-  switch (place.look()) {
-  case IndexPlace::Finding::Nothing:
-    fault = IndexFault::Missing;
+  using Finding = IndexPlace::Finding;
+  const Finding finding = place.look();
+  if (finding != Finding::Usable) {
+    fault = finding == Finding::Nothing     ? IndexFault::Missing
+            : finding == Finding::Untrusted ? IndexFault::Broken
+                                            : IndexFault::Unavailable;
     return nullptr;
-  case IndexPlace::Finding::Untrusted:
-    fault = IndexFault::Broken;
-    return nullptr;
-  case IndexPlace::Finding::Impossible:
-    fault = IndexFault::Unavailable;
-    return nullptr;
-  case IndexPlace::Finding::Usable:
-    break;
   }
   std::unique_ptr<IndexDatabase> database = open(place, false, fault);
-  if (!database)
-    return nullptr;
-  fault = database->prepareToRead();
+  if (database)
+    fault = database->prepareToRead();
   return fault == IndexFault::None ? std::move(database) : nullptr;
 }
 
@@ -82,13 +72,12 @@ std::unique_ptr<IndexDatabase> IndexDatabase::openToWrite(const IndexPlace &plac
   if ((finding == IndexPlace::Finding::Untrusted || isTooLarge) && !place.removeFiles())
     return nullptr;
   std::unique_ptr<IndexDatabase> database = open(place, true, fault);
-  if (!database)
-    return nullptr;
-  fault = database->execute("PRAGMA synchronous = OFF; PRAGMA wal_autocheckpoint = 64");
+  if (database)
+    fault = database->execute("PRAGMA synchronous = OFF; PRAGMA wal_autocheckpoint = 64");
   if (fault == IndexFault::None)
     fault = database->checkSchema();
   if (fault == IndexFault::Missing) {
-    // What SQLite puts beside the file has the file's permissions.
+    // SQLite gives the files beside it the same permissions.
     uninterrupted(&SystemCalls::setMode, place.file().c_str(), S_IRUSR | S_IWUSR);
     fault = database->makeTable();
   }
@@ -100,7 +89,7 @@ IndexFault IndexDatabase::execute(const char *commands) noexcept {
 }
 
 IndexFault IndexDatabase::checkSchema() noexcept {
-  // Anything but our table alone may do what it likes when it is read.
+  // Reading anything but our table could run code that somebody put into the file.
   SqliteStatement statement;
   IndexFault fault = statement.prepare(connection_.get(), "SELECT sql FROM sqlite_schema");
   if (fault != IndexFault::None)
@@ -115,7 +104,7 @@ IndexFault IndexDatabase::checkSchema() noexcept {
 }
 
 IndexFault IndexDatabase::makeTable() noexcept {
-  // Another process may be at it too.
+  // Another process may be doing the same.
   for (const char *const command :
        {"PRAGMA page_size = 8192; PRAGMA auto_vacuum = INCREMENTAL; PRAGMA journal_mode = WAL",
         "BEGIN IMMEDIATE"})
@@ -131,7 +120,7 @@ IndexFault IndexDatabase::makeTable() noexcept {
 }
 
 IndexFault IndexDatabase::prepareToRead() noexcept {
-  // One view for all that is read saves asking for it each time.
+  // One snapshot for all reads saves taking one for each.
   IndexFault fault = execute("PRAGMA synchronous = OFF; BEGIN");
   if (fault == IndexFault::None)
     fault = checkSchema();
@@ -175,7 +164,7 @@ bool IndexDatabase::goToNextRow() noexcept {
 std::optional<RecordGroup::Record> IndexDatabase::next() {
   while (tree_.isOpen() && (!rest_.empty() || goToNextRow())) {
     const std::optional<RecordGroup::Record> record = RecordGroup::take(rest_);
-    // A damaged file can have its pages in a ring, or anywhere.
+    // In a damaged file the pages may form a ring, or be in any order.
     if (!record || (lastKey_ && record->key <= *lastKey_)) {
       fail(IndexFault::Broken);
       return std::nullopt;

@@ -11,43 +11,39 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 struct sqlite3;
 
-/// A connection to the index: records in the order of their keys, several to a row of a table in
-/// SQLite, so that several processes can share it and none can leave it half written. Whatever the
-/// table says, a record proves by itself that it is whole and still holds; so the file need not be
-/// secured against a failure of the system, nor against any other loss.
+/// A connection to the index: records in the order of their keys, several to a row of an SQLite
+/// table, so that several processes can share it and none leaves it half written. A record proves
+/// by itself that it is whole and still valid; so the file need not survive a crash of the system
+/// or any other loss.
 ///
 /// Ownership: owns the connection. Threads: one at a time.
 class IndexDatabase {
 public:
-  /// Opens the index that is there, without changing it; null, and why, when that cannot be done.
+  /// Opens the existing index without changing it; null, and the reason in `fault`, if it cannot.
   /// Throws `std::bad_alloc`.
   static std::unique_ptr<IndexDatabase> openToRead(const IndexPlace &place, IndexFault &fault);
 
-  /// Opens the index to be written; makes it where it is missing, and makes it anew where it is not
-  /// to be trusted. Throws `std::bad_alloc`.
+  /// Opens the index for writing; creates it if it is missing or cannot be trusted. Throws
+  /// `std::bad_alloc`.
   static std::unique_ptr<IndexDatabase> openToWrite(const IndexPlace &place, IndexFault &fault);
 
-  ~IndexDatabase();
-  IndexDatabase(const IndexDatabase &) = delete;
-  IndexDatabase &operator=(const IndexDatabase &) = delete;
-
-  /// Begins to read the records of a folder and of all that is below it, in the order of their
-  /// keys.
+  /// Begins to read the records of a folder and of everything below it, in the order of their keys.
   void selectTree(std::string_view key);
 
-  /// The next record, valid until the next call; none at the end, and when reading fails, as
-  /// `fault` tells then. Throws `std::bad_alloc`.
+  /// The next record, valid until the next call; none at the end, and when reading fails, which
+  /// `fault` shows. Throws `std::bad_alloc`.
   [[nodiscard]] std::optional<RecordGroup::Record> next();
 
-  /// What made reading fail. Nothing can be read any more then.
+  /// Why reading failed, if it did. Nothing can be read after that.
   [[nodiscard]] IndexFault fault() const noexcept { return fault_; }
 
-  /// Puts records in, in place of older ones, after it has taken out those of folders that are gone
-  /// with all that was below them. Both in the order of their keys, and no folder twice or below
-  /// another that is gone. All of it or nothing.
+  /// Removes the records of folders that are `gone` and of everything below them, then adds
+  /// `records` in place of older ones. Both are in the order of their keys; no folder occurs twice,
+  /// or below another that is gone. All of it or nothing.
   [[nodiscard]] IndexFault store(std::span<const IndexRecord> records,
                                  std::span<const std::string> gone) noexcept;
 
@@ -63,7 +59,7 @@ private:
   };
   using Connection = std::unique_ptr<sqlite3, Close>;
 
-  explicit IndexDatabase(Connection connection) noexcept;
+  explicit IndexDatabase(Connection connection) noexcept : connection_(std::move(connection)) {}
 
   static std::unique_ptr<IndexDatabase> open(const IndexPlace &place, bool isToWrite,
                                              IndexFault &fault);
@@ -77,11 +73,11 @@ private:
   // The statement is closed before its connection.
   Connection connection_;
   SqliteStatement tree_;
-  /// What is read lies between these.
+  /// The keys to read: from the first up to, but not including, the second.
   std::string treeKey_, treeEnd_;
-  /// What is left of the row that is being read, which belongs to the statement.
+  /// The rest of the row being read; the statement owns it.
   std::string_view rest_;
-  /// The key of the last record, if there has been one.
+  /// The key of the last record, if any.
   std::optional<std::string> lastKey_;
   IndexFault fault_ = IndexFault::None;
 };

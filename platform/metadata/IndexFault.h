@@ -1,12 +1,12 @@
 #pragma once
 
-/// Why the index is of no help.
+/// Why the index cannot be used.
 enum class IndexFault {
   None,
-  /// There is none yet.
+  /// It does not exist.
   Missing,
-  /// It cannot be used at present: it is locked, or the disk is full or read-only.
+  /// For now: it is locked, memory is short, or the disk is full or read-only.
   Unavailable,
-  /// It is damaged, or is something else.
+  /// It is damaged, or is no index.
   Broken,
 };

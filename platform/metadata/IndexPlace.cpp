@@ -10,12 +10,14 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
-#include <string_view>
 #include <unistd.h>
 
 namespace {
 
-constexpr std::array<std::string_view, 4> fileSuffixes{"", "-wal", "-shm", "-journal"};
+/// The index and the files that SQLite puts beside it.
+std::array<std::string, 4> filesOf(const std::string &index) {
+  return {index, index + "-wal", index + "-shm", index + "-journal"};
+}
 
 std::optional<std::string> cacheFolderOfEnvironment() {
   const char *const cache = secure_getenv("XDG_CACHE_HOME");
@@ -32,32 +34,28 @@ std::optional<std::string> &cacheFolderInUse() {
   return folder.get();
 }
 
-/// Asks for the status of `path`, of a link itself unless it is followed; false, and `errno`, where
-/// that cannot be had.
+/// Gets the status of `path`; on failure false, and the reason in `errno`.
 bool examine(const std::string &path, FollowLink follow, struct statx &status) noexcept {
   const int flags = AT_NO_AUTOMOUNT | (follow == FollowLink::No ? AT_SYMLINK_NOFOLLOW : 0);
   return uninterrupted(&SystemCalls::statusAt, currentFolder, path.c_str(), flags, &status) == 0;
 }
 
-enum class Owner { Nobody, Us, Other };
-
-/// Whose folder is at `path`, links followed.
-Owner ownerOfFolder(const std::string &path) noexcept {
-  struct statx status {};
-  if (!examine(path, FollowLink::Yes, status))
-    return errno == ENOENT ? Owner::Nobody : Owner::Other;
-  return S_ISDIR(status.stx_mode) && status.stx_uid == geteuid() ? Owner::Us : Owner::Other;
+bool isUsersFolder(const struct statx &status) noexcept {
+  return S_ISDIR(status.stx_mode) && status.stx_uid == geteuid();
 }
 
-/// Makes a folder for the user alone, if there is nothing of that name.
+/// Whether the folder at `path`, links followed, is the user's and on a local disk.
+bool canHoldIndex(const std::string &path) noexcept {
+  struct statx status {};
+  struct statfs fileSystem {};
+  return examine(path, FollowLink::Yes, status) && isUsersFolder(status) &&
+         uninterrupted(&SystemCalls::fileSystemAt, path.c_str(), &fileSystem) == 0 &&
+         isReliableFileSystem(static_cast<long>(fileSystem.f_type));
+}
+
+/// Makes a folder for the user alone, unless something has that name.
 bool makeFolderAt(const std::string &path) noexcept {
   return uninterrupted(&SystemCalls::makeFolder, path.c_str(), S_IRWXU) == 0 || errno == EEXIST;
-}
-
-bool isOnLocalDisk(const std::string &path) noexcept {
-  struct statfs fileSystem {};
-  return uninterrupted(&SystemCalls::fileSystemAt, path.c_str(), &fileSystem) == 0 &&
-         isReliableFileSystem(static_cast<long>(fileSystem.f_type));
 }
 
 } // namespace
@@ -77,16 +75,11 @@ void IndexPlace::setCacheFolderForTesting(std::optional<std::string> cacheFolder
   cacheFolderInUse() = cacheFolder ? std::move(cacheFolder) : cacheFolderOfEnvironment();
 }
 
-bool IndexPlace::isCacheFolderOurs() const noexcept {
-  return ownerOfFolder(cacheFolder_) == Owner::Us && isOnLocalDisk(cacheFolder_);
-}
-
 IndexPlace::Finding IndexPlace::look() const noexcept {
   struct statx folder {};
   if (!examine(folder_, FollowLink::No, folder))
     return errno == ENOENT ? Finding::Nothing : Finding::Impossible;
-  const uid_t user = geteuid();
-  if (!S_ISDIR(folder.stx_mode) || folder.stx_uid != user || !isCacheFolderOurs())
+  if (!isUsersFolder(folder) || !canHoldIndex(cacheFolder_))
     return Finding::Impossible;
   struct statx file {};
   if (!examine(file_, FollowLink::No, file))
@@ -94,29 +87,25 @@ IndexPlace::Finding IndexPlace::look() const noexcept {
   if (!S_ISREG(file.stx_mode))
     return Finding::Impossible;
   constexpr unsigned others = S_IRWXG | S_IRWXO;
-  const bool isOursAlone = file.stx_uid == user && file.stx_nlink == 1 &&
+  const bool isOursAlone = file.stx_uid == folder.stx_uid && file.stx_nlink == 1 &&
                            ((folder.stx_mode | file.stx_mode) & others) == 0;
   return isOursAlone ? Finding::Usable : Finding::Untrusted;
 }
 
 bool IndexPlace::makeFolder() const {
-  if (ownerOfFolder(cacheFolder_) == Owner::Nobody) {
-    const std::string above = cacheFolder_.substr(0, cacheFolder_.rfind('/'));
-    if (ownerOfFolder(above) != Owner::Us || !isOnLocalDisk(above) || !makeFolderAt(cacheFolder_))
-      return false;
-  }
-  if (!isCacheFolderOurs() || !makeFolderAt(folder_))
+  const auto canHold = [&] { return canHoldIndex(cacheFolder_); };
+  const std::string above = cacheFolder_.substr(0, cacheFolder_.rfind('/'));
+  if (!canHold() && !(canHoldIndex(above) && makeFolderAt(cacheFolder_) && canHold()))
     return false;
   struct statx folder {};
-  return examine(folder_, FollowLink::No, folder) && S_ISDIR(folder.stx_mode) &&
-         folder.stx_uid == geteuid() &&
+  return makeFolderAt(folder_) && examine(folder_, FollowLink::No, folder) &&
+         isUsersFolder(folder) &&
          uninterrupted(&SystemCalls::setMode, folder_.c_str(), S_IRWXU) == 0;
 }
 
 std::int64_t IndexPlace::sizeOnDisk() const {
   std::int64_t size = 0;
-  for (const std::string_view suffix : fileSuffixes) {
-    const std::string path = file_ + std::string(suffix);
+  for (const std::string &path : filesOf(file_)) {
     struct statx file {};
     if (examine(path, FollowLink::No, file) && S_ISREG(file.stx_mode))
       size += static_cast<std::int64_t>(file.stx_size);
@@ -126,10 +115,8 @@ std::int64_t IndexPlace::sizeOnDisk() const {
 
 bool IndexPlace::removeFiles() const {
   bool isGone = true;
-  for (const std::string_view suffix : fileSuffixes) {
-    const std::string path = file_ + std::string(suffix);
+  for (const std::string &path : filesOf(file_))
     isGone &= uninterrupted(&SystemCalls::removeFile, path.c_str()) == 0 || errno == ENOENT ||
               errno == ENOTDIR;
-  }
   return isGone;
 }

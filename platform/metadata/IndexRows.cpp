@@ -60,7 +60,7 @@ IndexFault IndexRows::replace(const Row &row, std::span<const RecordGroup::Recor
   std::size_t bytes = 0;
   for (const RecordGroup::Record &record : records)
     bytes += RecordGroup::sizeOf(record);
-  // Rows of about the same size, so that none is left over that holds next to nothing.
+  // Rows of about the same size: none is left with next to nothing.
   const std::size_t bytesEach = bytes / (bytes / bytesInRow + 1) + 1;
   while (fault == IndexFault::None && !records.empty()) {
     std::size_t count = 0;
@@ -75,27 +75,24 @@ IndexFault IndexRows::replace(const Row &row, std::span<const RecordGroup::Recor
 IndexFault IndexRows::change(std::span<const IndexRecord> records,
                              std::span<const std::string> gone) {
   IndexFault fault = prepare();
-  // A folder that is gone, and all below it, can have several rows.
+  // A folder that is gone can have several rows, with those below it.
   std::string key;
   while (fault == IndexFault::None && !(records.empty() && gone.empty())) {
-    if (gone.empty() || (!records.empty() && records.front().key < gone.front()))
-      key = std::max(key, records.front().key);
-    else
-      key = std::max(key, gone.front());
+    const bool isRecordNext =
+        gone.empty() || (!records.empty() && records.front().key < gone.front());
+    key = std::max(key, isRecordNext ? records.front().key : gone.front());
     Row row;
     fault = find(key, row);
     if (fault != IndexFault::None)
       return fault;
     const auto isOfRow = [&](std::string_view other) { return !row.next || other < *row.next; };
-    // A damaged file can have its rows in a ring.
+    // In a damaged file the rows may form a ring.
     if (!isOfRow(key))
       return IndexFault::Broken;
     const auto recordsOfRow = static_cast<std::size_t>(
-        std::partition_point(records.begin(), records.end(),
-                             [&](const IndexRecord &record) { return isOfRow(record.key); }) -
-        records.begin());
-    auto goneInRow = static_cast<std::size_t>(
-        std::partition_point(gone.begin(), gone.end(), isOfRow) - gone.begin());
+        std::ranges::partition_point(records, isOfRow, &IndexRecord::key) - records.begin());
+    auto goneInRow =
+        static_cast<std::size_t>(std::ranges::partition_point(gone, isOfRow) - gone.begin());
     const auto merged =
         RecordGroup::merge(row.records, records.first(recordsOfRow), gone.first(goneInRow));
     if (!merged || (!merged->empty() && !isOfRow(merged->back().key)))

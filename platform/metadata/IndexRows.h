@@ -12,15 +12,16 @@
 
 struct sqlite3;
 
-/// The rows of the index's table while they are changed. A row holds a group of records, from its
-/// path on to the path of the next row.
+/// Changes the rows of the index's table. A row holds a group of records, from its path up to the
+/// path of the next row.
 ///
-/// Ownership: uses a connection. Threads: that of the connection. Members throw `std::bad_alloc`.
+/// Ownership: borrows the connection. Threads: that of the connection. Members throw
+/// `std::bad_alloc`.
 class IndexRows {
 public:
   explicit IndexRows(sqlite3 *connection) noexcept : connection_(connection) {}
 
-  /// Rows are made about as large as that, some fifty folders.
+  /// The size that rows are made to, about fifty folders.
   static constexpr std::size_t bytesInRow = std::size_t{32} << 10;
 
   /// As `IndexDatabase::store`, within a transaction.
@@ -37,7 +38,7 @@ private:
   };
 
   [[nodiscard]] IndexFault prepare() noexcept;
-  /// Finds the row that `key` belongs to, or only the next one where it comes before all rows.
+  /// Finds the row that `key` belongs to; only the next one if it comes before all rows.
   [[nodiscard]] IndexFault find(std::string_view key, Row &row);
   [[nodiscard]] IndexFault replace(const Row &row, std::span<const RecordGroup::Record> records);
   [[nodiscard]] IndexFault put(std::span<const RecordGroup::Record> records);

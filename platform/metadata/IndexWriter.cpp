@@ -7,22 +7,19 @@
 
 namespace {
 
-/// So many bytes of records are written in some ten milliseconds.
+/// Writing as many bytes of records takes about ten milliseconds.
 constexpr std::size_t bytesAtOnce = std::size_t{1} << 20;
 
-/// What is collected while a disk is slow to write. More is not kept.
+/// How much is collected while the disk is slow. What exceeds it is dropped.
 constexpr std::size_t mostBytes = std::size_t{8} << 20;
 
-/// Brings both into order. Of several records of a folder one is enough, and of folders that are
-/// gone the topmost.
+/// Sorts both by key. Keeps one record of each folder, and of nested folders that are gone the
+/// topmost.
 void sort(std::vector<IndexRecord> &records, std::vector<std::string> &gone) {
-  std::sort(records.begin(), records.end(),
-            [](const IndexRecord &a, const IndexRecord &b) { return a.key < b.key; });
-  records.erase(
-      std::unique(records.begin(), records.end(),
-                  [](const IndexRecord &a, const IndexRecord &b) { return a.key == b.key; }),
-      records.end());
-  std::sort(gone.begin(), gone.end());
+  std::ranges::sort(records, {}, &IndexRecord::key);
+  const auto isSameFolder = [](const auto &a, const auto &b) { return a.key == b.key; };
+  records.erase(std::unique(records.begin(), records.end(), isSameFolder), records.end());
+  std::ranges::sort(gone);
   std::vector<std::string> topmost;
   for (std::string &key : gone)
     if (topmost.empty() || !FolderKey::isInTree(key, topmost.back()))
@@ -41,7 +38,6 @@ bool IndexWriter::isWanted() const noexcept {
 }
 
 void IndexWriter::add(IndexRecord record) noexcept {
-  Batch batch;
   {
     const LockGuard guard(lock_);
     if (isDisabled_ || collected_.bytes >= mostBytes)
@@ -51,14 +47,12 @@ void IndexWriter::add(IndexRecord record) noexcept {
       collected_.records.push_back(std::move(record));
       collected_.bytes += size;
     } catch (...) {
-      // The folder will be listed again.
+      // The next query lists the folder again.
     }
-    if (collected_.bytes < bytesAtOnce || isWriting_)
+    if (collected_.bytes < bytesAtOnce)
       return;
-    isWriting_ = true;
-    std::swap(batch, collected_);
   }
-  write(std::move(batch), false);
+  write(false);
 }
 
 void IndexWriter::addGone(std::string_view key) noexcept {
@@ -69,7 +63,7 @@ void IndexWriter::addGone(std::string_view key) noexcept {
     collected_.gone.emplace_back(key);
     collected_.bytes += sizeof(std::string) + key.size();
   } catch (...) {
-    // It is met again by the next query.
+    // The next query finds it again.
   }
 }
 
@@ -78,7 +72,7 @@ void IndexWriter::setBroken() noexcept {
   isBroken_ = true;
 }
 
-void IndexWriter::finish() noexcept {
+void IndexWriter::write(bool isLast) noexcept {
   Batch batch;
   {
     const LockGuard guard(lock_);
@@ -87,10 +81,6 @@ void IndexWriter::finish() noexcept {
     isWriting_ = true;
     std::swap(batch, collected_);
   }
-  write(std::move(batch), true);
-}
-
-void IndexWriter::write(Batch batch, bool isLast) noexcept {
   IndexFault fault = IndexFault::Unavailable;
   try {
     sort(batch.records, batch.gone);
@@ -100,7 +90,7 @@ void IndexWriter::write(Batch batch, bool isLast) noexcept {
       fault = tryToWrite(batch);
     }
   } catch (...) {
-    // Memory is short, or the index cannot be reached: it stays as it is.
+    // Memory is short: the index stays as it is.
   }
   if (isLast || fault != IndexFault::None)
     database_.reset();

@@ -10,29 +10,29 @@
 #include <string_view>
 #include <vector>
 
-/// Collects what a query has learnt about folders and puts it into the index, a good deal at a
-/// time, so that others find the index locked for moments only. An index that cannot be written is
-/// left alone; one that is broken is begun anew.
+/// Collects what a query learns about folders and writes it to the index in large batches, so that
+/// the index is rarely locked. It leaves an index alone that cannot be written, and replaces one
+/// that is broken.
 ///
 /// Ownership: owns what it collects, and its connection. Threads: any.
 class IndexWriter {
 public:
   explicit IndexWriter(std::optional<IndexPlace> place) noexcept;
 
-  /// Whether it is of any use to collect records.
+  /// Whether records are worth making: there is an index, and room for more.
   [[nodiscard]] bool isWanted() const noexcept;
 
-  /// Takes a record in; writes what has been collected if that is much.
+  /// Adds a record; writes a batch if one is complete.
   void add(IndexRecord record) noexcept;
 
-  /// Takes note of a folder that is gone, with all that was below it.
+  /// Notes that a folder is gone, with everything below it.
   void addGone(std::string_view key) noexcept;
 
-  /// Takes note that reading has shown the index to be broken.
+  /// Notes that the index has turned out to be broken.
   void setBroken() noexcept;
 
-  /// Writes what is left. To be called once, at the end.
-  void finish() noexcept;
+  /// Writes the rest. Called once, at the end.
+  void finish() noexcept { write(true); }
 
 private:
   struct Batch {
@@ -41,7 +41,7 @@ private:
     std::size_t bytes = 0;
   };
 
-  void write(Batch batch, bool isLast) noexcept;
+  void write(bool isLast) noexcept;
   [[nodiscard]] IndexFault tryToWrite(const Batch &batch);
 
   const std::optional<IndexPlace> place_;
@@ -52,6 +52,6 @@ private:
   bool isWriting_ PF_GUARDED_BY(lock_) = false;
   bool isDisabled_ PF_GUARDED_BY(lock_) = false;
 
-  /// Belongs to whoever has set `isWriting_`.
+  /// Used by the thread that has set `isWriting_`.
   std::unique_ptr<IndexDatabase> database_;
 };

@@ -25,11 +25,8 @@ LikePattern::LikePattern(std::string_view pattern, bool regardsCase) : regardsCa
   const FoldedText folded(text, !regardsCase, true);
   units_.reserve(folded.units.size());
   for (const FoldedText::Unit &unit : folded.units) {
-    const bool meansItself = !isWildcard[unit.source];
-    if (!meansItself && unit.codePoint == '*')
-      units_.push_back(anyText);
-    else
-      units_.push_back(!meansItself && unit.codePoint == '?' ? anyCharacter : unit.codePoint);
+    const bool isStar = unit.codePoint == '*';
+    units_.push_back(!isWildcard[unit.source] ? unit.codePoint : isStar ? anyText : anyCharacter);
   }
   const auto isPlainASCII = [](std::int32_t unit) { return unit >= 0 && unit < 0x80; };
   if (units_.size() > 1 && units_.front() == anyText &&
@@ -74,8 +71,8 @@ bool LikePattern::matchesFolded(std::string_view name) const {
     while (!isBoundary(i));
     return i;
   };
-  // What the last `*` stands for grows until the rest of the pattern fits. One before it need never
-  // be looked at again: what follows that one has been found as early as it occurs.
+  // The text of the last `*` grows until the rest of the pattern matches. Earlier ones need no
+  // other try: what follows each has been found where it first occurs.
   std::optional<std::size_t> afterStar;
   std::size_t starEnd = 0;
   std::size_t unit = 0;

@@ -5,19 +5,18 @@
 #include <string_view>
 #include <vector>
 
-/// A pattern that a whole name has to match: `*` stands for any text, also none, `?` for one
-/// character, and a backslash takes away the meaning of what follows. Canonically equivalent names
-/// are equal, and nothing ends inside a composed character.
+/// A pattern for whole names: `*` matches any text, also none, `?` matches one character, and a
+/// backslash escapes the character after it. Canonically equivalent names are equal, and no match
+/// ends inside a composed character.
 ///
-/// Ownership: keeps nothing of the text that it was made from. Threads: any; `matches` changes
-/// nothing.
+/// Ownership: borrows nothing. Threads: any; immutable.
 class LikePattern {
 public:
-  /// Without `regardsCase`, case is folded as a search in text folds it. Throws `std::bad_alloc`.
+  /// Without `regardsCase` it folds case, as `TextPattern` does. Throws `std::bad_alloc`.
   LikePattern(std::string_view pattern, bool regardsCase);
 
-  /// Throws `std::bad_alloc` when `name` is not ASCII, or the pattern is more than `*` and the end
-  /// of a name; else nothing.
+  /// Can throw `std::bad_alloc` only when `name` is not ASCII, or the pattern is not a `*` followed
+  /// by ASCII characters.
   [[nodiscard]] bool matches(std::string_view name) const;
 
 private:
@@ -25,10 +24,10 @@ private:
   [[nodiscard]] bool matchesFolded(std::string_view name) const;
 
   const bool regardsCase_;
-  /// Code points as the search folds them, or one of the wildcards.
+  /// Folded code points, or wildcards.
   std::vector<std::int32_t> units_;
-  /// What follows a `*` that begins the pattern, if that is all and is ASCII.
+  /// What follows a `*` at the beginning, if it is the only wildcard and the rest is ASCII.
   std::string suffix_;
-  /// For each byte of it, the bit that is set in lower case and not in upper case.
+  /// For each byte of the suffix, the bit that lower case sets and upper case does not.
   std::vector<unsigned char> caseBits_;
 };

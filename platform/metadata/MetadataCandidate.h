@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-/// One file as a predicate sees it: its name, and what costs a look at the disk only if asked for.
+/// One file as a predicate sees it: its name, and its date, which is read from the disk on demand.
 ///
 /// Ownership: borrows the name. Threads: one at a time.
 class MetadataCandidate {
@@ -12,7 +12,7 @@ public:
   MetadataCandidate(const MetadataCandidate &) = delete;
   MetadataCandidate &operator=(const MetadataCandidate &) = delete;
 
-  /// When the file's content was last changed, in seconds since 2001; none when that cannot be had.
+  /// When the file's content was last changed, in seconds since 2001; none if it cannot be read.
   [[nodiscard]] virtual std::optional<double> contentChangeDate() noexcept = 0;
 
   /// The last component of the file's path.

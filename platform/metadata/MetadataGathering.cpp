@@ -3,7 +3,8 @@
 #include "platform/foundation/FreeElsewhere.h"
 #include "platform/foundation/NSNotificationCenter.h"
 #include "platform/foundation/ProcessorCount.h"
-#include "platform/metadata/NSMetadataQuery.h"
+#include "platform/metadata/MoveToEnd.h"
+#include "platform/metadata/NSMetadataQueryNotifications.h"
 
 #include <algorithm>
 #include <cassert>
@@ -15,35 +16,29 @@ namespace {
 
 using Clock = MainRunLoop::Clock;
 
-/// More than there may be processors: on a disk that is slow to answer, several wait at a time.
+/// May exceed the number of processors: on a slow disk several threads wait at a time.
 constexpr int fewestThreads = 4;
 constexpr int mostThreads = 8;
 
 constexpr std::chrono::milliseconds portionTime{5};
 
-/// For how long a thread may keep results to itself, unless they are many.
+/// How long a thread may keep results to itself, unless there are many.
 constexpr std::chrono::milliseconds longestDelay{2};
 constexpr std::size_t manyResults = 256;
 
-/// How often memory for results is asked for before they are lost.
-constexpr int mostAttempts = 4;
-
-/// When it throws `std::bad_alloc`, nothing has been moved.
-template <class Container> void moveToEnd(Container &from, Container &to) {
-  to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
-  from.clear();
-}
+/// How often memory for results is requested before they are lost.
+constexpr int mostTries = 4;
 
 FolderQueue::Tasks tasksOf(const std::vector<std::string> &scopes) {
   FolderQueue::Tasks tasks;
   for (const std::string &scope : scopes)
-    tasks.push_back({FolderTask::Kind::Scope, scope, nullptr});
+    tasks.push_back({.kind = FolderTask::Kind::Scope, .path = scope});
   return tasks;
 }
 
 } // namespace
 
-MetadataGathering::MetadataGathering(NSMetadataQuery &query, Ref<const NSPredicate> predicate,
+MetadataGathering::MetadataGathering(NSObject &query, Ref<const NSPredicate> predicate,
                                      const std::vector<std::string> &scopes,
                                      std::optional<IndexPlace> place)
     : ThreadTeam(*this, static_cast<std::size_t>(
@@ -51,20 +46,10 @@ MetadataGathering::MetadataGathering(NSMetadataQuery &query, Ref<const NSPredica
       predicate_(std::move(predicate)), place_(std::move(place)), queue_(this, tasksOf(scopes)),
       writer_(place_), query_(&query) {}
 
-Ref<MetadataGathering> MetadataGathering::create(NSMetadataQuery &query,
-                                                 Ref<const NSPredicate> predicate,
-                                                 const std::vector<std::string> &scopes,
-                                                 std::optional<IndexPlace> place) {
-  return Ref<MetadataGathering>::adopt(
-      new MetadataGathering(query, std::move(predicate), scopes, std::move(place)));
-}
-
 MetadataGathering::~MetadataGathering() {
   takeGathered();
   freeElsewhere(results_);
 }
-
-void MetadataGathering::start() noexcept { queue_.start(); }
 
 void MetadataGathering::stop() noexcept {
   assert(MainRunLoop::shared().isMainThread());
@@ -72,17 +57,13 @@ void MetadataGathering::stop() noexcept {
   isStopped_.store(true);
   queue_.stop();
   takeGathered();
-  if (visible_ == results_.size())
-    return;
-  try {
-    Results dropped(
-        std::make_move_iterator(results_.begin() + static_cast<std::ptrdiff_t>(visible_)),
-        std::make_move_iterator(results_.end()));
-    results_.resize(visible_);
-    freeElsewhere(dropped);
-  } catch (...) {
-    results_.resize(visible_);
-  }
+  Results dropped;
+  tryTwice([&] {
+    const auto begin = results_.begin() + static_cast<std::ptrdiff_t>(visible_);
+    dropped.assign(std::make_move_iterator(begin), std::make_move_iterator(results_.end()));
+  });
+  results_.resize(visible_);
+  freeElsewhere(dropped);
 }
 
 bool MetadataGathering::work() noexcept {
@@ -109,9 +90,12 @@ bool MetadataGathering::work() noexcept {
 }
 
 void MetadataGathering::allDone() noexcept {
-  if (isWritten_.exchange(true))
-    return;
-  setComplete();
+  {
+    const LockGuard guard(lock_);
+    if (std::exchange(isComplete_, true))
+      return;
+    postAnnouncement();
+  }
   if (!MainRunLoop::shared().isMainThread())
     writer_.finish();
 }
@@ -120,22 +104,11 @@ void MetadataGathering::handOver(Results &results) noexcept {
   if (results.empty() || isStopped_.load(std::memory_order_relaxed))
     return;
   const LockGuard guard(lock_);
-  // That takes no memory.
+  // A swap takes no memory. What finds none is handed over with the next results, if any.
   if (gathered_.empty())
     gathered_.swap(results);
-  for (int attempt = 0; attempt < mostAttempts && !results.empty(); ++attempt)
-    try {
-      moveToEnd(results, gathered_);
-    } catch (...) {
-      // Memory is short: they are handed over with the next, if there are any.
-    }
-  postAnnouncement();
-}
-
-void MetadataGathering::setComplete() noexcept {
-  const LockGuard guard(lock_);
-  if (std::exchange(isComplete_, true))
-    return;
+  else
+    moveToEnd(results, gathered_, mostTries);
   postAnnouncement();
 }
 
@@ -149,21 +122,12 @@ void MetadataGathering::postAnnouncement() noexcept {
 
 void MetadataGathering::takeGathered() noexcept {
   const LockGuard guard(lock_);
-  if (results_.empty()) {
+  if (results_.empty())
     results_.swap(gathered_);
-    return;
-  }
-  try {
-    moveToEnd(gathered_, results_);
-    failedTakes_ = 0;
-  } catch (...) {
-    // Memory is short: the next announcement may fare better. So that it has an end, and the query
-    // too, these are lost at last.
-    if (++failedTakes_ == mostAttempts) {
-      failedTakes_ = 0;
-      gathered_.clear();
-    }
-  }
+  else
+    moveToEnd(gathered_, results_, mostTries);
+  // Where memory stays short the results are lost, so that the query comes to an end.
+  gathered_.clear();
 }
 
 void MetadataGathering::announce() {
@@ -171,7 +135,7 @@ void MetadataGathering::announce() {
     return;
   takeGathered();
   // A handler may give back the last reference to the query.
-  const Ref<NSMetadataQuery> query(query_);
+  const Ref<NSObject> query(query_);
   NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
   if (visible_ < results_.size()) {
     ++visible_;
@@ -186,7 +150,6 @@ void MetadataGathering::announce() {
       return;
   }
   query_ = nullptr;
-  query->isGathering_ = false;
   center.postNotification(NSMetadataQueryDidFinishGatheringNotification, query.get());
 }
 

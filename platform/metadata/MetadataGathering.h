@@ -11,28 +11,28 @@
 #include <string>
 #include <vector>
 
-class NSMetadataQuery;
-
-/// What one start of a metadata query sets going: threads that gather, and work of the main thread
-/// that makes their results visible, portion by portion, and at last tells the end.
+/// One start of a metadata query: threads that gather, and work on the main thread that makes their
+/// results visible, portion by portion, and then reports the end.
 ///
-/// Ownership: counted. The threads and posted work hold references, which are given back on the
-/// main thread; the query is borrowed until `stop`.
-/// Threads: main, but for what says otherwise.
+/// Ownership: counted. The threads and posted work hold references, which they give back on the
+/// main thread; it borrows the query until the end or `stop`.
+/// Threads: main, unless a member says otherwise.
 class MetadataGathering final : public NSObject, private ThreadTeam {
 public:
-  /// Throws `std::bad_alloc`.
-  static Ref<MetadataGathering> create(NSMetadataQuery &query, Ref<const NSPredicate> predicate,
-                                       const std::vector<std::string> &scopes,
-                                       std::optional<IndexPlace> place);
+  /// Posts its notifications with `query` as their object. Throws `std::bad_alloc`.
+  MetadataGathering(NSObject &query, Ref<const NSPredicate> predicate,
+                    const std::vector<std::string> &scopes, std::optional<IndexPlace> place);
 
-  void start() noexcept;
+  void start() noexcept { queue_.start(); }
 
-  /// Ends it without a word: what is not visible never will be.
+  /// Ends it without a notification. Results that are not visible yet are dropped.
   void stop() noexcept;
 
-  /// How many results are visible. While some are announced, the next becomes visible once all
-  /// before it have been read, as long as there is time.
+  /// False once the end is being posted, and after `stop`.
+  [[nodiscard]] bool isActive() const noexcept { return query_ != nullptr; }
+
+  /// How many results are visible. While a progress notification is being posted, the next becomes
+  /// visible when all before it have been read, until the portion's time is up.
   [[nodiscard]] std::size_t visibleCount() noexcept;
 
   /// The path of a visible result.
@@ -53,32 +53,28 @@ private:
     MetadataGathering &gathering_;
   };
 
-  MetadataGathering(NSMetadataQuery &query, Ref<const NSPredicate> predicate,
-                    const std::vector<std::string> &scopes, std::optional<IndexPlace> place);
   ~MetadataGathering() override;
 
-  /// Gathers until nothing is left to do, on the main thread a portion only.
+  /// Gathers until nothing is left to do, on the main thread only a portion.
   [[nodiscard]] bool work() noexcept override;
   void allDone() noexcept override;
   /// Empties `results`, unless memory stays short. Any thread.
   void handOver(Results &results) noexcept;
-  void setComplete() noexcept;
   void postAnnouncement() noexcept PF_REQUIRES(lock_);
 
   void announce();
   void announced() noexcept;
-  /// Where memory is short, what has been gathered stays so, for a few times.
+  /// Makes what has been gathered ready to be announced. If memory stays short it is lost.
   void takeGathered() noexcept;
 
   // Constant while threads run.
   const Ref<const NSPredicate> predicate_;
   const std::optional<IndexPlace> place_;
 
-  // These take care of themselves.
+  // Synchronize themselves.
   std::atomic<bool> isStopped_{false};
   FolderQueue queue_;
   IndexWriter writer_;
-  std::atomic<bool> isWritten_{false};
 
   NSLock lock_;
   Results gathered_ PF_GUARDED_BY(lock_);
@@ -86,11 +82,10 @@ private:
   bool isPosted_ PF_GUARDED_BY(lock_) = false;
 
   // Main thread.
-  NSMetadataQuery *query_;
+  NSObject *query_;
   Results results_;
   std::size_t visible_ = 0;
   std::size_t read_ = 0;
-  int failedTakes_ = 0;
   bool isAnnouncing_ = false;
   MainRunLoop::Clock::time_point portionEnd_;
   Announcement announcement_{*this};

@@ -1,8 +1,8 @@
 #ifndef PLATFORM_METADATA_METADATAINDEX_H
 #define PLATFORM_METADATA_METADATAINDEX_H
 
-/* The index behind the metadata query, as a host shows it to its user: a cache, which costs speed
- * and nothing else when it is gone. */
+/* The index of the metadata query, for hosts that show it to their user. It is a cache: without it
+ * only speed is lost. */
 
 #include <stdint.h>
 
@@ -11,24 +11,23 @@ extern "C" {
 #endif
 
 typedef struct {
-  /* What the index takes on the disk, in bytes. */
+  /* Its size on the disk, in bytes. */
   int64_t size;
   /* How many folders are recorded, and how many names their records hold. */
   int64_t folders;
   int64_t entries;
 } PFMetadataIndexStatus;
 
-/* Where the index is, or would be: the full path of its file. NULL where the user has no cache
- * folder that could hold one. The text stays the library's and is valid until the process ends.
- * Main thread. */
+/* The full path of the index, whether it exists or not. NULL if the user has no cache folder. The
+ * library owns the text; it is valid until the process ends. Main thread. */
 const char *PFMetadataIndexGetPath(void);
 
-/* Tells what the index holds; all zero where there is none. 1, or 0 when there is one that cannot
- * be read at present, and then only its size is told. Main thread. */
+/* Reports what the index holds; all zero if there is none. Returns 1, or 0 if it exists and cannot
+ * be read now; then only its size is set. Main thread. */
 int PFMetadataIndexGetStatus(PFMetadataIndexStatus *status);
 
-/* Removes the index. 1 when there is none any more, else 0. Searches that use it at that moment
- * find what they would have found. Main thread. */
+/* Removes the index. Returns 1 if there is none afterwards, else 0. Searches that are using it find
+ * the same files as before. Main thread. */
 int PFMetadataIndexClear(void);
 
 #ifdef __cplusplus

@@ -27,16 +27,6 @@ Ref<const NSPredicate> NSCompoundPredicate::join(Subpredicates subpredicates, bo
   return Ref<const NSPredicate>::adopt(new NSCompoundPredicate(std::move(subpredicates), isOr));
 }
 
-Ref<const NSPredicate>
-NSCompoundPredicate::andPredicateWithSubpredicates(Subpredicates subpredicates) {
-  return join(std::move(subpredicates), false);
-}
-
-Ref<const NSPredicate>
-NSCompoundPredicate::orPredicateWithSubpredicates(Subpredicates subpredicates) {
-  return join(std::move(subpredicates), true);
-}
-
 bool NSCompoundPredicate::evaluateWithObject(MetadataCandidate &file) const {
   for (const Ref<const NSPredicate> &predicate : subpredicates_)
     if (predicate->evaluateWithObject(file) == isOr_)

@@ -2,23 +2,28 @@
 
 #include "platform/metadata/NSPredicate.h"
 
+#include <utility>
 #include <vector>
 
-/// Several conditions joined into one. Those that the name decides are tested before those that
-/// need a look at the disk; otherwise the order is kept, and what no longer matters is not tested.
+/// Joins several conditions into one. It first tests those that need the name only, then those that
+/// need the disk, otherwise in the order given, and stops when the outcome is certain.
 ///
 /// Ownership: counted; holds a reference to each part. Threads: any; immutable.
 class NSCompoundPredicate final : public NSPredicate {
 public:
   using Subpredicates = std::vector<Ref<const NSPredicate>>;
 
-  /// Met when all of the parts are, also when there is none; null when a part is null. Throws
+  /// Met when all of its parts are, and when it has none; null when a part is null. Throws
   /// `std::bad_alloc`.
-  static Ref<const NSPredicate> andPredicateWithSubpredicates(Subpredicates subpredicates);
+  static Ref<const NSPredicate> andPredicateWithSubpredicates(Subpredicates subpredicates) {
+    return join(std::move(subpredicates), false);
+  }
 
-  /// Met when any of the parts is, hence never when there is none; null when a part is null. Throws
+  /// Met when any of its parts is, so never when it has none; null when a part is null. Throws
   /// `std::bad_alloc`.
-  static Ref<const NSPredicate> orPredicateWithSubpredicates(Subpredicates subpredicates);
+  static Ref<const NSPredicate> orPredicateWithSubpredicates(Subpredicates subpredicates) {
+    return join(std::move(subpredicates), true);
+  }
 
   [[nodiscard]] bool evaluateWithObject(MetadataCandidate &file) const override;
   [[nodiscard]] bool needsNameOnly() const noexcept override { return needsNameOnly_; }

@@ -13,11 +13,15 @@
 class NSMetadataItem final : public NSObject {
 public:
   /// Throws `std::bad_alloc`.
-  static Ref<const NSMetadataItem> create(Ref<const NSString> path);
+  static Ref<const NSMetadataItem> create(Ref<const NSString> path) {
+    return Ref<const NSMetadataItem>::adopt(new NSMetadataItem(std::move(path)));
+  }
 
-  /// The value of an attribute; null when the item has none of that name. The full path is
-  /// "kMDItemPath", a string.
-  [[nodiscard]] Ref<const NSObject> valueForAttribute(std::string_view name) const noexcept;
+  /// The value of an attribute; null when the item has none of that name. "kMDItemPath" is the full
+  /// path, a string.
+  [[nodiscard]] Ref<const NSObject> valueForAttribute(std::string_view name) const noexcept {
+    return name == "kMDItemPath" ? path_ : nullptr;
+  }
 
 private:
   explicit NSMetadataItem(Ref<const NSString> path) noexcept : path_(std::move(path)) {}

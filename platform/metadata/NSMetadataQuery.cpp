@@ -7,14 +7,15 @@
 #include "platform/metadata/MetadataGathering.h"
 
 #include <cassert>
-#include <utility>
+#include <string>
+#include <vector>
 
 namespace {
 
 const NSClass queryClass("NSMetadataQuery",
                          []() -> Ref<NSObject> { return NSMetadataQuery::create(); });
 
-/// The paths in `scopes`; none when one is no path, or there is no scope. Throws `std::bad_alloc`.
+/// The paths in `scopes`; empty when one of them is no path. Throws `std::bad_alloc`.
 std::vector<std::string> pathsOf(const NSArray *scopes) {
   std::vector<std::string> paths;
   for (std::size_t i = 0; scopes != nullptr && i < scopes->count(); ++i) {
@@ -36,17 +37,9 @@ Ref<NSMetadataQuery> NSMetadataQuery::create() {
   return Ref<NSMetadataQuery>::adopt(new NSMetadataQuery);
 }
 
-void NSMetadataQuery::setPredicate(Ref<const NSPredicate> predicate) noexcept {
-  predicate_ = std::move(predicate);
-}
-
-void NSMetadataQuery::setSearchScopes(Ref<const NSArray> scopes) noexcept {
-  scopes_ = std::move(scopes);
-}
-
 char NSMetadataQuery::startQuery() noexcept {
   assert(MainRunLoop::shared().isMainThread());
-  if (isGathering_ || !predicate_)
+  if (isGathering() != 0 || !predicate_)
     return 0;
   bool arePaths = false;
   const bool isReady = tryTwice([&] {
@@ -55,20 +48,23 @@ char NSMetadataQuery::startQuery() noexcept {
     if (!arePaths)
       return;
     learnRightsOfProcess();
-    gathering_ = MetadataGathering::create(*this, predicate_, scopes, IndexPlace::current());
+    gathering_ = Ref<MetadataGathering>::adopt(
+        new MetadataGathering(*this, predicate_, scopes, IndexPlace::current()));
   });
   if (!isReady || !arePaths)
     return 0;
-  isGathering_ = true;
   gathering_->start();
   return 1;
 }
 
 void NSMetadataQuery::stopQuery() noexcept {
   assert(MainRunLoop::shared().isMainThread());
-  if (!std::exchange(isGathering_, false))
-    return;
-  gathering_->stop();
+  if (isGathering() != 0)
+    gathering_->stop();
+}
+
+char NSMetadataQuery::isGathering() const noexcept {
+  return gathering_ && gathering_->isActive() ? 1 : 0;
 }
 
 std::size_t NSMetadataQuery::resultCount() noexcept {

@@ -7,53 +7,30 @@
 #include "platform/metadata/LikePattern.h"
 #include "platform/metadata/PredicateFormat.h"
 
+#include <utility>
+
 namespace {
 
-// It is looked up to be there; predicates are made from formats.
+// Callers look up whether the class exists; they make predicates from formats.
 const NSClass predicateClass("NSPredicate", []() -> Ref<NSObject> { return nullptr; });
 
-class NameIsLike final : public NSPredicate {
+/// What `test` says about a file.
+template <class Test> class Condition final : public NSPredicate {
 public:
-  NameIsLike(std::string_view text, bool regardsCase) : pattern_(text, regardsCase) {}
+  Condition(bool needsNameOnly, Test test)
+      : needsNameOnly_(needsNameOnly), test_(std::move(test)) {}
 
-  bool evaluateWithObject(MetadataCandidate &file) const override {
-    return pattern_.matches(file.name);
-  }
-  bool needsNameOnly() const noexcept override { return true; }
+  bool evaluateWithObject(MetadataCandidate &file) const override { return test_(file); }
+  bool needsNameOnly() const noexcept override { return needsNameOnly_; }
 
 private:
-  const LikePattern pattern_;
+  const bool needsNameOnly_;
+  const Test test_;
 };
 
-class NameHolds final : public NSPredicate {
-public:
-  NameHolds(std::string_view text, bool regardsCase)
-      : text_(text, regardsCase ? NSLiteralSearch : NSCaseInsensitiveSearch) {}
-
-  bool evaluateWithObject(MetadataCandidate &file) const override {
-    return text_.find(file.name).length != 0;
-  }
-  bool needsNameOnly() const noexcept override { return true; }
-
-private:
-  const TextPattern text_;
-};
-
-class DateIs final : public NSPredicate {
-public:
-  DateIs(NSComparisonResult order, const NSDate &date) noexcept
-      : order_(order), date_(date.timeIntervalSinceReferenceDate()) {}
-
-  bool evaluateWithObject(MetadataCandidate &file) const override {
-    const std::optional<double> changed = file.contentChangeDate();
-    return changed && NSDate::compareIntervals(*changed, date_) == order_;
-  }
-  bool needsNameOnly() const noexcept override { return false; }
-
-private:
-  const NSComparisonResult order_;
-  const double date_;
-};
+template <class Test> Ref<const NSPredicate> condition(bool needsNameOnly, Test test) {
+  return Ref<const NSPredicate>::adopt(new Condition<Test>(needsNameOnly, std::move(test)));
+}
 
 } // namespace
 
@@ -65,17 +42,29 @@ NSPredicate::predicateWithFormat(std::string_view format,
   if (!parsed || arguments.size() != (parsed->text ? 0U : 1U))
     return nullptr;
   const NSObject *const argument = parsed->text ? nullptr : *arguments.begin();
-  if (parsed->attribute == PredicateFormat::Attribute::ContentChangeDate) {
-    const auto *const date = dynamic_cast<const NSDate *>(argument);
+  if (parsed->isOnDate()) {
+    const auto *const given = dynamic_cast<const NSDate *>(argument);
+    if (given == nullptr)
+      return nullptr;
     const NSComparisonResult order =
         parsed->comparison == Operator::Later ? NSOrderedDescending : NSOrderedAscending;
-    return date != nullptr ? Ref<const NSPredicate>::adopt(new DateIs(order, *date)) : nullptr;
+    return condition(
+        false, [order, date = given->timeIntervalSinceReferenceDate()](MetadataCandidate &file) {
+          const std::optional<double> changed = file.contentChangeDate();
+          return changed && NSDate::compareIntervals(*changed, date) == order;
+        });
   }
   const auto *const string = dynamic_cast<const NSString *>(argument);
   if (!parsed->text && string == nullptr)
     return nullptr;
   const std::string_view text = parsed->text ? std::string_view(*parsed->text) : string->view();
   if (parsed->comparison == Operator::Like)
-    return Ref<const NSPredicate>::adopt(new NameIsLike(text, parsed->regardsCase));
-  return Ref<const NSPredicate>::adopt(new NameHolds(text, parsed->regardsCase));
+    return condition(
+        true, [pattern = LikePattern(text, parsed->regardsCase)](const MetadataCandidate &file) {
+          return pattern.matches(file.name);
+        });
+  const unsigned options = parsed->regardsCase ? NSLiteralSearch : NSCaseInsensitiveSearch;
+  return condition(true, [pattern = TextPattern(text, options)](const MetadataCandidate &file) {
+    return pattern.find(file.name).length != 0;
+  });
 }

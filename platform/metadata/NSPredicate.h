@@ -11,21 +11,20 @@
 ///
 /// A format is one comparison of an attribute with a value:
 ///
-///     kMDItemFSName like 'P'     the name matches the pattern P as a whole: `*` stands for any
-///                                text, `?` for one character, a backslash takes away their meaning
+///     kMDItemFSName like 'P'     the whole name matches the pattern P: `*` matches any text, `?`
+///                                one character, and a backslash escapes them
 ///     kMDItemFSName in %@        the value occurs in the name, letter for letter
 ///     kMDItemFSContentChangeDate > %@   (or <)   the file's own modification date is later
 ///                                (earlier) than the value; one that cannot be read is neither
 ///
-/// `like[c]` and `in[c]` regard no case. A text is written in single or double quotes, or is the
-/// argument that `%@` stands for; a date is always an argument.
+/// `like[c]` and `in[c]` ignore case. A text is in single or double quotes, or is the argument for
+/// `%@`; a date is always an argument.
 ///
-/// Ownership: counted; holds references to its arguments. Threads: any; immutable.
+/// Ownership: counted; copies its arguments. Threads: any; immutable.
 class NSPredicate : public NSObject {
 public:
-  /// The condition that `format` states, with the objects that its `%@` stand for, in order; null
-  /// when the format is not understood, and when the arguments are not those it asks for. Throws
-  /// `std::bad_alloc`.
+  /// The condition that `format` states, with the argument for its `%@`; null if the format is
+  /// invalid or the arguments do not fit it. Throws `std::bad_alloc`.
   static Ref<const NSPredicate>
   predicateWithFormat(std::string_view format,
                       std::initializer_list<const NSObject *> arguments = {});

@@ -6,13 +6,11 @@
 
 namespace {
 
-bool isBlank(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
-
 bool isWordCharacter(char c) noexcept {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
-/// The part of a format that has not been read yet.
+/// The rest of a format.
 class Rest {
 public:
   explicit Rest(std::string_view format) noexcept : rest_(format) {}
@@ -20,8 +18,7 @@ public:
   [[nodiscard]] bool isEmpty() const noexcept { return rest_.empty(); }
 
   void skipBlanks() noexcept {
-    while (!rest_.empty() && isBlank(rest_.front()))
-      rest_.remove_prefix(1);
+    rest_.remove_prefix(std::min(rest_.find_first_not_of(" \t\n\v\f\r"), rest_.size()));
   }
 
   bool take(std::string_view text) noexcept {
@@ -38,7 +35,7 @@ public:
     return word;
   }
 
-  /// A text in quotes, in which a backslash stands before a character that is meant as it is.
+  /// A text in quotes; a backslash escapes the character after it.
   std::optional<std::string> takeQuotedText() {
     if (rest_.empty() || (rest_.front() != '\'' && rest_.front() != '"'))
       return std::nullopt;
@@ -60,50 +57,37 @@ private:
   std::string_view rest_;
 };
 
-bool readAttribute(Rest &rest, PredicateFormat &format) noexcept {
-  const std::string_view name = rest.takeWord();
-  if (name == "kMDItemFSName")
-    format.attribute = PredicateFormat::Attribute::FileName;
-  else if (name == "kMDItemFSContentChangeDate")
-    format.attribute = PredicateFormat::Attribute::ContentChangeDate;
-  else
-    return false;
-  return true;
-}
-
-bool readOperator(Rest &rest, PredicateFormat &format) noexcept {
-  if (format.attribute == PredicateFormat::Attribute::ContentChangeDate) {
-    const bool isLater = rest.take(">");
-    format.comparison =
-        isLater ? PredicateFormat::Operator::Later : PredicateFormat::Operator::Earlier;
-    return isLater || rest.take("<");
+/// Takes the attribute and the operator.
+std::optional<PredicateFormat> takeComparison(Rest &rest) {
+  using Operator = PredicateFormat::Operator;
+  const std::string_view attribute = rest.takeWord();
+  rest.skipBlanks();
+  if (attribute == "kMDItemFSContentChangeDate") {
+    if (rest.take(">"))
+      return PredicateFormat{.comparison = Operator::Later};
+    if (rest.take("<"))
+      return PredicateFormat{.comparison = Operator::Earlier};
+  } else if (attribute == "kMDItemFSName") {
+    const std::string_view word = rest.takeWord();
+    const bool regardsCase = !rest.take("[c]");
+    if (equalIgnoringASCIICase(word, "like"))
+      return PredicateFormat{Operator::Like, regardsCase};
+    if (equalIgnoringASCIICase(word, "in"))
+      return PredicateFormat{Operator::In, regardsCase};
   }
-  const std::string_view word = rest.takeWord();
-  const bool isIn = equalIgnoringASCIICase(word, "in");
-  if (!isIn && !equalIgnoringASCIICase(word, "like"))
-    return false;
-  format.comparison = isIn ? PredicateFormat::Operator::In : PredicateFormat::Operator::Like;
-  format.regardsCase = !rest.take("[c]");
-  return true;
+  return std::nullopt;
 }
 
 } // namespace
 
 std::optional<PredicateFormat> PredicateFormat::parse(std::string_view format) {
-  PredicateFormat parsed;
   Rest rest(format);
   rest.skipBlanks();
-  if (!readAttribute(rest, parsed))
+  std::optional<PredicateFormat> parsed = takeComparison(rest);
+  rest.skipBlanks();
+  if (!parsed || (!rest.take("%@") && !(parsed->text = rest.takeQuotedText())))
     return std::nullopt;
   rest.skipBlanks();
-  if (!readOperator(rest, parsed))
-    return std::nullopt;
-  rest.skipBlanks();
-  if (!rest.take("%@") && !(parsed.text = rest.takeQuotedText()))
-    return std::nullopt;
-  rest.skipBlanks();
-  const bool lacksArgument = parsed.attribute == Attribute::ContentChangeDate && parsed.text;
-  if (!rest.isEmpty() || lacksArgument)
-    return std::nullopt;
-  return parsed;
+  const bool lacksArgument = parsed->isOnDate() && parsed->text;
+  return rest.isEmpty() && !lacksArgument ? parsed : std::nullopt;
 }

@@ -8,15 +8,18 @@
 ///
 /// Ownership: holds its own text. Threads: one at a time.
 struct PredicateFormat {
-  enum class Attribute { FileName, ContentChangeDate };
+  /// The first two compare the file's name, the others its date.
   enum class Operator { Like, In, Later, Earlier };
 
   /// None when the format is not understood. Throws `std::bad_alloc`.
   static std::optional<PredicateFormat> parse(std::string_view format);
 
-  Attribute attribute = Attribute::FileName;
+  [[nodiscard]] bool isOnDate() const noexcept {
+    return comparison == Operator::Later || comparison == Operator::Earlier;
+  }
+
   Operator comparison = Operator::Like;
   bool regardsCase = true;
-  /// The value, or none where an argument is to be put.
-  std::optional<std::string> text;
+  /// The value; none where the format has `%@`.
+  std::optional<std::string> text{};
 };

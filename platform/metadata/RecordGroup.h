@@ -8,20 +8,20 @@
 #include <string_view>
 #include <vector>
 
-/// One folder's record on its way into the index.
+/// One folder's record to be written to the index.
 struct IndexRecord {
   /// `FolderKey`.
   std::string key;
   std::uint32_t entries = 0;
-  /// `FolderRecord`, or nothing for a folder that has to be listed each time.
+  /// `FolderRecord`; empty for a folder that must be listed each time.
   std::string bytes;
 };
 
-/// Neighbouring records in one piece, as the index keeps them: by themselves most are too small to
-/// be worth a row of its table.
+/// Neighbouring records in one piece, as the index stores them: most are too small for a row of
+/// their own.
 namespace RecordGroup {
 
-/// A record within a group, whose bytes it views.
+/// A view of a record in a group.
 struct Record {
   std::string_view key;
   std::uint32_t entries = 0;
@@ -33,13 +33,13 @@ struct Record {
 /// Throws `std::bad_alloc`.
 void append(std::string &group, const Record &record);
 
-/// Takes the first record off what is left of a group; none where that holds no whole one.
+/// Takes the first record from the rest of a group; none if that does not hold a whole one.
 [[nodiscard]] std::optional<Record> take(std::string_view &rest) noexcept;
 
-/// The records of a group after those of folders that are gone, with all below them, have been
-/// taken out and others been put in. These are in the order of their keys, and no folder that is
-/// gone is below another one. Nothing where the group is damaged. The result views all three.
-/// Throws `std::bad_alloc`.
+/// The records of a group, without those of folders that are `gone` and of everything below them,
+/// and with `records`, which replace older ones. Both are in the order of their keys, and no folder
+/// that is gone is below another. None where the group is damaged. The result views all three
+/// arguments. Throws `std::bad_alloc`.
 [[nodiscard]] std::optional<std::vector<Record>> merge(std::string_view group,
                                                        std::span<const IndexRecord> records,
                                                        std::span<const std::string> gone);

@@ -12,11 +12,11 @@
 
 namespace {
 
-/// So many are searched in a quarter of a millisecond, so that threads seldom meet.
+/// Searching a chunk takes a quarter of a millisecond, so that threads seldom meet.
 constexpr std::size_t rowsInChunk = 64;
 constexpr std::size_t bytesInChunk = std::size_t{64} << 10;
 
-/// While one thread waits for a disk, the others do not hurry on without end.
+/// How far the other threads may run ahead of one that waits for a disk.
 constexpr std::size_t mostChunksAhead = 64;
 
 } // namespace
@@ -65,12 +65,10 @@ std::unique_ptr<RecordStream::Chunk> RecordStream::read() {
   chunk->bytes.reserve(bytesInChunk);
   chunk->rows.reserve(rowsInChunk);
   while (nextRecord_ && chunk->rows.size() < rowsInChunk && chunk->bytes.size() < bytesInChunk) {
-    Row row;
-    row.keyBegin = chunk->bytes.size();
-    row.keySize = nextRecord_->key.size();
-    row.recordSize = nextRecord_->bytes.size();
+    chunk->rows.push_back({.keyBegin = chunk->bytes.size(),
+                           .keySize = nextRecord_->key.size(),
+                           .recordSize = nextRecord_->bytes.size()});
     chunk->bytes.append(nextRecord_->key).append(nextRecord_->bytes);
-    chunk->rows.push_back(std::move(row));
     nextRecord_ = index_->next();
   }
   if (!nextRecord_) {
@@ -79,9 +77,8 @@ std::unique_ptr<RecordStream::Chunk> RecordStream::read() {
       writer_.setBroken();
     index_.reset();
   }
-  chunk->number = nextNumber_++;
   const LockGuard guard(lock_);
-  ++readCount_;
+  chunk->number = readCount_++;
   return chunk;
 }
 
@@ -98,7 +95,7 @@ bool RecordStream::merge(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks &tasks
     try {
       return mergeInOrder(std::move(chunk), tasks, results);
     } catch (...) {
-      // Memory is short: the rest is listed.
+      // Memory is short: the rest is listed from the disk.
     }
   }
   chunk.reset();
@@ -133,7 +130,7 @@ void RecordStream::stopMerging(FolderQueue::Tasks &tasks) noexcept {
   try {
     addRest(tasks);
   } catch (...) {
-    // Some memory is free again when another thread has brought its chunk back.
+    // Another thread that returns its chunk frees some memory.
   }
 }
 
@@ -141,7 +138,7 @@ void RecordStream::mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &ta
                             Results &results) {
   const std::string_view key = chunk.key(row);
   if (key == scopeKey_) {
-    // Without its scope nothing can be put in order.
+    // Without the scope nothing can be merged.
     if (row.hasFailed)
       throw std::bad_alloc();
     mergeFolder(key, row, results);
@@ -153,11 +150,11 @@ void RecordStream::mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &ta
   if (way_.empty())
     return;
   const std::string_view name = key.substr(wayKey_.size() + 1);
-  // A folder in between may not be searched, or has no record itself and is searched anew.
+  // A folder in between may not be searched, or has no record and is listed from the disk.
   if (name.find('\0') != std::string_view::npos)
     return;
   if (!isExpected(name, tasks)) {
-    // What is there all the same has been searched for its own sake, and may be again.
+    // If the folder exists all the same, whoever found it has searched it, or will.
     if (row.isGone)
       writer_.addGone(key);
     return;
@@ -167,7 +164,7 @@ void RecordStream::mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &ta
     addTask(name, tasks);
   else
     mergeFolder(key, row, results);
-  way_[above].goOn();
+  way_[above].skipName();
 }
 
 void RecordStream::mergeFolder(std::string_view key, Row &row, Results &results) {
@@ -182,29 +179,24 @@ void RecordStream::mergeFolder(std::string_view key, Row &row, Results &results)
 }
 
 bool RecordStream::isExpected(std::string_view name, FolderQueue::Tasks &tasks) {
-  for (Folder &folder = way_.back(); !folder.isDone(); folder.goOn()) {
-    if (folder.name() >= name)
-      return folder.name() == name;
+  Folder &folder = way_.back();
+  for (; !folder.isDone() && folder.name() < name; folder.skipName())
     addTask(folder.name(), tasks);
-  }
-  return false;
+  return !folder.isDone() && folder.name() == name;
 }
 
 void RecordStream::leaveFolder(FolderQueue::Tasks &tasks) {
-  for (Folder &folder = way_.back(); !folder.isDone(); folder.goOn())
+  for (Folder &folder = way_.back(); !folder.isDone(); folder.skipName())
     addTask(folder.name(), tasks);
   way_.pop_back();
   wayKey_.resize(way_.empty() ? 0 : way_.back().keySize);
 }
 
 void RecordStream::addRest(FolderQueue::Tasks &tasks) {
-  if (!isBegun_) {
-    FolderTask scope;
-    scope.kind = FolderTask::Kind::ScopeListing;
-    scope.path = scopePrefix_.empty() ? "/" : scopePrefix_;
-    tasks.push_back(std::move(scope));
-    isBegun_ = true;
-  }
+  if (!isBegun_)
+    tasks.push_back({.kind = FolderTask::Kind::ScopeListing,
+                     .path = scopePrefix_.empty() ? "/" : scopePrefix_});
+  isBegun_ = true;
   while (!way_.empty())
     leaveFolder(tasks);
 }

@@ -14,29 +14,27 @@
 #include <string_view>
 #include <vector>
 
-/// The records of a search scope, read once from its beginning to its end: a folder right before
-/// all that is below it. They come in chunks, which several threads search at the same time. A
-/// thread finds out about each folder by itself whether it is there and what it holds; whether the
-/// way to it still leads through folders that may be searched becomes clear when the chunks are put
-/// in order again. So do the folders that have no record, and the records that have no folder.
-/// Where memory runs short the stream is given up: what has not been put in order yet is listed
+/// The records of a search scope, read once from beginning to end: a folder right before everything
+/// below it. They come in chunks, which several threads search at the same time. For each folder a
+/// thread checks whether it exists and what it holds. Merging the chunks in order then shows
+/// whether all folders above it may be searched, which folders have no record, and which records
+/// have no folder. If memory runs short the stream is given up: what has not been merged is listed
 /// from the disk.
 ///
-/// Ownership: shared; owns the connection. Threads: any, as far as not said otherwise.
+/// Ownership: shared; owns the connection. Threads: any, unless a member says otherwise.
 class RecordStream {
 public:
   using Results = std::vector<Ref<const NSString>>;
 
   struct Row {
     std::size_t keyBegin = 0, keySize = 0, recordSize = 0;
-    /// What the search has found out: whether the folder is gone, whether it may be searched, or
-    /// memory was too short to tell, the names of its sub-folders in the order of their bytes, each
-    /// ended by a NUL, and the files that it found.
+    /// Results of the search: whether the folder is gone; whether it was searched; whether memory
+    /// was too short; the names of its sub-folders (as in `FolderNames`); the files found.
     bool isGone = false;
     bool isSearched = false;
     bool hasFailed = false;
-    std::string folders;
-    Results results;
+    std::string folders{};
+    Results results{};
   };
 
   struct Chunk {
@@ -53,8 +51,8 @@ public:
     std::vector<Row> rows;
   };
 
-  /// The records of the folder at `scope`, which is a path without links; null when there is none
-  /// of the folder itself. Throws `std::bad_alloc`.
+  /// The records of the folder at `scope`, a path without links; null if the folder itself has
+  /// none. Throws `std::bad_alloc`.
   static std::shared_ptr<RecordStream> open(const std::string &scope, const IndexPlace &place,
                                             IndexWriter &writer);
 
@@ -62,54 +60,54 @@ public:
   RecordStream(const RecordStream &) = delete;
   RecordStream &operator=(const RecordStream &) = delete;
 
-  /// The scope's key, its path without a slash at the end, and the folder itself, for calls that
-  /// take a path relative to it.
+  /// The scope's key, its path without a slash at the end, and a descriptor of the folder, for
+  /// calls that take a path relative to it.
   [[nodiscard]] const std::string &scopeKey() const noexcept { return scopeKey_; }
   [[nodiscard]] const std::string &scopePrefix() const noexcept { return scopePrefix_; }
   [[nodiscard]] int scopeFolder() const noexcept { return scopeFolder_; }
 
-  /// The next chunk; null when the stream has been given up. One thread at a time, until it has
-  /// been told of the last one. Throws `std::bad_alloc`, and then the stream must be given up.
+  /// The next chunk; null when the stream has been given up. One thread at a time, and not after
+  /// the last chunk. If it throws `std::bad_alloc` the stream must be given up.
   [[nodiscard]] std::unique_ptr<Chunk> read();
 
-  /// Whether another chunk may be read now; if not, `merge` will tell when.
+  /// Whether another chunk may be read now; if not, `merge` reports when.
   [[nodiscard]] bool mayRead() noexcept;
 
-  /// Takes a chunk back that has been searched. Puts what is now known to be found into `results`,
-  /// and the folders that have no record into `tasks`. True when it has become possible to read
-  /// the next chunk. Without memory for that it gives the stream up, before another chunk can be
-  /// merged behind one that was merged in part.
+  /// Takes back a chunk that has been searched. Adds the files that are now certain to `results`,
+  /// and the folders without a record to `tasks`. True when the next chunk, which had to wait, may
+  /// be read. If memory is short it gives up the stream, before another chunk can be merged after
+  /// one that was merged in part.
   [[nodiscard]] bool merge(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks &tasks,
                            Results &results) noexcept;
 
-  /// Has no more chunks read or merged. Puts the folders into `tasks` that with all below them make
-  /// up what has not been merged. Where not even these find memory the rest is left to the threads
-  /// that bring their chunks back, and is lost after the last of them.
+  /// Ends reading and merging. Adds folders to `tasks` that with everything below them cover what
+  /// has not been merged. If memory is too short even for that, the threads that return their
+  /// chunks try again; after the last of them the rest is lost.
   void giveUp(FolderQueue::Tasks &tasks) noexcept;
 
 private:
-  /// A folder that may be searched, on the way to the record that is looked at.
+  /// A folder that may be searched, above the record to be merged.
   struct Folder {
     std::size_t keySize;
     std::string names;
-    /// Where the first name stands that nothing has been done about yet.
+    /// Where the first name begins that has not been dealt with.
     std::size_t next = 0;
 
     [[nodiscard]] bool isDone() const noexcept { return next >= names.size(); }
     [[nodiscard]] std::string_view name() const noexcept { return names.c_str() + next; }
-    void goOn() noexcept { next += name().size() + 1; }
+    void skipName() noexcept { next += name().size() + 1; }
   };
 
   RecordStream(const std::string &scope, std::unique_ptr<IndexDatabase> index, IndexWriter &writer);
 
-  // When one of these throws, what it has not done yet is still ahead of `way_`, and the stream
-  // must be given up before the lock is.
+  // When one of these throws, what it has not done is still ahead of `way_`, and the stream must be
+  // given up before the lock is released.
   [[nodiscard]] bool mergeInOrder(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks &tasks,
                                   Results &results) PF_REQUIRES(lock_);
   void mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &tasks, Results &results)
       PF_REQUIRES(lock_);
   void mergeFolder(std::string_view key, Row &row, Results &results) PF_REQUIRES(lock_);
-  /// Goes on to the sub-folder of that name in the folder at the end of the way, if there is one.
+  /// Skips to the sub-folder of that name in the last folder of the way; false if there is none.
   [[nodiscard]] bool isExpected(std::string_view name, FolderQueue::Tasks &tasks)
       PF_REQUIRES(lock_);
   void leaveFolder(FolderQueue::Tasks &tasks) PF_REQUIRES(lock_);
@@ -123,10 +121,9 @@ private:
   int scopeFolder_ = -1;
   IndexWriter &writer_;
 
-  // Of whoever reads.
+  // The reading thread's.
   std::unique_ptr<IndexDatabase> index_;
   std::optional<RecordGroup::Record> nextRecord_;
-  std::size_t nextNumber_ = 0;
 
   NSLock lock_;
   std::size_t readCount_ PF_GUARDED_BY(lock_) = 0;
@@ -136,7 +133,7 @@ private:
   /// The scope itself has been merged.
   bool isBegun_ PF_GUARDED_BY(lock_) = false;
   std::map<std::size_t, std::unique_ptr<Chunk>> searched_ PF_GUARDED_BY(lock_);
-  /// From the scope down; and the key of the last one.
+  /// The folders from the scope down, and the key of the last one.
   std::vector<Folder> way_ PF_GUARDED_BY(lock_);
   std::string wayKey_ PF_GUARDED_BY(lock_);
 };

@@ -9,36 +9,35 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-/// What an answer of SQLite's means for the index.
+/// The fault that a result code of SQLite means.
 [[nodiscard]] IndexFault faultOfSqlite(int code) noexcept;
 
 /// A prepared statement.
 ///
-/// Ownership: owns the statement; to be destroyed before its connection. Threads: that of its
-/// connection.
+/// Ownership: owns the statement, which must be destroyed before its connection. Threads: that of
+/// the connection.
 class SqliteStatement {
 public:
   [[nodiscard]] IndexFault prepare(sqlite3 *connection, const char *command) noexcept;
   void close() noexcept { statement_.reset(); }
   [[nodiscard]] bool isOpen() const noexcept { return statement_ != nullptr; }
 
-  /// Give a parameter, counted from 1, its value. Bytes have to stay where they are until the next
-  /// reset.
+  /// Sets a parameter, counted from 1. Bytes must stay in place until the next reset.
   void bind(int parameter, std::string_view bytes) noexcept;
   void bind(int parameter, std::int64_t number) noexcept;
 
-  /// Goes on to the next row. False behind the last one, and where that fails, as `fault` tells;
-  /// the statement is reset then.
+  /// Steps to the next row. False after the last one, and on a failure, which `fault` shows; the
+  /// statement is then reset.
   [[nodiscard]] bool step(IndexFault &fault) noexcept;
 
-  /// What the row has in a column, counted from 0. Bytes are valid until the next step or reset.
+  /// The row's value in a column, counted from 0. Bytes are valid until the next step or reset.
   [[nodiscard]] std::string_view bytes(int column) noexcept;
   [[nodiscard]] std::int64_t number(int column) noexcept;
 
-  /// Makes it ready for its next use, with the same values.
+  /// Makes the statement ready to run again with the same parameters.
   void reset() noexcept;
 
-  /// Runs a statement that answers nothing.
+  /// Runs a statement that returns no rows.
   [[nodiscard]] IndexFault run() noexcept;
 
 private:

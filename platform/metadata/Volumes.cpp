@@ -2,8 +2,8 @@
 
 #include "platform/foundation/FileStatus.h"
 #include "platform/foundation/SystemCalls.h"
+#include "platform/metadata/CheckSum.h"
 #include "platform/metadata/FolderStatus.h"
-#include "platform/metadata/Mixing.h"
 
 #include <algorithm>
 #include <array>
@@ -25,41 +25,38 @@ std::int64_t identityOf(const struct statfs &fileSystem, std::uint64_t device) n
   static_assert(sizeof fileSystem.f_fsid == sizeof(std::uint64_t));
   std::uint64_t number = 0;
   std::memcpy(&number, &fileSystem.f_fsid, sizeof number);
-  // Those that live in memory, or on top of others, may share a number or have none. They do not
-  // outlive their device.
+  // File systems in memory or on top of others may share a number or have none. They do not outlive
+  // their device.
   const bool needsDevice =
       number == 0 || fileSystem.f_type == TMPFS_MAGIC || fileSystem.f_type == OVERLAYFS_SUPER_MAGIC;
-  std::uint64_t mixed = mix(static_cast<std::uint64_t>(fileSystem.f_type), number);
-  mixed = mix(mixed, needsDevice ? device : 0);
-  return static_cast<std::int64_t>(mixed);
+  const std::uint64_t mixed = mix(static_cast<std::uint64_t>(fileSystem.f_type), number);
+  return static_cast<std::int64_t>(mix(mixed, needsDevice ? device : 0));
 }
 
 } // namespace
 
 bool isReliableFileSystem(long type) noexcept {
-  return std::find(reliableTypes.begin(), reliableTypes.end(), type) != reliableTypes.end();
+  return std::ranges::find(reliableTypes, type) != reliableTypes.end();
 }
 
 const Volumes::Known *Volumes::find(std::uint64_t device) const noexcept {
-  const auto known = std::find_if(known_.begin(), known_.end(),
-                                  [&](const Known &one) { return one.first == device; });
+  const auto known = std::ranges::find(known_, device, &Known::first);
   return known != known_.end() ? &*known : nullptr;
 }
 
 std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, const char *path) {
   if (const Known *const known = find(device))
     return known->second;
-  // Room first, so that nothing fails while the folder is open.
+  // Reserving first: nothing may throw while the folder is open.
   known_.reserve(known_.size() + 1);
   const int folder = uninterrupted(&SystemCalls::openAt, currentFolder, path,
                                    O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
   if (folder < 0)
     return std::nullopt;
-  std::optional<std::int64_t> volume;
-  // Another may have taken its place meanwhile.
+  // Another folder may have replaced it since `device` was read.
   const std::optional<FileStatus> status = folderStatus(folder, ".");
-  if (status && status->device == device)
-    volume = volumeOf(device, folder);
+  const std::optional<std::int64_t> volume =
+      status && status->device == device ? volumeOf(device, folder) : std::nullopt;
   close(folder);
   return volume;
 }

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-/// Whether a file system keeps the change times of folders reliably: one of the local kinds that
-/// are known to. `type` is as fstatfs(2) tells it.
+/// Whether a file system keeps the change times of folders reliably, as some local ones are known
+/// to. `type` comes from fstatfs(2).
 [[nodiscard]] bool isReliableFileSystem(long type) noexcept;
 
 /// Tells file systems apart by more than their device numbers, which change when a disk is mounted
@@ -15,11 +15,11 @@
 /// Threads: one at a time.
 class Volumes {
 public:
-  /// The file system that the folder at `path` is on, if its device is `device`; none where change
-  /// times are not to be relied on. `path` ends with a NUL. Throws `std::bad_alloc`.
+  /// The file system of the folder at `path`, if its device is `device`; none where change times
+  /// are not reliable. `path` ends with a NUL. Throws `std::bad_alloc`.
   [[nodiscard]] std::optional<std::int64_t> volumeOf(std::uint64_t device, const char *path);
 
-  /// The same of an open folder.
+  /// The same for an open folder.
   [[nodiscard]] std::optional<std::int64_t> volumeOf(std::uint64_t device, int folder);
 
 private:

@@ -15,7 +15,7 @@ namespace {
 
 using Model = std::map<std::string, IndexRecord>;
 
-/// An index beside a plain map that is told the same.
+/// An index beside a plain map with the same content.
 class IndexRowsTest : public testing::TestWithParam<unsigned> {
 protected:
   IndexRowsTest() {

@@ -81,7 +81,7 @@ protected:
 
   static std::string file() { return PFMetadataIndexGetPath(); }
 
-  /// How many folders a query lists, which finds all.
+  /// How many folders a query lists; it must find every file.
   int listed() {
     EXPECT_EQ(find(), all);
     const int calls = guard.counts().listEntries;
@@ -121,7 +121,7 @@ public:
     try {
       kinds[random_() % std::size(kinds)]();
     } catch (const std::system_error &) {
-      // What cannot be done to this tree is not done.
+      // Changes that are impossible in this tree are left out.
     }
   }
 
@@ -166,7 +166,7 @@ TEST_P(ChangesTest, NeverMakeItWrong) {
     const std::string walked = found("n=");
     const int folders = guard.counts().listEntries / 2;
     guard.resetCounts();
-    // What changes next does so right after this query.
+    // The next change comes right after this query.
     ASSERT_EQ(find(), walked) << step;
     known += folders - guard.counts().listEntries / 2;
     guard.resetCounts();
@@ -275,7 +275,7 @@ TEST_F(IndexTest, AnotherThatUsesItIsNotWaitedFor) {
   other.reset();
   listed();
   EXPECT_EQ(listed(), 0);
-  // Locked altogether, as by a process that has it for itself.
+  // Locked exclusively, as by another process.
   other.emplace(file());
   other->execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; DELETE FROM folders");
   EXPECT_EQ(listed(), folders);
@@ -327,7 +327,7 @@ TEST_F(IndexTest, StreamThatIsGivenUpLosesNothing) {
   }
 }
 
-/// SQLite's calls to the system, of which all fail from one on.
+/// SQLite's system calls; all fail from one on.
 struct Writes {
   static inline int left;
   static inline bool allFail, hasFailed;

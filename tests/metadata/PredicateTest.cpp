@@ -7,7 +7,7 @@
 
 namespace {
 
-/// A file that tells its date, and whether it was asked for it.
+/// A file with a date, which notes whether the date was read.
 class File final : public MetadataCandidate {
 public:
   explicit File(std::string_view fileName, std::optional<double> changed = {})
@@ -22,7 +22,7 @@ public:
   bool isAsked = false;
 };
 
-/// The condition that a file was changed after (">") or before ("<") a moment.
+/// The condition that a file was changed after (">") or before ("<") a date.
 Ref<const NSPredicate> isChanged(const std::string &order, double seconds) {
   const auto date = NSDate::dateWithTimeIntervalSinceReferenceDate(seconds);
   return NSPredicate::predicateWithFormat("kMDItemFSContentChangeDate" + order + "%@",

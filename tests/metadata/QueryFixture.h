@@ -9,7 +9,7 @@
 #include "samples/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
 
-/// A folder to search, a query, and what it has told.
+/// A folder to search, a query, and its notifications.
 class QueryFixture : public SearchFixture {
 protected:
   QueryFixture() {
@@ -48,7 +48,7 @@ protected:
     waitForThreads();
   }
 
-  /// What a query finds, in alphabetical order.
+  /// The paths that a query finds, in alphabetical order.
   std::string find(const Words &scopes, Ref<const NSPredicate> predicate = anyKind()) {
     EXPECT_EQ(start(scopes, std::move(predicate)), 1);
     finishQuery();
@@ -71,7 +71,7 @@ protected:
   Ref<NSMetadataQuery> query = NSMetadataQuery::create();
   /// A "p" for each progress, followed by the number of results that were read; a "!" at the end.
   std::string log;
-  /// What it has found, relative to the test's folder.
+  /// The paths found, relative to the test's folder.
   Words results;
   std::function<void()> onResult = [] {}, onFinish = [] {};
 

@@ -102,7 +102,7 @@ TEST_F(QueryTest, AsksForEachKnownFolderOnce) {
   guard.resetCounts();
   EXPECT_EQ(find().size(), first.size() + sizeof "folder 3/new.jpg folder 5/new/new.jpg");
   EXPECT_EQ(guard.counts().listEntries, 2 * 3) << "two changed, one new";
-  // What is below a hidden folder or in a package is known as long as it is there.
+  // The index keeps folders below a hidden folder or in a package while they exist.
   tree.file("folder 1/.hidden/in/a.jpg");
   tree.file("folder 1/a.app/in/b.jpg");
   for (const bool isSecond : {false, true}) {
@@ -115,13 +115,13 @@ TEST_F(QueryTest, AsksForEachKnownFolderOnce) {
 }
 
 TEST_F(QueryTest, ResultsComeInPortionsOfTheirOwn) {
-  // What one folder holds is found at once, and a portion lasts for 5 ms: it is told as one, unless
-  // the machine was busy elsewhere in the midst of it.
+  // The files of one folder are found at once, and a portion lasts 5 ms: they are announced as one,
+  // unless the machine was busy elsewhere in between.
   makePhotos(40, 1);
   Clock::duration longestTurn;
   do {
     ASSERT_EQ(start({tree.path()}), 1);
-    EXPECT_EQ(log, "") << "nothing is told before the start returns";
+    EXPECT_EQ(log, "") << "nothing is posted before the start returns";
     EXPECT_EQ(query->startQuery(), 0) << "it runs already";
     longestTurn = {};
     while (query->isGathering() != 0) {
@@ -131,7 +131,7 @@ TEST_F(QueryTest, ResultsComeInPortionsOfTheirOwn) {
     }
   } while (longestTurn >= std::chrono::milliseconds(5));
   EXPECT_EQ(log, "p40 !");
-  // A handler that takes its time is told of one result in each turn of the loop.
+  // A slow handler gets one result in each turn of the loop.
   int turns = 0;
   onResult = [&] {
     performOnMainThread([&] { ++turns; });
@@ -187,7 +187,7 @@ TEST_F(QueryTest, NothingIsToldAfterAStop) {
 TEST_F(QueryTest, RunsWithoutThreadsOfItsOwn) {
   makePhotos(100, 12);
   waitForThreads();
-  // Each folder takes all the time that the main thread gives at once.
+  // Each folder takes a whole portion of the main thread's time.
   const auto openSlowly = [](auto... arguments) {
     keepBusy(std::chrono::milliseconds(5));
     return realSystemCalls().openAt(arguments...);
@@ -249,7 +249,7 @@ TEST_F(QueryTest, FoldersThatMayNotBeSearched) {
     EXPECT_EQ(find(), row.first);
     EXPECT_EQ(find(), row.second != nullptr ? row.second : row.first);
   }
-  // With everything recorded, the judgement is still the disk's.
+  // With everything recorded, the disk still decides.
   const SystemCallsGuard guard({.statusAt = rows[0].statusAt, .openMountTable = openTable});
   EXPECT_EQ(find(), rows[0].first);
 }

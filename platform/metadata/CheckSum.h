@@ -12,8 +12,7 @@
   return mixed ^ (mixed >> 29);
 }
 
-/// A check sum: bytes that were damaged have another one. It is no protection against somebody who
-/// makes it up.
+/// A check sum that detects damage. It does not protect against forgery.
 [[nodiscard]] inline std::uint64_t checkSum(std::uint64_t seed, std::string_view bytes) noexcept {
   std::uint64_t sum = mix(seed, bytes.size());
   while (!bytes.empty()) {
