@@ -42,12 +42,6 @@ bool joinsNumbers(std::string_view text) noexcept {
   return text == "." || text == "," || text == ":" || text == "/" || text == "-" || text == "+";
 }
 
-char mirrored(char c) noexcept {
-  constexpr std::string_view brackets = "()[]{}<>";
-  const std::size_t at = brackets.find(c);
-  return at == std::string_view::npos ? c : brackets[at ^ 1];
-}
-
 class Line {
 public:
   Line(std::string_view seen, const std::vector<std::pair<std::size_t, std::size_t>> &joined)
@@ -76,12 +70,8 @@ public:
     for (const std::uint8_t level : {std::uint8_t{2}, std::uint8_t{1}})
       turnRunsFrom(level);
     std::string text;
-    for (const Cluster &cluster : clusters_) {
-      if (cluster.length == 1 && cluster.level == 1)
-        text += mirrored(seen_[cluster.begin]);
-      else
-        text += seen_.substr(cluster.begin, cluster.length);
-    }
+    for (const Cluster &cluster : clusters_)
+      text += seen_.substr(cluster.begin, cluster.length);
     return text;
   }
 

@@ -164,7 +164,7 @@ void ContentInterpreter::readPage(const Page &page) {
       streams.push_back(part.stream());
   run(streams);
   endMarksFrom(0);
-  layout_.endLine();
+  layout_.endPage();
   readAnnotations(page);
   resources_ = nullptr;
   output_.endPage();
@@ -532,7 +532,7 @@ void ContentInterpreter::readAnnotations(const Page &page) {
     state_ = {};
     hasBox_ = false;
     drawForm(normal, *normal.stream());
-    layout_.endLine();
+    layout_.endPage();
   }
 }
 

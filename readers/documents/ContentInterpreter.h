@@ -24,7 +24,7 @@ class ContentInterpreter {
 public:
   /// Bytes of content in one document, each time that a form is drawn; drawing one costs some more.
   static constexpr std::uint64_t mostContent = std::uint64_t{512} << 20;
-  static constexpr std::uint64_t costOfForm = 2000;
+  static constexpr std::uint64_t costOfForm = 10'000;
   static constexpr std::size_t deepestForm = 20;
   static constexpr std::size_t deepestState = 500;
 

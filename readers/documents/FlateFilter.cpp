@@ -2,13 +2,17 @@
 
 #include "readers/documents/CharacterClass.h"
 
+#include <algorithm>
 #include <new>
 
 namespace searchsystem {
 
 namespace {
 
-constexpr int largestWindow = 15;
+// Of zlib's format only the compressed data matter: its header says nothing that is needed, and the
+// check sum would only cost time.
+constexpr std::size_t headerSize = 2;
+constexpr int largestWindow = -15;
 
 } // namespace
 
@@ -45,12 +49,15 @@ FlateFilter::~FlateFilter() { pool_.giveBack(std::move(inflater_)); }
 bool FlateFilter::take(std::string_view piece) {
   if (isDone_)
     return false;
-  // A line end too many behind the keyword `stream` would be the first byte.
-  while (isAtStart_ && !piece.empty() && CharacterClass::isBlank(piece.front()))
+  // A line end too many behind the keyword `stream` would be the first byte, which no header can
+  // be.
+  while (passed_ == 0 && !piece.empty() && CharacterClass::isBlank(piece.front()))
     piece.remove_prefix(1);
+  const std::size_t ofHeader = std::min(headerSize - passed_, piece.size());
+  passed_ += ofHeader;
+  piece.remove_prefix(ofHeader);
   if (piece.empty())
     return true;
-  isAtStart_ = false;
 
   z_stream &zlib = inflater_->zlib;
   zlib.next_in = reinterpret_cast<const Bytef *>(piece.data());
@@ -58,11 +65,7 @@ bool FlateFilter::take(std::string_view piece) {
   for (;;) {
     zlib.next_out = reinterpret_cast<Bytef *>(inflater_->out.data());
     zlib.avail_out = static_cast<uInt>(inflater_->out.size());
-    int result = inflate(&zlib, Z_NO_FLUSH);
-    // The two bytes before the compressed data are wrong: they say nothing that is needed.
-    if (result == Z_DATA_ERROR && zlib.total_out == 0 && zlib.total_in == 2 &&
-        inflateReset2(&zlib, -largestWindow) == Z_OK)
-      result = inflate(&zlib, Z_NO_FLUSH);
+    const int result = inflate(&zlib, Z_NO_FLUSH);
     const std::size_t count = inflater_->out.size() - zlib.avail_out;
     if (count > 0 && (!budget_.spend(count) || !next_.take({inflater_->out.data(), count}))) {
       isDone_ = true;

@@ -3,6 +3,7 @@
 #include "readers/documents/Filter.h"
 
 #include <array>
+#include <cstddef>
 #include <memory>
 
 // The bytes to be inflated are constant.
@@ -26,7 +27,7 @@ public:
   std::array<char, room> out;
 };
 
-/// FlateDecode (ISO 32000-2, 7.4.4). A check sum that is wrong or missing does not matter.
+/// FlateDecode (ISO 32000-2, 7.4.4). Header and check sum do not matter.
 class FlateFilter final : public ByteSink {
 public:
   FlateFilter(ByteSink &next, InflaterPool &pool, InflationBudget &budget);
@@ -40,7 +41,8 @@ private:
   InflaterPool &pool_;
   InflationBudget &budget_;
   std::unique_ptr<Inflater> inflater_;
-  bool isAtStart_ = true;
+  /// Of the header.
+  std::size_t passed_ = 0;
   bool isDone_ = false;
 };
 

@@ -14,14 +14,14 @@ namespace {
 
 /// How far up or down, in heights of the letters, text still belongs to the line.
 constexpr double highestShift = 0.45;
-/// As far below, a line still is the next one of the same text.
-constexpr double furthestNextLine = 2.5;
 /// Two directions are the same if their cosine is more.
 constexpr double sameDirection = 0.98;
 /// In ems: an accent and its letter; what was shown twice; further back something else begins.
 constexpr double widestAccent = 1.2;
 constexpr double repeatedShift = 0.15;
 constexpr double furthestBack = 1;
+/// From here on a note in the margin may begin.
+constexpr double leastMargin = 0.8;
 
 /// A letter without its dot gets it back with another accent's place.
 char32_t dotted(char32_t letter) noexcept {
@@ -44,6 +44,7 @@ void TextLayout::appendBytes(std::string_view bytes) {
 void TextLayout::beginLine(const PenPlace &place) {
   isLineOpen_ = true;
   origin_ = place;
+  left_ = right_ = 0;
   beginSegment(place, false);
 }
 
@@ -56,6 +57,7 @@ void TextLayout::endWord(const PenPlace &place) {
 
 void TextLayout::beginSegment(const PenPlace &place, bool hasBlankBefore) {
   const double from = along(place.x, place.y);
+  left_ = std::min(left_, from);
   if (!segments_.empty() && segments_.back().begin == size_)
     segments_.back().from = segments_.back().to = from;
   else
@@ -86,11 +88,11 @@ void TextLayout::beginString(const PenPlace &place) {
   const bool isSameDirection =
       pen_.directionX * place.directionX + pen_.directionY * place.directionY > sameDirection;
   pen_ = place;
+  const bool isApart = way > leastMargin * em || way < -furthestBack * em;
   // Numbers that are none compare as false.
-  if (!isSameDirection || !(shift <= highestShift * height)) {
+  if (!isSameDirection || !(shift <= highestShift * height) ||
+      (isApart && flow_.leavesColumn(linePlace(place, 0, 0)))) {
     endLine();
-    if (isSameDirection && shift <= furthestNextLine * height)
-      output_.joinNext();
     present_.begin = present_.segments = 0;
     beginLine(place);
     return;
@@ -124,8 +126,10 @@ void TextLayout::endString(double x, double y, double spacing) {
   pen_.x = x;
   pen_.y = y;
   spacing_ = spacing;
+  const double to = along(x, y);
+  right_ = std::max(right_, to);
   if (!segments_.empty())
-    segments_.back().to = along(x, y);
+    segments_.back().to = to;
 }
 
 bool TextLayout::isRepeated() const noexcept {
@@ -289,6 +293,23 @@ std::string TextLayout::turnedLine() const {
   return inReadingOrder(seen, clusters);
 }
 
+LinePlace TextLayout::linePlace(const PenPlace &origin, double left, double right) noexcept {
+  const double begin = origin.x * origin.directionX + origin.y * origin.directionY;
+  LinePlace place;
+  place.left = begin + left;
+  place.right = begin + right;
+  place.base = origin.y * origin.directionX - origin.x * origin.directionY;
+  place.height = origin.height;
+  place.directionX = origin.directionX;
+  place.directionY = origin.directionY;
+  return place;
+}
+
+void TextLayout::endPage() {
+  endLine();
+  flow_.end();
+}
+
 void TextLayout::endLine() {
   if (!isLineOpen_)
     return;
@@ -300,7 +321,7 @@ void TextLayout::endLine() {
     TextTraits traits;
     text = turned = normalised(text, traits);
   }
-  output_.addLine(text);
+  flow_.addLine(text, linePlace(origin_, left_, right_));
   isLineOpen_ = false;
   size_ = 0;
   traits_ = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "readers/documents/Font.h"
+#include "readers/documents/LineFlow.h"
 #include "readers/documents/TextOutput.h"
 
 #include <cstddef>
@@ -41,7 +42,7 @@ public:
     std::size_t blanks = 0;
   };
 
-  explicit TextLayout(TextOutput &output) : output_(output) {}
+  explicit TextLayout(TextOutput &output) : flow_(output) {}
 
   /// One operator shows text, beginning here.
   void beginShowing(const PenPlace &place);
@@ -57,7 +58,8 @@ public:
   [[nodiscard]] static Extent measure(Font &font, std::string_view bytes);
   /// Appends text that does not come from glyphs, and is not normalised.
   void appendText(std::string_view text);
-  void endLine();
+  /// Ends the line, and with it all that has places on one page.
+  void endPage();
 
 private:
   static constexpr std::size_t longestLine = std::size_t{64} << 10;
@@ -84,6 +86,9 @@ private:
   void appendBytes(std::string_view bytes);
   void makeRoom(std::size_t more);
   void beginLine(const PenPlace &place);
+  void endLine();
+  [[nodiscard]] static LinePlace linePlace(const PenPlace &origin, double left,
+                                           double right) noexcept;
   void endWord(const PenPlace &place);
   void beginSegment(const PenPlace &place, bool hasBlankBefore);
   void moveBack(const PenPlace &place, double ems);
@@ -94,7 +99,7 @@ private:
   [[nodiscard]] std::string_view line() const noexcept { return {line_.data(), size_}; }
   [[nodiscard]] std::string turnedLine() const;
 
-  TextOutput &output_;
+  LineFlow flow_;
   /// The line, of which `size_` bytes are in use.
   std::string line_;
   std::size_t size_ = 0;
@@ -105,6 +110,8 @@ private:
 
   bool isLineOpen_ = false;
   PenPlace origin_;
+  /// How far along it reaches, from there.
+  double left_ = 0, right_ = 0;
   PenPlace pen_;
   double spacing_ = 0;
   Shown present_;

@@ -30,7 +30,7 @@ void TextOutput::addLine(std::string_view line) {
     return;
   if (text_.size() >= pieceSize)
     handOver();
-  if (!isPageEmpty_ && !text_.empty() && text_.back() != hyphenAtLineEnd) {
+  if (!isPageEmpty_ && !text_.empty() && text_.back() != hyphenAtLineEnd && text_.back() != ' ') {
     std::size_t last = lastCharacter(text_), first = 0;
     if (!joins || !isWrittenWithoutBlanks(takeUtf8(text_, last)) ||
         !isWrittenWithoutBlanks(takeUtf8(line, first)))
