@@ -34,7 +34,11 @@ MAKERS = [("TeX", r"tex|dvipdf"), ("LibreOffice", r"libreoffice|openoffice"),
           ("cairo", r"cairo"), ("WeasyPrint", r"weasy"), ("ReportLab", r"reportlab")]
 CLOSE_MAKERS = {"TeX", "LibreOffice", "Chromium"}
 WORD = re.compile(r"[^\W\d_]{5,30}")
+IDEOGRAPH = "[\u3040-\u30ff\u3400-\u9fff]"
+TURN = re.compile("[\u200e\u200f\u202a-\u202e\u2066-\u2069]")
 LINE_END_HYPHEN = "\x01"
+# Rows of tables and short lines, which stand in anybody's order, are no running text.
+LINE_OF_TEXT = 5
 
 
 @dataclasses.dataclass
@@ -62,9 +66,12 @@ def output_of(command):
 
 
 def normalised(text):
-    """The form in which texts are compared."""
-    text = unicodedata.normalize("NFKC", text.replace("\xad", ""))
-    return re.sub(r"\s+", " ", unicodedata.normalize("NFKC", text.casefold()))
+    """The form in which texts are compared: without characters that only direct the layout, and
+    without the line ends between ideographs."""
+    text = "".join(sign for sign in text if unicodedata.category(sign) != "Cf")
+    text = unicodedata.normalize("NFKC", unicodedata.normalize("NFKC", text).casefold())
+    text = re.sub(f"(?<={IDEOGRAPH})\n(?={IDEOGRAPH})", "", text)
+    return re.sub(r"\s+", " ", text)
 
 
 def judged(path, *options):
@@ -100,34 +107,34 @@ def read(tools, path):
         text.replace(LINE_END_HYPHEN, hyphen).casefold() for hyphen in ("", "-")]
 
 
-def lines_of(text):
-    return [line for line in text.replace("\x0c", "\n\n").split("\n")]
-
-
 def words_of(truth):
     """All words of five letters and more; those that a line end divides are whole."""
-    joined = re.sub(r"(?<=[^\W\d_])[-\xad\u2010]\n(?=[^\W\d_])", "", truth)
-    return sorted({word for word in WORD.findall(normalised(joined))})
+    whole = re.sub(r"(?<=[^\W\d_])[-\xad\u2010]\n(?=[^\W\d_])", "", truth)
+    # Where the direction of writing changes a word ends, too.
+    return set(WORD.findall(normalised(TURN.sub(" ", whole))))
 
 
 def phrases_of(truth):
-    """Three words, of which the line ends behind the first or the second."""
-    found = []
-    for line, after in zip(lines_of(truth), lines_of(truth)[1:]):
-        left, right = normalised(line).split(), normalised(after).split()
-        if left and right and left[-1][-1] not in "-\u2010":
-            if len(left) > 1:
-                found.append(" ".join([*left[-2:], right[0]]))
-            if len(right) > 1:
-                found.append(" ".join([left[-1], *right[:2]]))
-    return sorted({phrase for phrase in found if WORD.search(phrase)})
+    """Three words of running text, of which the line ends behind the first or the second."""
+    word = re.compile(r"[^\W\d_]+[,.;:]?")
+    lines = [normalised(line).split() for line in re.split("[\n\x0c]", truth)]
+    found = set()
+    for left, right in zip(lines, lines[1:]):
+        if len(left) >= LINE_OF_TEXT and len(right) >= 2:
+            for phrase in ([*left[-2:], right[0]], [left[-1], *right[:2]]):
+                if all(map(word.fullmatch, phrase)):
+                    found.add(normalised("\n".join(phrase)))
+    return found
 
 
 def compare(tools, path):
     truth = judged(path)
     reason, ours = read(tools, path)
     outcome = Outcome(path, maker_of(path), reason, ours=ours)
-    words, phrases = words_of(truth), phrases_of(truth)
+    # The judge has two orders, as it reads and as the page draws. Where they differ it is not sure.
+    as_drawn = judged(path, "-raw")
+    words, phrases = (sorted(choose(truth) & choose(as_drawn))
+                      for choose in (words_of, phrases_of))
     # The choice depends on the document's text only, not on its place or the order of documents.
     choice = random.Random(truth)
     outcome.words = choice.sample(words, min(WORDS, len(words)))
