@@ -317,30 +317,28 @@ void ContentInterpreter::nextLine(double x, double y) {
   textMatrix_ = lineMatrix_ = lineMatrix_.movedBy(x, y);
 }
 
-PenPlace ContentInterpreter::placeAt(const Matrix &whole, double way) const noexcept {
-  PenPlace place;
-  const bool isVertical = state_.font->isVertical();
-  const double x = isVertical ? 0 : way;
-  const double y = (isVertical ? way : 0) + state_.rise;
-  place.x = whole.e + x * whole.a + y * whole.c;
-  place.y = whole.f + x * whole.b + y * whole.d;
+ContentInterpreter::Baseline ContentInterpreter::baseline() const noexcept {
+  const Matrix whole = textMatrix_.then(state_.matrix);
   const double width = std::hypot(whole.a, whole.b);
   const double height = std::hypot(whole.c, whole.d);
   const double size = state_.size * state_.font->emSize();
-  if (isVertical) {
+  PenPlace place;
+  place.x = whole.e + state_.rise * whole.c;
+  place.y = whole.f + state_.rise * whole.d;
+  if (state_.font->isVertical()) {
     place.em = std::abs(size) * height;
     place.height = std::abs(size * state_.scaling) * width;
     const double length = size < 0 ? height : -height;
     place.directionX = whole.c / length;
     place.directionY = whole.d / length;
-  } else {
-    place.em = std::abs(size * state_.scaling) * width;
-    place.height = std::abs(size) * height;
-    const double length = size * state_.scaling < 0 ? -width : width;
-    place.directionX = whole.a / length;
-    place.directionY = whole.b / length;
+    return {place, whole.c, whole.d};
   }
-  return place;
+  place.em = std::abs(size * state_.scaling) * width;
+  place.height = std::abs(size) * height;
+  const double length = size * state_.scaling < 0 ? -width : width;
+  place.directionX = whole.a / length;
+  place.directionY = whole.b / length;
+  return {place, whole.a, whole.b};
 }
 
 bool ContentInterpreter::isOffPage(const PenPlace &place) const noexcept {
@@ -355,7 +353,7 @@ void ContentInterpreter::show(std::span<const Object> strings) {
   const bool isVertical = state_.font->isVertical();
   const double scaling = isVertical ? 1 : state_.scaling;
   const double emSize = state_.font->emSize();
-  const Matrix whole = textMatrix_.then(state_.matrix);
+  const Baseline line = baseline();
   double way = 0;
   bool isShowing = false;
   for (const Object &item : strings) {
@@ -365,7 +363,7 @@ void ContentInterpreter::show(std::span<const Object> strings) {
       const double ems = (isVertical ? -moved : moved) / emSize;
       if (isShowing && hiddenMarks_ == 0 &&
           (ems > TextLayout::widestGap || ems < -TextLayout::widestOverlap))
-        layout_.beginString(placeAt(whole, way));
+        layout_.beginString(line.at(way));
       continue;
     }
     std::string_view bytes = item.string();
@@ -374,10 +372,10 @@ void ContentInterpreter::show(std::span<const Object> strings) {
       const std::string_view part = bytes.substr(0, longestPart);
       bytes.remove_prefix(part.size());
       if (!isShowing && hiddenMarks_ == 0) {
-        layout_.beginShowing(placeAt(whole, way));
+        layout_.beginShowing(line.at(way));
         isShowing = true;
       }
-      showPart(part, whole, way);
+      showPart(part, line, way);
     }
   }
   if (isShowing)
@@ -385,13 +383,13 @@ void ContentInterpreter::show(std::span<const Object> strings) {
   textMatrix_ = isVertical ? textMatrix_.movedBy(0, way) : textMatrix_.movedBy(way, 0);
 }
 
-void ContentInterpreter::showPart(std::string_view bytes, const Matrix &whole, double &way) {
+void ContentInterpreter::showPart(std::string_view bytes, const Baseline &baseline, double &way) {
   Font &font = *state_.font;
   if (!replacement_.empty() && hiddenMarks_ == 0) {
     layout_.appendText(replacement_);
     replacement_.clear();
   }
-  const bool isSeen = !isSilent() && !isOffPage(placeAt(whole, way));
+  const bool isSeen = !isSilent() && !isOffPage(baseline.at(way));
   const TextLayout::Extent extent =
       isSeen ? layout_.append(font, bytes) : TextLayout::measure(font, bytes);
   const double spacing = static_cast<double>(extent.codes) * state_.characterSpacing +
@@ -402,7 +400,7 @@ void ContentInterpreter::showPart(std::string_view bytes, const Matrix &whole, d
     way += (extent.advance * state_.size + spacing) * state_.scaling;
   if (hiddenMarks_ > 0)
     return;
-  const PenPlace end = placeAt(whole, way);
+  const PenPlace end = baseline.at(way);
   const double perUnit = state_.size != 0 ? end.em / std::abs(state_.size * font.emSize()) : 0;
   layout_.endString(end.x, end.y, state_.characterSpacing * perUnit);
 }

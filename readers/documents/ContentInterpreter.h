@@ -67,8 +67,20 @@ private:
 
   void nextLine(double x, double y);
   void show(std::span<const Object> strings);
-  void showPart(std::string_view bytes, const Matrix &whole, double &way);
-  [[nodiscard]] PenPlace placeAt(const Matrix &whole, double way) const noexcept;
+  /// A string begins here, and is written in steps of this size.
+  struct Baseline {
+    PenPlace start;
+    double stepX, stepY;
+    [[nodiscard]] PenPlace at(double way) const noexcept {
+      PenPlace place = start;
+      place.x += way * stepX;
+      place.y += way * stepY;
+      return place;
+    }
+  };
+
+  void showPart(std::string_view bytes, const Baseline &baseline, double &way);
+  [[nodiscard]] Baseline baseline() const noexcept;
   [[nodiscard]] bool isOffPage(const PenPlace &place) const noexcept;
   [[nodiscard]] bool isSilent() const noexcept { return hiddenMarks_ + replacingMarks_ > 0; }
 

@@ -27,18 +27,16 @@ bool LineFlow::isBeside(const LinePlace &place) const noexcept {
   return place.left > column_.right + distance || place.right < column_.left - distance;
 }
 
-bool LineFlow::isMargin(const LinePlace &place) const noexcept {
+bool LineFlow::isInMargin(const LinePlace &place) const noexcept {
   return columnLines_ > 1 && runsAlike(place) && isBeside(place) &&
          column_.right - column_.left > narrowestColumn * column_.height;
 }
-
-bool LineFlow::leavesColumn(const LinePlace &place) const noexcept { return isMargin(place); }
 
 void LineFlow::addLine(std::string_view line, const LinePlace &place) {
   if (line.find_first_not_of(' ') == std::string_view::npos)
     return;
   const double beside = held_.empty() ? column_.base : heldBase_;
-  if (isMargin(place) && held_.size() < mostHeld &&
+  if (isInMargin(place) && held_.size() < mostHeld &&
       std::abs(place.base - beside) <= furthestMarginLine * place.height) {
     held_.emplace_back(line);
     heldBase_ = place.base;

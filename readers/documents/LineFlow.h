@@ -26,15 +26,14 @@ public:
   explicit LineFlow(TextOutput &output) : output_(output) {}
 
   void addLine(std::string_view line, const LinePlace &place);
-  /// Whether a string that begins here, on the last line's height, has left the column.
-  [[nodiscard]] bool leavesColumn(const LinePlace &place) const noexcept;
+  /// Whether a line that begins here stands in the margin of the column.
+  [[nodiscard]] bool isInMargin(const LinePlace &place) const noexcept;
   /// Behind all lines of a page, or of something else that has its own.
   void end();
 
 private:
   static constexpr std::size_t mostHeld = 40;
 
-  [[nodiscard]] bool isMargin(const LinePlace &place) const noexcept;
   [[nodiscard]] bool isBeside(const LinePlace &place) const noexcept;
   [[nodiscard]] bool runsAlike(const LinePlace &place) const noexcept;
   void handOverHeld();

@@ -45,6 +45,7 @@ void TextLayout::beginLine(const PenPlace &place) {
   isLineOpen_ = true;
   origin_ = place;
   left_ = right_ = 0;
+  isInMargin_ = flow_.isInMargin(linePlace(place, 0, 0));
   beginSegment(place, false);
 }
 
@@ -91,7 +92,7 @@ void TextLayout::beginString(const PenPlace &place) {
   const bool isApart = way > leastMargin * em || way < -furthestBack * em;
   // Numbers that are none compare as false.
   if (!isSameDirection || !(shift <= highestShift * height) ||
-      (isApart && flow_.leavesColumn(linePlace(place, 0, 0)))) {
+      (isApart && flow_.isInMargin(linePlace(place, 0, 0)) != isInMargin_)) {
     endLine();
     present_.begin = present_.segments = 0;
     beginLine(place);

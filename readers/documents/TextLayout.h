@@ -112,6 +112,7 @@ private:
   PenPlace origin_;
   /// How far along it reaches, from there.
   double left_ = 0, right_ = 0;
+  bool isInMargin_ = false;
   PenPlace pen_;
   double spacing_ = 0;
   Shown present_;
