@@ -56,6 +56,7 @@ TEST(DocumentText, WhereWordsEnd) {
       {"letters set apart", "4 Tc (wide) Tj", "wide"},
       {"letters set apart and put down again", "4 Tc (wi) Tj 17.44 0 Td (de) Tj", "wide"},
       {"scaled", "50 Tz (to) Tj 4.17 0 Td (gether) Tj", "together"},
+      {"a blank without width", "-2.15 Tw -0.25 Tc (ev e) Tj", "eve"},
       {"a blank that is taken back", "[(sup ) 278 (port)] TJ", "support"},
       {"the same word in another size", "20 0 0 20 50 700 Tm (a) Tj 1 0 0 1 161 700 Tm (b) Tj",
        "ab"},
