@@ -1,5 +1,5 @@
-// Reads PDF documents with the document reader, all in this process: prints the text of each, or the
-// paths of those that hold a keyword, or nothing, to be timed.
+// Reads PDF documents with the document reader, all in this process: prints the text of each, or
+// the paths of those that hold a keyword, or nothing, to be timed.
 
 #include "platform/foundation/CoreFoundation.h"
 #include "platform/foundation/NSString.h"
@@ -86,10 +86,9 @@ int main(int argc, char **argv) {
     const UnreadReason reason = readText(path, maps, sink);
     if (isPrinted)
       std::cout << static_cast<int>(reason) << ' ' << sink.text.size() << '\n' << sink.text;
-    else if (!keyword.empty() &&
-             CFStringFind(NSString::create(sink.text).get(), wanted.get(),
-                          kCFCompareCaseInsensitive)
-                     .location != kCFNotFound)
+    else if (!keyword.empty() && CFStringFind(NSString::create(sink.text).get(), wanted.get(),
+                                              kCFCompareCaseInsensitive)
+                                         .location != kCFNotFound)
       std::cout << path << '\n';
   }
   return 0;
