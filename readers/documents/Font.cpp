@@ -70,9 +70,11 @@ static_assert(std::size(upperHalfOfBitmapFont) == 129);
 /// The font program within the document, as far as it says which characters glyphs are.
 class Font::Program {
 public:
-  Program(Document &document, const Dictionary &descriptor) {
+  explicit Program(Font &font) {
+    Document &document = font.document_;
+    const Dictionary &descriptor = font.descriptor_;
     if (const Object file = document.get(descriptor, "FontFile"); file.isStream()) {
-      bytes_ = document.decoded(*file.stream(), mostClearBytes);
+      bytes_ = font.read(*file.stream(), mostClearBytes);
       names_ = typeOneEncoding(bytes_);
       return;
     }
@@ -81,7 +83,7 @@ public:
       file = document.get(descriptor, "FontFile3");
     if (!file.isStream())
       return;
-    bytes_ = document.decoded(*file.stream(), mostProgramBytes);
+    bytes_ = font.read(*file.stream(), mostProgramBytes);
     if (bytes_.starts_with('\1')) {
       compact_.emplace(bytes_);
       return;
@@ -118,8 +120,9 @@ private:
   std::optional<OpenTypeFont> openType_;
 };
 
-Font::Font(Document &document, const CharacterMaps &maps, const Dictionary &dictionary)
-    : document_(document), maps_(maps) {
+Font::Font(Document &document, const CharacterMaps &maps, const Dictionary &dictionary,
+           std::size_t &budget)
+    : document_(document), maps_(maps), budget_(budget) {
   const std::string_view kind = document_.get(dictionary, "Subtype").name();
   const Object name = document_.get(dictionary, "BaseFont");
   name_ = name.name();
@@ -140,18 +143,33 @@ Font::~Font() = default;
 
 Font::Program &Font::program() {
   if (program_ == nullptr)
-    program_ = std::make_unique<Program>(document_, descriptor_);
+    program_ = std::make_unique<Program>(*this);
   return *program_;
+}
+
+std::string Font::read(const Stream &stream, std::size_t most) {
+  std::string bytes = document_.decoded(stream, std::min(most, budget_));
+  budget_ -= std::min(budget_, bytes.size());
+  return bytes;
+}
+
+std::shared_ptr<const CharacterMap> Font::namedMap(std::string_view name) {
+  // About as large as they are.
+  constexpr std::size_t usualSize = 200'000;
+  if (budget_ < usualSize)
+    return nullptr;
+  if (!name.starts_with("Identity"))
+    budget_ -= usualSize;
+  return CharacterMap::named(name, maps_);
 }
 
 std::shared_ptr<const CharacterMap> Font::readMap(const Object &map, int depth) {
   if (map.isName())
-    return CharacterMap::named(map.name(), maps_);
+    return namedMap(map.name());
   if (!map.isStream() || depth > deepestMap)
     return nullptr;
   auto base = readMap(document_.get(map.dictionary(), "UseCMap"), depth + 1);
-  return CharacterMap::parse(document_.decoded(*map.stream(), mostMapBytes), maps_,
-                             std::move(base));
+  return CharacterMap::parse(read(*map.stream(), mostMapBytes), maps_, std::move(base));
 }
 
 void Font::readToUnicode(const Object &map) { toUnicode_ = readMap(map); }
@@ -239,10 +257,10 @@ void Font::readComposite(const Dictionary &dictionary) {
                                  std::string(document_.get(system, "Ordering").string());
   if (collection.starts_with("Adobe-") && collection != "Adobe-Identity" &&
       codeForm_ == CodeForm::other && collection.size() < 40)
-    collection_ = CharacterMap::named(collection + "-UCS2", maps_);
+    collection_ = namedMap(collection + "-UCS2");
   if (const Object numbers = document_.get(font, "CIDToGIDMap"); numbers.isStream()) {
     hasGlyphNumbers_ = true;
-    glyphNumbers_ = document_.decoded(*numbers.stream(), 0x20000);
+    glyphNumbers_ = read(*numbers.stream(), 0x20000);
   }
   if (isVertical()) {
     const Object vertical = document_.get(font, "DW2");

@@ -43,7 +43,9 @@ public:
   /// How many fonts' tables a long document can fill is the business of the cache that holds them.
   static constexpr std::size_t mostLongTexts = 10'000;
 
-  Font(Document &document, const CharacterMaps &maps, const Dictionary &dictionary);
+  /// `budget` is how many bytes of programs and maps all fonts of the document may read yet.
+  Font(Document &document, const CharacterMaps &maps, const Dictionary &dictionary,
+       std::size_t &budget);
   Font(const Font &) = delete;
   Font &operator=(const Font &) = delete;
   ~Font();
@@ -90,6 +92,9 @@ private:
   void readToUnicode(const Object &map);
   [[nodiscard]] std::shared_ptr<const CharacterMap> readMap(const Object &map, int depth = 0);
 
+  /// At most so many bytes of a stream, and no more than the budget allows.
+  [[nodiscard]] std::string read(const Stream &stream, std::size_t most);
+  [[nodiscard]] std::shared_ptr<const CharacterMap> namedMap(std::string_view name);
   void complete(Glyph &glyph, std::uint32_t code);
   [[nodiscard]] std::string rawText(std::uint32_t code);
   void appendSimpleText(std::string &text, unsigned char code);
@@ -99,6 +104,7 @@ private:
 
   Document &document_;
   const CharacterMaps &maps_;
+  std::size_t &budget_;
   Dictionary descriptor_;
   std::string name_;
   double emSize_ = 1;

@@ -16,6 +16,8 @@ class FontCache {
 public:
   static constexpr std::size_t mostKept = 200;
   static constexpr std::size_t mostOnPage = 2000;
+  /// Bytes of font programs and maps in one document.
+  static constexpr std::size_t mostRead = std::size_t{256} << 20;
 
   FontCache(Document &document, const CharacterMaps &maps) : document_(document), maps_(maps) {}
 
@@ -40,12 +42,13 @@ public:
   }
 
 private:
-  [[nodiscard]] std::unique_ptr<Font> make(const Dictionary &dictionary) const {
-    return std::make_unique<Font>(document_, maps_, dictionary);
+  [[nodiscard]] std::unique_ptr<Font> make(const Dictionary &dictionary) {
+    return std::make_unique<Font>(document_, maps_, dictionary, budget_);
   }
 
   Document &document_;
   const CharacterMaps &maps_;
+  std::size_t budget_ = mostRead;
   std::unordered_map<std::uint32_t, std::unique_ptr<Font>> fonts_;
   std::vector<std::unique_ptr<Font>> unnamed_;
 };
