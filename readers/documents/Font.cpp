@@ -364,11 +364,13 @@ std::string Font::rawText(std::uint32_t code) {
 void Font::appendSimpleText(std::string &text, unsigned char code) {
   if (!differences_.empty() && !differences_[code].empty()) {
     const std::string_view name = differences_[code];
-    if (!hasCodesAsNames_)
+    // Their names may also be the codes themselves, as bytes.
+    const bool isCode = isTypeThree_ && name.size() == 1 && name[0] == static_cast<char>(code);
+    if (!hasCodesAsNames_ && !isCode)
       return appendGlyphName(text, name);
     // A name without a number is that of a drawing.
     const bool hasNumber = name.find_first_of("0123456789") != std::string_view::npos;
-    if (hasNumber)
+    if (hasNumber || isCode)
       text += ligatureOfBitmapFont(code, isLargeBitmapFont_);
     if (hasNumber && code >= 0x80)
       return appendUtf8(text, upperHalfOfBitmapFont[code - 0x80]);

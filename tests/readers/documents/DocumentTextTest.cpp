@@ -54,6 +54,8 @@ TEST(DocumentText, WhereWordsEnd) {
       {"the next string touches", "(to) Tj 8.34 0 Td (gether) Tj", "together"},
       {"the next string stands off", "(to) Tj 12 0 Td (gether) Tj", "to gether"},
       {"letters set apart", "4 Tc (wide) Tj", "wide"},
+      {"two letters set apart instead of a blank",
+       "(an) Tj 11.12 0 Td 2.97 Tc (ya) Tj 0 Tc 13.53 0 Td (re) Tj [(bo) 0 (d)] TJ", "any arebod"},
       {"letters set apart and put down again", "4 Tc (wi) Tj 17.44 0 Td (de) Tj", "wide"},
       {"scaled", "50 Tz (to) Tj 4.17 0 Td (gether) Tj", "together"},
       {"a blank without width", "-2.15 Tw -0.25 Tc (ev e) Tj", "eve"},

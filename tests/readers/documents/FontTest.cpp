@@ -157,6 +157,13 @@ TEST(Fonts, EncodingsOfSimpleFonts) {
        "joff",
        {},
        {}},
+      {"names of Type 3 that are the characters",
+       "/Subtype /Type3 /FontMatrix [.01 0 0 .01 0 0] /Encoding << /Differences [46 /. 97 /a /b] "
+       ">>",
+       "(ab.)",
+       "ab.",
+       {},
+       {}},
       {"names of Type 3 that are other numbers",
        "/Subtype /Type3 /FontMatrix [.01 0 0 .01 0 0] /Encoding << /Differences [97 /g1 /g2 /a] >>",
        "(abc)",
