@@ -122,7 +122,10 @@ def phrases_of(truth):
     for left, right in zip(lines, lines[1:]):
         if len(left) >= LINE_OF_TEXT and len(right) >= 2:
             for phrase in ([*left[-2:], right[0]], [left[-1], *right[:2]]):
-                if all(map(word.fullmatch, phrase)):
+                # Ideographs and the signs between them stand without blanks.
+                if all(map(word.fullmatch, phrase)) and not (
+                        re.search(IDEOGRAPH, "".join(phrase)) and re.search("[,.;:]",
+                                                                            "".join(phrase))):
                     found.add(normalised("\n".join(phrase)))
     return found
 
