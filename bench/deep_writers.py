@@ -14,15 +14,14 @@ from programs import installed
 
 LATIN = ["en", "de", "fr", "pl", "cs"]
 SANS = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
-CJK = "/usr/share/fonts/truetype/wqy/wqy-microhei.ttc"
 SECONDS = 120
 
 
-def call(command, folder, **options):
+def call(command, folder):
     """Runs a writer; what it cannot make is missing afterwards."""
     try:
         subprocess.run([str(part) for part in command], cwd=folder, stdout=subprocess.DEVNULL,
-                       stderr=subprocess.DEVNULL, stdin=options.pop("stdin", subprocess.DEVNULL),
+                       stderr=subprocess.DEVNULL, stdin=subprocess.DEVNULL,
                        timeout=SECONDS, check=False,
                        env={**os.environ, "SOURCE_DATE_EPOCH": "1600000000", "HOME": str(folder)})
     except subprocess.TimeoutExpired:

@@ -8,7 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstddef>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -64,6 +64,21 @@ UnreadReason readText(const std::string &path, const CharacterMaps &maps, TextSi
   return reason;
 }
 
+void readAll(const std::vector<std::string> &paths, const std::string &keyword, bool isPrinted) {
+  const InstalledMaps maps;
+  const auto wanted = NSString::create(keyword);
+  for (const std::string &path : paths) {
+    StringSink sink;
+    const UnreadReason reason = readText(path, maps, sink);
+    if (isPrinted)
+      std::cout << static_cast<int>(reason) << ' ' << sink.text.size() << '\n' << sink.text;
+    else if (!keyword.empty() && CFStringFind(NSString::create(sink.text).get(), wanted.get(),
+                                              kCFCompareCaseInsensitive)
+                                         .location != kCFNotFound)
+      std::cout << path << '\n';
+  }
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -79,17 +94,11 @@ int main(int argc, char **argv) {
     for (std::string line; std::getline(std::cin, line);)
       paths.push_back(line);
 
-  const InstalledMaps maps;
-  const auto wanted = NSString::create(keyword);
-  for (const std::string &path : paths) {
-    StringSink sink;
-    const UnreadReason reason = readText(path, maps, sink);
-    if (isPrinted)
-      std::cout << static_cast<int>(reason) << ' ' << sink.text.size() << '\n' << sink.text;
-    else if (!keyword.empty() && CFStringFind(NSString::create(sink.text).get(), wanted.get(),
-                                              kCFCompareCaseInsensitive)
-                                         .location != kCFNotFound)
-      std::cout << path << '\n';
+  try {
+    readAll(paths, keyword, isPrinted);
+  } catch (const std::exception &error) {
+    std::cerr << "document_texts: " << error.what() << '\n';
+    return 1;
   }
   return 0;
 }
