@@ -383,6 +383,30 @@ void ContentInterpreter::show(std::span<const Object> strings) {
   textMatrix_ = isVertical ? textMatrix_.movedBy(0, way) : textMatrix_.movedBy(way, 0);
 }
 
+/// Some writers kern with a blank that they make as narrow as that.
+bool ContentInterpreter::closesBlanks(Font &font) const {
+  constexpr double widest = 0.05;
+  return state_.wordSpacing < 0 && font.isSimple() &&
+         font.simpleGlyph(' ').advance * state_.size + state_.characterSpacing +
+                 state_.wordSpacing <
+             widest * state_.size;
+}
+
+TextLayout::Extent ContentInterpreter::appendWords(Font &font, std::string_view bytes) {
+  TextLayout::Extent whole;
+  while (!bytes.empty()) {
+    const bool isBlank = bytes[0] == ' ';
+    const std::string_view part = bytes.substr(0, isBlank ? 1 : bytes.find(' '));
+    bytes.remove_prefix(part.size());
+    const TextLayout::Extent extent =
+        isBlank ? TextLayout::measure(font, part) : layout_.append(font, part);
+    whole.advance += extent.advance;
+    whole.codes += extent.codes;
+    whole.blanks += extent.blanks;
+  }
+  return whole;
+}
+
 void ContentInterpreter::showPart(std::string_view bytes, const Baseline &baseline, double &way) {
   Font &font = *state_.font;
   if (!replacement_.empty() && hiddenMarks_ == 0) {
@@ -390,8 +414,9 @@ void ContentInterpreter::showPart(std::string_view bytes, const Baseline &baseli
     replacement_.clear();
   }
   const bool isSeen = !isSilent() && !isOffPage(baseline.at(way));
-  const TextLayout::Extent extent =
-      isSeen ? layout_.append(font, bytes) : TextLayout::measure(font, bytes);
+  const TextLayout::Extent extent = !isSeen              ? TextLayout::measure(font, bytes)
+                                    : closesBlanks(font) ? appendWords(font, bytes)
+                                                         : layout_.append(font, bytes);
   const double spacing = static_cast<double>(extent.codes) * state_.characterSpacing +
                          static_cast<double>(extent.blanks) * state_.wordSpacing;
   if (font.isVertical())

@@ -79,6 +79,8 @@ private:
     }
   };
 
+  [[nodiscard]] bool closesBlanks(Font &font) const;
+  TextLayout::Extent appendWords(Font &font, std::string_view bytes);
   void showPart(std::string_view bytes, const Baseline &baseline, double &way);
   [[nodiscard]] Baseline baseline() const noexcept;
   [[nodiscard]] bool isOffPage(const PenPlace &place) const noexcept;

@@ -37,8 +37,12 @@ bool holds(std::string_view name, std::string_view word) noexcept {
 }
 
 /// Whether a name may be one that a program made up for a code: it has no number, or that of the
-/// code (a65).
+/// code (a65, or x41 in two hexadecimal digits).
 bool isMadeOf(std::string_view name, std::size_t code) noexcept {
+  constexpr std::string_view hexadecimal = "0123456789ABCDEF";
+  if (name.size() > 2 && name[name.size() - 2] == hexadecimal[code / 16 % 16] &&
+      name.back() == hexadecimal[code % 16])
+    return true;
   const std::size_t digits = std::min(name.find_first_of("0123456789"), name.size());
   std::size_t number = 0;
   const auto [end, error] =
@@ -47,11 +51,19 @@ bool isMadeOf(std::string_view name, std::size_t code) noexcept {
          (error == std::errc() && end == name.data() + name.size() && number == code);
 }
 
-/// The character of a code in a bitmap font, as TeX has them.
-std::string_view ligatureOfBitmapFont(unsigned char code) noexcept {
+/// The ligatures of bitmap fonts, as TeX has them, in the place that they have in its fonts of 128
+/// characters or in those of 256.
+std::string_view ligatureOfBitmapFont(unsigned char code, bool isLarge) noexcept {
   constexpr std::string_view ligatures[] = {"ff", "fi", "fl", "ffi", "ffl"};
-  return code >= 11 && code < 16 ? ligatures[code - 11] : std::string_view();
+  const unsigned first = isLarge ? 27 : 11;
+  return code >= first && code < first + 5 ? ligatures[code - first] : std::string_view();
 }
+
+/// The upper half of TeX's fonts of 256 characters.
+constexpr char16_t upperHalfOfBitmapFont[] =
+    u"ĂĄĆČĎĚĘĞĹĽŁŃŇŊŐŔŘŚŠŞŤŢŰŮŸŹŽŻĲİđ§ăąćčďěęğĺľłńňŋőŕřśšşťţűůÿźžżĳ¡¿£"
+    u"ÀÁÂÃÄÅÆÇÈÉÊËÌÍÎÏÐÑÒÓÔÕÖŒØÙÚÛÜÝÞẞàáâãäåæçèéêëìíîïðñòóôõöœøùúûüýþß";
+static_assert(std::size(upperHalfOfBitmapFont) == 129);
 
 } // namespace
 
@@ -182,6 +194,7 @@ void Font::readEncoding(const Object &encoding) {
   const Object differences = document_.get(encoding.dictionary(), "Differences");
   std::size_t code = 0;
   std::size_t named = 0, madeOfCodes = 0;
+  bool hasSmallLigatures = false, hasLargeLigatures = false;
   for (const Object &item : differences.array()) {
     const Object entry = document_.resolve(item);
     if (entry.isNumber()) {
@@ -190,6 +203,9 @@ void Font::readEncoding(const Object &encoding) {
       differences_.resize(256);
       differences_[code] = entry.name();
       ++named;
+      hasSmallLigatures |= !ligatureOfBitmapFont(static_cast<unsigned char>(code), false).empty();
+      hasLargeLigatures |= !ligatureOfBitmapFont(static_cast<unsigned char>(code), true).empty();
+      isLargeBitmapFont_ |= code >= 0x80;
       if (isTypeThree_ && isMadeOf(entry.name(), code)) {
         std::string text;
         appendGlyphName(text, entry.name());
@@ -200,6 +216,7 @@ void Font::readEncoding(const Object &encoding) {
   }
   // A few names that mean nothing may be those of characters by chance.
   hasCodesAsNames_ = madeOfCodes > named / 2;
+  isLargeBitmapFont_ |= hasLargeLigatures && !hasSmallLigatures;
 }
 
 void Font::readTypeThree(const Dictionary &dictionary) {
@@ -347,10 +364,16 @@ std::string Font::rawText(std::uint32_t code) {
 void Font::appendSimpleText(std::string &text, unsigned char code) {
   if (!differences_.empty() && !differences_[code].empty()) {
     const std::string_view name = differences_[code];
-    if (!hasCodesAsNames_)
+    // Their names may also be the codes themselves, as bytes.
+    const bool isCode = isTypeThree_ && name.size() == 1 && name[0] == static_cast<char>(code);
+    if (!hasCodesAsNames_ && !isCode)
       return appendGlyphName(text, name);
-    if (!name.empty() && CharacterClass::isDigit(name.back()))
-      text += ligatureOfBitmapFont(code);
+    // A name without a number is that of a drawing.
+    const bool hasNumber = name.find_first_of("0123456789") != std::string_view::npos;
+    if (hasNumber || isCode)
+      text += ligatureOfBitmapFont(code, isLargeBitmapFont_);
+    if (hasNumber && code >= 0x80)
+      return appendUtf8(text, upperHalfOfBitmapFont[code - 0x80]);
     return appendUtf8(text, code < 0x7F ? standardEncoding[code] : 0);
   }
   if (encoding_ != nullptr)

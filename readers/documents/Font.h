@@ -120,6 +120,8 @@ private:
   std::vector<std::string_view> differences_;
   /// The names of a font of Type 3 say nothing, and the codes are characters.
   bool hasCodesAsNames_ = false;
+  /// Such a font has 256 characters, not 128.
+  bool isLargeBitmapFont_ = false;
   std::uint32_t firstCode_ = 0;
   std::vector<float> widths_;
   float otherWidth_ = 0;

@@ -20,6 +20,10 @@ constexpr double sameDirection = 0.98;
 constexpr double widestAccent = 1.2;
 constexpr double repeatedShift = 0.15;
 constexpr double furthestBack = 1;
+/// Letters that stand this far apart, in ems, and the part of it that is taken back behind them, if
+/// the space between them stands for a blank.
+constexpr double leastBlank = 0.15;
+constexpr double leastTakenBack = 0.8;
 /// From here on a note in the margin may begin.
 constexpr double leastMargin = 0.8;
 
@@ -98,6 +102,8 @@ void TextLayout::beginString(const PenPlace &place) {
     beginLine(place);
     return;
   }
+  if (secondGlyph_ > 0 && spacing_ > leastBlank * em && way < -leastTakenBack * spacing_)
+    dividePair();
   way = way > 0 ? std::max(0.0, way + std::min(spacing_, 0.0))
                 : std::min(0.0, way + std::max(spacing_, 0.0));
   if (way > widestGap * em) {
@@ -105,6 +111,17 @@ void TextLayout::beginString(const PenPlace &place) {
   } else if (way < -widestOverlap * em) {
     moveBack(place, way / em);
   }
+}
+
+/// Some writers show the end of a word and the beginning of the next one as two letters set apart.
+void TextLayout::dividePair() {
+  const std::string second(line().substr(secondGlyph_));
+  size_ = secondGlyph_;
+  appendBytes(" ");
+  appendBytes(second);
+  for (std::size_t *const place : {&present_.begin, &last_.end})
+    *place += *place > secondGlyph_ ? 1 : 0;
+  secondGlyph_ = 0;
 }
 
 void TextLayout::moveBack(const PenPlace &place, double ems) {
@@ -220,6 +237,8 @@ void TextLayout::appendSimple(Font &font, std::string_view bytes, Extent &extent
 
 TextLayout::Extent TextLayout::append(Font &font, std::string_view bytes) {
   Extent extent;
+  secondGlyph_ = 0;
+  const bool isPair = font.isSimple() && bytes.size() == 2;
   if ((pendingMark_ != 0 || overlaps_) && !bytes.empty()) {
     CharacterMap::Code code{};
     const Glyph &glyph = font.takeGlyph(bytes, code);
@@ -227,7 +246,10 @@ TextLayout::Extent TextLayout::append(Font &font, std::string_view bytes) {
     appendFirstGlyph(font, glyph);
   }
   if (font.isSimple()) {
+    const auto last = static_cast<unsigned char>(isPair ? bytes.back() : ' ');
     appendSimple(font, bytes, extent);
+    if (const Glyph &glyph = font.simpleGlyph(last); isPair && glyph.flags == 0)
+      secondGlyph_ = size_ - glyph.length;
     return extent;
   }
   while (!bytes.empty()) {
@@ -332,6 +354,7 @@ void TextLayout::endLine() {
   accent_ = {};
   pendingMark_ = 0;
   overlaps_ = false;
+  secondGlyph_ = 0;
 }
 
 } // namespace searchsystem

@@ -91,6 +91,7 @@ private:
                                            double right) noexcept;
   void endWord(const PenPlace &place);
   void beginSegment(const PenPlace &place, bool hasBlankBefore);
+  void dividePair();
   void moveBack(const PenPlace &place, double ems);
   [[nodiscard]] bool isRepeated() const noexcept;
   [[nodiscard]] double along(double x, double y) const noexcept {
@@ -115,6 +116,8 @@ private:
   bool isInMargin_ = false;
   PenPlace pen_;
   double spacing_ = 0;
+  /// Where the second of the two glyphs begins of which the last string consists; 0 if of others.
+  std::size_t secondGlyph_ = 0;
   Shown present_;
   Shown last_;
 
