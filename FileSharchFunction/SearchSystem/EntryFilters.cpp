@@ -45,7 +45,7 @@ bool hasExtensionOfType(std::string_view name, int type) noexcept {
 
 } // namespace
 
-char defaultFilter(FileItem &item, int type, char *isFolder) {
+char EntryFilters::defaultFilter(FileItem &item, int type, char *isFolder) {
   *isFolder = 0;
   if (item.name().starts_with('.'))
     return 0;
@@ -64,30 +64,29 @@ char defaultFilter(FileItem &item, int type, char *isFolder) {
   return hasExtension ? 1 : 0;
 }
 
-char isAlias(FileItem &item) noexcept {
+char EntryFilters::isAlias(FileItem &item) noexcept {
   constexpr std::uint32_t notFollowed =
       kLSItemInfoIsAliasFile | kLSItemInfoIsSymlink | kLSItemInfoIsVolume;
   const std::optional<std::uint32_t> flags = LSCopyItemInfo(item);
   return !flags || (*flags & notFollowed) != 0 ? 1 : 0;
 }
 
-char fileModDateSearch(FileItem &item, const NSDate *startDate, const NSDate *endDate) noexcept {
+char EntryFilters::fileModDateSearch(FileItem &item, const NSDate *startDate,
+                                     const NSDate *endDate) noexcept {
   if (startDate == nullptr && endDate == nullptr)
     return 1;
   const std::optional<FileStatus> &status = item.status();
-  if (!status)
-    return 1;
-  const auto compareWith = [&](const NSDate &date) {
-    return NSDate::compareIntervals(status->modificationTime,
-                                    date.timeIntervalSinceReferenceDate());
-  };
-  if (startDate != nullptr && compareWith(*startDate) == NSOrderedAscending)
-    return 0;
-  if (endDate != nullptr && compareWith(*endDate) == NSOrderedDescending)
-    return 0;
-  return 1;
+  return !status || isInRange(status->modificationTime, startDate, endDate) ? 1 : 0;
 }
 
-unsigned keywordOptions(char isDistinct) noexcept {
+bool EntryFilters::isInRange(double date, const NSDate *start, const NSDate *end) noexcept {
+  const auto compareWith = [&](const NSDate &other) {
+    return NSDate::compareIntervals(date, other.timeIntervalSinceReferenceDate());
+  };
+  return (start == nullptr || compareWith(*start) != NSOrderedAscending) &&
+         (end == nullptr || compareWith(*end) != NSOrderedDescending);
+}
+
+unsigned EntryFilters::keywordOptions(char isDistinct) noexcept {
   return isDistinct != 0 ? NSLiteralSearch : NSCaseInsensitiveSearch;
 }

@@ -30,20 +30,20 @@ constexpr std::chrono::milliseconds longestDelay{1};
 ReadAhead::ReadAhead(const NSObject &owner, const std::atomic<char> &isCancelled)
     : ThreadTeam(owner, mostThreads), isCancelled_(isCancelled) {}
 
-void ReadAhead::begin(const EntryTest *test, int type) noexcept {
-  test_ = test;
+void ReadAhead::begin(const RequestFilter *filter, int type) noexcept {
+  filter_ = filter;
   type_ = type;
   window_.clear();
   const LockGuard guard(lock_);
   unread_.clear();
 }
 
-void ReadAhead::follow(const Pool &pool) noexcept {
-  if (test_ == nullptr || isCancelled_.load() != 0)
+void ReadAhead::follow(const Paths &paths) noexcept {
+  if (filter_ == nullptr || isCancelled_.load() != 0)
     return;
   try {
-    while (window_.size() < std::min(pool.size(), mostFoldersAhead)) {
-      const Ref<FolderAhead> folder = FolderAhead::create(pool[window_.size()]);
+    while (window_.size() < std::min(paths.size(), mostFoldersAhead)) {
+      const Ref<FolderAhead> folder = FolderAhead::create(paths[window_.size()]);
       window_.push_back(folder);
       try {
         const LockGuard guard(lock_);
@@ -112,14 +112,14 @@ void ReadAhead::read(FolderAhead &folder) noexcept {
 void ReadAhead::readEntry(const FolderAhead &folder, DirectoryListing &listing,
                           const DirectoryEntry &entry, FolderFindings &findings) const {
   SearchItem item(folder.path(), listing, entry);
-  switch (test_->kindOf(item.file, type_)) {
-  case EntryTest::Kind::Nothing:
+  switch (filter_->kindOf(item.file, type_)) {
+  case RequestFilter::Kind::Nothing:
     break;
-  case EntryTest::Kind::SubFolder:
+  case RequestFilter::Kind::SubFolder:
     findings.subFolders.push_back(item.path());
     break;
-  case EntryTest::Kind::File:
-    if (test_->wantsAll() ? test_->meetsAll(item.file) : test_->meetsAny(item.file))
+  case RequestFilter::Kind::File:
+    if (filter_->wantsAll() ? filter_->meetsAll(item.file) : filter_->meetsAny(item.file))
       findings.files.push_back(item.path());
     break;
   }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "FileSharchFunction/SearchSystem/EntryTest.h"
 #include "FileSharchFunction/SearchSystem/FolderAhead.h"
+#include "FileSharchFunction/SearchSystem/RequestFilter.h"
 #include "platform/foundation/DirectoryListing.h"
 #include "platform/foundation/NSLock.h"
 #include "platform/foundation/NSObject.h"
@@ -20,17 +20,17 @@
 /// for that any more. Threads: main, but for what is said otherwise.
 class ReadAhead final : private ThreadTeam {
 public:
-  using Pool = std::deque<Ref<const NSString>>;
+  using Paths = std::deque<Ref<const NSString>>;
 
   /// Nothing more is read once `isCancelled`. Throws `std::bad_alloc`.
   ReadAhead(const NSObject &owner, const std::atomic<char> &isCancelled);
 
   /// Begins to read ahead for a search of files of the class `type`, or, with null, does not. The
   /// test is the owner's.
-  void begin(const EntryTest *test, int type) noexcept;
+  void begin(const RequestFilter *filter, int type) noexcept;
 
   /// Takes in what has come to the front of the queue.
-  void follow(const Pool &pool) noexcept;
+  void follow(const Paths &paths) noexcept;
 
   /// What there is of the first folder of the queue; null if it is not read ahead.
   [[nodiscard]] Ref<FolderAhead> first() const noexcept {
@@ -55,7 +55,7 @@ private:
   void handOver(FolderAhead &folder, FolderFindings &findings) noexcept;
 
   const std::atomic<char> &isCancelled_;
-  const EntryTest *test_ = nullptr;
+  const RequestFilter *filter_ = nullptr;
   int type_ = 0;
   /// Of the first folders of the queue, in its order.
   std::deque<Ref<FolderAhead>> window_;

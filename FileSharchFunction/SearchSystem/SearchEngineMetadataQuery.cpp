@@ -1,4 +1,3 @@
-#include "FileSharchFunction/SearchSystem/SearchController.h"
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSClass.h"
@@ -68,7 +67,7 @@ void SearchEngine::spotlightSearch() noexcept {
   if (NSClass::named("NSPredicate") == nullptr ||
       NSClass::named("NSCompoundPredicate") == nullptr ||
       _searchPredicate->searchFolder == nullptr) {
-    SearchController::scheduleEndSearchProcess(this, delayOfRefusal);
+    scheduleEnd(delayOfRefusal);
     return;
   }
   _defaultPath = _searchPredicate->searchFolder;
@@ -78,7 +77,7 @@ void SearchEngine::spotlightSearch() noexcept {
   bool isPosed = false;
   tryTwice([&] { isPosed = poseQuery(); });
   if (!isPosed)
-    reportProducerEnd();
+    distribution_.takeEnd();
 }
 
 bool SearchEngine::poseQuery() {
@@ -88,7 +87,7 @@ bool SearchEngine::poseQuery() {
   if (_isSearching == 0)
     return false;
   // The walk alone decides: the query counts as finished.
-  ++_endCount;
+  distribution_.countEnd();
   return true;
 }
 
@@ -109,18 +108,15 @@ bool SearchEngine::startQuery(Predicates all) {
 }
 
 void SearchEngine::getSpotlightResult(const NSNotification *notification) noexcept {
-  if (isOfAnotherQuery(notification))
-    return;
-  picUpResultData();
+  if (!isOfAnotherQuery(notification))
+    picUpResultData();
 }
 
 void SearchEngine::picUpResultData() noexcept {
   if (!_metaQuery || _searchPredicate == nullptr)
     return;
-  // The host's callback may run the main loop, and that the end process.
+  // The host's callback may run the main loop, and so end the search.
   const Ref<SearchEngine> self(this);
-  ResultMessage message;
-  message.SearchState = 1;
   // Where memory is short the next notification may fare better.
   tryTwice([&] {
     const std::string base = _isCheckSubFolder == 0 ? baseFolder() : std::string();
@@ -133,11 +129,8 @@ void SearchEngine::picUpResultData() noexcept {
                                                 pathWithoutLastComponent(path->view()) == base);
       // Counted before the callback, which may lead back here.
       ++_resultCheckCount;
-      if (!isWanted)
-        continue;
-      message.ResultData = Ref<const NSString>(path);
-      ++_returnCount;
-      searchResultDistribution(&message);
+      if (isWanted)
+        distribution_.takeFound(Ref<const NSString>(path));
     }
   });
 }
@@ -151,7 +144,12 @@ void SearchEngine::stopSpotlight(const NSNotification *notification) noexcept {
   picUpResultData();
   _isSearchSpotlight = 0;
   if (std::exchange(_isStopSpotligth, 1) == 0)
-    reportProducerEnd();
+    distribution_.takeEnd();
+}
+
+void SearchEngine::stopQuery() noexcept {
+  if (_isSearchSpotlight != 0)
+    stopSpotlight(nullptr);
 }
 
 bool SearchEngine::isOfAnotherQuery(const NSNotification *notification) const noexcept {

@@ -12,10 +12,10 @@
 /// kind of file, the name and the date of modification.
 ///
 /// Ownership: keeps what it needs of the request. Threads: any; it never changes.
-class EntryTest {
+class RequestFilter {
 public:
   /// Throws `std::bad_alloc`.
-  explicit EntryTest(const SearchPredicate &record);
+  explicit RequestFilter(const SearchPredicate &record);
 
   enum class Kind { Nothing, SubFolder, File };
 
