@@ -52,15 +52,3 @@ void RunningSearch::callHost(SearchResultCallback callback, CFStringRef path,
     return;
   }
 }
-
-char RunningSearch::isExifSearch() const noexcept {
-  return _searchPredicate->searchExifText != 0 && _searchPredicate->contentKeyword != nullptr;
-}
-
-char RunningSearch::isPDFSearch() const noexcept {
-  return _searchPredicate->searchPDFText != 0 && _searchPredicate->contentKeyword != nullptr;
-}
-
-char RunningSearch::isTokenDateSearch() const noexcept {
-  return _searchPredicate->exifDateStart != nullptr || _searchPredicate->exifDateEnd != nullptr;
-}

@@ -30,9 +30,17 @@ public:
   static void callHost(SearchResultCallback callback, CFStringRef path, int32_t state) noexcept;
 
   /// Whether the request has a condition on EXIF text, on PDF text, on shooting dates. Any thread.
-  [[nodiscard]] char isExifSearch() const noexcept;
-  [[nodiscard]] char isPDFSearch() const noexcept;
-  [[nodiscard]] char isTokenDateSearch() const noexcept;
+  [[nodiscard]] char isExifSearch() const noexcept {
+    return hasContentKeyword(_searchPredicate->searchExifText);
+  }
+  [[nodiscard]] char isPDFSearch() const noexcept {
+    return hasContentKeyword(_searchPredicate->searchPDFText);
+  }
+  [[nodiscard]] char isTokenDateSearch() const noexcept {
+    return _searchPredicate->exifDateStart != nullptr || _searchPredicate->exifDateEnd != nullptr
+               ? 1
+               : 0;
+  }
 
   /// Whether it has any of these. Any thread.
   [[nodiscard]] bool hasContentCondition() const noexcept {
@@ -59,4 +67,9 @@ protected:
 
   /// The engine; null when there is none.
   static RunningSearch *sSharedSearchEngine;
+
+private:
+  [[nodiscard]] char hasContentKeyword(signed char isWanted) const noexcept {
+    return isWanted != 0 && _searchPredicate->contentKeyword != nullptr ? 1 : 0;
+  }
 };

@@ -41,18 +41,8 @@ SearchEngine::SearchEngine() : listFolder_(NSString::create("")) {
   _metaQuery->setDelegate(this);
   NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
   try {
-    center.addObserver(
-        this,
-        [](void *engine, const NSNotification &notification) {
-          static_cast<SearchEngine *>(engine)->stopSpotlight(&notification);
-        },
-        queryFinish);
-    center.addObserver(
-        this,
-        [](void *engine, const NSNotification &notification) {
-          static_cast<SearchEngine *>(engine)->getSpotlightResult(&notification);
-        },
-        queryProgress);
+    center.addObserver(this, handle<&SearchEngine::stopSpotlight>, queryFinish);
+    center.addObserver(this, handle<&SearchEngine::getSpotlightResult>, queryProgress);
   } catch (...) {
     // An engine that was not made must not be notified.
     center.removeObserver(this, queryFinish);
@@ -138,22 +128,23 @@ char SearchEngine::fileModDateSearch(const NSString *path, const NSDate *startDa
 
 char SearchEngine::keyWordSearch(const NSString *text, const NSString *keyword,
                                  char isDistinct) const {
-  return text != nullptr && keyword != nullptr &&
-         text->rangeOfString(*keyword, EntryFilters::keywordOptions(isDistinct)).length != 0;
+  if (text == nullptr || keyword == nullptr)
+    return 0;
+  return text->rangeOfString(*keyword, EntryFilters::keywordOptions(isDistinct)).length != 0 ? 1
+                                                                                             : 0;
 }
 
 void SearchEngine::exifSearch(const NSString *path, char *outKeywordResult,
                               char *outTokenDateResult) const {
-  ExifAnswers answers;
   *outKeywordResult = *outTokenDateResult = 0;
-  if (path != nullptr) {
-    FileItem item(*path);
-    answers = ContentConditions(*this).readExif(item);
-  }
-  *outKeywordResult = answers.hasKeyword;
-  *outTokenDateResult = answers.hasDate;
+  if (path == nullptr)
+    return;
+  FileItem item(*path);
+  const ExifAnswers answers = ContentConditions(*this).readExif(item);
+  *outKeywordResult = answers.hasKeyword ? 1 : 0;
+  *outTokenDateResult = answers.hasDate ? 1 : 0;
 }
 
 char SearchEngine::PDFSearch(const NSString *path) const {
-  return path != nullptr && ContentConditions(*this).hasTextInPDF(*path);
+  return path != nullptr && ContentConditions(*this).hasTextInPDF(*path) ? 1 : 0;
 }

@@ -116,6 +116,11 @@ private:
 
   void stopQuery() noexcept override;
 
+  /// A method as the handler of a notification.
+  template <void (SearchEngine::*method)(const NSNotification *) noexcept>
+  static void handle(void *engine, const NSNotification &notification) {
+    (static_cast<SearchEngine *>(engine)->*method)(&notification);
+  }
   /// A method as the body of a pool's workers.
   template <void (SearchEngine::*method)(const NSString *) noexcept>
   static void call(RunningSearch &engine, const NSString *path) noexcept {

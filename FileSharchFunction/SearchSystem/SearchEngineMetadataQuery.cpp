@@ -18,6 +18,13 @@ constexpr double delayOfRefusal = 0.1;
 using Predicate = Ref<const NSPredicate>;
 using Predicates = NSCompoundPredicate::Subpredicates;
 
+Predicate joined(Predicates all, bool mustMeetAll) {
+  if (all.size() == 1)
+    return all.front();
+  return mustMeetAll ? NSCompoundPredicate::andPredicateWithSubpredicates(std::move(all))
+                     : NSCompoundPredicate::orPredicateWithSubpredicates(std::move(all));
+}
+
 /// The files of the classes that may meet a request.
 Predicate typePredicate(const SearchEngine &engine, bool mustMeetAll) {
   const Predicate pdf = NSPredicate::predicateWithFormat("kMDItemFSName like[c] '*.pdf'");
@@ -35,8 +42,7 @@ Predicate typePredicate(const SearchEngine &engine, bool mustMeetAll) {
     if (types.empty())
       types = {pdf, pict, jpeg, tiff};
   }
-  return types.size() > 1 ? NSCompoundPredicate::orPredicateWithSubpredicates(std::move(types))
-                          : types.front();
+  return joined(std::move(types), false);
 }
 
 /// The conditions that the index can answer. A range of dates counts only with both its ends.
@@ -52,13 +58,6 @@ Predicates conditions(const SearchPredicate &record) {
          NSPredicate::predicateWithFormat("kMDItemFSContentChangeDate < %@",
                                           {record.modDateEnd})}));
   return all;
-}
-
-Predicate joined(Predicates all, bool mustMeetAll) {
-  if (all.size() == 1)
-    return all.front();
-  return mustMeetAll ? NSCompoundPredicate::andPredicateWithSubpredicates(std::move(all))
-                     : NSCompoundPredicate::orPredicateWithSubpredicates(std::move(all));
 }
 
 } // namespace

@@ -23,7 +23,8 @@ WorkerPool::WorkerPool(RunningSearch &search, Distribution &distribution, int &t
 
 void WorkerPool::begin(Body body, const RequestFilter *filter, int type) noexcept {
   body_ = body;
-  readAhead_.begin(filter, type);
+  if (filter != nullptr)
+    readAhead_.begin(*filter, type);
 }
 
 void WorkerPool::add(const NSString *path) noexcept {
