@@ -3,7 +3,7 @@
 #include "platform/foundation/FileItem.h"
 #include "platform/foundation/NSDate.h"
 
-/// The filters of the engine, for an item that is asked as little as possible. Any thread.
+/// The filters of the engine. They ask the system as little as possible. Any thread.
 class EntryFilters {
 public:
   EntryFilters() = delete;
@@ -21,6 +21,6 @@ public:
   /// Whether a date lies in the range, both ends included; null leaves an end open.
   [[nodiscard]] static bool isInRange(double date, const NSDate *start, const NSDate *end) noexcept;
 
-  /// The options of a search for a keyword, `isDistinct` for its very letters.
+  /// The search options for a keyword; `isDistinct`: exact letters.
   [[nodiscard]] static unsigned keywordOptions(char isDistinct) noexcept;
 };

@@ -121,7 +121,7 @@ Ref<const NSString> ExifAnalysis::getUserComment(IMAGETAG_INFO *info) noexcept {
     const auto first = static_cast<unsigned char>(value[codeSize]);
     encoding = first == 0xEF ? NSUTF8StringEncoding : NSUnicodeStringEncoding;
     if (first != 0xEF && first != 0xFE && first != 0xFF) {
-      // Without a mark it is little-endian, whatever the order of the file's numbers.
+      // Without a mark it is little-endian, whatever the file's byte order.
       value[6] = '\xFF';
       value[7] = '\xFE';
       skip = 6;
@@ -138,7 +138,7 @@ Ref<const NSString> ExifAnalysis::getUserComment(IMAGETAG_INFO *info) noexcept {
 }
 
 int FS_Exif_GetValueFromType(void *value, const IMAGETAG_INFO *info) noexcept {
-  // From BYTE on; none for ASCII, and of a signed rational only the numerator.
+  // By type, from BYTE on: nothing of ASCII, only the numerator of a signed rational.
   constexpr std::array<int, 12> sizes{1, 0, 2, 4, 8, 1, 1, 2, 4, 4, 4, 8};
   const auto index = static_cast<std::size_t>(info->type - IMAGETAG_BYTE);
   if (info->count <= 0 || index >= sizes.size() || sizes[index] == 0)

@@ -17,8 +17,8 @@
 /// thread uses what is handed over while the worker waits.
 class FolderScan {
 public:
-  /// Which conditions of the request a file has to meet: all, any one, or those on its content
-  /// (all of them or any one, as the request says).
+  /// The conditions that a file must meet: all, any one, or only those on its content (all or any
+  /// one, as the request says).
   enum class Wanted { All, Any, Content };
 
   FolderScan(const RunningSearch &search, const RequestFilter &filter, Distribution &distribution,

@@ -136,7 +136,7 @@ void ReadAhead::postHeldBack() noexcept {
     const LockGuard guard(lock_);
     due = std::exchange(heldBack_, {});
   }
-  // The main thread takes the lock as soon as it is awake.
+  // Posted without the lock, which the main thread takes as soon as it wakes.
   while (Work *const work = due.takeUpTo(0))
     MainRunLoop::shared().post(*work);
 }

@@ -72,7 +72,7 @@ void SearchEngine::spotlightSearch() noexcept {
   _defaultPath = _searchPredicate->searchFolder;
   if (_searchPredicate->isAndSearch == 0 && hasContentCondition())
     startContentWalk();
-  // A query that cannot be posed for lack of memory is one that refuses to start.
+  // Without memory for the query it counts as one that refuses to start.
   bool isPosed = false;
   tryTwice([&] { isPosed = poseQuery(); });
   if (!isPosed)

@@ -103,7 +103,7 @@ void SearchEngine::PDFSearchThread(const NSString *path) noexcept {
       static_cast<void>(
           ContentConditions(*this).hasTextInPDF(*path, pdfKeyword_.get(), isPDFDistinct_));
   } catch (...) {
-    // The answer is not used, only the end is reported.
+    // Only the end is reported.
   }
   endWorker<&SearchEngine::PDFSearchPool>();
 }
