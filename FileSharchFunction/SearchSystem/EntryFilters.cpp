@@ -6,46 +6,30 @@
 #include "platform/foundation/PathComponents.h"
 
 #include <algorithm>
-#include <array>
-#include <span>
+#include <iterator>
 #include <string_view>
 
 namespace {
 
-constexpr std::array<std::string_view, 4> extensions{"tif", "jpg", "pdf", "pct"};
-
-constexpr std::size_t extensionLength = 3;
-
-/// The extensions of a class of files.
-std::span<const std::string_view> extensionsOfType(int type) noexcept {
-  static constexpr std::array<std::string_view, 2> documentsAndPhotos{"pdf", "jpg"};
-  switch (type) {
-  case 0:
-    return std::span(extensions).first(2);
-  case 1:
-    return std::span(extensions).subspan(2, 1);
-  case 2:
-    return documentsAndPhotos;
-  case 3:
-    return extensions;
-  default:
-    return {};
-  }
-}
+/// An extension and the classes of files that it belongs to, a bit for each.
+struct Extension {
+  std::string_view text;
+  unsigned types;
+};
+constexpr Extension extensions[] = {
+    {"tif", 0b1001}, {"jpg", 0b1101}, {"pdf", 0b1110}, {"pct", 0b1000}};
 
 bool hasExtensionOfType(std::string_view name, int type) noexcept {
-  const std::string_view extension = extensionOfName(name);
-  if (extension.size() != extensionLength)
-    return false;
-  const std::span<const std::string_view> accepted = extensionsOfType(type);
-  return std::any_of(accepted.begin(), accepted.end(), [&](std::string_view known) {
-    return equalIgnoringASCIICase(extension, known);
-  });
+  const std::string_view text = extensionOfName(name);
+  return text.size() == 3 && type >= 0 && type <= 3 &&
+         std::any_of(std::begin(extensions), std::end(extensions), [&](const Extension &known) {
+           return (known.types >> type & 1U) != 0 && equalIgnoringASCIICase(text, known.text);
+         });
 }
 
 } // namespace
 
-char defaultFilter(FileItem &item, int type, char *isFolder) {
+char EntryFilters::defaultFilter(FileItem &item, int type, char *isFolder) {
   *isFolder = 0;
   if (item.name().starts_with('.'))
     return 0;
@@ -64,30 +48,29 @@ char defaultFilter(FileItem &item, int type, char *isFolder) {
   return hasExtension ? 1 : 0;
 }
 
-char isAlias(FileItem &item) noexcept {
+char EntryFilters::isAlias(FileItem &item) noexcept {
   constexpr std::uint32_t notFollowed =
       kLSItemInfoIsAliasFile | kLSItemInfoIsSymlink | kLSItemInfoIsVolume;
   const std::optional<std::uint32_t> flags = LSCopyItemInfo(item);
   return !flags || (*flags & notFollowed) != 0 ? 1 : 0;
 }
 
-char fileModDateSearch(FileItem &item, const NSDate *startDate, const NSDate *endDate) noexcept {
+char EntryFilters::fileModDateSearch(FileItem &item, const NSDate *startDate,
+                                     const NSDate *endDate) noexcept {
   if (startDate == nullptr && endDate == nullptr)
     return 1;
   const std::optional<FileStatus> &status = item.status();
-  if (!status)
-    return 1;
-  const auto compareWith = [&](const NSDate &date) {
-    return NSDate::compareIntervals(status->modificationTime,
-                                    date.timeIntervalSinceReferenceDate());
-  };
-  if (startDate != nullptr && compareWith(*startDate) == NSOrderedAscending)
-    return 0;
-  if (endDate != nullptr && compareWith(*endDate) == NSOrderedDescending)
-    return 0;
-  return 1;
+  return !status || isInRange(status->modificationTime, startDate, endDate) ? 1 : 0;
 }
 
-unsigned keywordOptions(char isDistinct) noexcept {
+bool EntryFilters::isInRange(double date, const NSDate *start, const NSDate *end) noexcept {
+  const auto compareWith = [&](const NSDate &other) {
+    return NSDate::compareIntervals(date, other.timeIntervalSinceReferenceDate());
+  };
+  return (start == nullptr || compareWith(*start) != NSOrderedAscending) &&
+         (end == nullptr || compareWith(*end) != NSOrderedDescending);
+}
+
+unsigned EntryFilters::keywordOptions(char isDistinct) noexcept {
   return isDistinct != 0 ? NSLiteralSearch : NSCaseInsensitiveSearch;
 }

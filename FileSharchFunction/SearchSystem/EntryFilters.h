@@ -3,17 +3,24 @@
 #include "platform/foundation/FileItem.h"
 #include "platform/foundation/NSDate.h"
 
-/// The filters of the engine, for an item that is asked as little as possible. Any thread.
+/// The filters of the engine. They ask the system as little as possible. Any thread.
+class EntryFilters {
+public:
+  EntryFilters() = delete;
 
-/// As `SearchEngine::defaultFilter`.
-char defaultFilter(FileItem &item, int type, char *isFolder);
+  /// As `SearchEngine::defaultFilter`.
+  static char defaultFilter(FileItem &item, int type, char *isFolder);
 
-/// As `SearchEngine::isAlias`.
-[[nodiscard]] char isAlias(FileItem &item) noexcept;
+  /// As `SearchEngine::isAlias`.
+  [[nodiscard]] static char isAlias(FileItem &item) noexcept;
 
-/// As `SearchEngine::fileModDateSearch`.
-[[nodiscard]] char fileModDateSearch(FileItem &item, const NSDate *startDate,
-                                     const NSDate *endDate) noexcept;
+  /// As `SearchEngine::fileModDateSearch`.
+  [[nodiscard]] static char fileModDateSearch(FileItem &item, const NSDate *startDate,
+                                              const NSDate *endDate) noexcept;
 
-/// The options of a search for a keyword, `isDistinct` for its very letters.
-[[nodiscard]] unsigned keywordOptions(char isDistinct) noexcept;
+  /// Whether a date lies in the range, both ends included; null leaves an end open.
+  [[nodiscard]] static bool isInRange(double date, const NSDate *start, const NSDate *end) noexcept;
+
+  /// The search options for a keyword; `isDistinct`: exact letters.
+  [[nodiscard]] static unsigned keywordOptions(char isDistinct) noexcept;
+};

@@ -18,11 +18,6 @@ constexpr std::uint32_t tagImageDescription = 0x010E;
 constexpr std::uint32_t tagModel = 0x0110;
 constexpr std::uint32_t tagUserComment = 0x9286;
 
-template <class T> int copyFirst(void *value, const T *values) noexcept {
-  std::memcpy(value, values, sizeof(T));
-  return sizeof(T);
-}
-
 } // namespace
 
 ExifAnalysis::ExifAnalysis() : _imageTag(std::make_unique<CIMAGETAG>()) {}
@@ -126,7 +121,7 @@ Ref<const NSString> ExifAnalysis::getUserComment(IMAGETAG_INFO *info) noexcept {
     const auto first = static_cast<unsigned char>(value[codeSize]);
     encoding = first == 0xEF ? NSUTF8StringEncoding : NSUnicodeStringEncoding;
     if (first != 0xEF && first != 0xFE && first != 0xFF) {
-      // Without a mark it is little-endian, whatever the order of the file's numbers.
+      // Without a mark it is little-endian, whatever the file's byte order.
       value[6] = '\xFF';
       value[7] = '\xFE';
       skip = 6;
@@ -143,33 +138,13 @@ Ref<const NSString> ExifAnalysis::getUserComment(IMAGETAG_INFO *info) noexcept {
 }
 
 int FS_Exif_GetValueFromType(void *value, const IMAGETAG_INFO *info) noexcept {
-  if (info->count <= 0)
+  // By type, from BYTE on: nothing of ASCII, only the numerator of a signed rational.
+  constexpr std::array<int, 12> sizes{1, 0, 2, 4, 8, 1, 1, 2, 4, 4, 4, 8};
+  const auto index = static_cast<std::size_t>(info->type - IMAGETAG_BYTE);
+  if (info->count <= 0 || index >= sizes.size() || sizes[index] == 0)
     return 0;
-  const auto count = static_cast<std::size_t>(info->count);
-  constexpr int rationalSize = 8;
-  switch (info->type) {
-  case IMAGETAG_BYTE:
-    std::memcpy(value, info->value.bytes, count);
-    return 1;
-  case IMAGETAG_RATIONAL:
-    std::memcpy(value, info->value.longs, count * rationalSize);
-    return rationalSize;
-  case IMAGETAG_SBYTE:
-  case IMAGETAG_UNDEFINED:
-    return copyFirst(value, info->value.bytes);
-  case IMAGETAG_SHORT:
-  case IMAGETAG_SSHORT:
-    return copyFirst(value, info->value.shorts);
-  case IMAGETAG_LONG:
-  case IMAGETAG_SLONG:
-  // Of a signed rational only the numerator.
-  case IMAGETAG_SRATIONAL:
-    return copyFirst(value, info->value.longs);
-  case IMAGETAG_FLOAT:
-    return copyFirst(value, info->value.floats);
-  case IMAGETAG_DOUBLE:
-    return copyFirst(value, info->value.doubles);
-  default:
-    return 0;
-  }
+  const bool copiesAll = info->type == IMAGETAG_BYTE || info->type == IMAGETAG_RATIONAL;
+  const auto count = copiesAll ? static_cast<std::size_t>(info->count) : 1;
+  std::memcpy(value, info->value.pointer, count * static_cast<std::size_t>(sizes[index]));
+  return sizes[index];
 }

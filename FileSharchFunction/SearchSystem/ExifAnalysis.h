@@ -15,8 +15,8 @@
 #include <optional>
 
 /// The EXIF tags of one image file, as the strings that a search compares. All questions are
-/// answered from the first bytes of the file, each of which is read once at most. Nothing is thrown
-/// but by `create`: what fails for lack of memory fails as if it were not there.
+/// answered from the first bytes of the file, each of which is read once at most. Only `create`
+/// throws: what cannot be read for lack of memory counts as absent.
 ///
 /// Ownership: counted; owns the bytes, or the open file, and the tag reader. Threads: one at a
 /// time.
@@ -29,26 +29,24 @@ public:
   /// ended with `endExifAnalysis`.
   static Ref<ExifAnalysis> startExifAnalysisAtPath(const NSString *path) noexcept;
 
-  /// The same for an item of which the caller may know more than its path. No more of the file is
-  /// read than the tags that are asked for need. Once `*isStopped` is not 0, which any thread may
-  /// set, every read fails, and no tag is there whose bytes have not been read; the flag, which may
-  /// be null, has to live as long.
+  /// The same for an item of which the caller may know more than its path. Reads only what the
+  /// requested tags need. Any thread may set `*isStopped`: from then on every read fails, and tags
+  /// that have not been read are absent. The flag may be null; it must outlive the analysis.
   static Ref<ExifAnalysis>
   startExifAnalysisAtPath(FileItem &item, const std::atomic<char> *isStopped = nullptr) noexcept;
 
-  /// Loads the first bytes of the file and opens its tags: 1, or 0 when it cannot, or there is no
-  /// EXIF directory. The object can then not be used.
+  /// Loads the first bytes of the file and opens its tags: 1, or 0 when that fails or there is no
+  /// EXIF directory; the object is then unusable.
   char initCIMAGETAG(const NSString *path) noexcept;
 
   /// Puts the first 65,535 bytes of the file into the slot, read at once: 0, or -43, with nothing
   /// stored, when it cannot be read or is empty.
   static std::int16_t readDataHandle(const NSString *path, Ref<const NSData> *handle) noexcept;
 
-  /// The text of a tag, or null when the file has no such tag, it is empty or of another type than
-  /// it should be, or the tag is none of these:
+  /// The text of a tag, or null when the file has no such tag, it is empty or of the wrong type, or
+  /// the tag is none of these:
   /// - 0x9003, the date when the photograph was taken, or, when it has none, when it was digitized
-  ///   (0x9004), as "2005/07/14 09:05:03". A text that is not a date gives "test", which no
-  ///   conversion to a date accepts.
+  ///   (0x9004), as "2005/07/14 09:05:03"; "test", which is no date, if the text is not one.
   /// - 0x010E, 0x010F, 0x0110, the description, and the maker and model of the camera.
   /// - 0x9286, the user's comment.
   Ref<const NSString> getExifInfo(std::uint32_t tag) noexcept;
@@ -57,26 +55,25 @@ public:
   void endExifAnalysis() noexcept;
 
   /// The text of a user's comment, an UNDEFINED value that begins with the code of its characters
-  /// (EXIF standard, 4.6.5); null when the code is not known, nothing follows it, or what follows
-  /// is not valid. Of Unicode without a byte-order mark it writes one into the value, for
-  /// little-endian.
+  /// (EXIF standard, 4.6.5); null when the code is unknown or no valid text follows. Writes a
+  /// little-endian byte-order mark into Unicode that has none.
   static Ref<const NSString> getUserComment(IMAGETAG_INFO *info) noexcept;
 
 private:
   ExifAnalysis();
   ~ExifAnalysis() override = default;
 
-  /// Whether the tags that have been opened have an EXIF directory; ends the analysis if not.
+  /// Whether the opened tags have an EXIF directory; ends the analysis if not.
   bool hasExifDirectory() noexcept;
   Ref<const NSString> mainText(std::uint32_t tag);
   Ref<const NSString> comment() noexcept;
 
   Ref<const NSData> _exifData;
-  /// The file, where no more of it is read than is asked for.
+  /// The file, if it is read as far as tags are asked for.
   std::optional<FileBeginning> beginning_;
   std::unique_ptr<CIMAGETAG> _imageTag;
 };
 
-/// Copies the values of BYTE and RATIONAL tags, and of other types but ASCII the first number, to
-/// `value`. Answers the size of one value in bytes; 0 when nothing was copied.
+/// Copies to `value` all values of a BYTE or RATIONAL tag, the first of any other but ASCII.
+/// Returns the size of one value in bytes; 0 when nothing was copied.
 int FS_Exif_GetValueFromType(void *value, const IMAGETAG_INFO *info) noexcept;

@@ -21,7 +21,7 @@ void moveToEnd(Paths &from, Paths &to) noexcept {
 
 void FolderAhead::await(Work &work) noexcept {
   const LockGuard guard(lock_);
-  if (findings_.isLast || !findings_.isEmpty())
+  if (findings_.isLast || !findings_.subFolders.empty() || !findings_.files.empty())
     MainRunLoop::shared().post(work);
   else
     waiting_.store(&work, std::memory_order_relaxed);

@@ -10,24 +10,21 @@
 #include <utility>
 #include <vector>
 
-/// What has been met in a folder, in the order of its listing.
+/// What was found in a folder, in the order of its listing.
 struct FolderFindings {
   std::vector<Ref<const NSString>> subFolders;
   std::vector<Ref<const NSString>> files;
   /// Nothing more is to come.
   bool isLast = false;
-
-  [[nodiscard]] bool isEmpty() const noexcept { return subFolders.empty() && files.empty(); }
 };
 
-/// A folder of the walk's queue that is read before its turn. The reader adds what it meets, the
+/// A folder of the walk's queue that is read before its turn. The reader adds what it finds, the
 /// main thread takes it.
+///
+/// Threads: any, except where stated.
 class FolderAhead final : public NSObject {
 public:
-  /// Throws `std::bad_alloc`.
-  static Ref<FolderAhead> create(Ref<const NSString> path) {
-    return Ref<FolderAhead>::adopt(new FolderAhead(std::move(path)));
-  }
+  explicit FolderAhead(Ref<const NSString> path) noexcept : path_(std::move(path)) {}
 
   [[nodiscard]] const NSString &path() const noexcept { return *path_; }
 
@@ -38,16 +35,14 @@ public:
     return waiting_.load(std::memory_order_relaxed) != nullptr;
   }
 
-  /// All that has been met since the last time. Main thread.
+  /// All that was added since the last time. Main thread.
   [[nodiscard]] FolderFindings take() noexcept;
 
-  /// Adds what the reader has met, and empties it; where memory for the last stays short, some of
-  /// it is lost. What waits for it is returned, to be posted; null if nothing does.
+  /// Moves `findings` here; where memory stays short some are lost. Returns the work that waits for
+  /// them, which the caller posts; null if there is none.
   [[nodiscard]] Work *add(FolderFindings &findings) noexcept;
 
 private:
-  explicit FolderAhead(Ref<const NSString> path) noexcept : path_(std::move(path)) {}
-
   const Ref<const NSString> path_;
   NSLock lock_;
   FolderFindings findings_ PF_GUARDED_BY(lock_);

@@ -6,38 +6,15 @@
 #include <array>
 #include <string_view>
 
-namespace {
-
-constexpr std::uint32_t macJapanese = 1;
-constexpr std::uint32_t macRoman = 0;
-constexpr std::uint32_t isoLatin1 = 0x0201;
-
-struct Language {
-  std::string_view localization;
-  std::uint32_t encoding;
-};
-
-constexpr std::array<Language, 8> languages{{{"Japanese", macJapanese},
-                                             {"Britain", macRoman},
-                                             {"English", macRoman},
-                                             {"German", isoLatin1},
-                                             {"French", isoLatin1},
-                                             {"Italian", isoLatin1},
-                                             {"Spanish", isoLatin1},
-                                             {"Dutch", isoLatin1}}};
-
-} // namespace
-
 int GetCurrentLocaleID() noexcept {
+  static constexpr std::array<std::string_view, 8> languages{
+      "Japanese", "Britain", "English", "German", "French", "Italian", "Spanish", "Dutch"};
   try {
     const auto preferred =
         CFBundleCopyLocalizationsForPreferences(CFBundleCopyBundleLocalizations());
     if (preferred.empty())
       return 0;
-    const auto *const found =
-        std::find_if(languages.begin(), languages.end(), [&](const Language &language) {
-          return language.localization == preferred.front();
-        });
+    const auto *const found = std::find(languages.begin(), languages.end(), preferred.front());
     return found != languages.end() ? static_cast<int>(found - languages.begin()) : 0;
   } catch (...) {
     return 0;
@@ -45,6 +22,9 @@ int GetCurrentLocaleID() noexcept {
 }
 
 std::uint32_t encodingForLocale(int locale) noexcept {
+  constexpr std::uint32_t macJapanese = 1, macRoman = 0, isoLatin1 = 0x0201;
+  constexpr std::array encodings{macJapanese, macRoman,  macRoman,  isoLatin1,
+                                 isoLatin1,   isoLatin1, isoLatin1, isoLatin1};
   const auto index = static_cast<std::size_t>(locale);
-  return index < languages.size() ? languages[index].encoding : macJapanese;
+  return index < encodings.size() ? encodings[index] : macJapanese;
 }

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 /// The host's language as a number: 0 Japanese, 1 Britain, 2 English, 3 German, 4 French,
-/// 5 Italian, 6 Spanish, 7 Dutch; 0 also for any other and when it cannot be told. Any thread.
+/// 5 Italian, 6 Spanish, 7 Dutch; 0 also for others and if unknown. Any thread.
 [[nodiscard]] int GetCurrentLocaleID() noexcept;
 
 /// The Core Foundation encoding in which PDF text is searched for a user of that language.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "FileSharchFunction/SearchSystem/EntryTest.h"
 #include "FileSharchFunction/SearchSystem/FolderAhead.h"
+#include "FileSharchFunction/SearchSystem/RequestFilter.h"
 #include "platform/foundation/DirectoryListing.h"
 #include "platform/foundation/NSLock.h"
 #include "platform/foundation/NSObject.h"
@@ -11,28 +11,30 @@
 #include <deque>
 
 /// Reads the folders at the front of the walk's queue before a worker is started on them, where
-/// nothing but listings and dates decide. A worker whose folder has been read has no more to do
-/// than to hand over what was met, on the main thread, so that threads and main thread need not
-/// wait for each other at every folder. Without that the searches of `bench/walk.py` take 1.5 to
-/// 2.8 times as long.
+/// only listings and dates decide. The worker of such a folder merely hands over what was found, on
+/// the main thread, so that threads and main thread need not wait for each other at every folder.
+/// Without reading ahead the searches of `bench/walk.py` take 1.5 to 2.8 times as long.
 ///
-/// Ownership: part of its owner, which is kept alive while anything is read, also when nobody waits
-/// for that any more. Threads: main, but for what is said otherwise.
+/// Ownership: part of its owner, which it keeps alive while anything is read, even if nobody waits
+/// for that any more. Threads: main.
 class ReadAhead final : private ThreadTeam {
 public:
-  using Pool = std::deque<Ref<const NSString>>;
+  using Paths = std::deque<Ref<const NSString>>;
 
-  /// Nothing more is read once `isCancelled`. Throws `std::bad_alloc`.
+  /// Once `isCancelled`, nothing more is read. Throws `std::bad_alloc`.
   ReadAhead(const NSObject &owner, const std::atomic<char> &isCancelled);
 
-  /// Begins to read ahead for a search of files of the class `type`, or, with null, does not. The
-  /// test is the owner's.
-  void begin(const EntryTest *test, int type) noexcept;
+  /// Has folders read ahead, for files of the class `type`; without this none are. The filter is
+  /// the owner's.
+  void begin(const RequestFilter &filter, int type) noexcept {
+    filter_ = &filter;
+    type_ = type;
+  }
 
-  /// Takes in what has come to the front of the queue.
-  void follow(const Pool &pool) noexcept;
+  /// Has the folders read that have come to the front of the queue.
+  void follow(const Paths &paths) noexcept;
 
-  /// What there is of the first folder of the queue; null if it is not read ahead.
+  /// The first folder of the queue; null if it is not read ahead.
   [[nodiscard]] Ref<FolderAhead> first() const noexcept {
     return window_.empty() ? nullptr : window_.front();
   }
@@ -43,7 +45,7 @@ public:
       window_.pop_front();
   }
 
-  /// Wakes the main thread for whatever has been read.
+  /// Posts the workers whose folders have been read. Any thread.
   void postHeldBack() noexcept;
 
 private:
@@ -55,14 +57,14 @@ private:
   void handOver(FolderAhead &folder, FolderFindings &findings) noexcept;
 
   const std::atomic<char> &isCancelled_;
-  const EntryTest *test_ = nullptr;
+  const RequestFilter *filter_ = nullptr;
   int type_ = 0;
-  /// Of the first folders of the queue, in its order.
+  /// The first folders of the queue, in its order.
   std::deque<Ref<FolderAhead>> window_;
 
   NSLock lock_;
   /// Those that no thread has taken.
   std::deque<Ref<FolderAhead>> unread_ PF_GUARDED_BY(lock_);
-  /// What waits for folders that have been read, but need not be told yet.
+  /// Workers whose folders have been read, but which need not run yet.
   WorkQueue heldBack_ PF_GUARDED_BY(lock_);
 };

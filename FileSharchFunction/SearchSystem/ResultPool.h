@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/FreeElsewhere.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
 
@@ -7,9 +8,10 @@
 #include <deque>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 
-/// The paths that a search has delivered, in order. Looking one up takes the same time however many
-/// there are; the table for it is made when it is first asked for.
+/// The paths that a search has delivered, in order. A look-up takes constant time; its table is
+/// made on the first one.
 ///
 /// Ownership: holds a reference to each path. Threads: one at a time.
 class ResultPool {
@@ -18,19 +20,21 @@ public:
   ResultPool(const ResultPool &) = delete;
   ResultPool &operator=(const ResultPool &) = delete;
 
-  /// Frees what the pool holds, on a thread of its own if that would keep the main thread busy for
-  /// long. Main thread.
-  ~ResultPool();
+  /// Frees a large pool on a thread of its own, to keep the main thread free. Main thread.
+  ~ResultPool() {
+    freeElsewhere(index_);
+    freeElsewhere(paths_);
+  }
 
   /// Throws `std::bad_alloc`, and then nothing has been added.
-  void add(Ref<const NSString> path);
+  void add(Ref<const NSString> path) { paths_.push_back(std::move(path)); }
 
   /// Throws `std::bad_alloc`.
-  [[nodiscard]] bool contains(const NSString &path);
-
-  void clear() noexcept;
-
-  [[nodiscard]] std::size_t count() const noexcept { return paths_.size(); }
+  [[nodiscard]] bool contains(const NSString &path) {
+    for (; indexed_ < paths_.size(); ++indexed_)
+      index_.insert(paths_[indexed_]->view());
+    return index_.contains(path.view());
+  }
 
 private:
   std::deque<Ref<const NSString>> paths_;

@@ -1,46 +1,26 @@
 #include "FileSharchFunction/SearchSystem/SearchController.h"
 
-#include "FileSharchFunction/SearchSystem/HostCallback.h"
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
-#include "platform/foundation/NeverDestroyed.h"
-#include "platform/foundation/Perform.h"
 
 #include <cassert>
-#include <utility>
 
-namespace {
+signed char gbSpotlight = 1;
+SearchPredicate *gSearchPredicate = nullptr;
 
-constexpr double delayOfRefusal = 0.1;
+void useSpotlight(signed char isAllowed) { gbSpotlight = isAllowed; }
 
-/// The end of the one search that can be running, reserved for the life of the process.
-class EndPerform final : public TimedWork {
-public:
-  void schedule(SearchEngine *engine, double delay) noexcept {
-    if (isScheduled())
-      return;
-    engine_ = Ref<SearchEngine>(engine);
-    MainRunLoop::shared().schedule(*this, performDelay(delay));
-  }
-
-private:
-  void fire() override {
-    const SearchEngine *const engine = engine_.get();
-    engine_ = nullptr;
-    SearchController::endSearchProcess(engine);
-  }
-  void finished() noexcept override {}
-
-  Ref<SearchEngine> engine_;
-};
-
-EndPerform &endPerform() noexcept {
-  static NeverDestroyed<EndPerform> perform;
-  return perform.get();
+int32_t SS_SearchStart(SearchPredicate *predicate) {
+  SearchController::startUpSearchProcess(predicate);
+  return 1;
 }
 
-} // namespace
+int32_t SS_SearchCancel(void) {
+  SearchController::CancelSearchProcess();
+  return 1;
+}
 
 void SearchController::startUpSearchProcess(SearchPredicate *predicate) noexcept {
+  constexpr double delayOfRefusal = 0.1;
   assert(MainRunLoop::shared().isMainThread());
   if (predicate == nullptr)
     return;
@@ -49,7 +29,7 @@ void SearchController::startUpSearchProcess(SearchPredicate *predicate) noexcept
   if (engine != nullptr)
     engine->startFileSearch(predicate);
   else
-    scheduleEndSearchProcess(nullptr, delayOfRefusal);
+    RunningSearch::scheduleEnd(delayOfRefusal);
 }
 
 void SearchController::CancelSearchProcess() noexcept {
@@ -58,14 +38,6 @@ void SearchController::CancelSearchProcess() noexcept {
     engine->setSearchCancel(1);
 }
 
-void SearchController::scheduleEndSearchProcess(SearchEngine *engine, double delay) noexcept {
-  endPerform().schedule(engine, delay);
-}
-
-bool SearchController::isEndScheduled() noexcept { return endPerform().isScheduled(); }
-
 void SearchController::endSearchProcess(const SearchEngine * /*engine*/) noexcept {
-  SearchEngine::releaseSharedSearchEngine();
-  if (gSearchPredicate != nullptr)
-    callHost(gSearchPredicate->resultCallback, nullptr, 0);
+  RunningSearch::end();
 }

@@ -4,8 +4,7 @@
 
 class SearchEngine;
 
-/// The thin layer between the entry points and the engine. It has no instances; every method
-/// belongs to the main thread.
+/// Between the entry points and the engine. It has no instances. Main thread.
 class SearchController {
 public:
   SearchController() = delete;
@@ -13,18 +12,9 @@ public:
   /// Makes `predicate` the most recent request and has the engine search for it. Null is ignored.
   static void startUpSearchProcess(SearchPredicate *predicate) noexcept;
 
-  /// Asks the engine to cancel; creates one that sits idle when there is none.
+  /// Cancels; if there is no engine, it makes one, which waits for a start.
   static void CancelSearchProcess() noexcept;
 
-  /// Has `endSearchProcess` called after `delay` seconds, for the engine, of which a reference is
-  /// held until then, or for null when none could be made. While one is scheduled a further call
-  /// does nothing, so that a search ends once. It cannot fail.
-  static void scheduleEndSearchProcess(SearchEngine *engine, double delay) noexcept;
-
-  /// Whether the end of a search is on its way to the host.
-  [[nodiscard]] static bool isEndScheduled() noexcept;
-
-  /// Releases the engine, so that the next search gets a fresh one, and reports the end to the
-  /// callback of the most recent request. The engine that finished is not looked at.
+  /// As `RunningSearch::end`.
   static void endSearchProcess(const SearchEngine *engine) noexcept;
 };

@@ -1,12 +1,10 @@
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
 
+#include "FileSharchFunction/SearchSystem/EntryFilters.h"
 #include "FileSharchFunction/SearchSystem/LocaleEncoding.h"
-#include "FileSharchFunction/SearchSystem/SearchController.h"
 #include "platform/foundation/Gestalt.h"
 #include "platform/foundation/NSClass.h"
 #include "platform/foundation/TryTwice.h"
-
-#include <utility>
 
 namespace {
 
@@ -18,22 +16,10 @@ constexpr std::string_view queryFinish = NSMetadataQueryDidFinishGatheringNotifi
 
 } // namespace
 
-SearchEngine *SearchEngine::sSharedSearchEngine = nullptr;
-
-SearchEngine *SearchEngine::create() { return new SearchEngine; }
-
 SearchEngine *SearchEngine::sharedSearchEngine() noexcept {
   if (sSharedSearchEngine == nullptr)
-    tryTwice([] { sSharedSearchEngine = create(); });
-  return sSharedSearchEngine;
-}
-
-void SearchEngine::releaseSharedSearchEngine() noexcept {
-  SearchEngine *const engine = std::exchange(sSharedSearchEngine, nullptr);
-  if (engine == nullptr)
-    return;
-  engine->_searchPredicate = nullptr;
-  engine->release();
+    tryTwice([] { sSharedSearchEngine = new SearchEngine; });
+  return static_cast<SearchEngine *>(sSharedSearchEngine);
 }
 
 char SearchEngine::isAvailableSpotlight() noexcept {
@@ -43,8 +29,7 @@ char SearchEngine::isAvailableSpotlight() noexcept {
 }
 
 SearchEngine::SearchEngine() : listFolder_(NSString::create("")) {
-  deferred_.reserve(reservedDeferrals);
-  // Reads the environment, which must not happen on a worker.
+  // Reads the environment, which no worker may do.
   static_cast<void>(getSearchEncoding());
   if (isAvailableSpotlight() != 1)
     return;
@@ -56,28 +41,16 @@ SearchEngine::SearchEngine() : listFolder_(NSString::create("")) {
   _metaQuery->setDelegate(this);
   NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
   try {
-    center.addObserver(
-        this,
-        [](void *engine, const NSNotification &notification) {
-          static_cast<SearchEngine *>(engine)->stopSpotlight(&notification);
-        },
-        queryFinish);
-    center.addObserver(
-        this,
-        [](void *engine, const NSNotification &notification) {
-          static_cast<SearchEngine *>(engine)->getSpotlightResult(&notification);
-        },
-        queryProgress);
+    center.addObserver(this, handle<&SearchEngine::stopSpotlight>, queryFinish);
+    center.addObserver(this, handle<&SearchEngine::getSpotlightResult>, queryProgress);
   } catch (...) {
-    // Nobody may be told anything on behalf of an engine that will not be.
+    // An engine that was not made must not be notified.
     center.removeObserver(this, queryFinish);
     throw;
   }
 }
 
 SearchEngine::~SearchEngine() {
-  if (sSharedSearchEngine == this)
-    sSharedSearchEngine = nullptr;
   NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
   center.removeObserver(this, queryFinish);
   center.removeObserver(this, queryProgress);
@@ -88,26 +61,18 @@ SearchEngine::~SearchEngine() {
 }
 
 void SearchEngine::startFileSearch(const SearchPredicate *predicate) noexcept {
-  if (_isSearching != 0 || SearchController::isEndScheduled()) {
+  if (_isSearching != 0 || isEndScheduled()) {
     setSearchCancel(1);
     return;
   }
   _searchPredicate = predicate;
   _bCancel = 0;
-  _resultCheckCount = 0;
   _isCheckSubFolder = predicate->checkSubFolder;
-  _isUseSpotlight = isAvailableSpotlight();
-  _isSearchSpotlight = _isExifSearch = _isEndWait = _isStopSpotligth = 0;
-  _endCount = _getCount = 0;
-  _returnCount = 0;
-  _resultPoolArray.clear();
-  entryTest_.reset();
   if (checkSearchParam() == 0) {
-    SearchController::scheduleEndSearchProcess(this, delayOfEmptyRequest);
+    scheduleEnd(delayOfEmptyRequest);
     return;
   }
-  if (predicate->fileList != nullptr)
-    _isUseSpotlight = 0;
+  _isUseSpotlight = predicate->fileList == nullptr ? isAvailableSpotlight() : 0;
   if (_isUseSpotlight != 0)
     spotlightSearch();
   else
@@ -116,13 +81,9 @@ void SearchEngine::startFileSearch(const SearchPredicate *predicate) noexcept {
 
 void SearchEngine::setSearchCancel(char flag) noexcept {
   _bCancel = flag;
-  readAhead_.postHeldBack();
-  if (flag == 0 || _isSearchSpotlight == 0)
-    return;
-  if (isDistributing_)
-    defer({});
-  else
-    stopSpotlight(nullptr);
+  _dirPool.wake();
+  if (flag != 0 && _isSearchSpotlight != 0)
+    distribution_.stopQuery();
 }
 
 char SearchEngine::checkSearchParam() const noexcept {
@@ -135,25 +96,55 @@ char SearchEngine::checkSearchParam() const noexcept {
   return hasCondition ? 1 : 0;
 }
 
-char SearchEngine::isExifSearch() const noexcept {
-  return _searchPredicate->searchExifText != 0 && _searchPredicate->contentKeyword != nullptr ? 1
-                                                                                              : 0;
+std::uint32_t SearchEngine::getSearchEncoding() const noexcept {
+  return encodingForLocale(GetCurrentLocaleID());
 }
 
-char SearchEngine::isPDFSearch() const noexcept {
-  return _searchPredicate->searchPDFText != 0 && _searchPredicate->contentKeyword != nullptr ? 1
+void SearchEngine::searchResultDistribution(const ResultMessage *message) noexcept {
+  distribution_.take(message);
+}
+
+char SearchEngine::checkDuplicatePath(const NSString *path) noexcept {
+  return distribution_.checkDuplicatePath(path);
+}
+
+char SearchEngine::isAlias(const NSString *path) const noexcept {
+  if (path == nullptr)
+    return 0;
+  FileItem item(*path);
+  return EntryFilters::isAlias(item);
+}
+
+char SearchEngine::defaultFilter(const NSString *path, int type, char *isFolder) const {
+  FileItem item(*path);
+  return EntryFilters::defaultFilter(item, type, isFolder);
+}
+
+char SearchEngine::fileModDateSearch(const NSString *path, const NSDate *startDate,
+                                     const NSDate *endDate) const noexcept {
+  FileItem item(*path);
+  return EntryFilters::fileModDateSearch(item, startDate, endDate);
+}
+
+char SearchEngine::keyWordSearch(const NSString *text, const NSString *keyword,
+                                 char isDistinct) const {
+  if (text == nullptr || keyword == nullptr)
+    return 0;
+  return text->rangeOfString(*keyword, EntryFilters::keywordOptions(isDistinct)).length != 0 ? 1
                                                                                              : 0;
 }
 
-char SearchEngine::isTokenDateSearch() const noexcept {
-  return _searchPredicate->exifDateStart != nullptr || _searchPredicate->exifDateEnd != nullptr ? 1
-                                                                                                : 0;
+void SearchEngine::exifSearch(const NSString *path, char *outKeywordResult,
+                              char *outTokenDateResult) const {
+  *outKeywordResult = *outTokenDateResult = 0;
+  if (path == nullptr)
+    return;
+  FileItem item(*path);
+  const ExifAnswers answers = ContentConditions(*this).readExif(item);
+  *outKeywordResult = answers.hasKeyword ? 1 : 0;
+  *outTokenDateResult = answers.hasDate ? 1 : 0;
 }
 
-bool SearchEngine::hasContentCondition() const noexcept {
-  return isPDFSearch() != 0 || isExifSearch() != 0 || isTokenDateSearch() != 0;
-}
-
-std::uint32_t SearchEngine::getSearchEncoding() const noexcept {
-  return encodingForLocale(GetCurrentLocaleID());
+char SearchEngine::PDFSearch(const NSString *path) const {
+  return path != nullptr && ContentConditions(*this).hasTextInPDF(*path) ? 1 : 0;
 }

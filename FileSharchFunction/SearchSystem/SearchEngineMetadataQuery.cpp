@@ -1,4 +1,3 @@
-#include "FileSharchFunction/SearchSystem/SearchController.h"
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSClass.h"
@@ -19,6 +18,13 @@ constexpr double delayOfRefusal = 0.1;
 using Predicate = Ref<const NSPredicate>;
 using Predicates = NSCompoundPredicate::Subpredicates;
 
+Predicate joined(Predicates all, bool mustMeetAll) {
+  if (all.size() == 1)
+    return all.front();
+  return mustMeetAll ? NSCompoundPredicate::andPredicateWithSubpredicates(std::move(all))
+                     : NSCompoundPredicate::orPredicateWithSubpredicates(std::move(all));
+}
+
 /// The files of the classes that may meet a request.
 Predicate typePredicate(const SearchEngine &engine, bool mustMeetAll) {
   const Predicate pdf = NSPredicate::predicateWithFormat("kMDItemFSName like[c] '*.pdf'");
@@ -36,8 +42,7 @@ Predicate typePredicate(const SearchEngine &engine, bool mustMeetAll) {
     if (types.empty())
       types = {pdf, pict, jpeg, tiff};
   }
-  return types.size() > 1 ? NSCompoundPredicate::orPredicateWithSubpredicates(std::move(types))
-                          : types.front();
+  return joined(std::move(types), false);
 }
 
 /// The conditions that the index can answer. A range of dates counts only with both its ends.
@@ -55,30 +60,23 @@ Predicates conditions(const SearchPredicate &record) {
   return all;
 }
 
-Predicate joined(Predicates all, bool mustMeetAll) {
-  if (all.size() == 1)
-    return all.front();
-  return mustMeetAll ? NSCompoundPredicate::andPredicateWithSubpredicates(std::move(all))
-                     : NSCompoundPredicate::orPredicateWithSubpredicates(std::move(all));
-}
-
 } // namespace
 
 void SearchEngine::spotlightSearch() noexcept {
   if (NSClass::named("NSPredicate") == nullptr ||
       NSClass::named("NSCompoundPredicate") == nullptr ||
       _searchPredicate->searchFolder == nullptr) {
-    SearchController::scheduleEndSearchProcess(this, delayOfRefusal);
+    scheduleEnd(delayOfRefusal);
     return;
   }
   _defaultPath = _searchPredicate->searchFolder;
   if (_searchPredicate->isAndSearch == 0 && hasContentCondition())
     startContentWalk();
-  // A query that cannot be posed for lack of memory is one that refuses to start.
+  // Without memory for the query it counts as one that refuses to start.
   bool isPosed = false;
   tryTwice([&] { isPosed = poseQuery(); });
   if (!isPosed)
-    reportProducerEnd();
+    distribution_.takeEnd();
 }
 
 bool SearchEngine::poseQuery() {
@@ -88,7 +86,7 @@ bool SearchEngine::poseQuery() {
   if (_isSearching == 0)
     return false;
   // The walk alone decides: the query counts as finished.
-  ++_endCount;
+  distribution_.countEnd();
   return true;
 }
 
@@ -109,18 +107,15 @@ bool SearchEngine::startQuery(Predicates all) {
 }
 
 void SearchEngine::getSpotlightResult(const NSNotification *notification) noexcept {
-  if (isOfAnotherQuery(notification))
-    return;
-  picUpResultData();
+  if (!isOfAnotherQuery(notification))
+    picUpResultData();
 }
 
 void SearchEngine::picUpResultData() noexcept {
   if (!_metaQuery || _searchPredicate == nullptr)
     return;
-  // The host's callback may run the main loop, and that the end process.
+  // The host's callback may run the main loop, and so end the search.
   const Ref<SearchEngine> self(this);
-  ResultMessage message;
-  message.SearchState = 1;
   // Where memory is short the next notification may fare better.
   tryTwice([&] {
     const std::string base = _isCheckSubFolder == 0 ? baseFolder() : std::string();
@@ -133,11 +128,8 @@ void SearchEngine::picUpResultData() noexcept {
                                                 pathWithoutLastComponent(path->view()) == base);
       // Counted before the callback, which may lead back here.
       ++_resultCheckCount;
-      if (!isWanted)
-        continue;
-      message.ResultData = Ref<const NSString>(path);
-      ++_returnCount;
-      searchResultDistribution(&message);
+      if (isWanted)
+        distribution_.takeFound(Ref<const NSString>(path));
     }
   });
 }
@@ -151,7 +143,12 @@ void SearchEngine::stopSpotlight(const NSNotification *notification) noexcept {
   picUpResultData();
   _isSearchSpotlight = 0;
   if (std::exchange(_isStopSpotligth, 1) == 0)
-    reportProducerEnd();
+    distribution_.takeEnd();
+}
+
+void SearchEngine::stopQuery() noexcept {
+  if (_isSearchSpotlight != 0)
+    stopSpotlight(nullptr);
 }
 
 bool SearchEngine::isOfAnotherQuery(const NSNotification *notification) const noexcept {

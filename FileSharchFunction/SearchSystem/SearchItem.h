@@ -4,8 +4,8 @@
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
 
-/// One item that a search meets: what the filters and conditions ask about it, and its full path,
-/// which is put together only when it is needed.
+/// One item that a search meets: what filters and conditions ask about it, and its full path, which
+/// is built only when needed.
 ///
 /// Ownership: borrows what it is made from. Threads: one at a time.
 class SearchItem {

@@ -6,7 +6,7 @@
  * A host fills a SearchPredicate, calls SS_SearchStart, and lets the main loop run
  * (platform/foundation/CoreFoundation.h, or MainLoop.h for a host with a loop of its own). The
  * callback in the record is then called on the main thread with (path, 1) for each matching file
- * and, when all is over, exactly once with (NULL, 0). Nothing is ever reported from inside
+ * and, at the end, exactly once with (NULL, 0). Nothing is ever reported from inside
  * SS_SearchStart or SS_SearchCancel.
  *
  *     static void found(CFStringRef path, int32_t state) {
@@ -18,13 +18,12 @@
  *
  * All three functions and both variables belong to the main thread, which is the process's first
  * unless PFMainLoopBindToCurrentThread has named another. A child of fork() has none of the
- * library's threads, and its locks as they happened to be: it may only execute a program or call
- * _exit.
+ * library's threads, and its locks in any state: it may only execute a program or call _exit.
  *
  * Searched are files whose extension is tif, jpg, pdf or pct, in any case; the longer spellings
  * (jpeg, tiff, pict) are not. Names that begin with a dot, links to folders, packages, and the
- * roots of other file systems mounted below the folder are left out with all that they hold. What
- * cannot be read has no results; nothing else tells of it. Results come in no order. */
+ * roots of other file systems mounted below the folder are left out with all they hold. What
+ * cannot be read is left out without notice. Results come in no order. */
 
 #include "platform/foundation/CoreFoundation.h"
 
@@ -71,7 +70,7 @@ typedef struct SearchPredicate {
   CFDateRef modDateStart;
   CFDateRef modDateEnd;
   /* The range of shooting dates, both ends included; NULL leaves an end open. The camera's clock is
-   * taken for local time. A file without such a date is outside of every range. */
+   * taken as local time. A file without a shooting date is outside every range. */
   CFDateRef exifDateStart;
   CFDateRef exifDateEnd;
   /* 1: look for contentKeyword in the EXIF text of JPEG and TIFF files. */
@@ -94,25 +93,25 @@ typedef struct SearchPredicate {
    * through a link, it may then, too: once with the path as given, once with the real one. */
   signed char isAndSearch;
   /* The paths of the only files to look at, as strings, or NULL to search searchFolder. An empty
-   * list finds nothing, and what is no string is passed over. A path that stands twice is reported
-   * twice. A list is never searched through the metadata index.
+   * list finds nothing, and elements that are not strings are skipped. A path listed twice is
+   * reported twice. A list is never searched through the metadata index.
    *
    * A list must not hold a folder while checkSubFolder is 1: such a search looks through the list
-   * again for every folder in it, reports its files again each time, and goes on until it is
+   * again for every folder in it, reports its files again each time, and ends only when it is
    * cancelled. */
   CFArrayRef fileList;
   /* For the host; the library never looks at it. */
   int32_t hostValue;
   /* The path of the folder to search; NULL finds nothing. Results of a walk begin with it as it is
    * given here, without slashes at its end; those of a search through the metadata index begin with
-   * the real path of that folder, with links resolved. One that is not absolute begins at the
-   * process's working folder, which must then not change while the search runs.
+   * the real path of that folder, with links resolved. A relative path
+   * starts at the process's working folder, which must not change while the search runs.
    *
-   * A walk takes blanks at the end of the name as part of it. The index does where there is such a
-   * folder, and else leaves them out; but with checkSubFolder 0 it always leaves them out when it
-   * asks which files are in the folder itself, so that it finds none in one whose name ends so. */
+   * A walk takes blanks at the end of the name as part of it. The index does so if such a
+   * folder exists, and ignores them otherwise; with checkSubFolder 0 it finds nothing in a folder
+   * whose name ends with blanks. */
   CFStringRef searchFolder;
-  /* Where results and the end are reported; NULL has the search run for nobody. */
+  /* Where results and the end are reported; with NULL nothing is reported. */
   SearchResultCallback resultCallback;
 } SearchPredicate;
 
@@ -125,12 +124,12 @@ extern SEARCHSYSTEM_EXPORT signed char gbSpotlight;
 extern SEARCHSYSTEM_EXPORT SearchPredicate *gSearchPredicate;
 
 /* Allows (non-zero) or forbids (0) the use of the system's metadata index, from the next start on;
- * a running search goes on as it was begun. SS_SearchCancel without a search prepares the next one
+ * a running search is not affected. SS_SearchCancel without a search prepares the next one
  * already: if the index was forbidden then and is allowed before the start, the next search of a
  * folder asks no index and does not walk in its place, so that its name and date find nothing. */
 SEARCHSYSTEM_EXPORT void useSpotlight(signed char isAllowed);
 
-/* Starts a search and returns at once, always with 1; how it went is told by the callback alone.
+/* Starts a search and returns at once, always with 1; only the callback reports how it went.
  *
  * One search runs at a time. A start before the end of the one before has been reported starts
  * nothing: it cancels the running search. Results still on their way then go to the callback of the
@@ -141,8 +140,8 @@ SEARCHSYSTEM_EXPORT int32_t SS_SearchStart(SearchPredicate *predicate);
 
 /* Asks the running search to stop, and returns at once, always with 1. Results that are on their
  * way may still arrive, but no file is read any further, and none whose content is still to be
- * tested counts as a match. The end is reported as always, after the delays that are told above,
- * however large the files at hand are; only what the system is reading or listing is waited for.
+ * tested counts as a match. The end is reported as always, after the delays described above,
+ * however large the files at hand are; it waits only for what the system is reading or listing.
  * Without a search nothing is reported. */
 SEARCHSYSTEM_EXPORT int32_t SS_SearchCancel(void);
 

@@ -34,7 +34,7 @@ inline Ref<const NSArray> arrayOf(const Words &words) {
 
 /// Reaches the members of the engine, which it makes if there is none.
 struct SearchEngineProbe {
-  static SearchEngine *shared() { return SearchEngine::sSharedSearchEngine; }
+  static RunningSearch *shared() { return SearchEngine::sSharedSearchEngine; }
   /// Makes `record` the running search, without anything that produces results.
   void begin(const SearchPredicate &record) {
     engine._searchPredicate = &record;
@@ -45,10 +45,10 @@ struct SearchEngineProbe {
   char &isSearching = engine._isSearching;
   std::atomic<char> &isCancelled = engine._bCancel;
   char &isUseSpotlight = engine._isUseSpotlight;
-  std::atomic<int> &returnCount = engine._returnCount;
+  std::atomic<int> &returnCount = engine.distribution_._returnCount;
   const int &pdfThreadCount = engine._pdfThreadCount;
-  const std::deque<Ref<const NSString>> &pdfPool = engine._pdfPool;
-  const TimedWork &walkEnd = engine.walkEnd_;
+  const std::deque<Ref<const NSString>> &pdfPool = engine._pdfPool.paths_;
+  const TimedWork &walkEnd = engine._dirPool.end_;
 };
 
 /// A request record with the objects that it borrows, written as words: `n=` and `c=` give the

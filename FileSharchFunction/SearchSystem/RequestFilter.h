@@ -8,27 +8,27 @@
 
 #include <optional>
 
-/// What the listing of a folder and the status of its entries decide about these in a search: the
-/// kind of file, the name and the date of modification.
+/// The part of a request that a listing and a file's status decide: the kind of file, its name, its
+/// modification date.
 ///
-/// Ownership: keeps what it needs of the request. Threads: any; it never changes.
-class EntryTest {
+/// Ownership: copies what it needs of the request. Threads: any; immutable.
+class RequestFilter {
 public:
   /// Throws `std::bad_alloc`.
-  explicit EntryTest(const SearchPredicate &record);
+  explicit RequestFilter(const SearchPredicate &record);
 
   enum class Kind { Nothing, SubFolder, File };
 
-  /// What an entry is in a search for files of the class `type`: a folder that is to be searched
-  /// too, a file that may be found, or nothing. Throws `std::bad_alloc`.
+  /// What an entry is in a search for files of the class `type`: a sub-folder to search, a file of
+  /// the class, or nothing. Throws `std::bad_alloc`.
   [[nodiscard]] Kind kindOf(FileItem &item, int type) const;
 
-  /// Whether a file meets the conditions on name and date, all of them or any one. Where there are
-  /// none it meets all of them, and not any one. Throws `std::bad_alloc`.
+  /// Whether a file meets all conditions on name and date, or any. Where there are none it meets
+  /// all, and not any. Throws `std::bad_alloc`.
   [[nodiscard]] bool meetsAll(FileItem &item) const;
   [[nodiscard]] bool meetsAny(FileItem &item) const;
 
-  /// All conditions, or else any one, are to be met.
+  /// Whether all conditions must be met, or any one.
   [[nodiscard]] bool wantsAll() const noexcept { return wantsAll_; }
 
 private:

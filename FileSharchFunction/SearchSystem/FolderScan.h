@@ -1,0 +1,60 @@
+#pragma once
+
+#include "FileSharchFunction/SearchSystem/ContentConditions.h"
+#include "FileSharchFunction/SearchSystem/Distribution.h"
+#include "FileSharchFunction/SearchSystem/RequestFilter.h"
+#include "FileSharchFunction/SearchSystem/WorkerPool.h"
+#include "platform/foundation/DirectoryListing.h"
+
+#include <chrono>
+#include <optional>
+#include <vector>
+
+/// A worker's look through one folder, or through the request's list of files: it judges each
+/// item, queues sub-folders, and hands over the files that match.
+///
+/// Ownership: borrows all it is given, for the length of `run`. Threads: a worker's; the main
+/// thread uses what is handed over while the worker waits.
+class FolderScan {
+public:
+  /// The conditions that a file must meet: all, any one, or only those on its content (all or any
+  /// one, as the request says).
+  enum class Wanted { All, Any, Content };
+
+  FolderScan(const RunningSearch &search, const RequestFilter &filter, Distribution &distribution,
+             WorkerPool &pool, Wanted wanted, int type) noexcept
+      : search_(search), filter_(filter), distribution_(distribution), pool_(pool),
+        content_(search), wanted_(wanted), type_(type) {}
+
+  /// `folder` may be null. Where memory is short items are passed over.
+  void run(const NSString *folder) noexcept;
+
+private:
+  using Clock = std::chrono::steady_clock;
+
+  void takeItem(SearchItem &item) noexcept;
+  [[nodiscard]] bool meetsConditions(SearchItem &item);
+  void addFound(const Ref<const NSString> &path);
+  [[nodiscard]] bool canLookAhead(DirectoryListing &listing) const noexcept;
+  /// Waits until what has been found is distributed.
+  void handOver() noexcept;
+  /// Distributes the next file that has been found; whether there is another.
+  [[nodiscard]] bool distributeNext() noexcept;
+
+  const RunningSearch &search_;
+  const RequestFilter &filter_;
+  Distribution &distribution_;
+  WorkerPool &pool_;
+  const ContentConditions content_;
+  const Wanted wanted_;
+  const int type_;
+
+  /// Files that are handed over together, and how many of them have been.
+  std::vector<Ref<const NSString>> found_;
+  std::size_t handedOver_ = 0;
+  /// Where content decides: when the first of them was found, and what is known about each.
+  Clock::time_point foundAt_;
+  std::vector<ContentAnswers> foundAnswers_;
+  /// What is known about the file that is being tested.
+  ContentAnswers answers_;
+};
