@@ -1,9 +1,9 @@
 #pragma once
 
-/// Calls `attempt` until it does not throw, `most` times at most, since memory that was short may
-/// be there again. Whether it has succeeded. What it has done when it throws must not count.
-template <class Attempt> bool tryTimes(int most, Attempt attempt) noexcept {
-  for (int i = 0; i < most; ++i) {
+/// Calls `attempt` until it does not throw, at most twice: memory that was short may be available
+/// again. Returns whether it succeeded. An attempt that throws must leave no effect.
+template <class Attempt> bool tryTwice(Attempt attempt) noexcept {
+  for (int i = 0; i < 2; ++i) {
     try {
       attempt();
       return true;
@@ -13,5 +13,3 @@ template <class Attempt> bool tryTimes(int most, Attempt attempt) noexcept {
   }
   return false;
 }
-
-template <class Attempt> bool tryTwice(Attempt attempt) noexcept { return tryTimes(2, attempt); }

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <unistd.h>
+#include <utility>
+
+/// Owns an open descriptor, or none. Threads: one at a time.
+class FileDescriptor {
+public:
+  FileDescriptor() noexcept = default;
+  /// Takes over `number`; below 0 is none.
+  explicit FileDescriptor(int number) noexcept : number_(number) {}
+  FileDescriptor(FileDescriptor &&other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  FileDescriptor &operator=(FileDescriptor &&other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
+  ~FileDescriptor() {
+    if (number_ >= 0)
+      close(number_);
+  }
+
+  [[nodiscard]] int number() const noexcept { return number_; }
+  explicit operator bool() const noexcept { return number_ >= 0; }
+
+private:
+  int number_ = -1;
+};
