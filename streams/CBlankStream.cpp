@@ -3,17 +3,14 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace {
 
 constexpr std::int64_t bytesPerPixel = 3;
 
-constexpr bool fits(std::int64_t number) noexcept {
-  return number >= INT32_MIN && number <= INT32_MAX;
-}
-
 template <typename... Numbers> constexpr bool allFit(Numbers... numbers) noexcept {
-  return (fits(numbers) && ...);
+  return (std::in_range<std::int32_t>(numbers) && ...);
 }
 
 /// Zero-filled bytes; null when memory is short or the size is below zero.
@@ -29,9 +26,8 @@ std::unique_ptr<unsigned char[]> makeBytes(std::int64_t size) noexcept {
 int CBlankStream::CreateBlankStream(CIOStream *target, long width, long height, long canvasWidth,
                                     long canvasHeight) {
   Release();
-  if (target == nullptr || width > canvasWidth || height > canvasHeight)
-    return 0;
-  if (!allFit(width, height, canvasWidth, canvasHeight))
+  if (target == nullptr || width > canvasWidth || height > canvasHeight ||
+      !allFit(width, height, canvasWidth, canvasHeight))
     return 0;
   const std::int64_t rowBytes = canvasWidth * bytesPerPixel;
   const std::int64_t innerRowBytes = width * bytesPerPixel;
@@ -52,26 +48,26 @@ int CBlankStream::CreateBlankStream(CIOStream *target, long width, long height, 
   return 1;
 }
 
-int CBlankStream::Open(unsigned short mode) {
-  if (target_ == nullptr)
-    return 0;
-  const int result = target_->Open(mode);
-  if (result == 1)
-    rowsCounter_ = topWritten_ = bottomWritten_ = position_ = 0;
+/// Prepares for the next image if the target was opened or closed.
+int CBlankStream::restarted(int result) noexcept {
+  if (result == 1) {
+    isTopWritten_ = isBottomWritten_ = false;
+    position_ = 0;
+  }
   return result;
+}
+
+int CBlankStream::Open(unsigned short mode) {
+  return target_ != nullptr ? restarted(target_->Open(mode)) : 0;
 }
 
 int CBlankStream::Close() {
   if (target_ == nullptr)
     return 0;
-  if (position_ != 0) {
+  if (position_ != 0)
     if (const int result = writeRow(); result != 1)
       return result;
-  }
-  const int result = target_->Close();
-  if (result == 1)
-    rowsCounter_ = topWritten_ = bottomWritten_ = position_ = 0;
-  return result;
+  return restarted(target_->Close());
 }
 
 int CBlankStream::writeRow() {
@@ -90,15 +86,13 @@ int CBlankStream::writeBlankRows(std::int32_t count) {
 int CBlankStream::Write(void *data, long count, long * /*done*/) {
   if (target_ == nullptr || data == nullptr || rowBuffer_ == nullptr)
     return 0;
-  int result = 1;
-  if (topWritten_ == 0) {
+  if (!isTopWritten_) {
     if (topRows_ != 0)
-      result = writeBlankRows(topRows_);
-    if (result != 1)
-      return result;
-    topWritten_ = 1;
+      if (const int result = writeBlankRows(topRows_); result != 1)
+        return result;
+    isTopWritten_ = true;
   }
-  // Without a width no byte would ever find a place.
+  // An image without a width has no room for bytes.
   if (count > 0 && innerRowBytes_ <= 0)
     return 0;
   const auto *bytes = static_cast<const unsigned char *>(data);
@@ -109,18 +103,15 @@ int CBlankStream::Write(void *data, long count, long * /*done*/) {
     count -= part;
     position_ += static_cast<std::int32_t>(part);
     if (position_ == innerRowBytes_) {
-      result = writeRow();
-      if (result != 1)
+      if (const int result = writeRow(); result != 1)
         return result;
       position_ = 0;
     }
   }
-  if (height_ > rowsCounter_)
-    return result;
-  if (bottomWritten_ == 0) {
-    result = writeBlankRows(bottomRows_);
-    bottomWritten_ = result == 1 ? 1 : 0;
-  }
+  if (height_ > 0 || isBottomWritten_)
+    return 1;
+  const int result = writeBlankRows(bottomRows_);
+  isBottomWritten_ = result == 1;
   return result;
 }
 
@@ -134,9 +125,8 @@ int CBlankStream::Release() {
   ReleaseBuffer();
   CIOStream::Release();
   target_ = nullptr;
-  topWritten_ = topRows_ = bottomWritten_ = bottomRows_ = 0;
-  innerRowBytes_ = position_ = height_ = rowsCounter_ = leftPadding_ = 0;
-  return 1;
+  topRows_ = bottomRows_ = innerRowBytes_ = height_ = leftPadding_ = 0;
+  return restarted(1);
 }
 
 int CopyStream(CIOStream *dst, CIOStream *src, long blockSize) {
@@ -145,8 +135,7 @@ int CopyStream(CIOStream *dst, CIOStream *src, long blockSize) {
   int result = src->Open(streamReadMode);
   if (result != 1)
     return result;
-  result = dst->Open(streamWriteMode);
-  if (result != 1) {
+  if (result = dst->Open(streamWriteMode); result != 1) {
     src->Close();
     return result;
   }

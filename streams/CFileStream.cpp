@@ -3,15 +3,12 @@
 #include "streams/MemoryShortage.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstring>
 #include <new>
 
 namespace {
 
 constexpr unsigned short modeBits = streamReadWriteMode;
-
-bool isSum(long a, long b) noexcept { return b < 0 ? a >= LONG_MIN - b : a <= LONG_MAX - b; }
 
 int report(std::size_t transferred, long count, long *done) noexcept {
   if (done != nullptr)
@@ -88,35 +85,22 @@ int CFileStream::Seek(long offset, unsigned short origin) {
   if (origin < streamSeekBegin || origin > streamSeekEnd || isSizeUnknown_)
     return 0;
   if (isReadOnly)
-    return seekToRead(offset);
-  switch (origin) {
-  case streamSeekBegin:
-    return offset <= size ? seekTo(offset, SEEK_SET) : append(offset - size);
-  case streamSeekCurrent:
-    if (!isSum(position, offset))
-      return 0;
-    return position + offset <= size ? seekTo(offset, SEEK_CUR) : append(position + offset - size);
-  default:
-    if (offset <= 0)
-      return seekTo(offset, SEEK_END);
-    return append(offset);
-  }
+    return seekTo(offset);
+  const long base = origin == streamSeekBegin ? 0 : origin == streamSeekCurrent ? position : size;
+  long target = 0;
+  if (__builtin_add_overflow(base, offset, &target))
+    return 0;
+  return target <= size ? seekTo(target) : appendZeros(file_.get(), target - size) ? 1 : 0;
 }
 
-int CFileStream::seekTo(long offset, int whence) {
-  return std::fseek(file_.get(), offset, whence) == 0 ? 1 : 0;
-}
-
-int CFileStream::seekToRead(long offset) {
-  if (offset < 0 || offset != std::ftell(file_.get()))
-    return seekTo(offset, SEEK_SET);
-  // Already there: this saves a call of the system. As a seek would, it lets a file that has grown
-  // since its end was met be read on.
+int CFileStream::seekTo(long position) {
+  if (position < 0 || position != std::ftell(file_.get()))
+    return std::fseek(file_.get(), position, SEEK_SET) == 0 ? 1 : 0;
+  // Already there: this saves a system call. Like a seek, it permits reading on in a file that has
+  // grown since its end was reached.
   std::clearerr(file_.get());
   return 1;
 }
-
-int CFileStream::append(long count) { return appendZeros(file_.get(), count) ? 1 : 0; }
 
 long CFileStream::Tell() {
   const long position = file_ == nullptr ? 0 : std::ftell(file_.get());

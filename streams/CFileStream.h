@@ -5,61 +5,55 @@
 
 #include <memory>
 
-/// A stream over a file. `CreateFileStream` names the file, `Open` opens it, `Close` lets it be
-/// opened again, `Release` forgets it.
+/// A stream over a file: `CreateFileStream` sets the path, `Open` and `Close` open and close the
+/// file, `Release` clears the path.
 ///
 /// Ownership: owns the open file and a copy of its path.
 /// Threads: one at a time.
 class CFileStream : public CIOStream {
 public:
   CFileStream() noexcept = default;
-  ~CFileStream() { CFileStream::Release(); }
 
-  /// Releases the stream and takes a path. 1, or 0 when the path is null or empty or memory is
-  /// short. Does not look at the file.
+  /// Releases the stream and copies a path; does not touch the file. 1, or 0 if the path is null or
+  /// empty or memory is short.
   int CreateFileStream(const char *path, unsigned short progressMode,
                        StreamProgressCallback callback);
 
-  /// Closes what is open and opens the file, in a way that `openFile` tells. 0 without a path, for
-  /// a mode without one of the two bits, or when the file cannot be opened.
+  /// Closes the file if it is open, then opens it as `openFile` does. 0 without a path, for a mode
+  /// with neither bit, or if the file cannot be opened.
   int Open(unsigned short mode) override;
 
-  /// 0 when nothing is open, else 1: also when what has been written cannot all be brought to the
-  /// file, as on a full disk. Who has to know asks `GetSize` before, which brings it there and
-  /// answers 0 when that fails.
+  /// 0 if nothing is open, else 1, even if buffered bytes cannot be written, as on a full disk. To
+  /// detect that, call `GetSize` first: it flushes, and returns 0 on failure.
   int Close() override;
 
-  /// 1 only when all `count` bytes came: at the end of the file 0, with `done` telling how many
-  /// did.
+  /// 1 only if all `count` bytes were read: 0 at the end of the file, with their number in `done`.
   int Read(void *buffer, long count, long *done) override;
 
-  /// 1 only when all `count` bytes were written. The last of them may wait in memory until the
-  /// stream is sought, closed or asked for its size.
+  /// 1 only if all `count` bytes were written. They may stay in a buffer until the next `Seek`,
+  /// `GetSize` or `Close`.
   int Write(void *buffer, long count, long *done) override;
 
-  /// Without the write mode the offset counts from the beginning whatever the origin. With it, as
-  /// many zero bytes as the position lies beyond `GetSize` are put behind the end of the file; 0,
-  /// with nothing changed, when the disk has no room for them, or the size cannot be had.
+  /// Without write mode the offset counts from the beginning, whatever the origin. With it, a
+  /// position beyond `GetSize` extends the file with zero bytes; 0, and nothing changed, if the
+  /// disk has no room for them or the size is unknown.
   int Seek(long offset, unsigned short origin) override;
 
   long Tell() override;
 
-  /// The size of the open file with all that has been written; 0 while closed, and on failure.
+  /// The size of the open file, buffered bytes included; 0 while closed and on failure.
   long GetSize() override;
 
   int Release() override;
 
 private:
-  int seekTo(long offset, int whence);
-  int seekToRead(long offset);
-  int append(long count);
+  int seekTo(long position);
 
   CFilePointer file_;
   std::unique_ptr<char[]> path_;
-  /// What the system said last, and whether a seek asks that will not use the answer: to ask the
-  /// system before each read of a few bytes would cost far more than the read.
+  /// The last size from the system, enough for a seek that ignores the size: a system call before
+  /// each read of a few bytes would cost far more than the read.
   long knownSize_ = 0;
   bool isOldSizeEnough_ = false;
-  /// Whether the size could not be had.
   bool isSizeUnknown_ = false;
 };

@@ -1,13 +1,13 @@
 #pragma once
 
-/// How a stream is opened. Only these two bits are looked at.
+/// How a stream is opened. Other bits are ignored.
 enum : unsigned short {
   streamReadMode = 1,
-  streamWriteMode = 2,     ///< made, or emptied
-  streamReadWriteMode = 3, ///< of what exists
+  streamWriteMode = 2,     ///< creates the file, or empties it
+  streamReadWriteMode = 3, ///< of an existing file
 };
 
-/// What the offset of a seek counts from.
+/// The origin of a seek.
 enum : unsigned short {
   streamSeekBegin = 1,
   streamSeekCurrent = 2,
@@ -17,53 +17,50 @@ enum : unsigned short {
 /// When a stream's progress callback is called.
 enum : unsigned short {
   streamProgressNone = 0,
-  streamProgressEnd = 1,  ///< at 100 per cent only
+  streamProgressEnd = 1,  ///< at 100 % only
   streamProgressEach = 2, ///< at every step
 };
 
 /// Takes the percentage done; false asks to stop.
 using StreamProgressCallback = bool (*)(unsigned char percent);
 
-/// A stream of bytes with a position. This base does nothing: all its operations but `Progress` and
-/// `Release` answer 0.
+/// A stream of bytes with a position. In this base every operation but `Progress` and `Release`
+/// returns 0.
 ///
-/// The operations answer 1 for success and 0 for failure; sizes and positions are in bytes, 0 when
-/// unknown. A stream is released by the destructor of its own class and must not be deleted through
-/// a pointer to its base.
+/// Operations return 1 for success and 0 for failure; sizes and positions are in bytes, 0 when
+/// unknown. The destructor of the derived class releases the stream: never delete one through a
+/// pointer to this base.
 /// Threads: one at a time.
 class CIOStream {
 public:
   CIOStream() noexcept = default;
-  ~CIOStream() { CIOStream::Release(); }
   CIOStream(const CIOStream &) = delete;
   CIOStream &operator=(const CIOStream &) = delete;
 
-  /// Opens in a mode as above; what was open is closed first.
-  virtual int Open(unsigned short mode);
+  /// Opens in one of the modes above, after closing what was open.
+  virtual int Open(unsigned short /*mode*/) { return 0; }
 
-  virtual int Close();
+  virtual int Close() { return 0; }
 
-  /// Reads up to `count` bytes at the position and moves it. `done`, when not null, receives how
-  /// many bytes came.
-  virtual int Read(void *buffer, long count, long *done);
+  /// Reads up to `count` bytes at the position and moves it. `done`, unless null, receives the
+  /// number of bytes read.
+  virtual int Read(void * /*buffer*/, long /*count*/, long * /*done*/) { return 0; }
 
-  /// Writes `count` bytes at the position and moves it. `done`, when not null, receives how many
-  /// bytes were written.
-  virtual int Write(void *buffer, long count, long *done);
+  /// Writes `count` bytes at the position and moves it. `done`, unless null, receives the number of
+  /// bytes written.
+  virtual int Write(void * /*buffer*/, long /*count*/, long * /*done*/) { return 0; }
 
   /// Moves the position to `offset` from the origin.
-  virtual int Seek(long offset, unsigned short origin);
+  virtual int Seek(long /*offset*/, unsigned short /*origin*/) { return 0; }
 
-  virtual long Tell();
+  virtual long Tell() { return 0; }
+  virtual long GetSize() { return 0; }
 
-  virtual long GetSize();
-
-  /// Tells the callback what per cent is done, if the progress mode wants it. 0 asks the caller to
-  /// stop: the callback answered false, is missing, or the progress mode is unknown. Whoever works
-  /// with a stream calls it; no stream does so by itself.
+  /// Reports the percentage done. 0 asks the caller to stop: the callback returned false or is
+  /// missing, or the progress mode is unknown. For users of a stream; no stream calls it itself.
   virtual int Progress(unsigned char percent);
 
-  /// Returns the stream to the state in which it was made; always 1.
+  /// Returns the stream to its initial state; always 1.
   virtual int Release();
 
 protected:

@@ -6,9 +6,7 @@
 
 namespace {
 
-constexpr bool fits(std::int64_t number) noexcept {
-  return number >= INT32_MIN && number <= INT32_MAX;
-}
+constexpr auto fits = std::in_range<std::int32_t, std::int64_t>;
 
 void report(std::int64_t count, long *done) noexcept {
   if (done != nullptr)
@@ -23,7 +21,7 @@ int CMemStream::Attach(unsigned char *buffer, long size) {
     return 0;
   buffer_ = buffer;
   capacity_ = dataSize_ = static_cast<std::int32_t>(size);
-  attached_ = 1;
+  isAttached_ = true;
   return 1;
 }
 
@@ -35,7 +33,6 @@ int CMemStream::CreateMemStream(long initialSize, long growthUnit, unsigned shor
   if (initialSize != 0 && ReMakeBuffer(initialSize) != 1)
     return 0;
   progressCallback_ = callback;
-  attached_ = 0;
   growthUnit_ = static_cast<std::int32_t>(growthUnit);
   progressMode_ = progressMode;
   return 1;
@@ -59,16 +56,10 @@ std::optional<std::int32_t> CMemStream::wholeUnits(std::int64_t size) const noex
 
 bool CMemStream::enlarge(std::int32_t capacity, GrowingBlock &former) noexcept {
   const auto kept = static_cast<std::size_t>(capacity_), size = static_cast<std::size_t>(capacity);
-  if (attached_ == 0) {
-    if (!own_.grow(kept, size, former))
-      return false;
-  } else {
-    if (!own_.grow(0, size, former))
-      return false;
-    if (kept > 0)
-      std::memcpy(own_.bytes(), buffer_, kept);
-    attached_ = 0;
-  }
+  if (!own_.grow(isAttached_ ? 0 : kept, size, former))
+    return false;
+  if (std::exchange(isAttached_, false) && kept > 0)
+    std::memcpy(own_.bytes(), buffer_, kept);
   buffer_ = reinterpret_cast<unsigned char *>(own_.bytes());
   capacity_ = capacity;
   return true;
@@ -106,22 +97,21 @@ int CMemStream::Open(unsigned short mode) {
     dataSize_ = 0;
   }
   position_ = 0;
-  open_ = 1;
+  isOpen_ = true;
   return 1;
 }
 
 int CMemStream::Close() {
   position_ = 0;
-  open_ = 0;
+  isOpen_ = false;
   openMode_ = 0;
   return 1;
 }
 
 int CMemStream::Read(void *buffer, long count, long *done) {
   report(0, done);
-  if (buffer == nullptr || open_ == 0 || (openMode_ & streamReadMode) == 0)
-    return 0;
-  if (buffer_ == nullptr || position_ < 0 || position_ >= dataSize_ || count <= 0)
+  if (buffer == nullptr || !isOpen_ || (openMode_ & streamReadMode) == 0 || buffer_ == nullptr ||
+      position_ < 0 || position_ >= dataSize_ || count <= 0)
     return 0;
   const long part = std::min<long>(count, dataSize_ - position_);
   std::memmove(buffer, buffer_ + position_, static_cast<std::size_t>(part));
@@ -132,17 +122,17 @@ int CMemStream::Read(void *buffer, long count, long *done) {
 
 int CMemStream::Write(void *buffer, long count, long *done) {
   report(0, done);
-  if (buffer == nullptr || open_ == 0 || (openMode_ & streamWriteMode) == 0)
+  if (buffer == nullptr || !isOpen_ || (openMode_ & streamWriteMode) == 0)
     return 0;
   if (count == 0)
     return 1;
   if (count < 0 || position_ < 0)
     return 0;
-  // Where the bytes come from the block that is left behind, they are still there.
+  // Keeps the old block alive: the bytes may come from it.
   GrowingBlock former;
   long part = count;
   if (count > std::int64_t{capacity_} - position_) {
-    if (attached_ != 0)
+    if (isAttached_)
       part = std::max(capacity_ - position_, 0);
     else if (count > INT32_MAX || !growTo(std::int64_t{position_} + count, former))
       return 0;
@@ -156,9 +146,9 @@ int CMemStream::Write(void *buffer, long count, long *done) {
 }
 
 int CMemStream::Seek(long offset, unsigned short origin) {
-  if (open_ == 0 || origin < streamSeekBegin || origin > streamSeekEnd || !fits(offset))
+  if (!isOpen_ || origin < streamSeekBegin || origin > streamSeekEnd || !fits(offset))
     return 0;
-  if ((openMode_ & streamWriteMode) != 0 && attached_ == 0)
+  if ((openMode_ & streamWriteMode) != 0 && !isAttached_)
     return seekToWrite(offset, origin);
   const std::int64_t target = origin == streamSeekBegin ? offset : std::int64_t{position_} + offset;
   if (target > dataSize_ || !fits(target))
@@ -186,10 +176,9 @@ int CMemStream::seekToWrite(std::int64_t offset, unsigned short origin) noexcept
 
 int CMemStream::Release() {
   CIOStream::Release();
-  if (open_ != 0)
+  if (isOpen_)
     Close();
-  ReleaseBuffer();
+  isAttached_ = false;
   growthUnit_ = defaultGrowthUnit;
-  attached_ = 0;
-  return 1;
+  return ReleaseBuffer();
 }

@@ -2,40 +2,39 @@
 
 #include "streams/CResizeBuffer.h"
 
-/// A text ended by a NUL, in a buffer that grows by 64 bytes. No text at all (as after
-/// construction) differs from the empty text.
+/// A NUL-terminated text in a buffer that grows by 64 bytes. Having no text, as after construction,
+/// differs from the empty text.
 ///
-/// Ownership: owns its bytes. What is passed in is copied, and may be part of this very text.
+/// Ownership: owns its bytes. Copies its arguments, which may be part of the text itself.
 /// Threads: one at a time.
-/// Failure: the text is as it was.
+/// Failure: the text is unchanged.
 class CStringBuffer {
 public:
   CStringBuffer() noexcept = default;
-  ~CStringBuffer() { Release(); }
   CStringBuffer(const CStringBuffer &) = delete;
   CStringBuffer &operator=(const CStringBuffer &) = delete;
 
-  /// Takes `len` bytes of `str`, or all up to its NUL when `len` is negative. 1, or 0 when `str` is
+  /// Copies `len` bytes of `str`, or all up to its NUL if `len` is negative. 1, or 0 if `str` is
   /// null or memory is short.
   int SetString(const char *str, int len) noexcept;
 
-  /// Takes the whole of `str`; null changes nothing.
+  /// Copies all of `str`; null changes nothing.
   CStringBuffer &operator=(const char *str) noexcept;
 
-  /// Takes `str` when there is no text. Otherwise one more NUL goes before the end and nothing of
-  /// `str` is taken: the text reads as before, and is one byte longer. Null changes nothing.
+  /// Copies `str` if there is no text. Otherwise appends one more NUL and nothing of `str`: the
+  /// text reads as before and is one byte longer. Null changes nothing.
   CStringBuffer &operator+=(const char *str) noexcept;
 
-  /// The text, valid until the next change; null when there is none.
+  /// The text, valid until the next change; null if there is none.
   operator char *() const noexcept { return buffer_.GetData(nullptr); }
 
-  /// The length in bytes without the NUL at the end; 0 when there is no text.
+  /// The length in bytes without the final NUL; 0 if there is no text.
   [[nodiscard]] unsigned long GetLength() const noexcept;
 
-  /// Makes it the empty text. 1, or 0 when memory is short.
+  /// Sets the empty text. 1, or 0 if memory is short.
   int Reset() noexcept;
 
-  /// Frees everything; takes no text any more. Always 1.
+  /// Frees everything and accepts no more text. Always 1.
   int Release() noexcept;
 
 private:

@@ -14,7 +14,7 @@
 
 namespace {
 
-/// open(2), once more whenever a signal interrupts it, as one may on a slow device or a network.
+/// open(2), repeated after a signal, which may interrupt it on a slow device or a network.
 int openUninterrupted(const char *path, int flags, mode_t permissions = 0) noexcept {
   int descriptor = -1;
   do
@@ -26,7 +26,8 @@ int openUninterrupted(const char *path, int flags, mode_t permissions = 0) noexc
 /// A regular file's descriptor, or -1.
 int openRegularFile(const char *path, int access) noexcept {
   struct stat status;
-  // Asked before as well: to open a pipe lets its writer go on, and to open a device may move it.
+  // Checked before opening too: opening a pipe releases its writer, and opening a device may move
+  // it.
   if (stat(path, &status) != 0 || !S_ISREG(status.st_mode))
     return -1;
   const int descriptor = openUninterrupted(path, access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
@@ -53,8 +54,8 @@ bool isRegular(std::FILE *file, struct stat &status) noexcept {
   return fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-/// Makes a file larger, with zeros for which there is room on the disk. A hole would need none, and
-/// what is written into it later could fail.
+/// Extends a file with zeros that have space on the disk, unlike a hole, where a later write could
+/// fail.
 bool reserve(int descriptor, off_t size, off_t count) noexcept {
   int result = -1;
   do
@@ -67,16 +68,16 @@ bool writeZeros(std::FILE *file, long count) noexcept {
   constexpr char zeros[4096] = {};
   if (std::fseek(file, 0, SEEK_END) != 0)
     return false;
-  for (long left = count; left > 0;) {
-    const auto part = std::min(static_cast<std::size_t>(left), sizeof zeros);
+  for (auto left = static_cast<std::size_t>(count); left > 0;) {
+    const std::size_t part = std::min(left, sizeof zeros);
     if (std::fwrite(zeros, 1, part, file) != part)
       return false;
-    left -= static_cast<long>(part);
+    left -= part;
   }
   return std::fflush(file) == 0;
 }
 
-/// A two-byte character's first byte, as the Mac tells them.
+/// The first byte of a two-byte character of the Mac.
 bool isLeadByte(unsigned char byte) noexcept {
   return (byte >= 0x81 && byte <= 0x9f) || (byte >= 0xe0 && byte <= 0xfc);
 }
@@ -113,9 +114,9 @@ std::optional<long> sizeOfFile(std::FILE *file) noexcept {
   if (__fpending(file) > 0 && std::fflush(file) != 0)
     return std::nullopt;
   struct stat status;
-  // No seek to the end and back for a regular file: that would drop what was read ahead.
+  // A regular file needs no seek to the end and back, which would drop what was read ahead.
   if (isRegular(file, status)) {
-    // As a seek would: a file that has grown is read on.
+    // Like a seek, this permits reading on in a file that has grown.
     std::clearerr(file);
     return status.st_size <= LONG_MAX ? std::optional(static_cast<long>(status.st_size))
                                       : std::nullopt;
@@ -140,7 +141,7 @@ bool appendZeros(std::FILE *file, long count) noexcept {
     return std::fseek(file, 0, SEEK_END) == 0;
   if ((errno == EOPNOTSUPP || errno == ENOSYS) && writeZeros(file, count))
     return true;
-  // A part of it may have been had.
+  // A part of the zeros may have been written.
   __fpurge(file);
   [[maybe_unused]] const int isCut = ftruncate(descriptor, status.st_size);
   std::fseek(file, position, SEEK_SET);

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Lies before the bytes and tells how many there is room for.
+/// Precedes the bytes.
 struct alignas(std::max_align_t) Head {
   std::size_t room;
 };
@@ -30,9 +30,9 @@ char *allocate(std::size_t room) noexcept {
   return memory + sizeof(Head);
 }
 
-/// At least `capacity` bytes, and more where there is room already: what never grows takes no more
-/// than it needs. Of a large block's spare bytes the system keeps only the address until they are
-/// used, while moving costs it new memory for all, hence the larger factor.
+/// Allocates `capacity` bytes, and more if the block has grown before: one that never grows takes
+/// no more than it needs. Spare bytes of a large block take only addresses until they are used,
+/// while moving it takes new memory for all of them; hence the larger factor.
 char *allocateWithSpare(std::size_t room, std::size_t capacity) noexcept {
   constexpr std::size_t large = 1 << 20;
   for (std::size_t factor = room < large ? 2 : 4; factor > 1; factor /= 2) {

@@ -2,11 +2,10 @@
 
 #include <cstddef>
 
-/// A heap block that grows in small steps as seen from outside, and seldom moves: behind the bytes
-/// that were asked for it keeps room for more, so that a byte is copied a bounded number of times
-/// on average however small the steps are.
+/// A heap block that grows in small steps and seldom moves: it reserves more than was requested, so
+/// that on average a byte is copied a bounded number of times however small the steps are.
 ///
-/// Ownership: owns its bytes. One pointer wide; what it knows about its room lies before the bytes.
+/// Ownership: owns its bytes. One pointer wide; its room is stored before the bytes.
 /// Threads: one at a time.
 class GrowingBlock {
 public:
@@ -20,16 +19,15 @@ public:
       free();
   }
 
-  /// The bytes, aligned for any type; null when nothing was ever asked for.
+  /// The bytes, aligned for any type; null before the first `grow`.
   [[nodiscard]] char *bytes() const noexcept { return bytes_; }
 
-  /// Makes `capacity` bytes usable: the first `kept` stay, those from there on become zero.
-  /// `kept` is at most `capacity` and at most what was usable before. A block that the bytes had to
-  /// leave is handed to `former`, so that they can still be read from it.
-  /// False when memory is short; then nothing has changed.
+  /// Makes `capacity` bytes usable: keeps the first `kept` and zeroes the rest. `kept` is at most
+  /// `capacity` and the previous capacity. If the bytes move, `former` receives the old block, so
+  /// that they can still be read there. False, and nothing changed, if memory is short.
   [[nodiscard]] bool grow(std::size_t kept, std::size_t capacity, GrowingBlock &former) noexcept;
 
-  /// Gives the bytes back; the block is as it was when made.
+  /// Frees the bytes; the block is as after construction.
   void free() noexcept;
 
 private:

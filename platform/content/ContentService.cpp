@@ -1,10 +1,10 @@
 #include "platform/content/ContentService.h"
 
 #include "platform/content/DocumentReading.h"
-#include "platform/content/FileDescriptor.h"
 #include "platform/content/ReaderConnection.h"
 #include "platform/content/TextComparison.h"
 #include "platform/content/WorkerSlots.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/FileItem.h"
 #include "platform/foundation/MainRunLoop.h"
 #include "platform/foundation/NeverDestroyed.h"
@@ -67,8 +67,8 @@ ContentAnswer ContentService::read(const NSString &path, const NSString &keyword
     ~Place() { workerSlots().release(); }
   } const place;
   FileItem item(path);
-  const FileDescriptor document(item.openRegularFile());
-  if (!document.isOpen())
+  const FileDescriptor document = item.openRegularFile();
+  if (!document)
     return {false, UnreadReason::cannotBeOpened};
   return DocumentReading(cancellation_, comparison).read(document.number());
 }

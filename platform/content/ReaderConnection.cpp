@@ -55,7 +55,7 @@ std::optional<ReaderConnection::Lent> ReaderConnection::lend(int document) noexc
   // One that has been idle for long, or was killed, is gone without a word.
   constexpr int mostStarts = 2;
   for (int i = 0; i < mostStarts; ++i) {
-    if (!socket_.isOpen() && !start())
+    if (!socket_ && !start())
       return std::nullopt;
     const ReaderRequest request{.limits = limits_, .wantsSignOfLife = !hasAnswered_};
     if (sendRequest(socket_.number(), request, theirs.number(), document))
@@ -79,16 +79,16 @@ bool ReaderConnection::start() noexcept {
   }
   if (!program_.empty())
     socket_ = startReaderProgram(program_);
-  if (socket_.isOpen())
+  if (socket_)
     nextAttempt_.reset();
   else
     nextAttempt_ = now + timeBetweenAttempts;
-  return socket_.isOpen();
+  return static_cast<bool>(socket_);
 }
 
 void ReaderConnection::drop() noexcept {
   // The socket also ends where a fork of this process holds it.
-  if (socket_.isOpen())
+  if (socket_)
     shutdown(socket_.number(), SHUT_RDWR);
   socket_.close();
 }
@@ -127,7 +127,7 @@ void ReaderConnection::endUse() noexcept {
   lastUse_ = MainRunLoop::shared().now();
   const bool isOpen = [this] {
     const LockGuard guard(lock_);
-    return socket_.isOpen();
+    return static_cast<bool>(socket_);
   }();
   if (isOpen && !closing_.isScheduled())
     MainRunLoop::shared().schedule(closing_, std::chrono::milliseconds(limits().idleMilliseconds));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/content/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/MainRunLoop.h"
 #include "platform/foundation/NSLock.h"
 #include "readers/ReaderProtocol.h"

@@ -151,7 +151,7 @@ FileDescriptor startReaderProgram(const std::string &path) noexcept {
   FileDescriptor ours(ends[0]);
   const FileDescriptor theirs(ends[1]);
   const FileDescriptor thisProcess(static_cast<int>(syscall(SYS_pidfd_open, getpid(), 0)));
-  if (!thisProcess.isOpen() || !run(path, theirs.number(), thisProcess.number()))
+  if (!thisProcess || !run(path, theirs.number(), thisProcess.number()))
     return {};
   return ours;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/content/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 
 #include <string>
 

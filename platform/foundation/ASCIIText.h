@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string_view>
 
-/// A letter from A to Z as a small one; any other character as it is. Any thread.
+/// The lower case of a letter from A to Z; other characters unchanged. Any thread.
 [[nodiscard]] constexpr char lowerASCII(char c) noexcept {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
@@ -25,8 +25,8 @@
   return (seen & topBits) == 0;
 }
 
-/// How many bytes of ASCII a text begins with. Most texts are nothing else, so that it pays to look
-/// at many bytes at once. Any thread.
+/// The number of ASCII bytes at the beginning of a text. Reads many at once, since most texts are
+/// all ASCII. Any thread.
 [[nodiscard]] inline std::size_t lengthOfASCIIRun(std::string_view text) noexcept {
   constexpr std::uint64_t topBits = 0x8080808080808080U;
   constexpr std::size_t count = 4;

@@ -16,7 +16,7 @@
 
 namespace {
 
-/// What a function in C answers when `make` runs out of memory: null.
+/// The object that `make` creates, or null if memory is short.
 template <class Make> auto orNull(Make make) noexcept -> decltype(make().leak()) {
   try {
     return make().leak();
@@ -25,9 +25,7 @@ template <class Make> auto orNull(Make make) noexcept -> decltype(make().leak())
   }
 }
 
-MainRunLoop &loopOf(CFRunLoopRef loop) noexcept { return *reinterpret_cast<MainRunLoop *>(loop); }
-
-/// A moment so many seconds from now; none when that is further away than anyone waits.
+/// The time in `seconds` from now; none if nobody waits that long.
 std::optional<MainRunLoop::Clock::time_point> momentAfter(CFTimeInterval seconds) noexcept {
   constexpr double longestWait = 1e9;
   if (seconds >= longestWait)
@@ -147,5 +145,5 @@ SInt32 CFRunLoopRunInMode(CFRunLoopMode /*mode*/, CFTimeInterval seconds,
 
 void CFRunLoopStop(CFRunLoopRef loop) {
   if (loop != nullptr)
-    loopOf(loop).stop();
+    reinterpret_cast<MainRunLoop *>(loop)->stop();
 }

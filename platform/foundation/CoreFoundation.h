@@ -1,12 +1,12 @@
 #ifndef PLATFORM_FOUNDATION_COREFOUNDATION_H
 #define PLATFORM_FOUNDATION_COREFOUNDATION_H
 
-/* The objects and the main loop as a host written in C sees them.
+/* The objects and the main loop for hosts written in C.
  *
- * An object that a function with Create or Copy in its name returns belongs to the caller, who
- * gives it back with CFRelease; one that comes from anywhere else belongs to somebody else and is
- * kept with CFRetain. Objects are immutable and may be used by any thread; the run loop functions
- * belong to the main thread, CFRunLoopStop to any. Allocators are ignored: pass NULL. */
+ * The caller owns an object returned by a function with Create or Copy in its name, and releases it
+ * with CFRelease; any other object must be kept with CFRetain. Objects are immutable and usable on
+ * any thread; run loop functions are for the main thread, CFRunLoopStop for any. Allocators are
+ * ignored: pass NULL. */
 
 #include <stdint.h>
 
@@ -30,16 +30,15 @@ typedef struct __CFRunLoop *CFRunLoopRef;
 typedef CFStringRef CFRunLoopMode;
 typedef unsigned char Boolean;
 typedef int32_t SInt32;
-typedef uint32_t UInt32;
 typedef long CFIndex;
-typedef UInt32 CFStringEncoding;
+typedef uint32_t CFStringEncoding;
 typedef double CFTimeInterval;
 /* Seconds since 2001-01-01 00:00 UTC. */
 typedef double CFAbsoluteTime;
 
 /* Takes a reference and returns the object; NULL gives NULL. */
 CFTypeRef CFRetain(CFTypeRef object);
-/* Gives a reference back; NULL is ignored. */
+/* Releases a reference; NULL is ignored. */
 void CFRelease(CFTypeRef object);
 
 enum {
@@ -52,23 +51,23 @@ enum {
   kCFStringEncodingUTF8 = 0x08000100
 };
 
-/* A string of the text in the given encoding; NULL when the text is NULL or not valid in it, when
- * the encoding is unknown, or when memory is short. */
+/* A string of the text in the given encoding; NULL if the text is NULL or invalid in it, the
+ * encoding is unknown, or memory is short. */
 CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char *text,
                                       CFStringEncoding encoding);
 
-/* A string of a path, whatever bytes it holds; NULL when the path is NULL or memory is short. */
+/* A string of a path with any bytes; NULL if the path is NULL or memory is short. */
 CFStringRef CFStringCreateWithFileSystemRepresentation(CFAllocatorRef allocator, const char *path);
 
-/* Copies the text with a NUL into `buffer` of `size` bytes; 0 when it does not fit, or cannot be
- * given in the encoding, and then the buffer holds nothing of use. As UTF-8 the bytes of a path are
- * given as they are, also where they are not UTF-8. */
+/* Copies the text with a NUL into `buffer` of `size` bytes; 0, with the buffer's contents
+ * undefined, if it does not fit or cannot be encoded. As UTF-8, the bytes of a path are copied
+ * unchanged even if they are not UTF-8. */
 Boolean CFStringGetCString(CFStringRef string, char *buffer, CFIndex size,
                            CFStringEncoding encoding);
 
-/* The text itself, ended by a NUL and valid as long as the string, if it is stored in that
- * encoding: always for UTF-8 (with the bytes of a path as they are), for ASCII and Latin-1 when it
- * holds ASCII only. Otherwise NULL. */
+/* The NUL-terminated text itself, valid as long as the string, if it is stored in that encoding:
+ * always for UTF-8 (with the bytes of a path unchanged), for ASCII and Latin-1 if it is all ASCII.
+ * Otherwise NULL. */
 const char *CFStringGetCStringPtr(CFStringRef string, CFStringEncoding encoding);
 
 enum { kCFNotFound = -1 };
@@ -82,31 +81,31 @@ typedef struct {
 typedef CFIndex CFStringCompareFlags;
 enum { kCFCompareCaseInsensitive = 1 };
 
-/* Where `sought` first occurs in `string`, compared code point by code point, or after full case
- * folding with kCFCompareCaseInsensitive, the only option known. {kCFNotFound, 0} when it does not
- * occur or is empty, when either is NULL, or when memory is short. */
+/* Where `sought` first occurs in `string`, compared by code points, or after full case folding with
+ * kCFCompareCaseInsensitive, the only option. {kCFNotFound, 0} if it does not occur or is empty, if
+ * either is NULL, or if memory is short. */
 CFRange CFStringFind(CFStringRef string, CFStringRef sought, CFStringCompareFlags options);
 
-/* NULL when memory is short. */
+/* NULL if memory is short. */
 CFDateRef CFDateCreate(CFAllocatorRef allocator, CFAbsoluteTime time);
 
-/* What an array does with its elements. Ours always keeps them, whatever it is told. */
+/* What an array does with its elements. Ignored: an array always retains them. */
 typedef struct {
   CFIndex version;
 } CFArrayCallBacks;
 extern const CFArrayCallBacks kCFTypeArrayCallBacks;
 
-/* An array of `count` objects, each of which it keeps; NULL when the count is negative, an object
- * is NULL, or memory is short. */
+/* An array that retains `count` objects; NULL if the count is negative, an object is NULL, or
+ * memory is short. */
 CFArrayRef CFArrayCreate(CFAllocatorRef allocator, const void **values, CFIndex count,
                          const CFArrayCallBacks *callBacks);
 
 extern const CFRunLoopMode kCFRunLoopDefaultMode;
 
-/* The main run loop, the only one there is. See MainLoop.h for a host with a loop of its own. */
+/* The main run loop, the only one. For a host with its own loop see MainLoop.h. */
 CFRunLoopRef CFRunLoopGetMain(void);
 
-/* Runs the loop until CFRunLoopStop, also while there is nothing to do. */
+/* Runs the loop until CFRunLoopStop, even while there is nothing to do. */
 void CFRunLoopRun(void);
 
 enum {
@@ -116,13 +115,13 @@ enum {
   kCFRunLoopRunHandledSource = 4
 };
 
-/* Runs the loop for so many seconds of real time, whatever clock the loop's own delays follow; with
- * 0 what is due now. Ends early with CFRunLoopStop, and, if `returnAfterSourceHandled`, after
- * something was run. Answers with one of the values above. The mode is ignored. */
+/* Runs the loop for `seconds` of real time, whatever the clock of its delays; 0 runs what is due
+ * now. Ends early after CFRunLoopStop and, if `returnAfterSourceHandled`, after some work has run.
+ * Returns one of the values above. The mode is ignored. */
 SInt32 CFRunLoopRunInMode(CFRunLoopMode mode, CFTimeInterval seconds,
                           Boolean returnAfterSourceHandled);
 
-/* Ends the innermost run of the loop, if it is running. */
+/* Ends the innermost run of the loop, if any. */
 void CFRunLoopStop(CFRunLoopRef loop);
 
 #ifdef __cplusplus

@@ -7,8 +7,6 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <string>
-#include <unistd.h>
-#include <utility>
 
 namespace {
 
@@ -31,52 +29,36 @@ FileKind kindOfEntryType(unsigned char type) noexcept {
 
 } // namespace
 
-DirectoryListing::DirectoryListing(int descriptor, std::size_t pathLength, bool canReachEntries,
-                                   std::unique_ptr<std::byte[]> buffer) noexcept
-    : descriptor_(descriptor), pathLength_(pathLength), canReachEntries_(canReachEntries),
-      buffer_(std::move(buffer)) {}
-
-DirectoryListing::DirectoryListing(DirectoryListing &&other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, -1)), pathLength_(other.pathLength_),
-      canReachEntries_(other.canReachEntries_), buffer_(std::move(other.buffer_)),
-      position_(other.position_), filled_(other.filled_),
-      mountPoints_(std::move(other.mountPoints_)), hasBrokenOff_(other.hasBrokenOff_) {}
-
 bool DirectoryListing::mayBeMountPoint(std::string_view name) noexcept {
   if (!mountPoints_)
     mountPoints_ = MountPoints::recent();
   return *mountPoints_ == nullptr || (*mountPoints_)->haveName(name);
 }
 
-DirectoryListing::~DirectoryListing() {
-  if (descriptor_ >= 0)
-    close(descriptor_);
-}
-
 std::optional<DirectoryListing> DirectoryListing::open(std::string_view path) {
   if (path.empty())
     return std::nullopt;
-  auto buffer = std::make_unique_for_overwrite<std::byte[]>(bufferSize);
+  DirectoryListing listing;
+  listing.buffer_ = std::make_unique_for_overwrite<std::byte[]>(bufferSize);
+  listing.pathLength_ = pathWithoutTrailingSlashes(path).size();
   constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
   const auto openFolder = [](const std::string &name) {
-    return uninterrupted(&SystemCalls::openAt, currentFolder, name.c_str(), flags);
+    return FileDescriptor(uninterrupted(&SystemCalls::openAt, currentFolder, name.c_str(), flags));
   };
-  // To open its "." a folder must be entered, so that this tells whether its entries can be
-  // reached.
+  // Opening its "." enters the folder, which shows whether its entries can be reached.
   std::string name;
   name.reserve(path.size() + 2);
   name.append(path).append("/.");
-  int descriptor = openFolder(name);
-  bool canReachEntries = descriptor >= 0;
-  if (descriptor < 0 && (errno == EACCES || errno == ENAMETOOLONG)) {
+  listing.descriptor_ = openFolder(name);
+  if (!listing.descriptor_ && (errno == EACCES || errno == ENAMETOOLONG)) {
     name.resize(path.size());
-    descriptor = openFolder(name);
-    canReachEntries = descriptor >= 0 && fileStatus(descriptor, ".", FollowLink::Yes).has_value();
+    listing.descriptor_ = openFolder(name);
+    listing.canReachEntries_ =
+        listing.descriptor_ && fileStatus(listing.descriptor(), ".", FollowLink::Yes);
   }
-  if (descriptor < 0)
+  if (!listing.descriptor_)
     return std::nullopt;
-  return DirectoryListing(descriptor, pathWithoutTrailingSlashes(path).size(), canReachEntries,
-                          std::move(buffer));
+  return listing;
 }
 
 std::optional<std::string_view> DirectoryListing::nextRegularFile() const noexcept {
@@ -90,7 +72,7 @@ std::optional<DirectoryEntry> DirectoryListing::next() noexcept {
   for (;;) {
     if (position_ == filled_) {
       const ssize_t size =
-          uninterrupted(&SystemCalls::listEntries, descriptor_, buffer_.get(), bufferSize);
+          uninterrupted(&SystemCalls::listEntries, descriptor(), buffer_.get(), bufferSize);
       hasBrokenOff_ = size < 0;
       if (size <= 0)
         return std::nullopt;

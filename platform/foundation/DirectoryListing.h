@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/FileStatus.h"
 #include "platform/foundation/MountPoints.h"
 
@@ -12,38 +13,34 @@
 struct DirectoryEntry {
   /// Ended by a NUL; valid until the listing moves on.
   std::string_view name;
-  /// As far as the listing knows it; `Unknown` where it does not.
+  /// `Unknown` if the listing does not say.
   FileKind kind = FileKind::Unknown;
 };
 
 /// An open folder whose names are read one by one, without "." and "..", in the file system's
-/// order. However large the folder, it takes the same memory.
+/// order. Its memory does not grow with the folder.
 ///
 /// Ownership: owns the descriptor. Threads: one at a time.
 class DirectoryListing {
 public:
-  /// None when the folder cannot be listed. Throws `std::bad_alloc`.
+  /// None if the folder cannot be listed. Throws `std::bad_alloc`.
   static std::optional<DirectoryListing> open(std::string_view path);
 
-  DirectoryListing(DirectoryListing &&other) noexcept;
-  DirectoryListing &operator=(DirectoryListing &&) = delete;
-  ~DirectoryListing();
-
-  /// The next name; none at the end, and where the system refuses to go on.
+  /// The next name; none at the end and on failure.
   [[nodiscard]] std::optional<DirectoryEntry> next() noexcept;
 
-  /// The name that `next` would answer with at once, without asking the system, if it is known to
-  /// be that of a regular file. Valid as that is.
+  /// The name that `next` would return without a system call, if it is known to be a regular
+  /// file's. Valid like that name.
   [[nodiscard]] std::optional<std::string_view> nextRegularFile() const noexcept;
 
-  /// Whether the system has refused to go on, so that names may be missing.
+  /// Whether reading has failed, so that names may be missing.
   [[nodiscard]] bool hasBrokenOff() const noexcept { return hasBrokenOff_; }
 
-  /// Whether the folder's entries can be reached at all: one that can be read but not entered tells
-  /// their names and no more.
+  /// Whether the folder's entries can be reached at all: a folder that can be read but not entered
+  /// gives only names.
   [[nodiscard]] bool canReachEntries() const noexcept { return canReachEntries_; }
 
-  /// Whether the path of an entry with that name is short enough for the system to take it.
+  /// Whether the path of an entry with that name is short enough for the system.
   [[nodiscard]] bool canNameEntry(std::string_view name) const noexcept {
     return pathLength_ + 1 + name.size() <= longestPath;
   }
@@ -51,20 +48,19 @@ public:
   /// Whether a file system may be mounted at an entry of that name.
   [[nodiscard]] bool mayBeMountPoint(std::string_view name) noexcept;
 
-  /// The folder, for calls that take a path relative to it. It stays the listing's.
-  [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
+  /// The folder, for calls with a path relative to it. Owned by the listing.
+  [[nodiscard]] int descriptor() const noexcept { return descriptor_.number(); }
 
 private:
-  DirectoryListing(int descriptor, std::size_t pathLength, bool canReachEntries,
-                   std::unique_ptr<std::byte[]> buffer) noexcept;
+  DirectoryListing() noexcept = default;
 
-  int descriptor_;
-  std::size_t pathLength_;
-  bool canReachEntries_;
+  FileDescriptor descriptor_;
+  std::size_t pathLength_ = 0;
+  bool canReachEntries_ = true;
   std::unique_ptr<std::byte[]> buffer_;
   std::size_t position_ = 0;
   std::size_t filled_ = 0;
-  /// Asked for once, when the first folder among the entries is met.
+  /// Read when the first folder among the entries is met.
   std::optional<std::shared_ptr<const MountPoints>> mountPoints_;
   bool hasBrokenOff_ = false;
 };

@@ -4,7 +4,6 @@
 #include "platform/foundation/TryTwice.h"
 
 #include <algorithm>
-#include <unistd.h>
 #include <utility>
 
 namespace {
@@ -17,32 +16,17 @@ std::optional<FileBeginning> FileBeginning::open(FileItem &item,
                                                  const std::atomic<char> *isStopped) noexcept {
   if (isSet(isStopped))
     return std::nullopt;
-  const int file = item.openRegularFile();
-  if (file < 0)
+  FileDescriptor file = item.openRegularFile();
+  if (!file)
     return std::nullopt;
   const std::optional<FileStatus> &status = item.status();
   const auto size =
       static_cast<std::size_t>(status ? std::min<std::uint64_t>(status->size, mostBytes) : 0);
-  // Of one size for all files, so that one buffer serves them all.
+  // The same size for all files, so that one buffer serves them all.
   Ref<NSData> data;
-  if (size == 0 || !tryTwice([&] { data = NSData::withCapacity(mostBytes); })) {
-    close(file);
+  if (size == 0 || !tryTwice([&] { data = NSData::withCapacity(mostBytes); }))
     return std::nullopt;
-  }
-  return FileBeginning(file, size, std::move(data), isStopped);
-}
-
-FileBeginning::FileBeginning(int file, std::size_t size, Ref<NSData> data,
-                             const std::atomic<char> *isStopped) noexcept
-    : file_(file), size_(size), data_(std::move(data)), isStopped_(isStopped) {}
-
-FileBeginning::FileBeginning(FileBeginning &&other) noexcept
-    : file_(std::exchange(other.file_, -1)), size_(std::exchange(other.size_, 0)),
-      data_(std::move(other.data_)), isRead_(other.isRead_), isStopped_(other.isStopped_) {}
-
-FileBeginning::~FileBeginning() {
-  if (file_ >= 0)
-    close(file_);
+  return FileBeginning(std::move(file), size, std::move(data), isStopped);
 }
 
 std::size_t FileBeginning::readPart(std::size_t offset, std::size_t size) noexcept {
@@ -70,7 +54,7 @@ void FileBeginning::readSteps(std::size_t begin, std::size_t end) noexcept {
     const ssize_t count =
         isSet(isStopped_)
             ? -1
-            : uninterrupted(&SystemCalls::readAt, file_, data_->mutableBytes() + place,
+            : uninterrupted(&SystemCalls::readAt, file_.number(), data_->mutableBytes() + place,
                             stop - place, static_cast<off_t>(place));
     if (count <= 0) {
       size_ = count < 0 ? 0 : place;

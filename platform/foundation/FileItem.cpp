@@ -7,11 +7,10 @@
 #include <cstring>
 #include <fcntl.h>
 #include <string>
-#include <unistd.h>
 
 namespace {
 
-/// Should another kind of thing have come into the place of a regular file, nobody waits for that.
+/// Opening does not block if something else has replaced the regular file.
 constexpr int readingFlags = O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
 
 } // namespace
@@ -60,32 +59,31 @@ bool FileItem::holds(std::string_view path) const {
   return isNameable_ && fileStatus(folder_, inside.c_str(), FollowLink::Yes).has_value();
 }
 
-int FileItem::openRegularFile() noexcept {
+FileDescriptor FileItem::openRegularFile() noexcept {
   if (!isExamined_ && listedKind_ == FileKind::Regular)
     return openAndExamine();
   if (!status())
-    return -1;
+    return FileDescriptor();
   const bool isLink = status_->kind == FileKind::Link;
   const std::optional<FileStatus> target =
       isLink ? fileStatus(folder_, path_, FollowLink::Yes) : status_;
   if (!target || target->kind != FileKind::Regular)
-    return -1;
-  return uninterrupted(&SystemCalls::openAt, folder_, path_,
-                       isLink ? readingFlags : readingFlags | O_NOFOLLOW);
+    return FileDescriptor();
+  return FileDescriptor(uninterrupted(&SystemCalls::openAt, folder_, path_,
+                                      isLink ? readingFlags : readingFlags | O_NOFOLLOW));
 }
 
-int FileItem::openAndExamine() noexcept {
+FileDescriptor FileItem::openAndExamine() noexcept {
   if (!isNameable_)
-    return -1;
-  const int file = uninterrupted(&SystemCalls::openAt, folder_, path_, readingFlags | O_NOFOLLOW);
-  if (file < 0)
-    return -1;
-  // The status of an open file is had for much less than that of a name.
-  const std::optional<FileStatus> status = fileStatus(file);
-  if (!status || status->kind != FileKind::Regular) {
-    close(file);
-    return -1;
-  }
+    return FileDescriptor();
+  FileDescriptor file(
+      uninterrupted(&SystemCalls::openAt, folder_, path_, readingFlags | O_NOFOLLOW));
+  if (!file)
+    return file;
+  // The status of an open file costs much less than that of a name.
+  const std::optional<FileStatus> status = fileStatus(file.number());
+  if (!status || status->kind != FileKind::Regular)
+    return FileDescriptor();
   isExamined_ = true;
   status_ = status;
   return file;
@@ -94,13 +92,12 @@ int FileItem::openAndExamine() noexcept {
 bool FileItem::isBookmarkFile() noexcept {
   if (!status() || status_->kind != FileKind::Regular)
     return false;
-  const int file = openRegularFile();
-  if (file < 0)
+  const FileDescriptor file = openRegularFile();
+  if (!file)
     return false;
   // "book", the size of what follows or zero, "mark".
   std::array<char, 12> header{};
-  const std::size_t size = readFully(file, header.data(), header.size());
-  close(file);
-  return size == header.size() && std::memcmp(header.data(), "book", 4) == 0 &&
+  return readFully(file.number(), header.data(), header.size()) == header.size() &&
+         std::memcmp(header.data(), "book", 4) == 0 &&
          std::memcmp(header.data() + 8, "mark", 4) == 0;
 }

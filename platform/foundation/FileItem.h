@@ -1,15 +1,15 @@
 #pragma once
 
 #include "platform/foundation/DirectoryListing.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/FileStatus.h"
 #include "platform/foundation/NSString.h"
 
 #include <optional>
 #include <string_view>
 
-/// One item of the file system, named by its path or by an entry of an open listing. It asks the
-/// system for nothing that the listing has told already, and for its status once; by either name it
-/// gives the same answers.
+/// One item of the file system, named by its path or by an entry of an open listing; both give the
+/// same answers. It makes no system call for what the listing shows, and reads its status once.
 ///
 /// Ownership: borrows the path, or the listing and the entry's name. Threads: one at a time.
 class FileItem {
@@ -22,36 +22,36 @@ public:
   /// The last component of the path.
   [[nodiscard]] std::string_view name() const noexcept { return name_; }
 
-  /// Whether a listing has told that the item is no folder. A link is none.
+  /// Whether a listing shows that the item is no folder. A link is none.
   [[nodiscard]] bool isListedAsNoFolder() const noexcept {
     return listedKind_ != FileKind::Unknown && listedKind_ != FileKind::Folder;
   }
 
-  /// Whether a listing has told that the item is a folder to go on with: no link, within reach, and
-  /// not the root of a mounted file system.
+  /// Whether a listing shows that the item is a folder to search: no link, within reach, and not
+  /// the root of a mounted file system.
   [[nodiscard]] bool isListedAsPlainFolder() noexcept;
 
-  /// Whether the item exists, links followed, and if so as a folder or as something else.
+  /// Whether the item exists, links followed, as a folder or as something else.
   enum class Existence { None, Folder, File };
   [[nodiscard]] Existence existence() noexcept;
 
-  /// The item's own status, links not followed; none when it cannot be examined.
+  /// The item's own status, links not followed; none on failure.
   [[nodiscard]] const std::optional<FileStatus> &status() noexcept;
 
-  /// Whether the item is a folder that holds something at `path`, which begins with a slash.
+  /// Whether the item is a folder with something at `path`, which begins with a slash.
   /// Throws `std::bad_alloc`.
   [[nodiscard]] bool holds(std::string_view path) const;
 
-  /// A descriptor to read the item from, if it is a regular file or a link that leads to one; else,
-  /// or when it cannot be opened, -1. Nothing else is ever opened. The caller closes it.
-  [[nodiscard]] int openRegularFile() noexcept;
+  /// Opens the item for reading if it is a regular file or a link to one; none otherwise and on
+  /// failure. Never opens anything else.
+  [[nodiscard]] FileDescriptor openRegularFile() noexcept;
 
   /// Whether the item is a regular file that begins with a Mac bookmark's header.
   [[nodiscard]] bool isBookmarkFile() noexcept;
 
 private:
-  /// Opens what is listed as a regular file, and asks the open file for the item's status.
-  [[nodiscard]] int openAndExamine() noexcept;
+  /// Opens an item listed as a regular file and reads its status from the open file.
+  [[nodiscard]] FileDescriptor openAndExamine() noexcept;
 
   DirectoryListing *const listing_;
   const int folder_;

@@ -16,7 +16,7 @@ const std::size_t longestPath = PATH_MAX - 1;
 
 namespace {
 
-/// More than any file system's clock lags behind or is coarse.
+/// More than the lag and the tick of any file system's clock.
 constexpr std::chrono::seconds settlingTime{3};
 
 FileKind kindOfMode(unsigned mode) noexcept {
@@ -31,7 +31,8 @@ std::uint64_t deviceOf(const struct statx &status) noexcept {
   return makedev(status.stx_dev_major, status.stx_dev_minor);
 }
 
-/// For a kernel that does not tell mount points: a folder on another device than its parent.
+/// For kernels that do not report mount roots: whether a folder and its parent are on different
+/// devices.
 bool isOnOtherDeviceThanParent(int folder, const char *path, std::uint64_t device) noexcept {
   std::array<char, PATH_MAX> parentPath{};
   const int length = std::snprintf(parentPath.data(), parentPath.size(), "%s/..", path);
@@ -66,7 +67,7 @@ std::optional<FileStatus> statusOf(int folder, const char *path, int flags) noex
 } // namespace
 
 FileMoment earliestMomentOfChange() noexcept {
-  // Files are marked by this clock, or by a finer one that never lags behind it.
+  // Time stamps come from this clock, or from a finer one that never lags behind it.
   timespec now{};
   clock_gettime(CLOCK_REALTIME_COARSE, &now);
   return {now.tv_sec, static_cast<std::uint32_t>(now.tv_nsec)};

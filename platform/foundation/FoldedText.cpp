@@ -11,14 +11,11 @@ namespace {
 
 bool continuesHangulSyllable(std::int32_t before, std::int32_t codePoint) noexcept {
   const unsigned previous = utf8proc_get_property(before)->boundclass;
-  switch (utf8proc_get_property(codePoint)->boundclass) {
-  case UTF8PROC_BOUNDCLASS_V:
+  const unsigned next = utf8proc_get_property(codePoint)->boundclass;
+  if (next == UTF8PROC_BOUNDCLASS_V)
     return previous == UTF8PROC_BOUNDCLASS_L || previous == UTF8PROC_BOUNDCLASS_V;
-  case UTF8PROC_BOUNDCLASS_T:
-    return previous == UTF8PROC_BOUNDCLASS_V || previous == UTF8PROC_BOUNDCLASS_T;
-  default:
-    return false;
-  }
+  return next == UTF8PROC_BOUNDCLASS_T &&
+         (previous == UTF8PROC_BOUNDCLASS_V || previous == UTF8PROC_BOUNDCLASS_T);
 }
 
 /// Whether `codePoint` belongs to the composed character that `before` begins or continues.
@@ -43,44 +40,26 @@ void orderMarks(std::vector<FoldedText::Unit> &units) {
     begin = std::find_if_not(begin, units.end(), isStarter);
     const auto end = std::find_if(begin, units.end(), isStarter);
     if (end - begin > 1)
-      std::stable_sort(begin, end, [](const auto &a, const auto &b) {
-        return combiningClass(a) < combiningClass(b);
-      });
+      std::ranges::stable_sort(begin, end, {}, combiningClass);
     begin = end;
   }
 }
 
-/// The characters that are not ASCII but become ASCII when case is folded or canonical equivalence
-/// resolved, by the first two bytes of their UTF-8 form: ß, the long s, the Greek question mark and
-/// grave accent, the Kelvin sign, the capital ß, and the Latin ligatures. (A few neighbours share
-/// their beginning.)
+/// Whether these are the first two bytes, in UTF-8, of a character that is not ASCII but becomes
+/// ASCII by case folding or canonical decomposition: ß, the long s, the Greek question mark, the
+/// capital ß, the Greek grave accent, the Kelvin sign, and the Latin ligatures. A few neighbours
+/// begin alike.
 bool mayBecomeASCII(unsigned char first, unsigned char second) noexcept {
-  switch (first) {
-  case 0xC3:
-    return second == 0x9F;
-  case 0xC5:
-    return second == 0xBF;
-  case 0xCD:
-    return second == 0xBE;
-  case 0xE1:
-    return second == 0xBA || second == 0xBF;
-  case 0xE2:
-    return second == 0x84;
-  case 0xEF:
-    return second == 0xAC;
-  default:
-    return false;
-  }
+  const unsigned both = unsigned{first} << 8 | second;
+  return both == 0xC39F || both == 0xC5BF || both == 0xCDBE || both == 0xE1BA || both == 0xE1BF ||
+         both == 0xE284 || both == 0xEFAC;
 }
 
 } // namespace
 
 FoldedText::FoldedText(std::string_view text, bool foldCase, bool decompose) {
-  int options = 0;
-  if (foldCase)
-    options |= UTF8PROC_CASEFOLD;
-  if (decompose)
-    options |= UTF8PROC_DECOMPOSE;
+  const auto options = static_cast<utf8proc_option_t>((foldCase ? UTF8PROC_CASEFOLD : 0) |
+                                                      (decompose ? UTF8PROC_DECOMPOSE : 0));
 
   // The longest full decomposition or folding of one code point is shorter than this.
   std::array<utf8proc_int32_t, 32> expansion{};
@@ -95,13 +74,11 @@ FoldedText::FoldedText(std::string_view text, bool foldCase, bool decompose) {
       continue;
     }
     int boundClass = UTF8PROC_BOUNDCLASS_START;
-    const utf8proc_ssize_t count =
-        utf8proc_decompose_char(codePoint, expansion.data(), expansion.size(),
-                                static_cast<utf8proc_option_t>(options), &boundClass);
+    const utf8proc_ssize_t count = utf8proc_decompose_char(codePoint, expansion.data(),
+                                                           expansion.size(), options, &boundClass);
     for (utf8proc_ssize_t i = 0; i < count; ++i) {
       const utf8proc_int32_t unit = expansion[static_cast<std::size_t>(i)];
-      // The iota below loses its being a mark when its case is folded, and belongs to its letter
-      // all the same.
+      // Folding makes the iota subscript a letter; it still belongs to the one before.
       const bool continues = decompose && !units.empty() &&
                              (continuesCharacter(units.back().codePoint, unit) ||
                               (i == 0 && continuesCharacter(units.back().codePoint, codePoint)));
@@ -111,7 +88,7 @@ FoldedText::FoldedText(std::string_view text, bool foldCase, bool decompose) {
   }
   if (units.empty())
     return;
-  // Marks may begin the text, and another than the first be moved to its front.
+  // The text may begin with marks, and sorting may move another one to the front.
   units.front().isBoundary = false;
   if (hasMarks)
     orderMarks(units);

@@ -4,8 +4,8 @@
 
 #include <cstddef>
 
-/// Empties a container, on a thread of its own if that would keep the main thread busy for long.
-/// Main thread.
+/// Empties a container, on another thread if that would block the main thread for long. Main
+/// thread.
 template <class Container> void freeElsewhere(Container &container) noexcept {
   class FreeingJob final : public ThreadJob {
   public:
@@ -15,20 +15,20 @@ template <class Container> void freeElsewhere(Container &container) noexcept {
 
   private:
     void main() override {
-      // What is left to the destructor, on the main thread, is an empty container.
+      // Leaves an empty container to the destructor, which runs on the main thread.
       Container().swap(container_);
     }
     void ended() noexcept override { delete this; }
 
     Container container_;
   };
-  // So many strings are freed in about a millisecond.
+  // Freeing this many strings takes about a millisecond.
   constexpr std::size_t mostFreedAtOnce = 20'000;
   if (container.size() > mostFreedAtOnce) {
     try {
       NSThread::detachNewThread(*new FreeingJob(container));
     } catch (...) {
-      // Without memory for the job it is done here, and takes its time.
+      // Without memory for the job, empty it here.
     }
   }
   container.clear();

@@ -10,7 +10,7 @@
 /// Threads: one at a time.
 class IconvText {
 public:
-  /// One that is not known, or for which something is missing, gives converters that answer none.
+  /// With an unknown encoding, or if a resource is missing, `convert` returns none.
   IconvText(const char *to, const char *from) noexcept : handle_(iconv_open(to, from)) {}
   ~IconvText();
   IconvText(const IconvText &) = delete;
@@ -18,8 +18,8 @@ public:
 
   [[nodiscard]] bool isOpen() const noexcept;
 
-  /// The whole of `bytes` converted, from the initial state to the initial state; none when they
-  /// are not valid or end within a character. Throws `std::bad_alloc`.
+  /// All of `bytes` converted, from initial state to initial state; none if they are invalid or end
+  /// within a character. Throws `std::bad_alloc`.
   [[nodiscard]] std::optional<std::string> convert(std::string_view bytes);
 
 private:

@@ -14,9 +14,9 @@ std::int64_t offsetAt(std::int64_t moment) noexcept {
 
 } // namespace
 
-// mktime would look at the zone's file each time, and which of two times it takes is not stated.
+// mktime would check the zone's file each time, and its choice between two times is unspecified.
 PFLocalTime PFLocalTimeMake(std::int64_t time) {
-  // Further away from UTC than any zone has been, and too short for clocks to be set twice.
+  // More than any zone's offset, and too short for two changes of clocks.
   constexpr std::int64_t reach = std::int64_t{18} * 3600;
   std::int64_t before = time - reach;
   std::int64_t after = time + reach;

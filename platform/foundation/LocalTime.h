@@ -1,8 +1,7 @@
 #ifndef PLATFORM_FOUNDATION_LOCALTIME_H
 #define PLATFORM_FOUNDATION_LOCALTIME_H
 
-/* Local time, for hosts that read dates as the library does. The zone is the one that the C library
- * has taken from the environment. */
+/* Local time, for hosts that read dates as the library does, in the C library's time zone. */
 
 #include <stdint.h>
 
@@ -25,8 +24,8 @@ typedef struct {
   int64_t change;
 } PFLocalTime;
 
-/* What `time` means, given as the seconds that UTC would have had since 1970 when its clocks showed
- * that. Any thread. */
+/* The meanings of the local time `time`, given in seconds since 1970 as if it were UTC. Any thread.
+ */
 PFLocalTime PFLocalTimeMake(int64_t time);
 
 #ifdef __cplusplus

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -36,31 +37,22 @@ std::optional<std::string_view> localizationOf(std::string_view locale) noexcept
     return "English";
   if (upTo(locale, ".@") == "en_GB")
     return "Britain";
-  struct Name {
-    std::string_view language;
-    std::string_view localization;
-  };
-  static constexpr Name names[] = {{"ja", "Japanese"}, {"en", "English"}, {"de", "German"},
-                                   {"fr", "French"},   {"it", "Italian"}, {"es", "Spanish"},
-                                   {"nl", "Dutch"}};
-  const std::string_view language = upTo(locale, "_.@");
-  const auto *const found = std::find_if(std::begin(names), std::end(names), [&](const Name &name) {
-    return name.language == language;
-  });
-  if (found == std::end(names))
-    return std::nullopt;
-  return found->localization;
+  static constexpr std::pair<std::string_view, std::string_view> names[] = {
+      {"ja", "Japanese"}, {"en", "English"}, {"de", "German"}, {"fr", "French"},
+      {"it", "Italian"},  {"es", "Spanish"}, {"nl", "Dutch"}};
+  for (const auto &[language, name] : names)
+    if (language == upTo(locale, "_.@"))
+      return name;
+  return std::nullopt;
 }
 
-/// The user's locales, the most wanted first, as gettext reads the environment: the list in
-/// LANGUAGE counts unless the locale is the plain one.
+/// The user's locales in order of preference, like gettext: LANGUAGE counts unless the locale is
+/// the plain one.
 std::vector<std::string_view> preferredLocales() {
   const LocaleEnvironment &e = environment();
-  std::string_view locale = e.lang;
-  if (!e.all.empty())
-    locale = e.all;
-  else if (!e.messages.empty())
-    locale = e.messages;
+  const std::string_view locale = !e.all.empty()        ? e.all
+                                  : !e.messages.empty() ? e.messages
+                                                        : e.lang;
 
   std::vector<std::string_view> locales;
   if (!isPlainLocale(locale)) {
@@ -86,10 +78,8 @@ std::vector<std::string_view>
 CFBundleCopyLocalizationsForPreferences(const std::vector<std::string_view> &localizations) {
   std::vector<std::string_view> ordered;
   const auto add = [&](std::optional<std::string_view> name) {
-    const auto holds = [&](const std::vector<std::string_view> &names) {
-      return std::find(names.begin(), names.end(), *name) != names.end();
-    };
-    if (name && holds(localizations) && !holds(ordered))
+    if (name && std::ranges::count(localizations, *name) > 0 &&
+        std::ranges::count(ordered, *name) == 0)
       ordered.push_back(*name);
   };
   for (const std::string_view locale : preferredLocales())

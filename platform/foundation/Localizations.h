@@ -4,10 +4,9 @@
 #include <string_view>
 #include <vector>
 
-/// The languages that a host has texts for, by the names that hosts give them.
+/// The languages of a host's texts, by the names that hosts use.
 
-/// What LC_ALL, LC_MESSAGES, LANG and LANGUAGE, in this order, say about the user's language;
-/// empty where one is not set.
+/// The values of LC_ALL, LC_MESSAGES, LANG and LANGUAGE; empty if unset.
 struct LocaleEnvironment {
   std::string all;
   std::string messages;
@@ -18,11 +17,10 @@ struct LocaleEnvironment {
 /// All localizations of the host. Throws `std::bad_alloc`.
 [[nodiscard]] std::vector<std::string_view> CFBundleCopyBundleLocalizations();
 
-/// Those of `localizations` that the user prefers, the most wanted first. At the end stands
-/// English, in which hosts are developed, or the first of the list if that lacks it and nothing
-/// else fits. Throws `std::bad_alloc`.
+/// The `localizations` that the user prefers, in order. English, the development language, is last,
+/// or the first of the list if it lacks English and nothing else fits. Throws `std::bad_alloc`.
 [[nodiscard]] std::vector<std::string_view>
 CFBundleCopyLocalizationsForPreferences(const std::vector<std::string_view> &localizations);
 
-/// Stands in for the environment, which is otherwise read once; null ends that. Main thread.
+/// Replaces the environment, which is otherwise read once; null restores it. Main thread.
 void setLocaleEnvironmentForTesting(const LocaleEnvironment *environment) noexcept;

@@ -15,40 +15,29 @@ bool watch(int all, int descriptor) noexcept {
   return epoll_ctl(all, EPOLL_CTL_ADD, descriptor, &event) == 0;
 }
 
-void closeIfOpen(int descriptor) noexcept {
-  if (descriptor >= 0)
-    close(descriptor);
-}
-
 } // namespace
 
-std::unique_ptr<LoopDescriptor> LoopDescriptor::create() noexcept {
-  const int all = epoll_create1(EPOLL_CLOEXEC);
-  const int event = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  const int timer = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
-  if (all >= 0 && event >= 0 && timer >= 0 && watch(all, event) && watch(all, timer))
-    if (auto *made = new (std::nothrow) LoopDescriptor(all, event, timer))
-      return std::unique_ptr<LoopDescriptor>(made);
-  closeIfOpen(all);
-  closeIfOpen(event);
-  closeIfOpen(timer);
-  return nullptr;
-}
+LoopDescriptor::LoopDescriptor() noexcept
+    : all_(epoll_create1(EPOLL_CLOEXEC)), event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      timer_(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)) {}
 
-LoopDescriptor::~LoopDescriptor() {
-  close(all_);
-  close(event_);
-  close(timer_);
+std::unique_ptr<LoopDescriptor> LoopDescriptor::create() noexcept {
+  std::unique_ptr<LoopDescriptor> made(new (std::nothrow) LoopDescriptor);
+  // A call on a descriptor that could not be made fails.
+  if (made && watch(made->number(), made->event_.number()) &&
+      watch(made->number(), made->timer_.number()))
+    return made;
+  return nullptr;
 }
 
 void LoopDescriptor::signal() noexcept {
   const std::uint64_t one = 1;
-  [[maybe_unused]] const ssize_t written = write(event_, &one, sizeof one);
+  [[maybe_unused]] const ssize_t written = write(event_.number(), &one, sizeof one);
 }
 
 void LoopDescriptor::reset() noexcept {
   std::uint64_t count = 0;
-  [[maybe_unused]] const ssize_t taken = read(event_, &count, sizeof count);
+  [[maybe_unused]] const ssize_t taken = read(event_.number(), &count, sizeof count);
 }
 
 void LoopDescriptor::setDeadline(std::optional<std::chrono::nanoseconds> deadline) noexcept {
@@ -57,10 +46,10 @@ void LoopDescriptor::setDeadline(std::optional<std::chrono::nanoseconds> deadlin
   deadline_ = deadline;
   itimerspec timer{};
   if (deadline) {
-    // A deadline of zero would switch the timer off.
+    // Zero would disarm the timer.
     const std::int64_t nanoseconds = deadline->count() > 0 ? deadline->count() : 1;
     timer.it_value.tv_sec = nanoseconds / 1'000'000'000;
     timer.it_value.tv_nsec = nanoseconds % 1'000'000'000;
   }
-  timerfd_settime(timer_, TFD_TIMER_ABSTIME, &timer, nullptr);
+  timerfd_settime(timer_.number(), TFD_TIMER_ABSTIME, &timer, nullptr);
 }

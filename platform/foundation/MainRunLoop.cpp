@@ -25,10 +25,7 @@ std::chrono::nanoseconds realNow() noexcept { return MainRunLoop::Clock::now().t
 void WorkQueue::append(Work &work, std::uint64_t number) noexcept {
   work.next_ = nullptr;
   work.number_ = number;
-  if (last_ != nullptr)
-    last_->next_ = &work;
-  else
-    first_ = &work;
+  (last_ != nullptr ? last_->next_ : first_) = &work;
   last_ = &work;
 }
 
@@ -93,14 +90,14 @@ void MainRunLoop::beginActivity() noexcept { activities_.fetch_add(1); }
 
 void MainRunLoop::endActivity() noexcept {
   assert(isMainThread());
-  // The clock may jump now, and a host that watches the descriptor must hear of it.
+  // The clock may jump now: wake a host that watches the descriptor.
   if (activities_.fetch_sub(1) == 1)
     updateDescriptor();
 }
 
 void MainRunLoop::takeDueWork() noexcept {
-  // The descriptor is reset before its flag, and the flag before the queue is looked at: work that
-  // arrives in between is found below, and what arrives later signals anew.
+  // Reset the descriptor before its flag, and the flag before reading the queue: work that arrives
+  // in between is found below, and later work signals again.
   if (LoopDescriptor *const descriptor = descriptor_.load()) {
     descriptor->reset();
     isSignaled_.store(false);
@@ -130,11 +127,11 @@ bool MainRunLoop::dispatch(const Run *run) noexcept {
   takeDueWork();
   const std::uint64_t last = ready_.lastNumber();
   if (ready_.isEmpty()) {
-    // The descriptor's own deadline may have passed, and stays readable until it is set anew.
+    // A passed deadline keeps the descriptor readable until it is set again.
     updateDescriptor();
     return false;
   }
-  // A run of the loop by itself goes on with the next batch anyway.
+  // `run` continues with the next batch anyway.
   const bool isLimited = run == nullptr;
   const Clock::time_point end = isLimited ? Clock::now() + dispatchBudget : Clock::time_point();
   bool hasRun = false;
@@ -143,7 +140,7 @@ bool MainRunLoop::dispatch(const Run *run) noexcept {
     try {
       work->run();
     } catch (...) {
-      // Nobody could be told, and the work that waits behind must not suffer.
+      // There is no caller to report to, and later work must still run.
     }
     work->finished();
     if (isLimited ? Clock::now() >= end : run->isStopped.load())

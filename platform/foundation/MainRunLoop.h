@@ -12,17 +12,17 @@
 class LoopDescriptor;
 template <class T> class NeverDestroyed;
 
-/// One piece of work for the main thread. The loop neither allocates nor copies it, so that what
-/// has been reserved cannot fail to be posted.
+/// One piece of work for the main thread. The loop neither allocates nor copies it, so that posting
+/// reserved work cannot fail.
 class Work {
 public:
   Work(const Work &) = delete;
   Work &operator=(const Work &) = delete;
 
-  /// Does the work. Main thread. Whatever it throws is dropped.
+  /// Does the work. Main thread. Exceptions are dropped.
   virtual void run() = 0;
 
-  /// Called once after `run`, on the same thread; the loop does not touch the object afterwards.
+  /// Called once after `run`, on the main thread; the loop does not use the object afterwards.
   virtual void finished() noexcept = 0;
 
 protected:
@@ -42,8 +42,7 @@ public:
   [[nodiscard]] bool isEmpty() const noexcept { return first_ == nullptr; }
   [[nodiscard]] std::uint64_t lastNumber() const noexcept { return last_ ? last_->number_ : 0; }
   void append(Work &work, std::uint64_t number) noexcept;
-  void append(WorkQueue &other) noexcept;
-  /// The first element if its number is at most `number`, taken out of the list; else null.
+  /// Removes and returns the first element if its number is at most `number`; else null.
   [[nodiscard]] Work *takeUpTo(std::uint64_t number) noexcept;
 
 private:
@@ -51,7 +50,7 @@ private:
   Work *last_ = nullptr;
 };
 
-/// Work that becomes due at a moment. It can be scheduled again once it has begun to run.
+/// Work that becomes due at a given time. It can be scheduled again once it has begun to run.
 class TimedWork : public Work {
 public:
   [[nodiscard]] bool isScheduled() const noexcept { return isScheduled_; }
@@ -75,10 +74,10 @@ private:
   bool isScheduled_ = false;
 };
 
-/// The main thread's queue of work and its timers. `MainLoop.h` is its face for hosts in C,
-/// `Perform.h` what the library calls.
+/// The main thread's queue of work and its timers. Hosts in C use it through `MainLoop.h`, the
+/// library through `Perform.h`.
 ///
-/// Ownership: one per process, never destroyed; owns nothing that is posted.
+/// Ownership: one per process, never destroyed; does not own posted work.
 /// Threads: `post`, `stop`, `isMainThread` and `beginActivity` any; all else main.
 class MainRunLoop {
 public:
@@ -90,25 +89,25 @@ public:
   [[nodiscard]] bool isMainThread() const noexcept;
   void bindToCurrentThread() noexcept;
 
-  /// Appends `work`, which must stay alive until it has finished.
+  /// Appends `work`, which must live until it has finished. Any thread.
   void post(Work &work) noexcept;
 
-  /// Makes `work` due after `delay`; work that is scheduled already keeps its moment.
+  /// Makes `work` due after `delay`; work that is already scheduled keeps its time.
   void schedule(TimedWork &work, std::chrono::nanoseconds delay) noexcept;
 
-  /// Between these two calls the virtual clock stands still: somebody is at work whose results are
-  /// still to come. The end is called on the main thread.
+  /// Between these two calls the virtual clock stands still, because results are pending.
+  /// beginActivity: any thread; endActivity: main thread.
   void beginActivity() noexcept;
   void endActivity() noexcept;
 
-  /// Runs what was due at the beginning, for 8 ms at most; whether there was anything.
+  /// Runs what is due now, for 8 ms at most. Whether anything was.
   bool dispatch() noexcept;
 
-  /// Runs the loop until it is stopped, until `limit` has passed on the real clock, or, if
-  /// `untilWorkIsDone`, until something has been run.
+  /// Runs the loop until it is stopped, the real clock passes `limit`, or, if `untilWorkIsDone`,
+  /// some work has run.
   RunResult run(std::optional<Clock::time_point> limit, bool untilWorkIsDone) noexcept;
 
-  /// Ends the innermost `run`, if there is one.
+  /// Ends the innermost `run`, if any.
   void stop() noexcept;
 
   [[nodiscard]] int descriptor() noexcept;
@@ -125,7 +124,7 @@ private:
   MainRunLoop() noexcept = default;
 
   void signalDescriptor() noexcept;
-  /// When the next timer is due, if that is a moment of the real clock.
+  /// When the next timer is due; none on the virtual clock.
   [[nodiscard]] std::optional<std::chrono::nanoseconds> nextDeadline() const noexcept;
   bool dispatch(const Run *run) noexcept;
   void takeDueWork() noexcept;
@@ -136,13 +135,13 @@ private:
   std::atomic<pid_t> mainThread_{0};
 
   std::atomic<bool> isSignaled_{false};
-  /// Made when a host first asks for it, and never taken away again.
+  /// Created when a host first requests it, and kept.
   std::atomic<LoopDescriptor *> descriptor_{nullptr};
   std::atomic<int> activities_{0};
 
   NSLock lock_;
   NSCondition hasNews_;
-  /// What has been posted and not yet taken by the main thread.
+  /// Work that the main thread has not taken yet.
   WorkQueue incoming_ PF_GUARDED_BY(lock_);
   Run *innermost_ PF_GUARDED_BY(lock_) = nullptr;
 

@@ -1,5 +1,6 @@
 #include "platform/foundation/MountPoints.h"
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/NSLock.h"
 #include "platform/foundation/NeverDestroyed.h"
 #include "platform/foundation/PathComponents.h"
@@ -9,35 +10,31 @@
 #include <chrono>
 #include <fcntl.h>
 #include <optional>
-#include <unistd.h>
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A search that meets a folder just when something is mounted there may as well have met it
-/// before.
+/// A search that meets a folder while something is being mounted there could have met it before.
 constexpr std::chrono::milliseconds validity{10};
 
 constexpr int mountPointField = 4;
 
+/// None on failure. Throws `std::bad_alloc`.
 std::optional<std::string> readTable() {
-  const int file = uninterrupted(&SystemCalls::openMountTable, O_RDONLY | O_CLOEXEC | O_NOCTTY);
-  if (file < 0)
+  const FileDescriptor file(
+      uninterrupted(&SystemCalls::openMountTable, O_RDONLY | O_CLOEXEC | O_NOCTTY));
+  if (!file)
     return std::nullopt;
   std::string table;
   std::size_t filled = 0;
   ssize_t size = 0;
-  try {
-    do {
-      filled += static_cast<std::size_t>(size);
-      table.resize(filled + (std::size_t{16} << 10));
-      size = uninterrupted(&SystemCalls::read, file, table.data() + filled, table.size() - filled);
-    } while (size > 0);
-  } catch (...) {
-    size = -1;
-  }
-  close(file);
+  do {
+    filled += static_cast<std::size_t>(size);
+    table.resize(filled + (std::size_t{16} << 10));
+    size = uninterrupted(&SystemCalls::read, file.number(), table.data() + filled,
+                         table.size() - filled);
+  } while (size > 0);
   if (size < 0)
     return std::nullopt;
   table.resize(filled);
@@ -46,7 +43,7 @@ std::optional<std::string> readTable() {
 
 bool isOctal(char digit) noexcept { return digit >= '0' && digit <= '7'; }
 
-/// The table writes blanks, line ends and backslashes as a backslash and three octal digits.
+/// The table escapes blanks, line ends and backslashes as a backslash and three octal digits.
 std::string unescaped(std::string_view text) {
   std::string result;
   while (!text.empty()) {
@@ -68,7 +65,6 @@ std::string_view field(std::string_view line, int number) noexcept {
   return line.substr(0, line.find(' '));
 }
 
-/// What was read last, and when.
 struct Latest {
   NSLock lock;
   Clock::time_point readAt PF_GUARDED_BY(lock);
@@ -89,12 +85,11 @@ MountPoints::MountPoints(std::string_view table) {
     if (!line.empty())
       names_.push_back(unescaped(lastPathComponent(field(line, mountPointField))));
   }
-  std::sort(names_.begin(), names_.end());
-  names_.erase(std::unique(names_.begin(), names_.end()), names_.end());
+  std::ranges::sort(names_);
 }
 
 bool MountPoints::haveName(std::string_view name) const noexcept {
-  return std::binary_search(names_.begin(), names_.end(), name);
+  return std::ranges::binary_search(names_, name);
 }
 
 std::shared_ptr<const MountPoints> MountPoints::recent() noexcept {
@@ -108,7 +103,7 @@ std::shared_ptr<const MountPoints> MountPoints::recent() noexcept {
       if (const std::optional<std::string> table = readTable())
         latest.mounts = std::make_shared<const MountPoints>(*table);
     } catch (...) {
-      // Without memory every folder's status is asked for.
+      // Without memory the status of every folder is read.
     }
   }
   return latest.mounts;

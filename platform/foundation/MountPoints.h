@@ -5,24 +5,23 @@
 #include <string_view>
 #include <vector>
 
-/// The names of the folders at which file systems are mounted, whatever folder those are in. A
-/// folder whose name is none of them is no mount root, so that its status need not be asked for.
+/// The names of the folders at which file systems are mounted, without their paths. A folder with
+/// another name is no mount root, which spares reading its status.
 ///
 /// Ownership: a snapshot, shared by those who use it. Threads: any.
 class MountPoints {
 public:
-  /// The mounts as of the last few milliseconds; null when the system does not tell them or memory
-  /// is short.
+  /// The mounts as of the last few milliseconds; null if they cannot be read or memory is short.
   [[nodiscard]] static std::shared_ptr<const MountPoints> recent() noexcept;
 
-  /// Has the next call read the table anew.
+  /// Makes the next call read the table again.
   static void forgetForTesting() noexcept;
 
   /// The mount points that `table` names, a text in the form of /proc/self/mountinfo (proc(5)).
   /// Throws `std::bad_alloc`.
   explicit MountPoints(std::string_view table);
 
-  /// Whether a file system is mounted at a folder of that name.
+  /// Whether a file system is mounted at some folder of that name.
   [[nodiscard]] bool haveName(std::string_view name) const noexcept;
 
 private:

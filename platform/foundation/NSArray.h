@@ -4,6 +4,7 @@
 #include "platform/foundation/Ref.h"
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 /// An immutable list of objects.
@@ -12,7 +13,9 @@
 class NSArray final : public NSObject {
 public:
   /// Throws `std::bad_alloc`.
-  static Ref<const NSArray> create(std::vector<Ref<const NSObject>> elements);
+  static Ref<const NSArray> create(std::vector<Ref<const NSObject>> elements) {
+    return Ref<const NSArray>::adopt(new NSArray(std::move(elements)));
+  }
 
   [[nodiscard]] std::size_t count() const noexcept { return elements_.size(); }
 
@@ -22,7 +25,8 @@ public:
   }
 
 private:
-  explicit NSArray(std::vector<Ref<const NSObject>> elements) noexcept;
+  explicit NSArray(std::vector<Ref<const NSObject>> elements) noexcept
+      : elements_(std::move(elements)) {}
   ~NSArray() override = default;
 
   const std::vector<Ref<const NSObject>> elements_;

@@ -5,7 +5,7 @@
 
 #include <string_view>
 
-/// Classes that are looked up by name at run time, because a system may lack them.
+/// Classes looked up by name at run time, because a system may lack them.
 ///
 /// A class that can be looked up registers itself when the platform library is loaded.
 /// Threads: registration happens before `main`; all else main thread.
@@ -18,10 +18,10 @@ public:
   NSClass(const NSClass &) = delete;
   NSClass &operator=(const NSClass &) = delete;
 
-  /// The class of that name, or null when the system has none.
+  /// The class of that name, or null if the system has none.
   static const NSClass *named(std::string_view name) noexcept;
 
-  /// A new instance, or null when none can be made.
+  /// A new instance, or null if memory is short.
   [[nodiscard]] Ref<NSObject> newInstance() const noexcept;
 
   /// Hides the class of that name, or shows it again.

@@ -6,9 +6,8 @@
 #include <condition_variable>
 #include <mutex>
 
-/// What threads sleep on until another has changed something under a lock. A sleep may end early:
-/// the sleeper looks again at what it waits for.
-/// Threads: any.
+/// Lets threads sleep until another has changed something under a lock. A sleep may end early:
+/// check the condition again. Threads: any.
 class NSCondition {
 public:
   using Clock = std::chrono::steady_clock;
@@ -19,7 +18,7 @@ public:
     held.release();
   }
 
-  /// False when `deadline` has passed.
+  /// False if `deadline` has passed.
   bool waitUntil(NSLock &lock, Clock::time_point deadline) PF_REQUIRES(lock) {
     std::unique_lock held(lock.mutex_, std::adopt_lock);
     const bool isInTime = condition_.wait_until(held, deadline) == std::cv_status::no_timeout;
@@ -27,7 +26,7 @@ public:
     return isInTime;
   }
 
-  /// Wakes one sleeper. Where that may destroy the condition, while the lock is held.
+  /// Wakes one sleeper. Hold the lock if the sleeper may destroy the condition.
   void signal() noexcept { condition_.notify_one(); }
 
 private:

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t largestKept = std::size_t{128} * 1024;
 
-/// A block of memory that is free.
+/// A free block of memory.
 struct Spare {
   void *memory = nullptr;
   std::size_t size = 0;
@@ -22,7 +22,7 @@ struct Spare {
 
 thread_local Spare spare;
 
-/// What precedes every object: how much memory it has.
+/// Precedes every object: the size of its memory.
 struct alignas(std::max_align_t) Header {
   std::size_t size;
 };

@@ -8,19 +8,18 @@
 
 /// Bytes.
 ///
-/// The bytes live inside the object. Each thread keeps the memory of the last one that it has
-/// freed, if that is not large, for the next: who reads the beginnings of many files pays for one
-/// buffer.
+/// The bytes live inside the object. Each thread keeps the memory of its last freed object, unless
+/// large, for the next: reading the beginnings of many files takes one buffer.
 /// Ownership: counted. Threads: any, once it is filled.
 class NSData final : public NSObject {
 public:
-  /// Room for `capacity` bytes, with none in it. Throws `std::bad_alloc`.
+  /// An empty object with room for `capacity` bytes. Throws `std::bad_alloc`.
   static Ref<NSData> withCapacity(std::size_t capacity);
 
-  /// The room, to be filled by who has made the object.
+  /// The room, to be filled by the creator.
   [[nodiscard]] char *mutableBytes() noexcept { return reinterpret_cast<char *>(this + 1); }
 
-  /// Says how many bytes there are; not more than there is room for.
+  /// Sets the number of bytes, at most the capacity.
   void setLength(std::size_t length) noexcept { length_ = length; }
 
   [[nodiscard]] std::string_view view() const noexcept {

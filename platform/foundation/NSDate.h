@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-/// A moment: seconds since 2001-01-01 00:00 UTC.
+/// A point in time, in seconds since 2001-01-01 00:00 UTC.
 ///
 /// Ownership: counted. Threads: any; immutable.
 class NSDate final : public NSObject {
@@ -17,22 +17,22 @@ public:
   /// Throws `std::bad_alloc`.
   static Ref<const NSDate> dateWithTimeIntervalSinceReferenceDate(double seconds);
 
-  /// The moment that a text names, in the forms of `intervalOfNaturalLanguageDate`; null when it
-  /// names none. Throws `std::bad_alloc`.
+  /// The date in a text in the forms of `intervalOfNaturalLanguageDate`; null if there is none.
+  /// Throws `std::bad_alloc`.
   static Ref<const NSDate> dateWithNaturalLanguageString(const NSString &text);
 
-  /// The moment of a file time, cut down to whole microseconds. `nanoseconds` is 0 to 999,999,999.
+  /// A file time, rounded down to whole microseconds. `nanoseconds` is 0 to 999,999,999.
   static double intervalOfFileTime(std::int64_t secondsSince1970,
                                    std::uint32_t nanoseconds) noexcept;
 
   [[nodiscard]] double timeIntervalSinceReferenceDate() const noexcept { return seconds_; }
 
-  /// Ascending when this moment is before `other`.
+  /// Ascending if this date is before `other`.
   [[nodiscard]] NSComparisonResult compare(const NSDate &other) const noexcept {
     return compareIntervals(seconds_, other.seconds_);
   }
 
-  /// The same comparison for two moments given as seconds.
+  /// The same comparison for dates in seconds.
   static NSComparisonResult compareIntervals(double a, double b) noexcept;
 
 private:

@@ -11,8 +11,7 @@
 #define PF_GUARDED_BY(lock) PF_THREAD_ANNOTATION(guarded_by(lock))
 #define PF_REQUIRES(lock) PF_THREAD_ANNOTATION(requires_capability(lock))
 
-/// A lock that is held by one thread at a time and must not be taken again by its holder.
-/// Clang checks the fields that are declared as guarded by it.
+/// A non-recursive lock. Clang checks the fields declared as guarded by it.
 class PF_THREAD_ANNOTATION(capability("mutex")) NSLock {
 public:
   void lock() PF_THREAD_ANNOTATION(acquire_capability()) { mutex_.lock(); }

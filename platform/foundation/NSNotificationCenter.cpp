@@ -43,7 +43,7 @@ void NSNotificationCenter::postNotification(std::string_view name, NSObject *obj
   for (std::size_t i = 0; i < count; ++i) {
     if (registrations_[i].handler == nullptr || registrations_[i].name != name)
       continue;
-    // Taken out first, since a handler may register more; and nothing may fail here.
+    // Copied first, since a handler may register more; nothing may fail here.
     const auto [observer, handler] =
         std::pair(registrations_[i].observer, registrations_[i].handler);
     handler(observer, notification);

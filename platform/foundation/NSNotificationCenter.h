@@ -6,13 +6,13 @@
 #include <string_view>
 #include <vector>
 
-/// A notification: what has happened, and to whom. Lives as long as the handlers run.
+/// A notification and its sender. Lives while the handlers run.
 struct NSNotification {
   std::string_view name;
   NSObject *object;
 };
 
-/// Where objects tell others that something has happened, without knowing them.
+/// Delivers notifications between objects that do not know each other.
 ///
 /// Ownership: borrows observers; an observer removes itself before it is destroyed.
 /// Threads: main thread only.
@@ -22,15 +22,14 @@ public:
 
   static NSNotificationCenter &defaultCenter() noexcept;
 
-  /// Has `handler` called with `observer` for each notification of that name, from any sender.
+  /// Registers `handler`, called with `observer`, for notifications of that name from any sender.
   /// Throws `std::bad_alloc`, and then nothing has been added.
   void addObserver(void *observer, Handler handler, std::string_view name);
 
   /// Removes every registration of the observer for that name.
   void removeObserver(const void *observer, std::string_view name) noexcept;
 
-  /// Calls the handlers in the order of their registration. One that is removed meanwhile is not
-  /// called any more, one that is added meanwhile not yet.
+  /// Calls the handlers in order of registration; not those removed or added meanwhile.
   void postNotification(std::string_view name, NSObject *object);
 
 private:
@@ -43,6 +42,6 @@ private:
   void forgetRemoved() noexcept;
 
   std::vector<Registration> registrations_;
-  /// How many posts are running: while there are any, removed registrations stay as empty ones.
+  /// The number of running posts, during which removed registrations stay, empty.
   int posts_ = 0;
 };

@@ -9,31 +9,27 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace {
 
 std::optional<std::string> decodeData(std::string_view data, NSStringEncoding encoding) {
-  switch (encoding) {
-  case NSDefaultCStringEncoding:
-    if (auto text = decodeText(data, StringEncoding::UTF8))
-      return text;
-    return decodeText(data, StringEncoding::ISOLatin1);
-  case NSASCIIStringEncoding:
-    return decodeText(data, StringEncoding::ASCII);
-  case NSUTF8StringEncoding:
-    return decodeText(data, StringEncoding::UTF8);
-  case NSUnicodeStringEncoding:
-    return decodeText(data, StringEncoding::UTF16);
-  case NSISO2022JPStringEncoding:
-    return decodeText(data, StringEncoding::ISO2022JP);
-  }
+  using enum StringEncoding;
+  static constexpr std::pair<NSStringEncoding, StringEncoding> known[] = {
+      {NSDefaultCStringEncoding, UTF8}, {NSDefaultCStringEncoding, ISOLatin1},
+      {NSASCIIStringEncoding, ASCII},   {NSUTF8StringEncoding, UTF8},
+      {NSUnicodeStringEncoding, UTF16}, {NSISO2022JPStringEncoding, ISO2022JP}};
+  for (const auto &[number, form] : known)
+    if (number == encoding)
+      if (auto text = decodeText(data, form))
+        return text;
   return std::nullopt;
 }
 
 } // namespace
 
-// The text follows the object in the same allocation, so that a path costs its own bytes and
-// little more.
+// The text follows the object in the same allocation, so that a path costs little more than its
+// bytes.
 
 NSString *NSString::allocate(std::size_t length) {
   if (length >= std::numeric_limits<std::uint32_t>::max())
@@ -55,7 +51,7 @@ const char *NSString::UTF8String() const noexcept {
 Ref<const NSString> NSString::create(std::string_view bytes) { return join(bytes, {}, {}); }
 
 Ref<const NSString> NSString::initWithData(std::string_view data, NSStringEncoding encoding) {
-  // Most data are ASCII, and then need not be copied twice.
+  // Most data are ASCII, which needs only one copy.
   const bool extendsASCII = encoding == NSDefaultCStringEncoding ||
                             encoding == NSASCIIStringEncoding || encoding == NSUTF8StringEncoding;
   if (extendsASCII && isStoredAs(data, static_cast<std::uint32_t>(StringEncoding::ASCII)))

@@ -8,14 +8,15 @@
 #include <cstdint>
 #include <string_view>
 
-/// The encodings of data that a string is made from, by their Foundation numbers.
+/// Encodings of data, by their Foundation numbers.
 enum NSStringEncoding : std::uint32_t {
   /// The default C-string encoding: UTF-8, and ISO Latin-1 for bytes that are not valid UTF-8.
   NSDefaultCStringEncoding = 0,
   NSASCIIStringEncoding = 1,
   NSUTF8StringEncoding = 4,
-  /// UTF-16, in the order that a mark at its beginning tells, and big-endian without one. The mark
-  /// is no part of the text.
+  /// UTF-16, in the order of its byte-order mark, and big-endian without one. The mark is not part
+  /// of
+  /// the text.
   NSUnicodeStringEncoding = 10,
   NSISO2022JPStringEncoding = 21,
 };
@@ -27,8 +28,8 @@ enum NSComparisonResult : int {
   NSOrderedDescending = 1,
 };
 
-/// An immutable text. It keeps the bytes that it was made from: bytes that are not UTF-8, as file
-/// names may hold, are given back unchanged and take part in a search as themselves.
+/// An immutable text. It keeps its original bytes: those that are not UTF-8, as in some file names,
+/// stay unchanged and match themselves in a search.
 ///
 /// Ownership: counted; the text lives inside the object.
 /// Threads: any; immutable.
@@ -38,11 +39,11 @@ public:
   /// string without a NUL may name a file or be given to C.
   static Ref<const NSString> create(std::string_view bytes);
 
-  /// A string of data in an encoding, its NULs included; null when the data are not valid in it.
-  /// Throws as `create` does.
+  /// A string of data in an encoding, NULs included; null if they are invalid in it. Throws as
+  /// `create` does.
   static Ref<const NSString> initWithData(std::string_view data, NSStringEncoding encoding);
 
-  /// The concatenation of three texts, made in one allocation. Throws as `create` does.
+  /// The concatenation of three texts, in one allocation. Throws as `create` does.
   static Ref<const NSString> join(std::string_view a, std::string_view b, std::string_view c);
 
   /// The bytes, ended by a NUL. Valid as long as the object.
@@ -58,12 +59,12 @@ public:
     return view() == other.view();
   }
 
-  /// Where `text` first occurs, by the rules of `TextPattern`; length 0 when it does not occur or
-  /// is empty. Throws `std::bad_alloc`.
+  /// Where `text` first occurs, by the rules of `TextPattern`; length 0 if it does not occur or is
+  /// empty. Throws `std::bad_alloc`.
   [[nodiscard]] NSRange rangeOfString(const NSString &text, unsigned options) const;
 
-  /// This path followed by a slash and `name`, without doubling a slash that is there already.
-  /// An empty path gives the name alone. Throws as `create` does.
+  /// This path, a slash unless it ends with one, and `name`. An empty path gives the name alone.
+  /// Throws as `create` does.
   [[nodiscard]] Ref<const NSString> stringByAppendingPathComponent(std::string_view name) const;
 
   static void operator delete(void *memory) noexcept;

@@ -5,10 +5,10 @@
 
 /// One job for a thread of its own.
 ///
-/// `main` runs on the new thread; what it throws is dropped. Its last hand-over, if it made one
-/// with `performAtExit`, then runs on the main thread, and after it `ended`, which gives back what
-/// the job holds. The job counts as alive until then. All of this is part of the job object, so
-/// that the end of a job that was started can always be reported.
+/// `main` runs on the new thread; its exceptions are dropped. Then the action set by
+/// `performAtExit`, if any, and `ended`, which releases what the job holds, run on the main thread.
+/// Until then the job counts as running. The job object holds all that this needs, so that the end
+/// of a started job is always reported.
 ///
 /// Ownership: the starter owns the object and keeps it alive until `ended`.
 class ThreadJob : public Work, private Runnable {
@@ -16,9 +16,9 @@ public:
   /// A call whose target outlives the job.
   using Action = void (*)(void *target);
 
-  /// Has the main thread call `action` as the last thing of the job that the calling thread runs;
-  /// returns at once, and the job must return too. On a thread without a job it performs the
-  /// action and waits until that is done.
+  /// Makes the main thread call `action` as the last step of the calling thread's job; returns at
+  /// once, and the job must return too. On a thread without a job, performs the action and waits
+  /// for it.
   static void performAtExit(Action action, void *target) noexcept;
 
 protected:
@@ -41,15 +41,15 @@ private:
 
   Action exitAction_ = nullptr;
   void *target_ = nullptr;
-  /// The body has been run, or is left to a thread.
+  /// A thread runs the body, or it has been run.
   bool hasThread_ = false;
 };
 
-/// Detached threads. To the library each is new, does one job and ends; underneath, one that has
-/// become idle may be used again. They block all signals and outlive nothing but their job.
+/// Detached threads. To the library each is new, does one job and ends; idle ones may be reused
+/// underneath. They block all signals.
 class NSThread {
 public:
-  /// Starts `job` on a thread of its own, never waiting for a busy one. When no thread can be had
+  /// Starts `job` on a thread of its own, never waiting for a busy one. If no thread is available,
   /// the job becomes work of the main loop. Main thread.
   static void detachNewThread(ThreadJob &job) noexcept;
 };

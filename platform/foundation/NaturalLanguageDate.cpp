@@ -8,12 +8,12 @@
 
 namespace {
 
-/// Takes a text apart from its beginning. What cannot be taken stays where it is.
+/// Parses a text from its beginning. A failed call consumes nothing.
 class Scanner {
 public:
   explicit Scanner(std::string_view text) noexcept : rest_(text) { skipBlanks(); }
 
-  /// Whether there were any.
+  /// Whether there were any blanks.
   bool skipBlanks() noexcept {
     const bool hadBlank = isBlank(next());
     while (isBlank(next()))
@@ -46,7 +46,7 @@ public:
     return number;
   }
 
-  /// The digits after a decimal sign as a part of one.
+  /// The digits after a decimal sign, as a fraction.
   std::optional<double> takeFraction() noexcept {
     if (!isAtDigit())
       return std::nullopt;
@@ -82,9 +82,7 @@ std::optional<std::chrono::local_days> takeDate(Scanner &scanner) noexcept {
     return std::nullopt;
   const std::chrono::year_month_day date{std::chrono::year(static_cast<int>(*year)),
                                          std::chrono::month(*month), std::chrono::day(*day)};
-  if (!date.ok())
-    return std::nullopt;
-  return std::chrono::local_days(date);
+  return date.ok() ? std::optional(std::chrono::local_days(date)) : std::nullopt;
 }
 
 struct TimeOfDay {
@@ -129,7 +127,7 @@ std::optional<std::chrono::seconds> takeOffset(Scanner &scanner) noexcept {
   return sign * (std::chrono::hours(*hours) + std::chrono::minutes(*minutes));
 }
 
-/// A time that clocks skip moves forward by as much; of a doubled time it is the first.
+/// A skipped time moves forward by the gap; a doubled one means the first.
 std::int64_t momentOfLocalTime(std::chrono::local_seconds time) noexcept {
   const auto [byOldOffset, byNewOffset, change] = PFLocalTimeMake(time.time_since_epoch().count());
   return byOldOffset >= change && byNewOffset >= change ? byNewOffset : byOldOffset;
@@ -151,11 +149,8 @@ std::optional<double> intervalOfNaturalLanguageDate(std::string_view text) noexc
       return std::nullopt;
     time = *taken;
     scanner.skipBlanks();
-    if (!scanner.isAtEnd()) {
-      offset = takeOffset(scanner);
-      if (!offset)
-        return std::nullopt;
-    }
+    if (!scanner.isAtEnd() && !(offset = takeOffset(scanner)))
+      return std::nullopt;
     scanner.skipBlanks();
   }
   if (!scanner.isAtEnd())

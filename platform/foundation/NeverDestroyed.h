@@ -3,8 +3,8 @@
 #include <new>
 #include <utility>
 
-/// Room for an object that lives as long as the process: no destructor runs at its end, while
-/// threads may still use it, and none of it is allocated.
+/// Holds an object that lives as long as the process: its destructor never runs, since threads may
+/// still use it at exit. Allocates nothing.
 template <class T> class NeverDestroyed {
 public:
   template <class... Arguments> explicit NeverDestroyed(Arguments &&...arguments) {

@@ -2,16 +2,16 @@
 
 #include <string_view>
 
-/// The parts of a POSIX path, as views into it. They look at the text alone, never at the disk.
+/// The parts of a POSIX path, as views into it. The disk is never read.
 
 /// The last component, trailing slashes left out: "b" of "/a/b/", "/" of "/", "" of "".
 [[nodiscard]] std::string_view lastPathComponent(std::string_view path) noexcept;
 
-/// What stands before the last component, without a slash at its end: "/a" of "/a/b/", "/" of "/a",
+/// The part before the last component, without a final slash: "/a" of "/a/b/", "/" of "/a",
 /// "" of "a".
 [[nodiscard]] std::string_view pathWithoutLastComponent(std::string_view path) noexcept;
 
-/// What follows the last dot of a path's last component, without the dot. Empty when there is no
+/// The part after the last dot of a path's last component. Empty if there is no
 /// dot, or only one that begins the component (".profile") or ends it.
 [[nodiscard]] inline std::string_view extensionOfName(std::string_view name) noexcept {
   const std::size_t dot = name.rfind('.');

@@ -9,10 +9,10 @@
 #include <type_traits>
 #include <utility>
 
-/// Performs: calls that are handed to the main thread, at once or after a delay. A function that is
-/// performed owns what it needs (a reference to its target, a copy of its argument).
+/// Calls handed to the main thread, at once or after a delay. A performed function owns what it
+/// needs (a reference to its target, a copy of its argument).
 
-/// A delay in seconds as the run loop counts it.
+/// A delay in seconds, for the run loop.
 inline std::chrono::nanoseconds performDelay(double seconds) noexcept {
   return std::chrono::round<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds));
 }
@@ -32,9 +32,9 @@ template <class Function> void performOnMainThread(Function function) {
   MainRunLoop::shared().post(*std::make_unique<Posted>(std::move(function)).release());
 }
 
-/// Has the main thread call `function`, each time in a turn of its loop, until it answers false,
-/// and returns then; on the main thread it is called at once. One that answers nothing is called
-/// once. Allocates nothing, so that it cannot fail. Any thread.
+/// Makes the main thread call `function`, each time in a turn of its loop, and returns once it
+/// returns false; on the main thread, calls it at once. A void function is called once. Allocates
+/// nothing, so that it cannot fail. Any thread.
 template <class Function> void performOnMainThreadAndWait(Function &&function) {
   const auto isCalledAgain = [&] {
     if constexpr (std::is_void_v<decltype(function())>) {
@@ -61,7 +61,7 @@ template <class Function> void performOnMainThreadAndWait(Function &&function) {
     void finished() noexcept override {
       if (isCalledAgain_)
         return MainRunLoop::shared().post(*this);
-      // The waiter may be gone as soon as it can take the lock.
+      // The waiter may destroy this object once it can take the lock.
       const LockGuard guard(lock_);
       isDone_ = true;
       done_.signal();
@@ -84,8 +84,8 @@ template <class Function> void performOnMainThreadAndWait(Function &&function) {
   work.wait();
 }
 
-/// Has the main thread call `function` after a delay in seconds. Throws `std::bad_alloc`, and then
-/// nothing has been scheduled. Main thread.
+/// Makes the main thread call `function` after a delay in seconds. Throws `std::bad_alloc`, and
+/// then nothing has been scheduled. Main thread.
 template <class Function> void performAfterDelay(double seconds, Function function) {
   class Delayed final : public TimedWork {
   public:
@@ -100,9 +100,8 @@ template <class Function> void performAfterDelay(double seconds, Function functi
                                  performDelay(seconds));
 }
 
-/// A delayed perform that is part of its target, so that it can always be scheduled. While it is
-/// scheduled it holds a reference to the target; asked for again meanwhile, it keeps its moment.
-/// Main thread.
+/// A delayed perform that is part of its target, so that scheduling cannot fail. While scheduled,
+/// it holds a reference to the target and keeps its time if scheduled again. Main thread.
 template <class Target> class ReservedPerform final : public TimedWork {
 public:
   ReservedPerform(Target &target, void (Target::*action)()) noexcept

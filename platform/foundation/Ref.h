@@ -17,7 +17,7 @@ public:
       object_->retain();
   }
 
-  /// Takes over a reference that the caller owns, such as that of a new object.
+  /// Takes over the caller's reference, such as that of a new object.
   static Ref adopt(T *object) noexcept {
     Ref ref;
     ref.object_ = object;
@@ -29,8 +29,8 @@ public:
 
   template <class U> Ref(Ref<U> other) noexcept : object_(other.leak()) {}
 
-  /// The slot holds the new object before the old one is given back, so that a destructor that
-  /// looks at the slot sees the new state.
+  /// Stores the new object before releasing the old one, so that a destructor that reads this `Ref`
+  /// sees the new state.
   Ref &operator=(Ref other) noexcept {
     std::swap(object_, other.object_);
     return *this;

@@ -3,6 +3,6 @@
 #include <optional>
 #include <string>
 
-/// The path without links, "." and ".."; none where there is no such item, or that cannot be told.
+/// The path without links, "." and ".."; none if there is no such item, and on failure.
 /// Throws `std::bad_alloc`. Any thread.
 [[nodiscard]] std::optional<std::string> resolvedPath(const std::string &path);

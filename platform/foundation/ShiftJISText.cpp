@@ -19,7 +19,7 @@ constexpr std::size_t trailCount = 0xFD - firstTrail;
 constexpr std::size_t leadCount = (0xA0 - 0x81) + (0xFD - 0xE0);
 constexpr std::size_t none = leadCount * trailCount;
 
-/// Where the table has the character of two bytes; `none` for bytes that cannot be one.
+/// The table index of a two-byte character; `none` for other bytes.
 std::size_t indexOf(char first, char second) noexcept {
   const std::size_t lead = static_cast<unsigned char>(first);
   const std::size_t trail = static_cast<unsigned char>(second);
@@ -38,11 +38,11 @@ std::string bytesAt(std::size_t index) {
   return {static_cast<char>(lead), static_cast<char>(index % trailCount + firstTrail)};
 }
 
-/// That the C library's characters of two bytes cannot be had, at least not now.
+/// Thrown if the C library's two-byte characters are not available, at least for now.
 struct Unavailable {};
 
-/// The characters of two bytes. They are asked of iconv once, each for itself: to open it for each
-/// text would cost more than the text, and its single bytes are not the ones wanted here.
+/// The two-byte characters, converted by iconv once, one by one: opening it for each text would
+/// cost more than the text, and its single bytes differ from ours.
 class DoubleByteTable {
 public:
   /// Throws `std::bad_alloc` and `Unavailable`.
@@ -66,7 +66,7 @@ public:
   /// letter and a combining mark.
   static constexpr std::size_t longest = 7;
 
-  /// A character in UTF-8; empty when there is none.
+  /// A character in UTF-8; empty if there is none.
   [[nodiscard]] std::string_view at(std::size_t index) const noexcept {
     if (index == none)
       return {};
@@ -96,7 +96,7 @@ private:
   std::vector<std::uint16_t> byText_;
 };
 
-/// Made when it is first needed, and anew after a failure.
+/// Created on first use, and again after a failure.
 const DoubleByteTable &doubleBytesOf(ShiftJIS form) {
   if (form == ShiftJIS::MacJapanese) {
     static NeverDestroyed<DoubleByteTable> table(ShiftJIS::MacJapanese);
@@ -116,7 +116,7 @@ std::optional<std::string> decode(std::string_view bytes, ShiftJIS form) {
   std::string text;
   text.reserve(bytes.size());
   for (std::size_t i = 0; i < bytes.size(); ++i) {
-    // Of ASCII the backslash alone stands for something else, a yen sign.
+    // Of ASCII only the backslash differs: it is a yen sign.
     const std::string_view rest = bytes.substr(i, lengthOfASCIIRun(bytes.substr(i)));
     const std::string_view run = rest.substr(0, rest.find('\\'));
     text += run;
@@ -141,8 +141,7 @@ std::optional<std::string> decode(std::string_view bytes, ShiftJIS form) {
   return text;
 }
 
-/// Takes the longest character that `text` begins with and that has two bytes; `none` if there is
-/// no such.
+/// Takes the longest two-byte character at the beginning of `text`; `none` if there is none.
 std::size_t takeDoubleByte(std::string_view &text, const DoubleByteTable &doubles) noexcept {
   for (std::size_t size = std::min(text.size(), DoubleByteTable::longest); size > 1; --size)
     if (const std::size_t index = doubles.indexOfText(text.substr(0, size)); index != none) {

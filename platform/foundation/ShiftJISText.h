@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-/// The two forms of Shift-JIS that text comes in.
+/// The two forms of Shift-JIS.
 enum class ShiftJIS {
   /// JIS X 0208, and the Mac's single bytes.
   MacJapanese,
@@ -12,9 +12,9 @@ enum class ShiftJIS {
   X0213,
 };
 
-/// `bytes` as UTF-8; none when they are not valid, or the C library lacks the characters of two
-/// bytes. Throws `std::bad_alloc`. Any thread.
+/// `bytes` as UTF-8; none if they are invalid, or the C library lacks the two-byte characters.
+/// Throws `std::bad_alloc`. Any thread.
 [[nodiscard]] std::optional<std::string> decodeShiftJIS(std::string_view bytes, ShiftJIS form);
 
-/// UTF-8 as Shift-JIS; none when it holds another character. Throws `std::bad_alloc`. Any thread.
+/// UTF-8 as Shift-JIS; none if it holds another character. Throws `std::bad_alloc`. Any thread.
 [[nodiscard]] std::optional<std::string> encodeShiftJIS(std::string_view text, ShiftJIS form);

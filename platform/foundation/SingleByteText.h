@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-/// What each byte stands for in an encoding, as a code point of the Basic Multilingual Plane;
+/// The characters of the bytes of an encoding, as code points of the Basic Multilingual Plane;
 /// `notAlone` for a byte that is no character by itself.
 ///
 /// Threads: constant.
@@ -19,7 +19,7 @@ public:
     return characters_[static_cast<unsigned char>(byte)];
   }
 
-  /// The byte that stands for `character`, or -1.
+  /// The byte of `character`, or -1.
   [[nodiscard]] int byteOf(std::int32_t character) const noexcept;
 
 private:

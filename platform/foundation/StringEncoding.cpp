@@ -19,9 +19,7 @@ bool isUTF8(std::string_view text) noexcept {
 }
 
 std::optional<std::string> copyIf(bool isValid, std::string_view text) {
-  if (!isValid)
-    return std::nullopt;
-  return std::string(text);
+  return isValid ? std::optional<std::string>(text) : std::nullopt;
 }
 
 std::string decodeSingleBytes(std::string_view bytes, const SingleByteTable &table) {
@@ -132,7 +130,7 @@ bool isStoredAs(std::string_view text, std::uint32_t encoding) noexcept {
   case StringEncoding::MacRoman:
     return isASCII(text);
   default:
-    // A backslash is another byte or none in Shift-JIS.
+    // In Shift-JIS a backslash is another byte or none.
     return false;
   }
 }

@@ -10,26 +10,21 @@ namespace {
 
 constexpr SystemCalls realCalls{
     .openAt = [](int folder, const char *path, int flags) { return openat(folder, path, flags); },
-    .listEntries = [](int folder, void *buffer,
-                      std::size_t size) { return getdents64(folder, buffer, size); },
+    .listEntries = getdents64,
     .statusAt =
         [](int folder, const char *path, int flags, struct statx *status) {
           return statx(folder, path, flags, STATX_BASIC_STATS, status);
         },
     .openMountTable = [](int flags) { return open("/proc/self/mountinfo", flags); },
-    .fileSystemOf = [](int file, struct statfs *fileSystem) { return fstatfs(file, fileSystem); },
-    .fileSystemAt = [](const char *path,
-                       struct statfs *fileSystem) { return statfs(path, fileSystem); },
+    .fileSystemOf = fstatfs,
+    .fileSystemAt = statfs,
     .resolve = [](const char *path) { return realpath(path, nullptr); },
-    .makeFolder = [](const char *path, mode_t mode) { return mkdir(path, mode); },
-    .setMode = [](const char *path, mode_t mode) { return chmod(path, mode); },
-    .removeFile = [](const char *path) { return unlink(path); },
-    .read = [](int file, void *buffer, std::size_t size) { return ::read(file, buffer, size); },
-    .readAt = [](int file, void *buffer, std::size_t size,
-                 off_t offset) { return pread(file, buffer, size, offset); },
-    .startThread =
-        [](pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),
-           void *argument) { return pthread_create(thread, attributes, body, argument); },
+    .makeFolder = mkdir,
+    .setMode = chmod,
+    .removeFile = unlink,
+    .read = read,
+    .readAt = pread,
+    .startThread = pthread_create,
 };
 
 std::atomic<const SystemCalls *> callsInUse{&realCalls};

@@ -8,8 +8,8 @@
 #include <sys/types.h>
 #include <type_traits>
 
-/// The calls to the operating system that can fail, in one table, so that a test can make any of
-/// them fail. Each answers as the call it is named for, with `errno` set on failure.
+/// The system calls that can fail, in one table, so that a test can make any of them fail. Each
+/// returns what its namesake does, with `errno` set on failure.
 struct SystemCalls {
   int (*openAt)(int folder, const char *path, int flags) = nullptr;
   /// getdents64(2).
@@ -21,7 +21,7 @@ struct SystemCalls {
   /// fstatfs(2) and statfs(2).
   int (*fileSystemOf)(int file, struct statfs *fileSystem) = nullptr;
   int (*fileSystemAt)(const char *path, struct statfs *fileSystem) = nullptr;
-  /// realpath(3), which allocates what it answers.
+  /// realpath(3), which allocates its result.
   char *(*resolve)(const char *path) = nullptr;
   /// mkdir(2), chmod(2) and unlink(2).
   int (*makeFolder)(const char *path, mode_t mode) = nullptr;
@@ -35,15 +35,14 @@ struct SystemCalls {
                      void *argument) = nullptr;
 };
 
-/// The table in use: the real calls, unless a test put another in their place. Any thread.
+/// The table in use: the real calls, unless a test has replaced them. Any thread.
 const SystemCalls &systemCalls() noexcept;
 
-/// Makes one of the calls, once more whenever a signal has interrupted it. The library's threads
-/// block all signals, but the main thread is the host's, which may handle some without having its
-/// calls restarted; and it is there that the files of a query are tested. POSIX lets a signal
-/// interrupt an open and a read, on a slow device or a network, and file systems that are programs
-/// answer other calls so as well. To make one of these twice does no harm; it would with close(2),
-/// which is never made again. Any thread.
+/// Makes one of the calls, and repeats it after EINTR. The library's threads block all signals, but
+/// the main thread, where the files of a query are tested, is the host's, which may handle some
+/// without restarting calls. POSIX lets a signal interrupt an open or a read on a slow device or a
+/// network, and user-space file systems do so with other calls. Repeating these is harmless;
+/// close(2) is never repeated. Any thread.
 template <class Result, class... Parameters>
 Result uninterrupted(Result (*SystemCalls::*call)(Parameters...),
                      std::type_identity_t<Parameters>... arguments) noexcept {
@@ -57,12 +56,12 @@ Result uninterrupted(Result (*SystemCalls::*call)(Parameters...),
   }
 }
 
-/// Reads until `size` bytes are there or the file ends; how many there are, 0 after a failure. Any
+/// Reads until the buffer is full or the file ends; the number of bytes read, 0 on failure. Any
 /// thread.
 [[nodiscard]] std::size_t readFully(int file, void *buffer, std::size_t size) noexcept;
 
-/// The real calls, for a table that forwards to them.
+/// The real calls, to forward to. Any thread.
 const SystemCalls &realSystemCalls() noexcept;
 
-/// Puts `calls` in place of the real ones; null puts those back. The table must outlive its use.
+/// Replaces the real calls by `calls`; null restores them. The table must outlive its use.
 void setSystemCallsForTesting(const SystemCalls *calls) noexcept;

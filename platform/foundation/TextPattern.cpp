@@ -23,7 +23,7 @@ template <class Sequence> std::vector<std::uint32_t> fallbackLengths(const Seque
   return lengths;
 }
 
-/// Calls `accept` with the end of each occurrence, until it answers true.
+/// Calls `accept` with the end of each occurrence, until it returns true.
 template <class Pattern, class UnitAt, class Accept>
 bool findOccurrence(const Pattern &pattern, const std::vector<std::uint32_t> &fallback,
                     std::size_t size, UnitAt unitAt, Accept accept) {
@@ -52,8 +52,8 @@ struct Ends {
   char first, otherFirst, last, otherLast;
 };
 
-/// Whether a pattern with these ends may begin at one of so many positions. Without branches, so
-/// that the compiler makes vector instructions of it.
+/// Whether a pattern with these ends may begin at one of `size` positions. Branchless, so that the
+/// compiler vectorizes it.
 template <std::size_t size>
 bool mayBeginInBlock(const char *firsts, const char *lasts, Ends ends) noexcept {
   unsigned char isMet = 0;
@@ -89,8 +89,7 @@ TextPattern::TextPattern(std::string_view text, unsigned options)
 NSRange TextPattern::find(std::string_view text) const {
   if (units_.empty() || text.empty())
     return {};
-  // In UTF-8 an ASCII byte is always a character of its own, so that comparing code points is
-  // comparing bytes.
+  // In UTF-8 an ASCII byte is always a whole character, so that bytes can be compared.
   if (isASCII_ && (options_ == NSLiteralSearch || FoldedText::holdsItsASCII(text)))
     return findBytes(text);
   return findFolded(text);
@@ -117,9 +116,8 @@ NSRange TextPattern::findBytes(std::string_view text) const noexcept {
   return range;
 }
 
-/// A position before which no occurrence of an ASCII pattern begins. Texts mostly hold none at all,
-/// and then the first and the last byte of the pattern together are met so seldom that whole blocks
-/// can be passed at a time.
+/// A position before which no occurrence of an ASCII pattern begins. Most texts hold none, and the
+/// pattern's first and last byte seldom occur together, so that whole blocks can be skipped.
 std::size_t TextPattern::findCandidate(std::string_view text) const noexcept {
   constexpr std::size_t blockSize = 64;
   const std::size_t last = units_.size() - 1;
@@ -134,8 +132,7 @@ std::size_t TextPattern::findCandidate(std::string_view text) const noexcept {
         return false;
     return true;
   };
-  // Candidates that fail late, over and over, are left to the search that is never worse than
-  // linear.
+  // After too many failed candidates, leave the rest to the search that is always linear.
   std::size_t position = 0;
   std::size_t failures = 0;
   while (text.size() - position >= blockSize + last &&

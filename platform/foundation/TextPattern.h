@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-/// A text made ready to be looked for in many others.
+/// A text prepared for searching many others.
 ///
 /// Without `NSLiteralSearch` canonically equivalent texts are equal (a composed and a decomposed
 /// é), and nothing is found inside a composed character. With it, code points are compared.
@@ -16,18 +16,17 @@
 /// not UTF-8 equal themselves only.
 ///
 /// A search is linear in the text. ASCII takes a fast path.
-/// Ownership: keeps nothing of the text that it was made from. Threads: any; `find` changes
-/// nothing.
+/// Ownership: keeps no reference to its source. Threads: any; immutable.
 class TextPattern {
 public:
   /// Throws `std::bad_alloc`.
   TextPattern(std::string_view text, unsigned options);
 
-  /// Where the text first occurs; length 0 when it does not occur or is empty.
+  /// Where the text first occurs; length 0 if it does not occur or is empty.
   /// Throws `std::bad_alloc` when `text` is not ASCII, else nothing.
   [[nodiscard]] NSRange find(std::string_view text) const;
 
-  /// How many code points of a text an occurrence takes at most.
+  /// The most code points that an occurrence takes.
   [[nodiscard]] std::size_t longestOccurrence() const noexcept { return units_.size(); }
 
 private:

@@ -16,7 +16,6 @@ constexpr std::size_t stackSize = std::size_t{1} << 20;
 /// How long a thread without work waits for more before it ends.
 constexpr std::chrono::seconds idleTime{2};
 
-/// A thread that waits for work.
 struct IdleThread {
   Runnable *work = nullptr;
   NSCondition isCalled;
@@ -24,10 +23,10 @@ struct IdleThread {
 };
 
 NSLock lock;
-/// The one that became idle last in front.
+/// The most recently idle thread comes first.
 IdleThread *firstIdle PF_GUARDED_BY(lock) = nullptr;
 
-/// Null when nothing has come for a while.
+/// Null after `idleTime` without work.
 Runnable *waitForWork() noexcept {
   const NSCondition::Clock::time_point end = NSCondition::Clock::now() + idleTime;
   IdleThread self;
@@ -58,7 +57,7 @@ bool startThread(Runnable &work) noexcept {
   pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
   pthread_attr_setstacksize(&attributes, stackSize);
 
-  // A thread inherits the mask of the one that starts it: signals are the host's business.
+  // A thread inherits its creator's signal mask; signals are left to the host.
   sigset_t all;
   sigset_t previous;
   sigfillset(&all);

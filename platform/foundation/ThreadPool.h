@@ -1,6 +1,6 @@
 #pragma once
 
-/// What a thread of the pool does. Several threads may run the same at once.
+/// Work for a thread of the pool. Several threads may run the same object at once.
 class Runnable {
 public:
   virtual void runOnThread() noexcept = 0;
@@ -9,11 +9,11 @@ protected:
   ~Runnable() = default;
 };
 
-/// The threads beneath all jobs. One that has become idle is used again, the last first, and ends
-/// when nothing has come for it in two seconds.
+/// The threads beneath all jobs. Idle ones are reused, the most recent first, and end after two
+/// seconds without work.
 class ThreadPool {
 public:
-  /// Runs `work`, which is borrowed, on a thread that does nothing else; false when none can be
-  /// had. Any thread.
+  /// Runs `work`, which is borrowed, on a thread of its own; false if none is available. Any
+  /// thread.
   [[nodiscard]] static bool run(Runnable &work) noexcept;
 };

@@ -7,18 +7,18 @@
 
 #include <cstddef>
 
-/// Threads that share tasks, up to a limit: they come when they are called and leave when there is
-/// nothing to do. Where no thread can be had the main thread does the work, bit by bit.
+/// Threads that share tasks, up to a limit: they join when called and leave when no task is left.
+/// If no thread is available, the main thread does the work in pieces.
 ///
-/// Ownership: part of its owner, which it keeps alive while any of its threads is at work and gives
-/// back on the main thread. The virtual clock stands still meanwhile.
+/// Ownership: part of its owner, which it retains while any of its threads works and releases on
+/// the main thread. The virtual clock stands still meanwhile.
 class ThreadTeam : public Work, private Runnable {
 public:
   ThreadTeam(const ThreadTeam &) = delete;
   ThreadTeam &operator=(const ThreadTeam &) = delete;
 
-  /// Has up to `count` further threads work. A call is never lost: where all are at work, one of
-  /// them looks for tasks again before it leaves. Any thread.
+  /// Makes up to `count` further threads join. No call is lost: if all are working, one of them
+  /// looks for tasks again before it leaves. Any thread.
   void call(std::size_t count) noexcept;
 
 protected:
@@ -27,18 +27,18 @@ protected:
   ~ThreadTeam() = default;
 
 private:
-  /// Does tasks until none is left. On the main thread it may return before that, and is called
-  /// again if it answers true.
+  /// Does tasks until none is left. On the main thread it may return earlier, and is called again
+  /// if it returns true.
   [[nodiscard]] virtual bool work() noexcept = 0;
 
-  /// The last thread is about to leave. It may be called again.
+  /// The last thread is about to leave. May be called again.
   virtual void allDone() noexcept {}
 
   void runOnThread() noexcept final;
   void run() final;
   void finished() noexcept final;
   void leaveToMainThread() noexcept;
-  /// False when the thread has been called again meanwhile.
+  /// False if the thread has been called again meanwhile.
   [[nodiscard]] bool leave() noexcept;
   void post() noexcept PF_REQUIRES(lock_);
 
@@ -48,9 +48,9 @@ private:
   NSLock lock_;
   std::size_t atWork_ PF_GUARDED_BY(lock_) = 0;
   bool isCalledAgain_ PF_GUARDED_BY(lock_) = false;
-  /// The owner is held, and the clock.
+  /// The owner is retained and the clock stopped.
   bool isActive_ PF_GUARDED_BY(lock_) = false;
   bool isPosted_ PF_GUARDED_BY(lock_) = false;
-  /// One of those at work is the main thread.
+  /// The main thread is one of the workers.
   bool isOnMainThread_ PF_GUARDED_BY(lock_) = false;
 };

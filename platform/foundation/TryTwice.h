@@ -1,7 +1,7 @@
 #pragma once
 
-/// Calls `attempt` until it does not throw, `most` times at most, since memory that was short may
-/// be there again. Whether it has succeeded. What it has done when it throws must not count.
+/// Calls `attempt` until it does not throw, at most `most` times: memory that was short may be
+/// available again. Returns whether it succeeded. An attempt that throws must leave no effect.
 template <class Attempt> bool tryTimes(int most, Attempt attempt) noexcept {
   for (int i = 0; i < most; ++i) {
     try {

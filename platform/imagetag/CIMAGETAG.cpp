@@ -13,21 +13,21 @@
 
 namespace {
 
-/// Where the EXIF directory is (EXIF standard, 4.6.3).
+/// The EXIF directory's offset (EXIF standard, 4.6.3).
 constexpr std::uint16_t tagExifIFD = 0x8769;
 
-/// Where the value stands behind its record.
+/// The offset of the value behind its record.
 constexpr std::size_t valueOffset = (sizeof(IMAGETAG_INFO) + alignof(std::max_align_t) - 1) /
                                     alignof(std::max_align_t) * alignof(std::max_align_t);
 
 constexpr std::size_t leastRoom = 16;
 
-template <class T> void tell(T *where, T what) noexcept {
+template <class T> void store(T *where, T value) noexcept {
   if (where != nullptr)
-    *where = what;
+    *where = value;
 }
 
-/// Turns each number of a copied value round.
+/// Reverses the byte order of each number of a copied value.
 void swapBytes(char *value, std::size_t size, std::size_t numberSize) noexcept {
   for (std::size_t i = 0; i + numberSize <= size; i += numberSize)
     std::reverse(value + i, value + i + numberSize);
@@ -61,16 +61,16 @@ int CIMAGETAG::CreateField(const FSSpec * /*file*/, const void *bytes, std::uint
   const ImageBytes image(
       std::string_view(static_cast<const char *>(bytes), bytes != nullptr ? length : 0));
   const std::optional<ImageBytes> block = open(image);
-  tell<std::int16_t>(format, !block ? NoFormat : JPEGSegments::isJPEG(image) ? JPEG : TIFF);
-  tell(base, block ? static_cast<std::uint32_t>(block->begin()) : 0);
-  tell(size, block ? static_cast<std::uint32_t>(block->size()) : 0);
-  tell(exifDirectory, exifDirectory_.value_or(0));
+  store<std::int16_t>(format, !block ? NoFormat : JPEGSegments::isJPEG(image) ? JPEG : TIFF);
+  store(base, block ? static_cast<std::uint32_t>(block->begin()) : 0);
+  store(size, block ? static_cast<std::uint32_t>(block->size()) : 0);
+  store(exifDirectory, exifDirectory_.value_or(0));
   return block ? 1 : 0;
 }
 
 IMAGETAG_INFO *CIMAGETAG::GetInfo(std::int16_t directory, std::uint32_t tag,
                                   std::uint32_t *size) const noexcept {
-  tell<std::uint32_t>(size, 0);
+  store<std::uint32_t>(size, 0);
   if (!tags_ || tag > 0xFFFF || directory < 0 || directory > 1 ||
       (directory == 1 && !exifDirectory_))
     return nullptr;
@@ -93,7 +93,7 @@ IMAGETAG_INFO *CIMAGETAG::GetInfo(std::int16_t directory, std::uint32_t tag,
   const std::size_t numberSize = sizeOfTIFFNumber(field->type);
   if (numberSize > 1 && tags_->isLittleEndian() != (std::endian::native == std::endian::little))
     swapBytes(info->value.bytes, field->value.size(), numberSize);
-  tell(size, static_cast<std::uint32_t>(field->value.size()));
+  store(size, static_cast<std::uint32_t>(field->value.size()));
   return info;
 }
 

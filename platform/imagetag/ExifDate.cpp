@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A decimal number as `atoi` takes it, held to 32 bits and cut to 16.
+/// A decimal number as parsed by `atoi`, clamped to 32 bits and truncated to 16.
 std::int16_t numberOf(const char *text) noexcept {
   const long number = std::strtol(text, nullptr, 10);
   return static_cast<std::int16_t>(std::clamp<long>(
@@ -21,8 +21,8 @@ std::int16_t numberOf(const char *text) noexcept {
 
 bool isDigits(const char *text) noexcept { return text[std::strspn(text, "0123456789")] == '\0'; }
 
-/// Writes a number with so many digits at least, a minus sign being one, and answers where it ends.
-/// This is what "%02d" does, in a part of the time.
+/// Writes a number padded with zeros to `width`, minus sign included, and returns its end: "%02d",
+/// but faster.
 char *putNumber(char *text, int number, int width) noexcept {
   if (number < 0) {
     *text++ = '-';
@@ -30,8 +30,7 @@ char *putNumber(char *text, int number, int width) noexcept {
   }
   std::array<char, 6> digits;
   const auto result = std::to_chars(digits.begin(), digits.end(), std::abs(number));
-  const auto count = static_cast<int>(result.ptr - digits.data());
-  text = std::fill_n(text, std::max(width - count, 0), '0');
+  text = std::fill_n(text, std::max<std::ptrdiff_t>(width - (result.ptr - digits.data()), 0), '0');
   return std::copy(digits.data(), result.ptr, text);
 }
 
@@ -67,7 +66,7 @@ Ref<const NSString> shootingDateText(const CIMAGETAG &imageTag) {
   DateTimeRec date{};
   if (FS_CheckDate(info->value.bytes, &date) == 0)
     return NSString::create("test");
-  // Room for six numbers of 16 bits with their signs, and what separates them.
+  // Room for six signed 16-bit numbers and five separators.
   std::array<char, 48> text;
   char *end = putNumber(text.data(), date.year, 4);
   for (const auto &[separator, number] :

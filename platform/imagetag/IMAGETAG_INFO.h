@@ -20,18 +20,18 @@ enum : std::int16_t {
   IMAGETAG_DOUBLE = 12,
 };
 
-/// One tag of an image, as `CIMAGETAG::GetInfo` gives it.
+/// One tag of an image, returned by `CIMAGETAG::GetInfo`.
 ///
-/// Ownership: the record and its value belong to the caller until `CIMAGETAG::ReleaseInfo`; the
-/// value may be written to.
+/// Ownership: the caller owns the record and its value, which may be modified, until
+/// `CIMAGETAG::ReleaseInfo`.
 struct IMAGETAG_INFO {
   std::uint16_t tag;
   std::int16_t type;
   std::int16_t directory;
-  /// How many values there are; of ASCII and UNDEFINED, how many bytes.
+  /// The number of values; for ASCII and UNDEFINED, of bytes.
   std::int32_t count;
-  /// The values in the machine's byte order, aligned for their type. A NUL that is not counted
-  /// follows, and at least sixteen bytes may be read, of which those past the value are zero.
+  /// The values in the machine's byte order, aligned for their type, followed by an uncounted NUL.
+  /// At least sixteen bytes may be read; those past the value are zero.
   union {
     void *pointer;
     char *bytes;
@@ -42,7 +42,7 @@ struct IMAGETAG_INFO {
     float *floats;
     double *doubles;
   } value;
-  /// Not filled in: zero.
+  /// Always zero.
   union {
     DateTimeRec date;
     std::int16_t pair[2];

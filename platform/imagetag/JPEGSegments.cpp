@@ -10,7 +10,7 @@ constexpr unsigned char startOfScan = 0xDA;
 constexpr unsigned char endOfImage = 0xD9;
 constexpr unsigned char application1 = 0xE1;
 
-/// Whether no length follows: a stuffed zero, TEM, the restarts, the start of an image.
+/// Whether the marker has no length: a stuffed zero, TEM, the restarts, the start of an image.
 bool isAlone(unsigned char marker) noexcept {
   return marker <= 0x01 || (marker >= 0xD0 && marker <= 0xD8);
 }
@@ -56,13 +56,12 @@ std::optional<JPEGSegments::Segment> JPEGSegments::nextSegment() noexcept {
 }
 
 std::optional<ImageBytes> JPEGSegments::nextExif() noexcept {
-  // A zero follows that some cameras fill with something else.
+  // A padding byte follows, which some cameras do not set to zero.
   constexpr std::string_view name("Exif\0", 5);
   constexpr std::size_t nameSize = name.size() + 1;
   while (const std::optional<Segment> segment = nextSegment())
-    if (segment->marker == application1)
-      if (const std::string_view begin = segment->content.part(0, nameSize);
-          begin.size() == nameSize && begin.starts_with(name))
-        return segment->content.range(nameSize, segment->content.size());
+    if (segment->marker == application1 && segment->content.size() >= nameSize &&
+        segment->content.part(0, nameSize).starts_with(name))
+      return segment->content.range(nameSize, segment->content.size());
   return std::nullopt;
 }

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <optional>
 
-/// Goes through the segments of a JPEG file up to its image (JPEG standard, annex B), over fill
-/// bytes and what does not belong there. It takes time linear in the bytes given.
+/// Iterates over the segments of a JPEG file up to its image (JPEG standard, annex B), skipping
+/// fill bytes and stray data. Takes time linear in the bytes.
 ///
 /// Ownership: borrows the bytes. Threads: one at a time.
 class JPEGSegments {
@@ -17,8 +17,8 @@ public:
     return bytes.part(0, 2) == "\xFF\xD8";
   }
 
-  /// The content of the next Exif block without its name (EXIF standard, 4.5.4), as much of it as
-  /// is there; none after the last.
+  /// The content of the next Exif block without its name (EXIF standard, 4.5.4), possibly
+  /// truncated; none after the last.
   [[nodiscard]] std::optional<ImageBytes> nextExif() noexcept;
 
 private:
@@ -28,7 +28,7 @@ private:
   };
 
   [[nodiscard]] std::optional<Segment> nextSegment() noexcept;
-  /// Moves to the next byte that is 0xFF, or to the next that is not; false when there is none.
+  /// Moves to the next byte that is 0xFF, or that is not; false if there is none.
   [[nodiscard]] bool skipTo(bool isFill) noexcept;
 
   ImageBytes bytes_;

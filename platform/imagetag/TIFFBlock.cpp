@@ -1,6 +1,7 @@
 #include "platform/imagetag/TIFFBlock.h"
 
 #include <array>
+#include <utility>
 
 namespace {
 
@@ -57,13 +58,12 @@ std::optional<TIFFBlock::Field> TIFFBlock::find(std::uint32_t directory,
     return std::nullopt;
   std::string_view entries =
       bytes_.part(directory + std::size_t{2}, number(countBytes) * entrySize);
-  const auto high = static_cast<char>(tag >> 8);
-  const auto low = static_cast<char>(tag & 0xFF);
-  const char first = isLittleEndian_ ? low : high;
-  const char second = isLittleEndian_ ? high : low;
-  // Entries should be sorted by their tags; some writers do not care.
+  char wanted[2] = {static_cast<char>(tag >> 8), static_cast<char>(tag & 0xFF)};
+  if (isLittleEndian_)
+    std::swap(wanted[0], wanted[1]);
+  // Entries should be sorted by tag; some writers do not sort them.
   for (; entries.size() >= entrySize; entries.remove_prefix(entrySize))
-    if (entries[0] == first && entries[1] == second)
+    if (entries[0] == wanted[0] && entries[1] == wanted[1])
       return fieldOf(entries.substr(0, entrySize));
   return std::nullopt;
 }
@@ -76,7 +76,7 @@ std::optional<TIFFBlock::Field> TIFFBlock::fieldOf(std::string_view entry) const
   if (typeSize == 0)
     return std::nullopt;
   const std::uint64_t size = std::uint64_t{field.count} * typeSize;
-  // What fits into the place of the offset stands there itself, at its beginning.
+  // A value that fits is stored in place of its offset.
   const std::string_view place = entry.substr(8, 4);
   field.value = size <= place.size() ? place.substr(0, size) : part(number(place), size);
   if (field.value.size() != size)

@@ -358,7 +358,7 @@ TEST_F(HostTest, AHostWithFewDescriptors) {
 
 TEST_F(HostTest, RequestsThatTheProgramRefuses) {
   const FileDescriptor requests = startReaderProgram(READER_PROGRAM);
-  ASSERT_TRUE(requests.isOpen());
+  ASSERT_TRUE(requests);
   const auto answerTo = [&](const std::string &request, int descriptors) {
     int ends[2];
     EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends), 0);
