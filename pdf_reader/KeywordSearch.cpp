@@ -1,6 +1,6 @@
 #include "pdf_reader/KeywordSearch.h"
 
-#include "platform/foundation/ASCIIRun.h"
+#include "platform/foundation/ASCIIText.h"
 #include "platform/foundation/StringEncoding.h"
 
 #include <algorithm>
