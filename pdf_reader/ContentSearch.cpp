@@ -51,28 +51,21 @@ struct Remark {
 
 } // namespace
 
-void ContentSearch::Line::cut(const char *first, const char *last) {
-  begin = tokensEnd = first;
-  end = remark = last;
-  tokens.clear();
-  for (const char *i = first; remark == end;) {
-    while (i != end && isTrim(*i))
-      ++i;
-    const char *const token = i;
-    while (i != end && !isTrim(*i)) {
-      if (*i == '%' && beginsRemark(i, end)) {
-        remark = i;
-        break;
-      }
-      i += *i == '%' && i + 1 != end ? 2 : 1;
-    }
-    if (i != token) {
-      tokens.emplace_back(token, static_cast<std::size_t>(i - token));
-      tokensEnd = i;
-    }
-    if (i == end)
+std::string_view ContentSearch::Line::next() noexcept {
+  const char *i = tokensEnd;
+  while (i != end && isTrim(*i))
+    ++i;
+  const char *const token = i;
+  while (i != end && !isTrim(*i)) {
+    if (*i == '%' && beginsRemark(i, end)) {
+      remark = i;
       break;
+    }
+    i += *i == '%' && i + 1 != end ? 2 : 1;
   }
+  if (i != token)
+    tokensEnd = i;
+  return {token, static_cast<std::size_t>(i - token)};
 }
 
 ContentSearch::ContentSearch(CIOStream &stream, const KeywordSearch &search, ReadBounds &bounds,
@@ -180,7 +173,7 @@ bool ContentSearch::readLine(const char *begin) {
   if (end >= window_.dataEnd() && window_.end() < window_.size())
     return window_.more(nextLine_);
   nextLine_ += end - begin + 1;
-  line_.cut(begin, std::min(end, window_.dataEnd()));
+  line_ = {begin, std::min(end, window_.dataEnd())};
   if (readings_.count() > 1 &&
       !bounds_.take(ReadBounds::Kind::contents,
                     (end - begin) * static_cast<long>(readings_.count() - 1)))
@@ -194,7 +187,7 @@ bool ContentSearch::readLine(const char *begin) {
 
 void ContentSearch::takeTokens() {
   const bool isAlike = readings_.count() == 1 && !(hasNext() && nextStart() < line_.end);
-  for (const std::string_view token : line_.tokens) {
+  for (std::string_view token; !(token = line_.next()).empty();) {
     if (isAlike) {
       readings_.take(readings_[0], token);
       continue;
@@ -227,7 +220,7 @@ void ContentSearch::takeEdges() {
     ContentReading &reading = readings_[i];
     if (hasRemark)
       takeRemark(reading, count);
-    if (line_.tokens.empty())
+    if (!line_.hasTokens())
       continue;
     ContentReading *open = nullptr;
     const char *last = hasRemark ? line_.remark + (line_.isGlued() ? 0 : 1) : line_.end;
@@ -262,7 +255,7 @@ void ContentSearch::takeRemark(ContentReading &reading, std::size_t firstFork) {
       continue;
     const char *const last = i + (end - i) / blockSize * blockSize;
     if (last == i && isBlankFrom(i, end)) {
-      if (line_.tokens.empty() || !isWaiting)
+      if (!line_.hasTokens() || !isWaiting)
         continue;
       open = open != nullptr ? open : &readings_.fork(reading);
       readings_.change(reading, *open, window_.positionOf(i));
@@ -274,7 +267,7 @@ void ContentSearch::takeRemark(ContentReading &reading, std::size_t firstFork) {
       close();
       // Those who go on with the line as it is have not come as far.
       readings_.join(firstFork);
-    } else if (line_.tokens.empty() && isWaiting) {
+    } else if (!line_.hasTokens() && isWaiting) {
       closed = closed != nullptr ? closed : &readings_.fork(reading);
       readings_.change(reading, *closed, window_.positionOf(i));
     }
@@ -289,14 +282,14 @@ void ContentSearch::readAlone(ContentReading &reading, const char *from) {
       readings_.giveUp(reading);
       return;
     }
-    rest_.cut(from, line_.end);
-    for (const std::string_view token : rest_.tokens)
+    Line rest{from, line_.end};
+    for (std::string_view token; !(token = rest.next()).empty();)
       readings_.take(reading, token);
-    isOpen = rest_.tokens.empty();
+    isOpen = !rest.hasTokens();
     from += blockSize;
-    for (; from <= rest_.end && from <= rest_.remark + 1; from += blockSize)
-      isOpen |= from > rest_.tokensEnd && !(rest_.isGlued() && from == rest_.remark + 1);
-    if (from > rest_.end) {
+    for (; from <= rest.end && from <= rest.remark + 1; from += blockSize)
+      isOpen |= from > rest.tokensEnd && !(rest.isGlued() && from == rest.remark + 1);
+    if (from > rest.end) {
       if (!isOpen)
         readings_.endGroup(reading);
       return;
@@ -362,12 +355,14 @@ bool ContentSearch::findOpenEnds() {
         end = vectorBytes::scanLine(i, '\n', '\n').end;
         if (from != 0 && i == begin)
           continue;
-        line_.cut(i, end);
+        line_ = {i, end};
+        while (!line_.next().empty())
+          ;
         if (isForAll)
           noteOpenEnds(open);
-        else if (!line_.tokens.empty())
+        else if (line_.hasTokens())
           last = line_.tokensEnd == line_.end ? nullptr : i;
-        if (first < 0 && !line_.tokens.empty())
+        if (first < 0 && line_.hasTokens())
           first = window_.positionOf(i);
       }
       if (last == nullptr && first >= 0)
@@ -387,7 +382,7 @@ bool ContentSearch::findOpenEnds() {
 /// Goes on from the groups that are open before a line, by their edges modulo the size of a block,
 /// to those that are open behind it. None are open if there are no entries.
 void ContentSearch::noteOpenEnds(std::vector<OpenEnd> &open) const {
-  const bool hasTokens = !line_.tokens.empty();
+  const bool hasTokens = line_.hasTokens();
   const char *const first = hasTokens ? line_.tokensEnd + 1 : line_.remark + 2;
   if (!hasTokens && (open.empty() || first > line_.end))
     return;

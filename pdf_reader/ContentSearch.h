@@ -33,16 +33,17 @@ public:
 private:
   using Result = SearchedContent::Result;
 
-  /// A line, or what a parse makes of the rest of one.
+  /// A line, or the rest of one, that is cut into tokens.
   struct Line {
     const char *begin, *end;
-    std::vector<std::string_view> tokens;
-    const char *tokensEnd; ///< behind the last token, or `begin`
-    const char *remark;    ///< its percent sign, or the line's end
+    const char *tokensEnd = begin; ///< behind the last token so far
+    const char *remark = end;      ///< once there are no more tokens: its percent sign, if any
 
-    void cut(const char *first, const char *last);
+    /// The next token; empty when there is none.
+    std::string_view next() noexcept;
+    [[nodiscard]] bool hasTokens() const noexcept { return tokensEnd != begin; }
     /// Whether the remark follows a token without a blank.
-    [[nodiscard]] bool isGlued() const noexcept { return !tokens.empty() && remark == tokensEnd; }
+    [[nodiscard]] bool isGlued() const noexcept { return hasTokens() && remark == tokensEnd; }
   };
 
   /// The group that the end of the file leaves open for contents with an edge here. It is not
@@ -82,7 +83,7 @@ private:
   ContentReadings readings_;
   std::vector<OpenEnd> openEnds_;
   std::size_t nextOpenEnd_ = 0;
-  Line line_, rest_;
+  Line line_{};
   /// Where the line begins that comes next.
   long nextLine_ = 0;
   /// Contents that begin inside a token whose percent signs mean something else to them.

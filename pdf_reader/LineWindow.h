@@ -69,7 +69,7 @@ public:
   [[nodiscard]] long size() const noexcept { return size_; }
 
 private:
-  static constexpr long readAtOnce = 1 << 11;
+  static constexpr long readAtOnce = 1 << 13;
 
   CIOStream &stream_;
   long size_;
