@@ -14,7 +14,6 @@ FOLDERS = ("FileSharchFunction", "hosts", "pdf_reader", "platform", "streams")
 # Circles that stand for now: a file of each, with how many files may be in it.
 KNOWN = {
     "FileSharchFunction/SearchSystem/SearchEngine": 6,
-    "pdf_reader/CParamArray": 2,
     "platform/metadata/MetadataGathering": 2,
 }
 

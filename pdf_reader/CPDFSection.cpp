@@ -1,11 +1,10 @@
 #include "pdf_reader/CPDFSection.h"
 
 #include "pdf_reader/LineUtility.h"
-#include "streams/MemoryShortage.h"
+#include "pdf_reader/ZeroWithoutMemory.h"
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <vector>
 
 int CPDFSection::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
@@ -18,13 +17,10 @@ int CPDFSection::parseWith(CIOStream *stream, TokenReader::Comments comments) {
   ReleaseParse();
   if (stream == nullptr)
     return 0;
-  try {
+  return zeroWithoutMemory([&] {
     TokenReader reader(*stream, comments, endAt_, telling_);
     return parseGroups(reader);
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-    return 0;
-  }
+  });
 }
 
 int CPDFSection::parseGroups(TokenReader &reader) {
@@ -57,7 +53,7 @@ int CPDFSection::FindKeyWordRev(CIOStream *stream, long length, const unsigned c
   // as many are left again, the rounds would go on for ever.
   long leftBefore = -1;
   long rounds = 0;
-  try {
+  return zeroWithoutMemory([&] {
     std::vector<unsigned char> block(static_cast<std::size_t>(blockSize));
     for (long left = length; left > 0;) {
       const long size = left < blockSize ? blockSize - left : blockSize;
@@ -81,10 +77,6 @@ int CPDFSection::FindKeyWordRev(CIOStream *stream, long length, const unsigned c
       if ((rounds & (rounds - 1)) == 0)
         leftBefore = left;
     }
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-    return 0;
-  }
-  return 1;
-  return 1;
+    return 1;
+  });
 }

@@ -110,14 +110,6 @@ public:
     takeTextRoom(text.size());
   }
 
-  /// The same by copying `copiedAtOnce` bytes, all of them readable, whatever the length; room must
-  /// have been made for so many more.
-  void appendShortInRoom(const char *text, std::size_t length) noexcept {
-    std::memcpy(textRoom(), text, copiedAtOnce);
-    takeTextRoom(length);
-  }
-  static constexpr std::size_t copiedAtOnce = 16;
-
   /// Where the next token's text goes; room must have been made.
   [[nodiscard]] char *textRoom() noexcept { return texts_.data() + textEnd_; }
 

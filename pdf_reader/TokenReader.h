@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pdf_reader/CParamArray.h"
+#include "pdf_reader/VectorBytes.h"
 #include "streams/CIOStream.h"
 
 #include <algorithm>
@@ -16,9 +17,8 @@
 ///
 /// The tokens of a line form a group. A token that the edge of a block cuts is joined. A line that
 /// goes on beyond the edge is one group, unless the edge stands behind its last token: then the
-/// next line with tokens belongs to the group as well, and what follows an edge inside a comment is
-/// text. That is how documents have always been read by this reader, and what is found depends on
-/// it.
+/// next line with tokens belongs to the group as well. What follows an edge inside a comment is
+/// text. What is found in a document depends on this.
 ///
 /// Ownership: the stream and the token array live longer. Threads: one at a time.
 class TokenReader {
@@ -60,9 +60,6 @@ public:
 
 private:
   static constexpr std::size_t blockSize = 1024;
-  /// Behind a block: line ends, so that no loop over a token needs to look for the block's end, and
-  /// as many that a token can be read in whole words.
-  static constexpr std::size_t guardSize = CParamArray::copiedAtOnce;
 
   bool readBlock();
   void passLines() noexcept;
@@ -73,7 +70,6 @@ private:
   const char *readTokens(const char *position, CParamArray &tokens);
   const char *endOfToken(const char *position) noexcept;
   const char *passCommentSign(const char *position) noexcept;
-  void append(CParamArray &tokens, const char *begin, const char *end) noexcept;
   [[nodiscard]] long positionOf(const char *byte) const noexcept {
     return blockPosition_ + (byte - block_.data());
   }
@@ -97,8 +93,6 @@ private:
   bool endsOpen_ = false;
   /// Whether the token that was passed last is followed by a comment.
   bool isComment_ = false;
-  /// Whether the edge of the last block stood inside a comment.
-  bool isInsideComment_ = false;
   bool isGroupOpen_ = false;
   bool isGroupComplete_ = false;
 
@@ -107,5 +101,6 @@ private:
   unsigned long lineIndex_ = 0;
   long lineEnd_ = 0;
 
-  std::array<char, blockSize + guardSize> block_;
+  /// Line ends stand behind a block, so that no loop over a token has to look for the block's end.
+  std::array<char, blockSize + vectorBytes::guardSize> block_;
 };
