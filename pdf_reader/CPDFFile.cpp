@@ -161,7 +161,8 @@ std::vector<long> CPDFFile::startsOfContents() {
   return starts;
 }
 
-/// Looks for a keyword in texts that have to be read whole, each for itself.
+/// Looks for a keyword in each text as a whole, for encodings whose texts cannot be cut into pieces
+/// (`KeywordSearch::canBeCut`).
 int CPDFFile::findInEach(const std::vector<long> &starts, const KeywordSearch &search) {
   CPDFContents contents;
   std::unordered_set<long> visited;

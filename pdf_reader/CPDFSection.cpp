@@ -49,8 +49,8 @@ int CPDFSection::FindKeyWordRev(CIOStream *stream, long length, const unsigned c
   const auto keywordSize = static_cast<long>(std::strlen(reinterpret_cast<const char *>(keyword)));
   const long blockSize = std::max(1024L, keywordSize + 1);
   const long base = stream->Tell();
-  // How many bytes were left after some earlier round, looked at anew after ever more rounds: when
-  // as many are left again, the rounds would go on for ever.
+  // The loop never ends if the same number of bytes is left twice. `leftBefore` is renewed after 1,
+  // 2, 4, 8... rounds, so that it meets any such circle.
   long leftBefore = -1;
   long rounds = 0;
   return zeroWithoutMemory([&] {

@@ -78,7 +78,7 @@ bool TokenReader::next(CParamArray &tokens) {
   return true;
 }
 
-/// Passes lines that do not matter, up to the one that the edge of the block cuts.
+/// Skips lines that do not matter, up to the line that the edge of the block cuts.
 void TokenReader::passLines() noexcept {
   for (;;) {
     const auto scan = vectorBytes::scanLine(cursor_, telling_->one, telling_->other);
@@ -89,7 +89,7 @@ void TokenReader::passLines() noexcept {
   }
 }
 
-/// Passes empty lines and what stands before the first token of the next one.
+/// Skips empty lines and the blanks before the next token.
 const char *TokenReader::passBlanks() noexcept {
   const char *position = cursor_;
   while (position != end_ && classOf(*position) >= ByteClass::trim)
@@ -162,8 +162,8 @@ const char *TokenReader::readTokens(const char *position, CParamArray &tokens) {
   }
 }
 
-/// The end of the token whose bytes go on at `position`; sets `isComment_` when a comment follows
-/// it, and `endsOpen_`.
+/// The end of the token that continues at `position`. Sets `endsOpen_`, and `isComment_` when a
+/// comment follows.
 const char *TokenReader::endOfToken(const char *position) noexcept {
   endsOpen_ = false;
   position = firstSpecial(position);
@@ -176,8 +176,8 @@ const char *TokenReader::endOfToken(const char *position) noexcept {
   return position;
 }
 
-/// Passes what of percent signs is text: a doubled one, and one at the end of the line. Before any
-/// other byte it begins a comment and is not passed.
+/// Skips a percent sign that is text: a doubled one, or one at the end of the line. Any other
+/// begins a comment.
 const char *TokenReader::passCommentSign(const char *position) noexcept {
   const char next = position[1];
   if (!cutsComments_)

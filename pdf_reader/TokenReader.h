@@ -15,10 +15,9 @@
 
 /// Reads a stream from its position on, in blocks of 1,024 bytes, and cuts the lines into tokens.
 ///
-/// The tokens of a line form a group. A token that the edge of a block cuts is joined. A line that
-/// goes on beyond the edge is one group, unless the edge stands behind its last token: then the
-/// next line with tokens belongs to the group as well. What follows an edge inside a comment is
-/// text. What is found in a document depends on this.
+/// The tokens of a line form a group, also if the edge of a block cuts the line or a token. But if
+/// the edge stands behind the line's last token, the next line with tokens joins the group. What
+/// follows an edge inside a comment is text. What is found in a document depends on this.
 ///
 /// Ownership: the stream and the token array live longer. Threads: one at a time.
 class TokenReader {
@@ -27,12 +26,13 @@ public:
 
   static constexpr long noEnd = std::numeric_limits<long>::max();
 
-  /// Two bytes of which one is in each line that matters when no tokens wait.
+  /// Each line that matters contains one of two bytes.
   struct Telling {
     char one, other;
   };
 
-  /// Nothing is read from `end` on. If it is said which lines matter, `next` may pass over others.
+  /// Reads nothing from `end` on. With `telling`, `next` may skip lines that do not matter while no
+  /// tokens wait.
   TokenReader(CIOStream &stream, Comments comments, long end = noEnd,
               std::optional<Telling> telling = std::nullopt);
 
@@ -50,8 +50,7 @@ public:
   /// Where in the stream the first token of the group stands.
   [[nodiscard]] long groupPosition() const noexcept { return groupPosition_; }
 
-  /// Where in the stream, and at which index of the array, the first token stands that was appended
-  /// last.
+  /// Where in the stream, and at which index of the array, the tokens appended last begin.
   [[nodiscard]] long linePosition() const noexcept { return linePosition_; }
   [[nodiscard]] unsigned long lineIndex() const noexcept { return lineIndex_; }
 
