@@ -118,7 +118,7 @@ inline std::size_t decodePairs(const char *&digits, char *out) noexcept {
     const __m128i othersBehind = otherThanDigits(second);
     if (maskOf(_mm_or_si128(others, othersBehind)) != 0) {
       const unsigned mask = maskOf(others) | maskOf(othersBehind) << vectorSize;
-      digits += std::countr_zero(mask) / 2 * 2;
+      digits += std::countr_zero(mask) / 2 * std::ptrdiff_t{2};
       return static_cast<std::size_t>(digits - begin) / 2;
     }
     digits += 2 * vectorSize;
