@@ -13,7 +13,6 @@ FOLDERS = ("FileSharchFunction", "hosts", "pdf_reader", "platform", "streams")
 
 # Circles that stand for now: a file of each, with how many files may be in it.
 KNOWN = {
-    "pdf_reader/CParamArray": 2,
 }
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]*)"', re.MULTILINE)

@@ -16,6 +16,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -29,7 +30,7 @@ struct Parameters {
 
   /// What the marker file in a finished folder holds.
   [[nodiscard]] std::string text() const {
-    return "version=1 files=" + std::to_string(files) + " matches=" + std::to_string(matches) +
+    return "version=2 files=" + std::to_string(files) + " matches=" + std::to_string(matches) +
            " pages=" + std::to_string(mostPages) + " text=" + std::to_string(beginsWithText) +
            (isSparse ? " sparse" : "") + "\n";
   }
@@ -73,9 +74,13 @@ std::string pageContent(Random &random, const Parameters &parameters, bool holds
   const std::size_t columns = parameters.isSparse ? 42 : 72;
   std::string data = parameters.beginsWithText ? "" : "q\n";
   data += "BT\n/F1 10 Tf\n1 0 0 1 56 780 Tm\n14 TL\n";
+  long indent = 0;
   for (std::uint64_t i = 0; i < lines; ++i) {
-    if (parameters.isSparse)
-      data += std::to_string(random.below(500)) + " " + std::to_string(-12) + " Td\n";
+    if (parameters.isSparse) {
+      // Relative to the line before, and within the page: other programs leave out the rest.
+      const auto last = std::exchange(indent, static_cast<long>(random.below(200)));
+      data += std::to_string(indent - last) + " -12 Td\n";
+    }
     appendHex(data, lineOfWords(random, columns, holdsKeyword && i == lines / 2));
     data += parameters.isSparse ? " Tj\n" : " Tj\nT*\n";
   }

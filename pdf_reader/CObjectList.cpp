@@ -1,10 +1,9 @@
 #include "pdf_reader/CObjectList.h"
 
 #include "pdf_reader/ReferenceTokens.h"
-#include "streams/MemoryShortage.h"
+#include "pdf_reader/ZeroWithoutMemory.h"
 
 #include <limits>
-#include <new>
 
 int CObjectList::AddObject(int number, unsigned short generation, unsigned char flag) noexcept {
   const tagOBJECTRECORD record{number, generation, flag};
@@ -14,13 +13,10 @@ int CObjectList::AddObject(int number, unsigned short generation, unsigned char 
 int CObjectList::AddObject(const tagOBJECTRECORD *record) noexcept {
   if (record == nullptr || GetCount() == std::numeric_limits<int>::max())
     return 0;
-  try {
+  return zeroWithoutMemory([&] {
     records_.push_back(*record);
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-    return 0;
-  }
-  return 1;
+    return 1;
+  });
 }
 
 const tagOBJECTRECORD *CObjectList::GetObject(int index) const noexcept {

@@ -27,7 +27,7 @@ public:
   /// memory is short.
   int Parse(const CParamArray *tokens) noexcept;
 
-  /// The same for the tokens from `index` on, so many that there must be.
+  /// The same for `count` tokens from `index` on, which must exist.
   int Parse(const CParamArray &tokens, unsigned long index, unsigned long count) noexcept;
 
   void Release() noexcept { records_ = {}; }

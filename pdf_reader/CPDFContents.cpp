@@ -2,56 +2,28 @@
 
 #include "pdf_reader/ContentState.h"
 #include "pdf_reader/HexString.h"
-#include "streams/MemoryShortage.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <new>
-
-/// Looks at each token once, however often the next operator is asked for.
-class CPDFContents::OperatorScan {
-public:
-  explicit OperatorScan(const CParamArray &tokens) noexcept : tokens_(tokens) {}
-
-  /// The index of the first operator from `index` on, or the count.
-  unsigned long next(unsigned long index) noexcept {
-    if (!hasLooked_ || next_ < index) {
-      hasLooked_ = true;
-      for (next_ = index; next_ < tokens_.GetCount(); ++next_)
-        if (isTextOperator(tokens_.token(next_)))
-          break;
-    }
-    return next_;
-  }
-
-private:
-  const CParamArray &tokens_;
-  unsigned long next_ = 0;
-  bool hasLooked_ = false;
-};
 
 int CPDFContents::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr || goOn == nullptr)
     return 0;
   bool isStopped = false;
   bool hasFailed = false;
-  try {
-    tokens->dropFront(parseTokens(*tokens, isStopped, hasFailed));
-    if (isStopped)
-      *goOn = 0;
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-    return 0;
-  }
+  tokens->dropFront(parseTokens(*tokens, isStopped, hasFailed));
+  if (isStopped)
+    *goOn = 0;
   return hasFailed ? 0 : 1;
 }
 
 /// Gives how many tokens are done with: all, but for a stop or a failure.
 unsigned long CPDFContents::parseTokens(const CParamArray &tokens, bool &isStopped,
                                         bool &hasFailed) {
-  OperatorScan scan(tokens);
   const unsigned long count = tokens.GetCount();
+  // The next operator is looked for once, not from each token that waits for it.
+  unsigned long found = 0;
   unsigned long i = 0;
   while (i < count) {
     const std::string_view token = tokens.token(i);
@@ -72,7 +44,7 @@ unsigned long CPDFContents::parseTokens(const CParamArray &tokens, bool &isStopp
     } else if (token == "ET") {
       isInText_ = false;
     } else {
-      const unsigned long used = parseText(tokens, i, scan, hasFailed);
+      const unsigned long used = parseText(tokens, i, found, hasFailed);
       if (hasFailed)
         return i;
       i += used;
@@ -85,8 +57,10 @@ unsigned long CPDFContents::parseTokens(const CParamArray &tokens, bool &isStopp
 
 /// One step inside a text object. Gives how many tokens it takes.
 unsigned long CPDFContents::parseText(const CParamArray &tokens, unsigned long index,
-                                      OperatorScan &scan, bool &hasFailed) {
-  const unsigned long found = scan.next(index);
+                                      unsigned long &found, bool &hasFailed) {
+  for (found = std::max(found, index); found < tokens.GetCount(); ++found)
+    if (isTextOperator(tokens.token(found)))
+      break;
   if (found == tokens.GetCount() || found == index)
     return 1;
   if (found == index + 1 && tokens.token(found) == "Tj")

@@ -27,11 +27,8 @@ public:
   int GetTextString(unsigned char *buf, unsigned long *ioSize) const noexcept;
 
 private:
-  /// Where the next operator of text stands among tokens.
-  class OperatorScan;
-
   unsigned long parseTokens(const CParamArray &tokens, bool &isStopped, bool &hasFailed);
-  unsigned long parseText(const CParamArray &tokens, unsigned long index, OperatorScan &scan,
+  unsigned long parseText(const CParamArray &tokens, unsigned long index, unsigned long &found,
                           bool &hasFailed);
   bool addString(std::string_view token);
 

@@ -8,13 +8,12 @@
 #include "pdf_reader/ContentSearch.h"
 #include "pdf_reader/KeywordSearch.h"
 #include "pdf_reader/PassedRanges.h"
+#include "pdf_reader/ZeroWithoutMemory.h"
 #include "platform/foundation/NSString.h"
-#include "streams/MemoryShortage.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstring>
-#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,12 +32,8 @@ void completeRoot(CPDFTrailer &last, const CPDFTrailer &other) noexcept {
 
 int CPDFFile::Open(const char *path) {
   Release();
-  try {
-    if (openFile(path) && openDocument())
-      return 1;
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-  }
+  if (zeroWithoutMemory([&] { return openFile(path) && openDocument() ? 1 : 0; }) == 1)
+    return 1;
   Release();
   return 0;
 }
@@ -130,17 +125,14 @@ int CPDFFile::FindText(const void *keyword, int caseSensitive, unsigned long enc
   if (keyword == nullptr || !isOpen_)
     return 0;
   bounds_ = boundsForSearch_;
-  try {
+  return zeroWithoutMemory([&] {
     const KeywordSearch search(*static_cast<const NSString *>(keyword), caseSensitive != 0,
                                encoding);
     const std::vector<long> starts = startsOfContents();
     if (!search.canBeCut())
       return findInEach(starts, search);
     return ContentSearch(*this, search, bounds_, starts).isFound() ? 1 : 0;
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-    return 0;
-  }
+  });
 }
 
 /// Where the contents begin, in the order of pages, up to the first page that cannot be read.
@@ -169,7 +161,8 @@ std::vector<long> CPDFFile::startsOfContents() {
   return starts;
 }
 
-/// Looks for a keyword in texts that have to be read whole, each for itself.
+/// Looks for a keyword in each text as a whole, for encodings whose texts cannot be cut into pieces
+/// (`KeywordSearch::canBeCut`).
 int CPDFFile::findInEach(const std::vector<long> &starts, const KeywordSearch &search) {
   CPDFContents contents;
   std::unordered_set<long> visited;
@@ -198,7 +191,7 @@ int CPDFFile::IsVordaPDF() {
   CPDFKids kids;
   if (!parseAt(*pages_.GetKidsInfo(0), kids))
     return 0;
-  try {
+  return zeroWithoutMemory([&] {
     CPDFStrmObjVorda mark;
     PassedRanges passed(bounds_);
     std::unordered_set<unsigned long> visited;
@@ -214,11 +207,8 @@ int CPDFFile::IsVordaPDF() {
         return 1;
       passed.note(start, mark.parsedTo());
     }
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
     return 0;
-  }
-  return 0;
+  });
 }
 
 int CPDFFile::Close() {

@@ -40,8 +40,8 @@ public:
   /// Whether a content stream of the first page bears the mark of `CPDFStrmObjVorda`: 1 or 0.
   int IsVordaPDF();
 
-  /// From when on `*isStopped` is not 0, any thread may set it, all reading of the open document
-  /// fails, as if its disk did. The flag has to live as long; null ends that.
+  /// Once `*isStopped` is not 0, which any thread may set, all reads of the open document fail. The
+  /// flag has to outlive the document; null forgets it.
   void StopWhen(const std::atomic<char> *isStopped) noexcept { isStopped_ = isStopped; }
 
   /// 1 also when nothing is open.

@@ -1,14 +1,12 @@
 #include "pdf_reader/CPDFKids.h"
 
 #include "pdf_reader/ReferenceValues.h"
-#include "streams/MemoryShortage.h"
-
-#include <new>
+#include "pdf_reader/ZeroWithoutMemory.h"
 
 int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr)
     return 0;
-  try {
+  return zeroWithoutMemory([&] {
     ReferenceValues values(*tokens);
     return walkObject(tokens, goOn, [&](unsigned long i) -> unsigned long {
       if (tokens->token(i) != "/Contents")
@@ -18,10 +16,7 @@ int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
       const unsigned long used = values.read(i + 1, contents_);
       return used == 0 ? failed : used + 1;
     });
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-    return 0;
-  }
+  });
 }
 
 int CPDFKids::ReleaseParse() {

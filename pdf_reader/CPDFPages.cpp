@@ -2,14 +2,12 @@
 
 #include "pdf_reader/ReferenceValues.h"
 #include "pdf_reader/TokenNumber.h"
-#include "streams/MemoryShortage.h"
-
-#include <new>
+#include "pdf_reader/ZeroWithoutMemory.h"
 
 int CPDFPages::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr)
     return 0;
-  try {
+  return zeroWithoutMemory([&] {
     ReferenceValues values(*tokens);
     return walkObject(tokens, goOn, [&](unsigned long i) -> unsigned long {
       const std::string_view token = tokens->token(i);
@@ -25,10 +23,7 @@ int CPDFPages::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
       const unsigned long used = values.read(i + 1, kids_);
       return used == 0 ? failed : used + 1;
     });
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-    return 0;
-  }
+  });
 }
 
 int CPDFPages::ReleaseParse() {

@@ -1,11 +1,10 @@
 #include "pdf_reader/CPDFSection.h"
 
 #include "pdf_reader/LineUtility.h"
-#include "streams/MemoryShortage.h"
+#include "pdf_reader/ZeroWithoutMemory.h"
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <vector>
 
 int CPDFSection::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
@@ -18,13 +17,10 @@ int CPDFSection::parseWith(CIOStream *stream, TokenReader::Comments comments) {
   ReleaseParse();
   if (stream == nullptr)
     return 0;
-  try {
+  return zeroWithoutMemory([&] {
     TokenReader reader(*stream, comments, endAt_, telling_);
     return parseGroups(reader);
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-    return 0;
-  }
+  });
 }
 
 int CPDFSection::parseGroups(TokenReader &reader) {
@@ -53,11 +49,11 @@ int CPDFSection::FindKeyWordRev(CIOStream *stream, long length, const unsigned c
   const auto keywordSize = static_cast<long>(std::strlen(reinterpret_cast<const char *>(keyword)));
   const long blockSize = std::max(1024L, keywordSize + 1);
   const long base = stream->Tell();
-  // How many bytes were left after some earlier round, looked at anew after ever more rounds: when
-  // as many are left again, the rounds would go on for ever.
+  // The loop never ends if the same number of bytes is left twice. `leftBefore` is renewed after 1,
+  // 2, 4, 8... rounds, so that it meets any such circle.
   long leftBefore = -1;
   long rounds = 0;
-  try {
+  return zeroWithoutMemory([&] {
     std::vector<unsigned char> block(static_cast<std::size_t>(blockSize));
     for (long left = length; left > 0;) {
       const long size = left < blockSize ? blockSize - left : blockSize;
@@ -81,10 +77,6 @@ int CPDFSection::FindKeyWordRev(CIOStream *stream, long length, const unsigned c
       if ((rounds & (rounds - 1)) == 0)
         leftBefore = left;
     }
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-    return 0;
-  }
-  return 1;
-  return 1;
+    return 1;
+  });
 }

@@ -41,11 +41,11 @@ public:
   static int FindKeyWordRev(CIOStream *stream, long length, const unsigned char *keyword,
                             long *found);
 
-  /// Has the parses that follow take a position for the end of the stream, if that is later.
+  /// Later parses end at `position` if the stream is longer.
   static constexpr long noEnd = TokenReader::noEnd;
   void EndAt(long position) noexcept { endAt_ = position; }
 
-  /// The end of the last line that the last parse has looked at.
+  /// The end of the last line that the last parse read.
   [[nodiscard]] long parsedTo() const noexcept { return parsedTo_; }
 
 protected:
@@ -83,14 +83,13 @@ protected:
   /// `Parse`, with comments cut off or kept as tokens.
   int parseWith(CIOStream *stream, TokenReader::Comments comments);
 
-  /// Whether the word has been met with which what is read begins: "obj", for some sections
-  /// another.
+  /// Whether the section's first word was read: "obj", for some sections another.
   bool isInside_ = false;
 
-  /// Which lines matter to `ParseLine`; all if it is not said.
+  /// Which lines matter to `ParseLine`; by default all.
   std::optional<TokenReader::Telling> telling_;
 
-  /// The tokens that wait for `ParseLine`, kept for the sake of their room.
+  /// The tokens that wait for `ParseLine`, kept to reuse their memory.
   CParamArray tokens_;
 
 private:

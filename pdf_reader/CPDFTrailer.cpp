@@ -1,9 +1,7 @@
 #include "pdf_reader/CPDFTrailer.h"
 
 #include "pdf_reader/ReferenceTokens.h"
-#include "streams/MemoryShortage.h"
-
-#include <new>
+#include "pdf_reader/ZeroWithoutMemory.h"
 
 int CPDFTrailer::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr || goOn == nullptr)
@@ -57,7 +55,7 @@ int CPDFTrailer::Move1stTrailer(CIOStream *stream) {
 int CPDFTrailer::MoveNextTrailer(CIOStream *stream) {
   if (stream == nullptr)
     return 0;
-  try {
+  return zeroWithoutMemory([&] {
     TokenReader reader(*stream, TokenReader::Comments::cut, TokenReader::noEnd,
                        TokenReader::Telling{'t', 't'});
     CParamArray tokens;
@@ -69,10 +67,7 @@ int CPDFTrailer::MoveNextTrailer(CIOStream *stream) {
       tokens.Reset();
     }
     return reader.result();
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-    return 0;
-  }
+  });
 }
 
 int CPDFTrailer::GetXRefKeySize(int *size) const noexcept {

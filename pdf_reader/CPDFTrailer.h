@@ -6,7 +6,7 @@
 #include <cstdint>
 
 /// A trailer (PDF standard, 7.5.5): how many objects there are, which one is the catalog, and the
-/// number that follows "startxref". /Prev is not looked at: sections are followed through
+/// number that follows "startxref". /Prev is ignored: sections are followed through
 /// "startxref".
 ///
 /// Ownership, threads and failure as `CPDFSection`.
@@ -32,7 +32,7 @@ public:
   int GetRootInfo(tagOBJECTRECORD *root) const noexcept;
   int SetRootInfo(const tagOBJECTRECORD *root) noexcept;
 
-  /// Where the cross-reference section begins; 0 when it is not told.
+  /// Where the cross-reference section begins; 0 when unknown.
   [[nodiscard]] int GetXRefOffset() const noexcept { return xrefOffset_; }
 
 private:

@@ -1,11 +1,10 @@
 #include "pdf_reader/CPDFXRefTable.h"
 
 #include "pdf_reader/TokenNumber.h"
-#include "streams/MemoryShortage.h"
+#include "pdf_reader/ZeroWithoutMemory.h"
 
 #include <algorithm>
 #include <limits>
-#include <new>
 
 int CPDFXRefTable::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr || goOn == nullptr)
@@ -44,12 +43,7 @@ int CPDFXRefTable::Parse(CIOStream *stream) {
   ReleaseParse();
   if (stream == nullptr)
     return 0;
-  try {
-    return parseSection(*stream);
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-    return 0;
-  }
+  return zeroWithoutMemory([&] { return parseSection(*stream); });
 }
 
 int CPDFXRefTable::parseSection(CIOStream &stream) {
@@ -100,14 +94,11 @@ int CPDFXRefTable::SetRefTable(int index, unsigned long offset, unsigned short g
                                unsigned char type) {
   if (index < 0 || index == std::numeric_limits<std::int32_t>::max())
     return 0;
-  try {
+  return zeroWithoutMemory([&] {
     entries_.set(index, {static_cast<std::uint32_t>(offset), generation, type});
-  } catch (const std::bad_alloc &) {
-    MemoryShortage::note();
-    return 0;
-  }
-  size_ = std::max(size_, index + 1);
-  return 1;
+    size_ = std::max(size_, index + 1);
+    return 1;
+  });
 }
 
 unsigned long CPDFXRefTable::GetOffset(tagOBJECTRECORD ref) const noexcept {

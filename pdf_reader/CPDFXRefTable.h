@@ -31,7 +31,7 @@ public:
   /// number that there is, or memory is short.
   int SetRefTable(int index, unsigned long offset, unsigned short generation, unsigned char type);
 
-  /// Where an object stands in the file, free or in use; 0 when the table does not tell.
+  /// Where an object stands in the file, free or in use; 0 when unknown.
   [[nodiscard]] unsigned long GetOffset(tagOBJECTRECORD ref) const noexcept;
 
 private:

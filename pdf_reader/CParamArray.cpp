@@ -65,8 +65,8 @@ bool CParamArray::dropDeletedText(std::size_t bytes) noexcept {
   return true;
 }
 
-/// Takes the tokens of the first line, of which `getInfo` tells the useful part. False when memory
-/// is short.
+/// Takes the tokens of the first line, or of the part of it that `getInfo` selects. False when
+/// memory is short.
 bool CParamArray::parseLine(const char *buf, unsigned long len, LineInfo *getInfo) noexcept {
   Reset();
   unsigned long start = 0;
@@ -137,7 +137,7 @@ bool CParamArray::appendText(const char *text) noexcept {
                      std::less<>()(text, static_cast<const char *>(texts_.data()) + textEnd_);
   if (!isOwn)
     return append({text, length});
-  // Room is made for a copy first: what is copied may move.
+  // Growing may move the text, so copy it first.
   PlainArray<char> copy;
   if (!copy.reserve(length + 1))
     return false;
@@ -145,8 +145,7 @@ bool CParamArray::appendText(const char *text) noexcept {
   return append({copy.data(), length});
 }
 
-/// What stands in the text of a place without a token: a token's own text of no length begins with
-/// the NUL that ends it.
+/// The text of a place without a token. A token without text begins with its NUL.
 constexpr char emptyPlace = '\1';
 
 /// Appends a place that holds no token.

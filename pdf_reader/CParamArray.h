@@ -11,11 +11,11 @@
 /// The tokens of one line of a document, or of several. A token is what stands between NUL, tab and
 /// space; brackets and the like are no separators.
 ///
-/// Ownership: owns the texts; a text that is passed in may be one of them. They stand one behind
-/// the other in one block, each ended by a NUL, so that to fill and to empty the array costs no
-/// allocation for each token. Threads: one at a time. Failure: the operations answer 1 for success
-/// and 0 for failure. When memory is short (or 4 GiB of text are reached), `Parse`, `ParseObject`
-/// and `CopyParam` leave the array empty, the others as it was.
+/// Ownership: owns the texts; a text that is passed in may be one of them. They share
+/// one block, each ended by a NUL, so that a token costs no allocation. Threads: one at a time.
+/// Failure: the operations answer 1 for success and 0 for failure. When memory is short (or 4 GiB
+/// of text are reached), `Parse`, `ParseObject` and `CopyParam` leave the array empty, the others
+/// as it was.
 class CParamArray {
 public:
   static constexpr unsigned long notFound = static_cast<unsigned long>(-1);
@@ -110,14 +110,6 @@ public:
     takeTextRoom(text.size());
   }
 
-  /// The same by copying `copiedAtOnce` bytes, all of them readable, whatever the length; room must
-  /// have been made for so many more.
-  void appendShortInRoom(const char *text, std::size_t length) noexcept {
-    std::memcpy(textRoom(), text, copiedAtOnce);
-    takeTextRoom(length);
-  }
-  static constexpr std::size_t copiedAtOnce = 16;
-
   /// Where the next token's text goes; room must have been made.
   [[nodiscard]] char *textRoom() noexcept { return texts_.data() + textEnd_; }
 
@@ -128,7 +120,7 @@ public:
     texts_.data()[textEnd_++] = '\0';
   }
 
-  /// Deletes the first `n` tokens, of which there must be so many.
+  /// Deletes the first `n` tokens, which must exist.
   void dropFront(unsigned long n) noexcept {
     begin_ += static_cast<std::uint32_t>(n);
     if (begin_ == end_)

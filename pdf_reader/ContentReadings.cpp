@@ -13,7 +13,7 @@ template <class T> std::int32_t takeFree(std::vector<std::int32_t> &free, std::v
     return index;
   }
   all.emplace_back();
-  // So that to free one later cannot fail.
+  // Freeing one must not fail.
   free.reserve(all.capacity());
   return static_cast<std::int32_t>(all.size() - 1);
 }
@@ -91,7 +91,7 @@ ContentReadings::Index ContentReadings::newPast(ContentReading &reading, std::st
   return past;
 }
 
-/// Takes one rider's or one reading's interest away.
+/// Drops one reference to a past.
 void ContentReadings::releasePast(Index past) noexcept {
   while (past != none && --at(pasts_, past).riders == 0) {
     freePasts_.push_back(past);
@@ -105,7 +105,7 @@ ContentReadings::Index ContentReadings::resolve(Index past) noexcept {
   return past;
 }
 
-/// Puts riders beside those with the same edges, or makes them one with those of the same past.
+/// Adds riders to a reading, joined with those of the same edges and past.
 void ContentReadings::add(ContentReading &reading, std::size_t place, Index riders) {
   Riders &added = at(riders_, riders);
   Index &head = reading.heads_[place];
@@ -178,7 +178,7 @@ void ContentReadings::changePlace(ContentReading &from, ContentReading &to, std:
   }
 }
 
-/// The past in another reading of those who leave this one now.
+/// The past that riders take to another reading.
 ContentReadings::Index ContentReadings::changedPast(ContentReading &from, ContentReading &to,
                                                     Index past) {
   past = resolve(past);
@@ -239,8 +239,7 @@ void ContentReadings::join(std::size_t first) {
   }
 }
 
-/// Ends what all riders of a reading read; always false. They have failed, or the keyword is in
-/// their text or not.
+/// Ends all riders of a reading; always false. For `unknown` their text decides.
 bool ContentReadings::end(ContentReading &reading, Result result) {
   if (result == Result::unknown)
     search(reading);
@@ -300,10 +299,10 @@ void ContentReadings::search(ContentReading &reading) {
   dropText(reading);
 }
 
-/// Marks the riders in whose text the keyword is, and those whose text is not valid.
+/// Marks the pasts whose text holds the keyword, and those whose text is invalid.
 void ContentReadings::searchIn(ContentReading &reading, std::size_t encoding) {
   const std::uint8_t bit = bitOf(encoding);
-  // A text is looked at as long as that can change the answer.
+  // Whether more text can change the answer.
   const auto isOpen = [&](Index past) {
     const bool isFound = (at(pasts_, past).found & bit) != 0;
     return (at(pasts_, past).invalid & bit) == 0 && !(isFound && search_.isAlwaysValid());
@@ -319,7 +318,7 @@ void ContentReadings::searchIn(ContentReading &reading, std::size_t encoding) {
   const auto occurs = search_.occursIn(hasSettled ? reading.text() : textOf(*first), encoding);
   if (occurs && !*occurs)
     return;
-  // The later a rider boarded, the rather its text is valid, and the less it holds.
+  // Each text is the end of the one before it: valid if that is, without the keyword if that is.
   auto valid = first;
   if (!occurs)
     valid = std::partition_point(recent.begin(), recent.end(), [&](Index past) {
@@ -335,7 +334,7 @@ void ContentReadings::searchIn(ContentReading &reading, std::size_t encoding) {
   std::for_each(valid, end, [&](Index past) { at(pasts_, past).found |= bit; });
 }
 
-/// Looks for the keyword where it begins before the place at which riders have boarded.
+/// Looks for occurrences that begin before riders boarded.
 void ContentReadings::searchAcross(const ContentReading &reading, Past &past) {
   const std::string_view text = reading.textFrom(past.boarded);
   if (past.text.empty() || text.empty())
@@ -347,7 +346,7 @@ void ContentReadings::searchAcross(const ContentReading &reading, Past &past) {
       past.found |= bitOf(i);
 }
 
-/// Makes the pasts one that no more matter but for their marks.
+/// Settles pasts whose text no longer matters, and joins those with the same marks.
 void ContentReadings::settle(ContentReading &reading) {
   const std::size_t end = reading.end();
   auto &recent = reading.recent_;
@@ -377,7 +376,7 @@ void ContentReadings::settle(ContentReading &reading) {
   settled.resize(kept);
 }
 
-/// Drops what no keyword can begin in any more.
+/// Drops text in which no further occurrence can begin.
 void ContentReadings::dropText(ContentReading &reading) noexcept {
   if (reading.wholeSize_ <= keptText_)
     return;

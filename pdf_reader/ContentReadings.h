@@ -13,28 +13,28 @@
 #include <string_view>
 #include <vector>
 
-/// One content stream of a document: where it begins, and whether the keyword is in its text.
+/// A content stream: where it begins, and whether its text holds the keyword.
 struct SearchedContent {
   enum class Result : std::uint8_t { unknown, absent, found, failed };
 
   long start;
   Result result = Result::unknown;
-  /// Another one that is read alike from some place on.
+  /// The next one of the same riders.
   std::int32_t next = -1;
 };
 
-/// One way to read the lines of a file, for all contents whose parses have come to the same state:
-/// they ride on it. It has the text that it has shown, as far as that is still to be searched.
+/// One way to read the lines of a file. All contents whose parses are in the same state ride on it.
+/// It keeps the text that it showed until that is searched.
 ///
-/// Contents whose starts are congruent modulo the size of a block have all edges of blocks in
-/// common. What else tells riders of a reading apart is the text that they have behind them, and
-/// that no longer than the keyword is.
+/// Contents whose starts are equal modulo the size of a block share all edges of blocks. Riders of
+/// a reading differ only in their edges and in the text before they boarded, of which no more
+/// counts than an occurrence of the keyword can take.
 class ContentReading {
 public:
   static constexpr long blockSize = 1024;
   static constexpr std::int32_t none = -1;
 
-  /// Riders that have the same edges and the same past.
+  /// Contents with the same edges and the same past.
   struct Riders {
     std::int32_t first, last; ///< contents, linked
     std::int32_t past;
@@ -50,8 +50,7 @@ public:
     return heads_[placeOf(position)] >= 0;
   }
 
-  /// Room for so many bytes of text more, of which `ContentReadings::show` then takes some. Throws
-  /// `std::bad_alloc`.
+  /// Room for `size` more bytes of text, for `ContentReadings::show`. Throws `std::bad_alloc`.
   [[nodiscard]] char *room(std::size_t size) {
     if (!text_.reserve(textSize_ + size + vectorBytes::guardSize))
       throw std::bad_alloc();
@@ -69,11 +68,11 @@ private:
     return static_cast<std::size_t>(position % blockSize);
   }
   [[nodiscard]] std::string_view text() const noexcept { return {text_.data(), wholeSize_}; }
-  /// What there is of a character that is cut.
+  /// The bytes of a character whose rest is missing.
   [[nodiscard]] std::string_view cut() const noexcept {
     return {text_.data() + wholeSize_, textSize_ - wholeSize_};
   }
-  /// Where it ends, text that was dropped counted.
+  /// The end of the text, counted from where the reading began.
   [[nodiscard]] std::size_t end() const noexcept { return dropped_ + wholeSize_; }
   [[nodiscard]] std::string_view textFrom(std::size_t place) const noexcept {
     return text().substr(place > dropped_ ? place - dropped_ : 0);
@@ -81,24 +80,24 @@ private:
 
   PlainArray<char> text_;
   std::size_t textSize_ = 0;
-  /// How much of it are whole characters.
+  /// The size of its whole characters.
   std::size_t wholeSize_ = 0;
-  /// How much text was dropped before that.
+  /// How much text was dropped before it.
   std::size_t dropped_ = 0;
-  /// Up to here, text dropped included, it was searched.
+  /// Where the search stopped, counted like `end`.
   std::size_t searched_ = 0;
-  /// Pasts of riders that boarded so lately that the keyword may have begun before, in that order.
+  /// Pasts of riders that boarded recently, oldest first: an occurrence may begin before that.
   std::vector<std::int32_t> recent_;
-  /// The pasts of all others, which differ in their marks only.
+  /// All other pasts, which differ only in their marks.
   std::vector<std::int32_t> settled_;
   std::array<std::int32_t, blockSize> heads_;
   std::vector<std::uint16_t> usedHeads_;
   std::size_t count_ = 0;
-  /// In the course of what riders have changed to it last.
+  /// The last change of riders to it.
   std::uint64_t change_ = 0;
 };
 
-/// All readings of a file that are alive at a place, and their riders.
+/// All readings of a file at one place, and their riders.
 ///
 /// Ownership: the search and the contents live longer. Threads: one at a time. Throws
 /// `std::bad_alloc`.
@@ -115,36 +114,34 @@ public:
   [[nodiscard]] std::size_t count() const noexcept { return live_.size(); }
   [[nodiscard]] ContentReading &operator[](std::size_t i) noexcept { return *live_[i]; }
 
-  /// Lets a content ride that begins here, on a reading of its own or one that has come to the same
-  /// state.
+  /// Adds a content that begins here, to a reading in the first state or to a new one.
   void board(std::size_t content);
   ContentReading &boardAlone(std::size_t content);
 
-  /// Goes on with one reading by a token, or to the end of its group. False when that has ended it.
+  /// Hands a reading the next token, or the end of the group. False when that ends the reading.
   bool take(ContentReading &reading, std::string_view token);
   bool endGroup(ContentReading &reading) {
     return reading.state.endGroup() != Effect::stop || end(reading, Result::unknown);
   }
 
-  /// Makes a reading in the same state, to which riders can change.
+  /// Makes a reading in the same state for riders to change to.
   ContentReading &fork(ContentReading &reading);
 
-  /// Has the riders that meet an edge at `position` change to another reading in the same state.
+  /// Moves the riders with an edge at `position` to another reading in the same state.
   void change(ContentReading &from, ContentReading &to, long position);
 
-  /// Joins readings that have come to the same state, and drops those without riders. Of the first
-  /// readings nothing changes.
+  /// Joins readings in the same state, and drops those without riders, from the `first` on.
   void join(std::size_t first = 0);
 
-  /// The keyword counts as not found by the riders of a reading, or of all but the largest.
+  /// Ends a reading, or all but the largest, as if the keyword were absent.
   void giveUp(ContentReading &reading) { end(reading, Result::absent); }
   void keepLargest();
 
-  /// Ends what riders read that meet an edge at `position`, or what all do.
+  /// Ends the contents with an edge at `position`, or all.
   void endAll(long position);
   void endAll();
 
-  /// Takes as many bytes of the room of a reading for text.
+  /// Appends the first `size` bytes of the reading's room to its text.
   void show(ContentReading &reading, std::size_t size) {
     reading.textSize_ += size;
     reading.wholeSize_ += search_.wholeCharacters(reading.cut());
@@ -158,18 +155,17 @@ private:
   static constexpr Index none = ContentReading::none;
   static constexpr std::size_t textAtOnce = 1 << 13;
 
-  /// What riders of a reading have in common but for their edges.
+  /// What riders of a reading share, whatever their edges.
   struct Past {
-    /// The end of the text that they had when they boarded, at the end of the reading's text as it
-    /// was then.
+    /// The end of their text when they boarded, and where the reading's text ended then.
     std::string text;
     std::size_t boarded = 0;
-    /// For each encoding, whether the text is not valid in it, and whether the keyword was found.
+    /// A bit for each encoding: the text is invalid in it, the keyword was found.
     std::uint8_t invalid = 0, found = 0;
     Index riders = 0;
-    /// The past that stands for this one as well, or none.
+    /// The past that replaces this one, or none.
     Index same = none;
-    /// Into which past this one has been changed last, and in the course of what.
+    /// What the last change made of this past, and which change that was.
     Index changed = none;
     std::uint64_t change = 0;
   };

@@ -27,12 +27,12 @@ bool isBlankFrom(const char *place, const char *end) noexcept {
   return place == end || (*place == '%' && beginsRemark(place, end));
 }
 
-/// What matters of a remark for those who read a part of it as text.
+/// What matters in a remark to parses that read a part of it as text.
 struct Remark {
   const char *wordsEnd;
   bool hasSign = false;
-  /// Whether some part of a word says something to a parse.
-  bool isTelling = false;
+  /// Whether the end of a word may be an operator or keyword.
+  bool hasKeyword = false;
 
   Remark(const char *begin, const char *end) noexcept : wordsEnd(begin) {
     for (const char *i = begin; i != end; ++i) {
@@ -42,37 +42,30 @@ struct Remark {
       if (isTrim(*i) || (i + 1 != end && !isTrim(i[1]) && i[1] != '%'))
         continue;
       const std::string_view word(begin, static_cast<std::size_t>(i + 1 - begin));
-      isTelling |= word.ends_with("obj") || word.ends_with("stream") || word.ends_with("BT") ||
-                   word.ends_with("ET") ||
-                   (word.size() > 1 && isTextOperator(word.substr(word.size() - 2)));
+      hasKeyword |= word.ends_with("obj") || word.ends_with("stream") || word.ends_with("BT") ||
+                    word.ends_with("ET") ||
+                    (word.size() > 1 && isTextOperator(word.substr(word.size() - 2)));
     }
   }
 };
 
 } // namespace
 
-void ContentSearch::Line::cut(const char *first, const char *last) {
-  begin = tokensEnd = first;
-  end = remark = last;
-  tokens.clear();
-  for (const char *i = first; remark == end;) {
-    while (i != end && isTrim(*i))
-      ++i;
-    const char *const token = i;
-    while (i != end && !isTrim(*i)) {
-      if (*i == '%' && beginsRemark(i, end)) {
-        remark = i;
-        break;
-      }
-      i += *i == '%' && i + 1 != end ? 2 : 1;
-    }
-    if (i != token) {
-      tokens.emplace_back(token, static_cast<std::size_t>(i - token));
-      tokensEnd = i;
-    }
-    if (i == end)
+std::string_view ContentSearch::Line::next() noexcept {
+  const char *i = tokensEnd;
+  while (i != end && isTrim(*i))
+    ++i;
+  const char *const token = i;
+  while (i != end && !isTrim(*i)) {
+    if (*i == '%' && beginsRemark(i, end)) {
+      remark = i;
       break;
+    }
+    i += *i == '%' && i + 1 != end ? 2 : 1;
   }
+  if (i != token)
+    tokensEnd = i;
+  return {token, static_cast<std::size_t>(i - token)};
 }
 
 ContentSearch::ContentSearch(CIOStream &stream, const KeywordSearch &search, ReadBounds &bounds,
@@ -103,7 +96,7 @@ bool ContentSearch::isFound() {
   return false;
 }
 
-/// Whether the first content in the order of pages is known that decides the answer.
+/// Whether the contents read so far decide the answer.
 bool ContentSearch::isAnswered() {
   while (answered_ < order_.size() && contents_[order_[answered_]].result == Result::absent)
     ++answered_;
@@ -134,8 +127,8 @@ bool ContentSearch::readAll() {
   return true;
 }
 
-/// Goes on through lines that mean nothing or show a string, as long as they do so to one reading.
-/// Gives the first that may be another.
+/// Reads lines that do nothing or show a string, while there is one reading. Gives the first line
+/// that may do more.
 const char *ContentSearch::readPlainLines(const char *line) {
   if (readings_.count() != 1 || readings_[0].state.isWaiting() ||
       readings_[0].state.place() == Place::stream)
@@ -144,7 +137,7 @@ const char *ContentSearch::readPlainLines(const char *line) {
   const char *limit = std::min(window_.dataEnd(), nextStart());
   if (nextOpenEnd_ != openEnds_.size())
     limit = std::min(limit, window_.placeOf(openEnds_[nextOpenEnd_].position));
-  // What matters holds one of these: "Tj" and "ET", "obj", "endobj" and "stream".
+  // Lines that matter contain one of these: "Tj" and "ET", "obj", "endobj" and "stream".
   const bool isText = reading.state.place() == Place::text;
   const char other = isText ? 'E' : reading.state.place() == Place::object ? 'm' : 'j';
   while (line < limit) {
@@ -173,14 +166,14 @@ const char *ContentSearch::readPlainLines(const char *line) {
   return line;
 }
 
-/// Goes on through any line; false when the stream fails.
+/// Reads any line; false when the stream fails.
 bool ContentSearch::readLine(const char *begin) {
   const char *const end = vectorBytes::scanLine(begin, '\n', '\n').end;
   nextLine_ = window_.positionOf(begin);
   if (end >= window_.dataEnd() && window_.end() < window_.size())
     return window_.more(nextLine_);
   nextLine_ += end - begin + 1;
-  line_.cut(begin, std::min(end, window_.dataEnd()));
+  line_ = {begin, std::min(end, window_.dataEnd())};
   if (readings_.count() > 1 &&
       !bounds_.take(ReadBounds::Kind::contents,
                     (end - begin) * static_cast<long>(readings_.count() - 1)))
@@ -194,7 +187,7 @@ bool ContentSearch::readLine(const char *begin) {
 
 void ContentSearch::takeTokens() {
   const bool isAlike = readings_.count() == 1 && !(hasNext() && nextStart() < line_.end);
-  for (const std::string_view token : line_.tokens) {
+  for (std::string_view token; !(token = line_.next()).empty();) {
     if (isAlike) {
       readings_.take(readings_[0], token);
       continue;
@@ -218,8 +211,7 @@ void ContentSearch::takeTokens() {
   }
 }
 
-/// What is behind the last token of a line: the end of the group, but not for those who meet an
-/// edge there.
+/// Reads the tail of a line, which ends the group except for riders with an edge in it.
 void ContentSearch::takeEdges() {
   const std::size_t count = readings_.count();
   const bool hasRemark = line_.remark != line_.end;
@@ -227,13 +219,13 @@ void ContentSearch::takeEdges() {
     ContentReading &reading = readings_[i];
     if (hasRemark)
       takeRemark(reading, count);
-    if (line_.tokens.empty())
+    if (!line_.hasTokens())
       continue;
     ContentReading *open = nullptr;
     const char *last = hasRemark ? line_.remark + (line_.isGlued() ? 0 : 1) : line_.end;
     for (long n = 0; reading.state.isWaiting() && n < blockSize && last > line_.tokensEnd;
          ++n, --last)
-      // In a remark they may have met another edge.
+      // Riders with an earlier edge in the remark have read it.
       if (isEdge(reading, last) && !(hasRemark && line_.end - last >= blockSize)) {
         open = open != nullptr ? open : &readings_.fork(reading);
         readings_.change(reading, *open, window_.positionOf(last));
@@ -242,12 +234,12 @@ void ContentSearch::takeEdges() {
   }
 }
 
-/// An edge in a remark makes the rest of it text.
+/// Reads a remark for riders with an edge in it, to whom the rest is text.
 void ContentSearch::takeRemark(ContentReading &reading, std::size_t firstFork) {
   const Remark remark(line_.remark + 1, line_.end);
   const Place place = reading.state.place();
   const bool isWaiting = reading.state.isWaiting();
-  if (!remark.isTelling && !isWaiting && (place == Place::outside || place == Place::object))
+  if (!remark.hasKeyword && !isWaiting && (place == Place::outside || place == Place::object))
     return;
   ContentReading *open = nullptr;
   ContentReading *closed = nullptr;
@@ -262,19 +254,19 @@ void ContentSearch::takeRemark(ContentReading &reading, std::size_t firstFork) {
       continue;
     const char *const last = i + (end - i) / blockSize * blockSize;
     if (last == i && isBlankFrom(i, end)) {
-      if (line_.tokens.empty() || !isWaiting)
+      if (!line_.hasTokens() || !isWaiting)
         continue;
       open = open != nullptr ? open : &readings_.fork(reading);
       readings_.change(reading, *open, window_.positionOf(i));
-    } else if (remark.isTelling || place == Place::stream ||
+    } else if (remark.hasKeyword || place == Place::stream ||
                (last != i && (remark.hasSign || last > remark.wordsEnd))) {
       ContentReading &alone = readings_.fork(reading);
       readings_.change(reading, alone, window_.positionOf(i));
       readAlone(alone, i);
       close();
-      // Those who go on with the line as it is have not come as far.
+      // The other readings have not reached the end of the line yet.
       readings_.join(firstFork);
-    } else if (line_.tokens.empty() && isWaiting) {
+    } else if (!line_.hasTokens() && isWaiting) {
       closed = closed != nullptr ? closed : &readings_.fork(reading);
       readings_.change(reading, *closed, window_.positionOf(i));
     }
@@ -282,21 +274,21 @@ void ContentSearch::takeRemark(ContentReading &reading, std::size_t firstFork) {
   close();
 }
 
-/// Goes on with riders that all have the same edges, from somewhere in the line to its end.
+/// Reads the line from `from` on, for riders with the same edges.
 void ContentSearch::readAlone(ContentReading &reading, const char *from) {
   for (bool isOpen = false;;) {
     if (!bounds_.take(ReadBounds::Kind::contents, line_.end - from)) {
       readings_.giveUp(reading);
       return;
     }
-    rest_.cut(from, line_.end);
-    for (const std::string_view token : rest_.tokens)
+    Line rest{from, line_.end};
+    for (std::string_view token; !(token = rest.next()).empty();)
       readings_.take(reading, token);
-    isOpen = rest_.tokens.empty();
+    isOpen = !rest.hasTokens();
     from += blockSize;
-    for (; from <= rest_.end && from <= rest_.remark + 1; from += blockSize)
-      isOpen |= from > rest_.tokensEnd && !(rest_.isGlued() && from == rest_.remark + 1);
-    if (from > rest_.end) {
+    for (; from <= rest.end && from <= rest.remark + 1; from += blockSize)
+      isOpen |= from > rest.tokensEnd && !(rest.isGlued() && from == rest.remark + 1);
+    if (from > rest.end) {
       if (!isOpen)
         readings_.endGroup(reading);
       return;
@@ -304,7 +296,7 @@ void ContentSearch::readAlone(ContentReading &reading, const char *from) {
   }
 }
 
-/// Lets contents ride that begin behind the last token.
+/// Boards contents that begin behind the last token.
 void ContentSearch::boardInTail() {
   if (apart_.empty() && !(hasNext() && nextStart() <= line_.end))
     return;
@@ -326,7 +318,7 @@ void ContentSearch::boardUpTo(const char *place) {
       readings_.board(next_);
 }
 
-/// Whether all that the next content reads belongs to a group that the file's end leaves open.
+/// Whether the next content begins in a group that the end of the file leaves open.
 bool ContentSearch::isNextEmpty() noexcept {
   const long start = nextPosition();
   const bool isEmpty = std::any_of(openEnds_.begin(), openEnds_.end(), [start](const OpenEnd &end) {
@@ -352,7 +344,7 @@ bool ContentSearch::findOpenEnds() {
     while (window_.at(from) == nullptr || window_.end() < size)
       if (!window_.more(from))
         return false;
-    // Most files end with a line behind whose last token there is nothing.
+    // Most files end with a line without a tail, which decides at once.
     const char *const begin = window_.at(from);
     const char *last = nullptr;
     std::vector<OpenEnd> open;
@@ -362,12 +354,14 @@ bool ContentSearch::findOpenEnds() {
         end = vectorBytes::scanLine(i, '\n', '\n').end;
         if (from != 0 && i == begin)
           continue;
-        line_.cut(i, end);
+        line_ = {i, end};
+        while (!line_.next().empty())
+          ;
         if (isForAll)
           noteOpenEnds(open);
-        else if (!line_.tokens.empty())
+        else if (line_.hasTokens())
           last = line_.tokensEnd == line_.end ? nullptr : i;
-        if (first < 0 && !line_.tokens.empty())
+        if (first < 0 && line_.hasTokens())
           first = window_.positionOf(i);
       }
       if (last == nullptr && first >= 0)
@@ -378,16 +372,16 @@ bool ContentSearch::findOpenEnds() {
                  [](const OpenEnd &end) { return end.edge != 0; });
     std::sort(openEnds_.begin(), openEnds_.end(),
               [](const OpenEnd &a, const OpenEnd &b) { return a.position < b.position; });
-    // Those that are open from the first line on may be from an earlier one.
+    // A group that is open in the first line may begin earlier.
     if (from == 0 || (first >= 0 && (openEnds_.empty() || openEnds_[0].position != first)))
       return true;
   }
 }
 
-/// Goes on from the groups that are open before a line, by their edges modulo the size of a block,
-/// to those that are open behind it. None are open if there are no entries.
+/// Updates the groups that are open before a line to those behind it. `open` has an entry for each
+/// edge modulo the size of a block, or none when no group is open.
 void ContentSearch::noteOpenEnds(std::vector<OpenEnd> &open) const {
-  const bool hasTokens = !line_.tokens.empty();
+  const bool hasTokens = line_.hasTokens();
   const char *const first = hasTokens ? line_.tokensEnd + 1 : line_.remark + 2;
   if (!hasTokens && (open.empty() || first > line_.end))
     return;

@@ -12,41 +12,42 @@
 
 /// Looks for a keyword in the content streams of a document.
 ///
-/// The answers are those of `CPDFContents` for each content stream for itself, whose parse goes on
+/// The answers are those of `CPDFContents` for each content stream alone, whose parse runs on
 /// through the objects behind it, mostly to the end of the file. But the file is read only once,
-/// from the first content on, line by line. A line means the same to all contents whose parses are
-/// in the same state; only what stands behind its last token depends on where the edges of blocks
-/// are, which each parse counts from its beginning: an edge there joins the next line to the group,
-/// and an edge in a remark makes the rest of the remark text.
+/// line by line, from the first content on. A line means the same to all parses in the same state.
+/// Only its tail, behind the last token, depends on the edges of blocks, which each parse counts
+/// from its own start: an edge there joins the next line to the group, and one in a remark makes
+/// the rest of the remark text.
 ///
 /// Ownership: the stream, the keyword's search and the bounds live longer. Threads: one at a time.
 /// Throws `std::bad_alloc`.
 class ContentSearch {
 public:
-  /// The contents are given by where they begin, in the order of pages.
+  /// `starts` are the positions of the contents, in the order of pages.
   ContentSearch(CIOStream &stream, const KeywordSearch &search, ReadBounds &bounds,
                 const std::vector<long> &starts);
 
-  /// Whether the keyword is found in a content before any fails. To be asked once.
+  /// Whether a content holds the keyword and none before it fails. Call it once.
   bool isFound();
 
 private:
   using Result = SearchedContent::Result;
 
-  /// A line, or what a parse makes of the rest of one.
+  /// A line, or the rest of one, that is cut into tokens.
   struct Line {
     const char *begin, *end;
-    std::vector<std::string_view> tokens;
-    const char *tokensEnd; ///< behind the last token, or `begin`
-    const char *remark;    ///< its percent sign, or the line's end
+    const char *tokensEnd = begin; ///< behind the last token so far
+    const char *remark = end;      ///< once there are no more tokens: its percent sign, if any
 
-    void cut(const char *first, const char *last);
+    /// The next token; empty when there is none.
+    std::string_view next() noexcept;
+    [[nodiscard]] bool hasTokens() const noexcept { return tokensEnd != begin; }
     /// Whether the remark follows a token without a blank.
-    [[nodiscard]] bool isGlued() const noexcept { return !tokens.empty() && remark == tokensEnd; }
+    [[nodiscard]] bool isGlued() const noexcept { return hasTokens() && remark == tokensEnd; }
   };
 
-  /// The group that the end of the file leaves open for contents with an edge here. It is not
-  /// handed over, so that for them the file ends before it.
+  /// A group that the end of the file leaves open for contents with this edge. Their parses end
+  /// before it.
   struct OpenEnd {
     long position = 0, edge = 0;
   };
@@ -75,16 +76,16 @@ private:
   ReadBounds &bounds_;
   LineWindow window_;
   std::vector<SearchedContent> contents_;
-  /// The contents in the order of pages, and how many of them do not decide the answer.
+  /// The contents in the order of pages, and how many of the first are known to be absent.
   std::vector<std::size_t> order_;
   std::size_t answered_ = 0;
   std::size_t next_ = 0;
   ContentReadings readings_;
   std::vector<OpenEnd> openEnds_;
   std::size_t nextOpenEnd_ = 0;
-  Line line_, rest_;
-  /// Where the line begins that comes next.
+  Line line_{};
+  /// Where the next line begins.
   long nextLine_ = 0;
-  /// Contents that begin inside a token whose percent signs mean something else to them.
+  /// Contents that begin inside a token with percent signs, which they read differently.
   std::vector<std::size_t> apart_;
 };

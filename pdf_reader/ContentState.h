@@ -13,12 +13,12 @@
          std::string_view("cwzLfrsmjJ").find(token[1]) != std::string_view::npos;
 }
 
-/// How far the parse of a content stream has come, between two tokens: all that decides what it
-/// makes of those that follow. It makes the same of them as `CPDFContents` of whole groups.
+/// The state of a content stream's parse between two tokens. Token by token it acts as
+/// `CPDFContents` does on whole groups.
 ///
-/// An operator takes what waits before it in its group, also what would have left the text if no
-/// operator followed. So a token that comes while others wait moves on from where they stand, and
-/// an operator goes back to the text. What waits at the end of its group waits no more.
+/// An operator consumes all tokens that wait before it in the group, even an ET that leaves the
+/// text if no operator follows. So while tokens wait, others move the state on, and an operator
+/// returns it to the text. The end of the group drops what waits.
 class ContentState {
 public:
   enum class Place : std::uint8_t { outside, object, stream, text, stopped };
@@ -27,7 +27,7 @@ public:
   [[nodiscard]] Place place() const noexcept { return place_; }
   [[nodiscard]] bool isWaiting() const noexcept { return waiting_ != Waiting::none; }
 
-  /// The string that the last `Effect::show` was about, a hexadecimal one.
+  /// The hexadecimal string of the last `Effect::show`.
   [[nodiscard]] std::string_view shown() const noexcept { return string_; }
 
   /// Throws `std::bad_alloc`.

@@ -5,18 +5,18 @@
 #include <cstdint>
 #include <memory>
 
-/// Parts of a file in memory: the last ones that were asked for, all of a small file.
+/// The chunks of a file that were used last: all of a small file.
 ///
 /// Ownership: owns its memory. Threads: one at a time.
 class FileChunks {
 public:
   static constexpr std::size_t chunkSize = 1 << 15;
 
-  /// The chunk of that number; null when it is not there.
+  /// The chunk of a number; null when it is not in memory.
   [[nodiscard]] const char *find(std::size_t number) noexcept;
 
-  /// Room for the chunk of that number, which takes the place of the one that was not asked for
-  /// longest; it counts as there after `keep`. Null when memory is short.
+  /// Room for the chunk of a number, in place of the one unused for longest. `keep` makes it valid.
+  /// Null when memory is short.
   [[nodiscard]] char *replaceOldest(std::size_t number) noexcept;
   void keep() noexcept;
 

@@ -60,10 +60,8 @@ std::size_t KeywordSearch::wholeCharacters(std::string_view text,
 }
 
 std::optional<bool> KeywordSearch::occursIn(std::string_view text, std::size_t index) const {
-  // Most texts are the same in all encodings that can be cut.
-  const bool isSame = canBeCut() && lengthOfASCIIRun(text) == text.size() &&
-                      text.find('\\') == std::string_view::npos;
-  if (isSame)
+  // Most texts are ASCII, which reads alike in encodings that can be cut, but for a backslash.
+  if (canBeCut() && isASCII(text) && (isSingleByte_ || text.find('\\') == std::string_view::npos))
     return pattern_.find(text).length != 0;
   const auto converted = decodeText(text, encodings_[index]);
   if (!converted)

@@ -20,22 +20,21 @@ public:
 
   KeywordSearch(const NSString &keyword, bool isCaseSensitive, unsigned long encoding);
 
-  /// How many encodings a text may be in; the first that it is valid in is the one.
+  /// How many encodings a text may be in; it is in the first in which it is valid.
   [[nodiscard]] std::size_t encodingCount() const noexcept { return encodingCount_; }
 
-  /// Whether a text may be cut between any two characters and searched in pieces, and
-  /// `wholeCharacters` tells where.
+  /// Whether a text can be searched in pieces, cut where `wholeCharacters` says.
   [[nodiscard]] bool canBeCut() const noexcept { return isSingleByte_ || isShiftJIS_; }
 
   /// Whether any bytes are valid.
   [[nodiscard]] bool isAlwaysValid() const noexcept { return isAlwaysValid_; }
 
-  /// How many bytes of a text are whole characters, at least `least` if there are so many; by
-  /// default all but a last one that is cut. The text has to begin with a character.
+  /// The size of the shortest beginning of whole characters that has at least `least` bytes, or of
+  /// all whole characters. The text has to begin with a character.
   [[nodiscard]] std::size_t
   wholeCharacters(std::string_view text, std::size_t least = std::string_view::npos) const noexcept;
 
-  /// Bytes of text in which any occurrence ends that begins before them, whatever the encoding.
+  /// The most bytes that an occurrence takes, in any of the encodings.
   [[nodiscard]] std::size_t overlap() const noexcept { return overlap_; }
 
   /// Whether the keyword occurs in a text in the encoding of that index; none when the text is not

@@ -8,17 +8,16 @@
 #include <cstring>
 #include <new>
 
-/// The part of a stream that is looked at, in memory, read forwards and each byte once unless one
-/// goes back.
+/// A part of a stream in memory. Moved forwards only, it reads each byte once.
 ///
-/// Line ends stand behind what is in memory, so that loops over a line need not look for its end.
+/// Line ends follow its last byte, so that loops over a line always stop.
 /// Ownership: the stream lives longer. Threads: one at a time. Throws `std::bad_alloc`.
 class LineWindow {
 public:
   explicit LineWindow(CIOStream &stream) : stream_(stream), size_(stream.GetSize()) {}
 
-  /// Gives what stands at a position within the stream, with at least one byte behind it in memory;
-  /// null when the stream fails. What was given before is no longer valid.
+  /// The byte at a position within the stream; null when the stream fails. Earlier pointers become
+  /// invalid.
   [[nodiscard]] const char *at(long position) {
     if (position < position_ || position > end()) {
       position_ = position;
@@ -29,7 +28,7 @@ public:
     return bytes_.data() + (position - position_);
   }
 
-  /// Reads on, and keeps what is in memory from `position` on. False when the stream fails.
+  /// Reads more behind the window, which then begins at `position`. False when the stream fails.
   [[nodiscard]] bool more(long position) {
     const long kept = end() - position;
     if (length_ != 0)
@@ -37,7 +36,7 @@ public:
                    static_cast<std::size_t>(kept));
     position_ = position;
     length_ = kept;
-    // So little that it stays close to the processor, but more while a long line is read.
+    // Little enough for the fastest cache, but more for a long line.
     const long wanted = std::max(readAtOnce - end() % readAtOnce, kept / readAtOnce * readAtOnce);
     const long count = std::min(wanted, size_ - end());
     if (count <= 0)
@@ -56,7 +55,7 @@ public:
     return position_ + (byte - bytes_.data());
   }
 
-  /// Where a position is that is not before what is in memory; if it is behind it, its end.
+  /// The byte at a position that is not before the window, or the window's end.
   [[nodiscard]] const char *placeOf(long position) const noexcept {
     return bytes_.data() + (std::min(position, end()) - position_);
   }
@@ -69,7 +68,7 @@ public:
   [[nodiscard]] long size() const noexcept { return size_; }
 
 private:
-  static constexpr long readAtOnce = 1 << 11;
+  static constexpr long readAtOnce = 1 << 13;
 
   CIOStream &stream_;
   long size_;

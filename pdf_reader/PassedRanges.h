@@ -9,20 +9,20 @@
 #include <utility>
 #include <vector>
 
-/// What parses of pages, or of marks, have passed of a file. In a damaged document thousands of
-/// them may begin within what one has read, and each would go to the same end. It tells nothing
-/// new, or so nearly always; so once the bound for such parses is worn, it is left out.
+/// The ranges of a file that parses of pages, or of the mark, have read. In a damaged document
+/// thousands may begin within what one has read and would run to the same end, nearly always for
+/// nothing. Once their bound is spent, such parses are skipped.
 ///
 /// Ownership: the bounds live longer. Threads: one at a time. Throws `std::bad_alloc`.
 class PassedRanges {
 public:
   explicit PassedRanges(ReadBounds &bounds) noexcept : bounds_(bounds) {}
 
-  /// Notes a parse that has looked at the bytes from `start` to `end`.
+  /// Notes a parse that has read from `start` to `end`.
   void note(long start, long end) {
     bounds_.note(ReadBounds::Kind::nodes, end - start);
-    if (!isWorn()) {
-      // Few documents ever need them.
+    if (!isSpent()) {
+      // Sound documents never need them as ranges.
       noted_.emplace_back(start, end);
       return;
     }
@@ -31,15 +31,15 @@ public:
     add(start, end);
   }
 
-  /// Whether a parse that begins at `start` can be left out.
+  /// Whether a parse that begins at `start` can be skipped.
   [[nodiscard]] bool holds(long start) const noexcept {
-    return isWorn() && isPassed(start, ranges_.upper_bound(start));
+    return isSpent() && isPassed(start, ranges_.upper_bound(start));
   }
 
-  /// Where a parse that begins at `start` comes to what was passed, if that can be left out.
+  /// Where a parse that begins at `start` meets a range that can be skipped.
   [[nodiscard]] long nextFrom(long start) const noexcept {
     const auto next = ranges_.upper_bound(start);
-    const bool isMet = isWorn() && next != ranges_.end() && !isPassed(start, next);
+    const bool isMet = isSpent() && next != ranges_.end() && !isPassed(start, next);
     return isMet ? next->first : CPDFSection::noEnd;
   }
 
@@ -56,7 +56,7 @@ private:
     ranges_[start] = end;
   }
 
-  [[nodiscard]] bool isWorn() const noexcept { return bounds_.isWorn(ReadBounds::Kind::nodes); }
+  [[nodiscard]] bool isSpent() const noexcept { return bounds_.isSpent(ReadBounds::Kind::nodes); }
 
   /// `next` is the first range behind `start`.
   [[nodiscard]] bool isPassed(long start, Ranges::const_iterator next) const noexcept {

@@ -8,8 +8,7 @@
 #include <memory>
 #include <type_traits>
 
-/// Room for values that are plain bytes: it grows in place where it can, and what is new in it is
-/// not written.
+/// An array of plain values that grows in place where possible and leaves new values unset.
 ///
 /// Ownership: owns the room. Threads: one at a time. Failure: false, and the room is as it was.
 template <class T> class PlainArray {
@@ -19,7 +18,7 @@ public:
   [[nodiscard]] T *data() const noexcept { return values_.get(); }
   [[nodiscard]] std::size_t capacity() const noexcept { return capacity_; }
 
-  /// Makes room for `count` values, and for half as many again as there was room for before.
+  /// Makes room for `count` values, growing by at least half.
   [[nodiscard]] bool reserve(std::size_t count) noexcept {
     if (count <= capacity_)
       return true;

@@ -6,18 +6,18 @@
 #include <cstdint>
 #include <limits>
 
-/// How much of a document is read at most: a damaged one may ask for its bytes to be read again and
-/// again. Whole documents stay far below all of it.
+/// Bounds on reading: a damaged document may ask for the same bytes again and again. Sound
+/// documents stay far below.
 ///
 /// Threads: one at a time.
 class ReadBounds {
 public:
   enum class Kind : std::uint8_t {
-    /// Bytes of the file, whatever for: past them each reading fails.
+    /// All bytes read from the file: past it reads fail.
     file,
-    /// What parses of pages and of marks look at: past it they leave out what others have read.
+    /// What parses of pages and of the mark read: past it they skip what others have read.
     nodes,
-    /// What is read of contents more than once: past it, contents that ask for more have no text.
+    /// What is read of contents more than once: past it contents count as without the keyword.
     contents
   };
 
@@ -25,7 +25,7 @@ public:
       : left_{bound(fileSize, 32, 4L << 20), bound(fileSize, 4, 1L << 17),
               bound(fileSize, 8, 1L << 17)} {}
 
-  /// Whether so much may be read, which then counts as read.
+  /// Counts bytes as read; false if the bound does not allow them.
   bool take(Kind kind, long bytes) noexcept {
     long &left = left_[static_cast<std::size_t>(kind)];
     if (left < bytes)
@@ -34,13 +34,13 @@ public:
     return true;
   }
 
-  /// Counts what was read, be it too much.
+  /// Counts bytes that were read, even beyond the bound.
   void note(Kind kind, long bytes) noexcept {
     long &left = left_[static_cast<std::size_t>(kind)];
     left = std::max(left - bytes, 0L);
   }
 
-  [[nodiscard]] bool isWorn(Kind kind) const noexcept {
+  [[nodiscard]] bool isSpent(Kind kind) const noexcept {
     return left_[static_cast<std::size_t>(kind)] == 0;
   }
 

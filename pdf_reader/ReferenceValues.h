@@ -24,6 +24,6 @@ private:
 
   const CParamArray &tokens_;
   /// Whether the token at an index is a bracket without an end; empty as long as none was met.
-  /// Without this, each of many such brackets would be followed to the last token.
+  /// It spares a scan to the last token for each of them.
   std::vector<bool> isUnclosed_;
 };

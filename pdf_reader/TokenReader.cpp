@@ -4,32 +4,12 @@
 #include "pdf_reader/VectorBytes.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
 namespace {
 
-/// The first byte from `position` on that is not an ordinary one of a token. Line ends stand behind
-/// the end of the bytes, enough of them for a whole word.
+/// The first byte from `position` on that ends a token, or may. Line ends stand behind the bytes.
 const char *firstSpecial(const char *position) noexcept {
-  if constexpr (std::endian::native == std::endian::little) {
-    // All bytes that end a token, or may, are below this one.
-    constexpr std::uint64_t limit = 0x2626262626262626U;
-    constexpr std::uint64_t topBits = 0x8080808080808080U;
-    for (;;) {
-      std::uint64_t word = 0;
-      std::memcpy(&word, position, sizeof word);
-      const std::uint64_t low = (word - limit) & ~word & topBits;
-      if (low == 0) {
-        position += sizeof word;
-        continue;
-      }
-      position += std::countr_zero(low) / 8;
-      if (classOf(*position) != ByteClass::text)
-        return position;
-      ++position;
-    }
-  }
   while (classOf(*position) == ByteClass::text)
     ++position;
   return position;
@@ -65,7 +45,7 @@ bool TokenReader::readBlock() {
   }
   cursor_ = block_.data();
   end_ = cursor_ + done;
-  std::memset(block_.data() + done, '\n', guardSize);
+  std::memset(block_.data() + done, '\n', vectorBytes::guardSize);
   isLastBlock_ = blockPosition_ + done == size_;
   return true;
 }
@@ -74,7 +54,7 @@ bool TokenReader::readBlock() {
 bool TokenReader::makeRoom(CParamArray &tokens) {
   const auto rest = static_cast<std::size_t>(end_ - cursor_);
   const std::size_t count = rest / 2 + 2;
-  if (tokens.makeRoom(count, carried_.size() + rest + count + guardSize))
+  if (tokens.makeRoom(count, carried_.size() + rest + count))
     return true;
   hasFailed_ = true;
   return false;
@@ -85,7 +65,7 @@ bool TokenReader::next(CParamArray &tokens) {
   do {
     if (cursor_ == end_ && !readBlock())
       return false;
-    if (telling_ && tokens.GetCount() == 0 && !isCarrying_ && !isInsideComment_)
+    if (telling_ && tokens.GetCount() == 0 && !isCarrying_)
       passLines();
     if (!makeRoom(tokens))
       return false;
@@ -98,7 +78,7 @@ bool TokenReader::next(CParamArray &tokens) {
   return true;
 }
 
-/// Passes lines that do not matter, up to the one that the edge of the block cuts.
+/// Skips lines that do not matter, up to the line that the edge of the block cuts.
 void TokenReader::passLines() noexcept {
   for (;;) {
     const auto scan = vectorBytes::scanLine(cursor_, telling_->one, telling_->other);
@@ -109,7 +89,7 @@ void TokenReader::passLines() noexcept {
   }
 }
 
-/// Passes empty lines and what stands before the first token of the next one.
+/// Skips empty lines and the blanks before the next token.
 const char *TokenReader::passBlanks() noexcept {
   const char *position = cursor_;
   while (position != end_ && classOf(*position) >= ByteClass::trim)
@@ -176,14 +156,14 @@ const char *TokenReader::readTokens(const char *position, CParamArray &tokens) {
       return position;
     }
     if (position != begin)
-      append(tokens, begin, position);
+      tokens.appendInRoom({begin, static_cast<std::size_t>(position - begin)});
     if (isComment_)
       return firstLineEnd(position);
   }
 }
 
-/// The end of the token whose bytes go on at `position`; sets `isComment_` when a comment follows
-/// it, and `endsOpen_`.
+/// The end of the token that continues at `position`. Sets `endsOpen_`, and `isComment_` when a
+/// comment follows.
 const char *TokenReader::endOfToken(const char *position) noexcept {
   endsOpen_ = false;
   position = firstSpecial(position);
@@ -196,8 +176,8 @@ const char *TokenReader::endOfToken(const char *position) noexcept {
   return position;
 }
 
-/// Passes what of percent signs is text: a doubled one, and one at the end of the line. Before any
-/// other byte it begins a comment and is not passed.
+/// Skips a percent sign that is text: a doubled one, or one at the end of the line. Any other
+/// begins a comment.
 const char *TokenReader::passCommentSign(const char *position) noexcept {
   const char next = position[1];
   if (!cutsComments_)
@@ -210,12 +190,4 @@ const char *TokenReader::passCommentSign(const char *position) noexcept {
   }
   isComment_ = true;
   return position;
-}
-
-void TokenReader::append(CParamArray &tokens, const char *begin, const char *end) noexcept {
-  const auto length = static_cast<std::size_t>(end - begin);
-  if (length <= CParamArray::copiedAtOnce)
-    tokens.appendShortInRoom(begin, length);
-  else
-    tokens.appendInRoom({begin, length});
 }

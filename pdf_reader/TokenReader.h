@@ -1,6 +1,7 @@
 #pragma once
 
 #include "pdf_reader/CParamArray.h"
+#include "pdf_reader/VectorBytes.h"
 #include "streams/CIOStream.h"
 
 #include <algorithm>
@@ -14,11 +15,9 @@
 
 /// Reads a stream from its position on, in blocks of 1,024 bytes, and cuts the lines into tokens.
 ///
-/// The tokens of a line form a group. A token that the edge of a block cuts is joined. A line that
-/// goes on beyond the edge is one group, unless the edge stands behind its last token: then the
-/// next line with tokens belongs to the group as well, and what follows an edge inside a comment is
-/// text. That is how documents have always been read by this reader, and what is found depends on
-/// it.
+/// The tokens of a line form a group, also if the edge of a block cuts the line or a token. But if
+/// the edge stands behind the line's last token, the next line with tokens joins the group. What
+/// follows an edge inside a comment is text. What is found in a document depends on this.
 ///
 /// Ownership: the stream and the token array live longer. Threads: one at a time.
 class TokenReader {
@@ -27,12 +26,13 @@ public:
 
   static constexpr long noEnd = std::numeric_limits<long>::max();
 
-  /// Two bytes of which one is in each line that matters when no tokens wait.
+  /// Each line that matters contains one of two bytes.
   struct Telling {
     char one, other;
   };
 
-  /// Nothing is read from `end` on. If it is said which lines matter, `next` may pass over others.
+  /// Reads nothing from `end` on. With `telling`, `next` may skip lines that do not matter while no
+  /// tokens wait.
   TokenReader(CIOStream &stream, Comments comments, long end = noEnd,
               std::optional<Telling> telling = std::nullopt);
 
@@ -50,8 +50,7 @@ public:
   /// Where in the stream the first token of the group stands.
   [[nodiscard]] long groupPosition() const noexcept { return groupPosition_; }
 
-  /// Where in the stream, and at which index of the array, the first token stands that was appended
-  /// last.
+  /// Where in the stream, and at which index of the array, the tokens appended last begin.
   [[nodiscard]] long linePosition() const noexcept { return linePosition_; }
   [[nodiscard]] unsigned long lineIndex() const noexcept { return lineIndex_; }
 
@@ -60,9 +59,6 @@ public:
 
 private:
   static constexpr std::size_t blockSize = 1024;
-  /// Behind a block: line ends, so that no loop over a token needs to look for the block's end, and
-  /// as many that a token can be read in whole words.
-  static constexpr std::size_t guardSize = CParamArray::copiedAtOnce;
 
   bool readBlock();
   void passLines() noexcept;
@@ -73,7 +69,6 @@ private:
   const char *readTokens(const char *position, CParamArray &tokens);
   const char *endOfToken(const char *position) noexcept;
   const char *passCommentSign(const char *position) noexcept;
-  void append(CParamArray &tokens, const char *begin, const char *end) noexcept;
   [[nodiscard]] long positionOf(const char *byte) const noexcept {
     return blockPosition_ + (byte - block_.data());
   }
@@ -97,8 +92,6 @@ private:
   bool endsOpen_ = false;
   /// Whether the token that was passed last is followed by a comment.
   bool isComment_ = false;
-  /// Whether the edge of the last block stood inside a comment.
-  bool isInsideComment_ = false;
   bool isGroupOpen_ = false;
   bool isGroupComplete_ = false;
 
@@ -107,5 +100,6 @@ private:
   unsigned long lineIndex_ = 0;
   long lineEnd_ = 0;
 
-  std::array<char, blockSize + guardSize> block_;
+  /// Line ends stand behind a block, so that no loop over a token has to look for the block's end.
+  std::array<char, blockSize + vectorBytes::guardSize> block_;
 };

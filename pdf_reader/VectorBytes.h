@@ -10,20 +10,20 @@
 #include <emmintrin.h>
 #endif
 
-/// Loops over many bytes at a time, with SSE2 where there is such, and the same without. They read
-/// and write up to `guardSize` bytes behind what they are about. Any thread.
+/// Loops that handle many bytes at once with SSE2, and the same loops without it. They read and
+/// write up to `guardSize` bytes behind their data. Any thread.
 namespace vectorBytes {
 
 inline constexpr std::size_t guardSize = 32;
 
-/// What stands in a line.
+/// The end and the content of a line.
 struct LineScan {
   const char *end; ///< its CR or LF
   bool hasComment; ///< a percent sign
-  bool hasEither;  ///< one of the bytes that were asked for
+  bool hasEither;  ///< one of two bytes
 };
 
-/// Looks over the line that begins at `line`; a CR or LF has to stand behind it.
+/// Scans the line that begins at `line`; a CR or LF has to end it.
 [[nodiscard]] inline LineScan scanLinePlainly(const char *line, char one, char other) noexcept {
   LineScan scan{line, false, false};
   for (; classOf(*scan.end) != ByteClass::lineEnd; ++scan.end) {
@@ -33,9 +33,8 @@ struct LineScan {
   return scan;
 }
 
-/// Decodes pairs of hexadecimal digits from `digits` on up to the first byte that is none, and
-/// moves `digits` behind the last pair. Gives how many bytes were decoded. Something else than a
-/// digit has to stand behind the digits.
+/// Decodes pairs of hexadecimal digits up to the first other byte, of which there must be one, and
+/// moves `digits` behind the last pair. Gives how many bytes were decoded.
 inline std::size_t decodePairsPlainly(const char *&digits, char *out) noexcept {
   std::size_t size = 0;
   for (;; digits += 2) {
@@ -86,9 +85,9 @@ inline LineScan scanLine(const char *line, char one, char other) noexcept {
   }
 }
 
-/// What each of some digits stands for; 16 and more for other bytes.
+/// The values of digits; 16 and more for other bytes.
 inline __m128i valuesOf(__m128i digits) noexcept {
-  // Only those from '0' to '9' reach the uppermost values, and keep a distance from the others.
+  // '0' to '9' become the ten highest values, which the saturation keeps apart from all others.
   const __m128i high =
       _mm_subs_epu8(_mm_sub_epi8(digits, _mm_set1_epi8('9' + 1)), _mm_set1_epi8(6));
   const __m128i decimals = _mm_sub_epi8(high, _mm_set1_epi8(static_cast<char>(0xF0)));
@@ -97,12 +96,12 @@ inline __m128i valuesOf(__m128i digits) noexcept {
   return _mm_min_epu8(decimals, letters);
 }
 
-/// The top bit of each value that is none of a digit.
+/// The top bit of each value that is not a digit's.
 inline __m128i otherThanDigits(__m128i values) noexcept {
   return _mm_adds_epu8(values, _mm_set1_epi8(0x7F - 0x0F));
 }
 
-/// The bytes that pairs of values stand for, in the lower bytes of eight words.
+/// The bytes that pairs of values form, in the lower bytes of eight words.
 inline __m128i pairsOf(__m128i values) noexcept {
   return _mm_and_si128(_mm_or_si128(_mm_slli_epi16(values, 4), _mm_srli_epi16(values, 8)),
                        _mm_set1_epi16(0xFF));
@@ -119,7 +118,7 @@ inline std::size_t decodePairs(const char *&digits, char *out) noexcept {
     const __m128i othersBehind = otherThanDigits(second);
     if (maskOf(_mm_or_si128(others, othersBehind)) != 0) {
       const unsigned mask = maskOf(others) | maskOf(othersBehind) << vectorSize;
-      digits += std::countr_zero(mask) / 2 * 2;
+      digits += std::countr_zero(mask) / 2 * std::ptrdiff_t{2};
       return static_cast<std::size_t>(digits - begin) / 2;
     }
     digits += 2 * vectorSize;

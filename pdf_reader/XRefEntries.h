@@ -4,16 +4,15 @@
 #include <map>
 #include <vector>
 
-/// What a cross-reference table tells of one object.
+/// An object's entry in a cross-reference table.
 struct XRefEntry {
   std::uint32_t offset = 0;
   std::uint16_t generation = 0;
   std::uint8_t type = 0;
 };
 
-/// The entries of a cross-reference table by object number. Memory is used for entries that were
-/// set, whatever their numbers are: a few bytes of a document can name an object number of two
-/// thousand million.
+/// The entries of a cross-reference table by object number. Memory depends on how many were set,
+/// not on their numbers: a few bytes of a document can name object 2,000,000,000.
 ///
 /// Threads: one at a time.
 class XRefEntries {

@@ -272,7 +272,8 @@ TEST_F(Document, LosesNoWordWhereAnotherParseHasItsEdges) {
 
 TEST_F(Document, LosesNoWordToBlanksAtTheEndsOfLines) {
   const auto wordOf = [](int page, int row) {
-    return "w" + std::to_string(page) + "n" + std::to_string(row) + "x";
+    std::string word = "w" + std::to_string(page) + "n" + std::to_string(row);
+    return word + std::string(12 - word.size(), 'x');
   };
   DocumentWriter pdf;
   const std::vector<int> pages = pageNumbers(60);
