@@ -36,16 +36,10 @@ char EntryFilters::defaultFilter(FileItem &item, int type, char *isFolder) {
   const bool hasExtension = hasExtensionOfType(item.name(), type);
   if (!hasExtension && item.isListedAsNoFolder())
     return 0;
-  switch (item.existence()) {
-  case FileItem::Existence::None:
-    return 0;
-  case FileItem::Existence::Folder:
+  const FileItem::Existence existence = item.existence();
+  if (existence == FileItem::Existence::Folder)
     *isFolder = isAlias(item) == 0 && !isFilePackage(item) ? 1 : 0;
-    return 0;
-  case FileItem::Existence::File:
-    break;
-  }
-  return hasExtension ? 1 : 0;
+  return existence == FileItem::Existence::File && hasExtension ? 1 : 0;
 }
 
 char EntryFilters::isAlias(FileItem &item) noexcept {

@@ -76,28 +76,19 @@ std::int16_t ExifAnalysis::readDataHandle(const NSString *path,
 Ref<const NSString> ExifAnalysis::getExifInfo(std::uint32_t tag) noexcept {
   Ref<const NSString> text;
   tryTwice([&] {
-    if (tag == tagDateTimeOriginal)
+    if (tag == tagDateTimeOriginal) {
       text = shootingDateText(*_imageTag);
-    else if (tag >= tagImageDescription && tag <= tagModel)
-      text = mainText(tag);
-    else if (tag == tagUserComment)
-      text = comment();
+    } else if (tag >= tagImageDescription && tag <= tagModel) {
+      const TagInfo info = tagInfoOf(*_imageTag, mainDirectory, tag);
+      if (isText(info))
+        text = NSString::initWithData(info->value.bytes, NSDefaultCStringEncoding);
+    } else if (tag == tagUserComment) {
+      const TagInfo info = tagInfoOf(*_imageTag, exifDirectory, tag);
+      if (info && info->type == IMAGETAG_UNDEFINED)
+        text = getUserComment(info.get());
+    }
   });
   return text;
-}
-
-Ref<const NSString> ExifAnalysis::mainText(std::uint32_t tag) {
-  const TagInfo info = tagInfoOf(*_imageTag, mainDirectory, tag);
-  if (!isText(info))
-    return nullptr;
-  return NSString::initWithData(info->value.bytes, NSDefaultCStringEncoding);
-}
-
-Ref<const NSString> ExifAnalysis::comment() noexcept {
-  const TagInfo info = tagInfoOf(*_imageTag, exifDirectory, tagUserComment);
-  if (!info || info->type != IMAGETAG_UNDEFINED)
-    return nullptr;
-  return getUserComment(info.get());
 }
 
 void ExifAnalysis::endExifAnalysis() noexcept {

@@ -65,8 +65,6 @@ private:
 
   /// Whether the opened tags have an EXIF directory; ends the analysis if not.
   bool hasExifDirectory() noexcept;
-  Ref<const NSString> mainText(std::uint32_t tag);
-  Ref<const NSString> comment() noexcept;
 
   Ref<const NSData> _exifData;
   /// The file, if it is read as far as tags are asked for.

@@ -14,10 +14,6 @@ constexpr std::size_t mostFound = 64;
 /// For how long a file that has been found may wait while others are tested.
 constexpr std::chrono::milliseconds longestDelay{2};
 
-bool isNameOfDocument(std::string_view name) noexcept {
-  return equalIgnoringASCIICase(extensionOfName(name), "pdf");
-}
-
 } // namespace
 
 void FolderScan::run(const NSString *folder) noexcept {
@@ -108,7 +104,7 @@ bool FolderScan::canLookAhead(DirectoryListing &listing) const noexcept {
     return false;
   // The text of a document may take any time, the beginning of a photograph hardly any.
   return !search_.hasContentCondition() ||
-         ((search_.isPDFSearch() == 0 || !isNameOfDocument(*next)) &&
+         ((search_.isPDFSearch() == 0 || !equalIgnoringASCIICase(extensionOfName(*next), "pdf")) &&
           Clock::now() - foundAt_ < longestDelay);
 }
 

@@ -16,9 +16,11 @@ constexpr std::string_view queryFinish = NSMetadataQueryDidFinishGatheringNotifi
 
 } // namespace
 
+SearchEngine *SearchEngine::create() { return new SearchEngine; }
+
 SearchEngine *SearchEngine::sharedSearchEngine() noexcept {
   if (sSharedSearchEngine == nullptr)
-    tryTwice([] { sSharedSearchEngine = new SearchEngine; });
+    tryTwice([] { sSharedSearchEngine = create(); });
   return static_cast<SearchEngine *>(sSharedSearchEngine);
 }
 
@@ -72,7 +74,7 @@ void SearchEngine::startFileSearch(const SearchPredicate *predicate) noexcept {
     scheduleEnd(delayOfEmptyRequest);
     return;
   }
-  _isUseSpotlight = predicate->fileList == nullptr ? isAvailableSpotlight() : 0;
+  _isUseSpotlight = predicate->fileList == nullptr && isAvailableSpotlight() != 0 ? 1 : 0;
   if (_isUseSpotlight != 0)
     spotlightSearch();
   else

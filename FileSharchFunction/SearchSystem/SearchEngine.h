@@ -113,6 +113,8 @@ private:
 
   SearchEngine();
   ~SearchEngine() override;
+  /// With a reference for the caller. Throws `std::bad_alloc`.
+  static SearchEngine *create();
 
   void stopQuery() noexcept override;
 
