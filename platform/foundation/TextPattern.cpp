@@ -119,7 +119,7 @@ NSRange TextPattern::findBytes(std::string_view text) const noexcept {
 /// A position before which no occurrence of an ASCII pattern begins. Most texts hold none, and the
 /// pattern's first and last byte seldom occur together, so that whole blocks can be skipped.
 std::size_t TextPattern::findCandidate(std::string_view text) const noexcept {
-  constexpr std::size_t blockSize = 64;
+  constexpr std::size_t blockSize = 32;
   const std::size_t last = units_.size() - 1;
   const bool foldCase = (options_ & NSCaseInsensitiveSearch) != 0;
   const auto first = static_cast<char>(units_.front());
