@@ -8,7 +8,7 @@ import sys
 
 SEARCH = "FileSharchFunction/SearchSystem"
 LAYERS = [SEARCH, "hosts", "pdf_reader", "streams", "platform/foundation", "platform/metadata",
-          "platform/imagetag", "platform/content", "readers", "tests", "samples", "bench", "fuzz", "faults"]
+          "platform/imagetag", "platform/content", "readers", "tests", "testing", "bench", "fuzz", "faults"]
 
 # What each layer may include besides itself; tests and the like may include anything.
 ALLOWED = {

@@ -2,7 +2,7 @@
 // EXIF tags, but with bytes in place of an image. The same parameters make the same files. Behind
 // their first 68 KB, which no reader of tags goes beyond, the files are holes and take no room.
 
-#include "samples/PhotoFile.h"
+#include "testing/PhotoFile.h"
 
 #include <CLI/CLI.hpp>
 

@@ -43,7 +43,7 @@ void Allocations::watchSQLite() {
 
 #ifdef SANITIZER_HAS_MALLOC
 
-#include "samples/FailingMemory.h"
+#include "testing/FailingMemory.h"
 
 bool memoryFails() noexcept { return fails(); }
 

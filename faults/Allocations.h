@@ -1,6 +1,6 @@
 #pragma once
 
-#include "samples/Shortage.h"
+#include "testing/Shortage.h"
 
 /// The memory that can run short: that of `new` and of SQLite and, unless a sanitizer replaces it,
 /// that of `malloc`.

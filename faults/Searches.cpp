@@ -1,8 +1,8 @@
 #include "faults/Searches.h"
 
 #include "platform/foundation/LocalTime.h"
-#include "samples/DocumentWriter.h"
-#include "samples/PhotoFile.h"
+#include "testing/DocumentWriter.h"
+#include "testing/PhotoFile.h"
 
 #include <memory>
 

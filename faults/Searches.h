@@ -1,7 +1,7 @@
 #pragma once
 
 #include "faults/Host.h"
-#include "samples/TemporaryTree.h"
+#include "testing/TemporaryTree.h"
 
 #include <memory>
 

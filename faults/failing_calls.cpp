@@ -11,7 +11,7 @@
 #include "platform/foundation/SystemCalls.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/MetadataIndex.h"
-#include "samples/VirtualClock.h"
+#include "testing/VirtualClock.h"
 
 #include <algorithm>
 #include <array>

@@ -7,7 +7,7 @@
 #include "faults/Searches.h"
 #include "faults/Verdict.h"
 #include "platform/metadata/IndexPlace.h"
-#include "samples/VirtualClock.h"
+#include "testing/VirtualClock.h"
 
 #include <algorithm>
 #include <chrono>

@@ -9,8 +9,8 @@
 #include "faults/Verdict.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/MetadataIndex.h"
-#include "samples/SystemCallsGuard.h"
-#include "samples/VirtualClock.h"
+#include "testing/SystemCallsGuard.h"
+#include "testing/VirtualClock.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,7 +1,7 @@
 // Makes them a part of a font, which the first byte chooses: a program of one of three kinds, a map
 // to text or to identifiers, the dictionary; and shows all codes with it.
 
-#include "samples/TextOf.h"
+#include "testing/TextOf.h"
 
 #include <cstdint>
 #include <iterator>

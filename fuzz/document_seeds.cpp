@@ -1,7 +1,7 @@
 // Writes the seeds of the fuzzers of the document reader into a folder's sub-folders
 // `document_objects` and `document_filters`.
 
-#include "samples/CompressedDocument.h"
+#include "testing/CompressedDocument.h"
 
 #include <filesystem>
 #include <fstream>

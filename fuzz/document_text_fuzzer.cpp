@@ -2,7 +2,7 @@
 // forms. The text has to be in the form that is promised.
 
 #include "readers/documents/TextOutput.h"
-#include "samples/TextOf.h"
+#include "testing/TextOf.h"
 
 #include <cstdint>
 #include <cstdlib>

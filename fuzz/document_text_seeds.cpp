@@ -1,7 +1,7 @@
 // Writes the seeds of the fuzzers of documents' text and fonts into a folder's sub-folders
 // `document_text` and `document_fonts`.
 
-#include "samples/TextOf.h"
+#include "testing/TextOf.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,6 +1,6 @@
 // Writes the seeds of the fuzzer of image tags into a folder.
 
-#include "samples/PhotoFile.h"
+#include "testing/PhotoFile.h"
 
 #include <fstream>
 #include <iostream>

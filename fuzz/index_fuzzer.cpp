@@ -7,10 +7,10 @@
 #include "platform/foundation/MainLoop.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/NSMetadataQuery.h"
-#include "samples/StatusAnHourAgo.h"
-#include "samples/SystemCallsGuard.h"
-#include "samples/TemporaryTree.h"
-#include "samples/WaitForThreads.h"
+#include "testing/StatusAnHourAgo.h"
+#include "testing/SystemCallsGuard.h"
+#include "testing/TemporaryTree.h"
+#include "testing/WaitForThreads.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // Writes the seeds of the fuzzers of the PDF reader: make_pdf_seeds fuzz/seeds
 
-#include "samples/DocumentWriter.h"
+#include "testing/DocumentWriter.h"
 
 #include <cstdio>
 #include <filesystem>

@@ -6,8 +6,8 @@
 #include "pdf_reader/LineUtility.h"
 #include "pdf_reader/ReferenceValues.h"
 #include "pdf_reader/TokenReader.h"
-#include "samples/LineStarts.h"
-#include "samples/TextStream.h"
+#include "testing/LineStarts.h"
+#include "testing/TextStream.h"
 
 #include <cstdint>
 #include <cstdio>

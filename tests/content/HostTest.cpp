@@ -1,7 +1,7 @@
 // What a host may notice of the reader program, and what becomes of it.
 
 #include "platform/content/ReaderProcess.h"
-#include "samples/VirtualClock.h"
+#include "testing/VirtualClock.h"
 #include "tests/content/ServiceFixture.h"
 
 #include <atomic>

@@ -4,7 +4,7 @@
 #include "platform/content/ReaderConnection.h"
 #include "platform/foundation/CoreFoundation.h"
 #include "platform/foundation/MainLoop.h"
-#include "samples/TemporaryTree.h"
+#include "testing/TemporaryTree.h"
 
 #include <gtest/gtest.h>
 

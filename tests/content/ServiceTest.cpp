@@ -1,4 +1,4 @@
-#include "samples/CompressedDocument.h"
+#include "testing/CompressedDocument.h"
 #include "tests/content/ServiceFixture.h"
 
 #include <ostream>

@@ -3,8 +3,8 @@
 #include "platform/foundation/LaunchServices.h"
 #include "platform/foundation/MountPoints.h"
 #include "platform/foundation/NSWorkspace.h"
-#include "samples/SystemCallsGuard.h"
-#include "samples/TemporaryTree.h"
+#include "testing/SystemCallsGuard.h"
+#include "testing/TemporaryTree.h"
 
 #include <fcntl.h>
 #include <functional>

@@ -2,7 +2,7 @@
 #include "platform/foundation/CoreFoundation.h"
 #include "platform/foundation/MainLoop.h"
 #include "platform/foundation/Perform.h"
-#include "samples/VirtualClock.h"
+#include "testing/VirtualClock.h"
 
 #include <atomic>
 #include <chrono>

@@ -4,9 +4,9 @@
 #include "platform/foundation/MainLoop.h"
 #include "platform/foundation/Perform.h"
 #include "platform/foundation/ThreadTeam.h"
-#include "samples/SystemCallsGuard.h"
-#include "samples/VirtualClock.h"
-#include "samples/WaitForThreads.h"
+#include "testing/SystemCallsGuard.h"
+#include "testing/VirtualClock.h"
+#include "testing/WaitForThreads.h"
 
 #include <atomic>
 #include <chrono>

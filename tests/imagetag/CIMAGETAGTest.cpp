@@ -1,5 +1,5 @@
 #include "platform/imagetag/CIMAGETAG.h"
-#include "samples/PhotoFile.h"
+#include "testing/PhotoFile.h"
 
 #include <gtest/gtest.h>
 

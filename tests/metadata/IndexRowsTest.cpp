@@ -1,6 +1,6 @@
 #include "platform/metadata/FolderKey.h"
 #include "platform/metadata/IndexDatabase.h"
-#include "samples/TemporaryTree.h"
+#include "testing/TemporaryTree.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

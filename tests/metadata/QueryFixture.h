@@ -4,9 +4,9 @@
 #include "platform/metadata/MetadataIndex.h"
 #include "platform/metadata/NSCompoundPredicate.h"
 #include "platform/metadata/NSMetadataQuery.h"
-#include "samples/StatusAnHourAgo.h"
-#include "samples/SystemCallsGuard.h"
-#include "samples/WaitForThreads.h"
+#include "testing/StatusAnHourAgo.h"
+#include "testing/SystemCallsGuard.h"
+#include "testing/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
 
 /// A folder to search, a query, and its notifications.

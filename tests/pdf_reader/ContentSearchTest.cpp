@@ -1,7 +1,7 @@
 #include "pdf_reader/ContentSearch.h"
 #include "pdf_reader/CPDFContents.h"
 #include "platform/foundation/NSString.h"
-#include "samples/TextStream.h"
+#include "testing/TextStream.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,9 +1,9 @@
 #include "pdf_reader/CPDFContents.h"
 #include "pdf_reader/CPDFFile.h"
 #include "platform/foundation/NSString.h"
-#include "samples/DocumentWriter.h"
-#include "samples/TemporaryTree.h"
-#include "samples/TextStream.h"
+#include "testing/DocumentWriter.h"
+#include "testing/TemporaryTree.h"
+#include "testing/TextStream.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,4 +1,4 @@
-#include "samples/LineStarts.h"
+#include "testing/LineStarts.h"
 #include "tests/pdf_reader/Tokens.h"
 
 #include <gtest/gtest.h>

@@ -6,7 +6,7 @@
 #include "pdf_reader/CPDFStrmObjVorda.h"
 #include "pdf_reader/CPDFTrailer.h"
 #include "pdf_reader/CPDFXRefTable.h"
-#include "samples/TextStream.h"
+#include "testing/TextStream.h"
 #include "tests/pdf_reader/Tokens.h"
 
 #include <algorithm>

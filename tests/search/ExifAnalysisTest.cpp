@@ -1,7 +1,7 @@
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
-#include "samples/PhotoFile.h"
-#include "samples/SystemCallsGuard.h"
-#include "samples/TemporaryTree.h"
+#include "testing/PhotoFile.h"
+#include "testing/SystemCallsGuard.h"
+#include "testing/TemporaryTree.h"
 
 #include <algorithm>
 #include <array>

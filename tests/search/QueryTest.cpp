@@ -1,8 +1,8 @@
 #include "platform/foundation/NSClass.h"
-#include "samples/DocumentWriter.h"
-#include "samples/PhotoFile.h"
-#include "samples/SystemCallsGuard.h"
-#include "samples/WaitForThreads.h"
+#include "testing/DocumentWriter.h"
+#include "testing/PhotoFile.h"
+#include "testing/SystemCallsGuard.h"
+#include "testing/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
 #include "tests/support/TimeZone.h"
 

@@ -5,8 +5,8 @@
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/metadata/IndexPlace.h"
-#include "samples/TemporaryTree.h"
-#include "samples/VirtualClock.h"
+#include "testing/TemporaryTree.h"
+#include "testing/VirtualClock.h"
 
 #include <algorithm>
 #include <functional>

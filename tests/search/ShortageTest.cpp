@@ -1,9 +1,9 @@
-#include "samples/Shortage.h"
-#include "samples/DocumentWriter.h"
-#include "samples/FailingMemory.h"
-#include "samples/PhotoFile.h"
-#include "samples/SystemCallsGuard.h"
-#include "samples/WaitForThreads.h"
+#include "testing/Shortage.h"
+#include "testing/DocumentWriter.h"
+#include "testing/FailingMemory.h"
+#include "testing/PhotoFile.h"
+#include "testing/SystemCallsGuard.h"
+#include "testing/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
 
 #include <cerrno>

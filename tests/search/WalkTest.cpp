@@ -1,5 +1,5 @@
 #include "platform/foundation/MountPoints.h"
-#include "samples/SystemCallsGuard.h"
+#include "testing/SystemCallsGuard.h"
 #include "tests/search/SearchFixture.h"
 
 #include <cerrno>

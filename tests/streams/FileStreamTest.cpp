@@ -1,5 +1,5 @@
-#include "samples/TemporaryTree.h"
 #include "streams/CFileStream.h"
+#include "testing/TemporaryTree.h"
 
 #include <cerrno>
 #include <csignal>

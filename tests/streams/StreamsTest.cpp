@@ -1,6 +1,6 @@
-#include "samples/TemporaryTree.h"
 #include "streams/CFileStream.h"
 #include "streams/CMemStream.h"
+#include "testing/TemporaryTree.h"
 
 #include <algorithm>
 #include <climits>

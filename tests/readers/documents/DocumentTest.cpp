@@ -1,6 +1,6 @@
 #include "readers/documents/Document.h"
 
-#include "samples/CompressedDocument.h"
+#include "testing/CompressedDocument.h"
 #include "tests/readers/documents/PagesOf.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "readers/documents/DocumentText.h"
 
-#include "samples/TextOf.h"
+#include "testing/TextOf.h"
 
 #include <gtest/gtest.h>
 

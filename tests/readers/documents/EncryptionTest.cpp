@@ -1,4 +1,4 @@
-#include "samples/CompressedDocument.h"
+#include "testing/CompressedDocument.h"
 #include "tests/readers/documents/PagesOf.h"
 
 #include <gtest/gtest.h>

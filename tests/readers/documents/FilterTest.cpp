@@ -1,5 +1,5 @@
 #include "readers/documents/Filter.h"
-#include "samples/CompressedDocument.h"
+#include "testing/CompressedDocument.h"
 
 #include <gtest/gtest.h>
 

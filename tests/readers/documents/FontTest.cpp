@@ -1,4 +1,4 @@
-#include "samples/TextOf.h"
+#include "testing/TextOf.h"
 
 #include <gtest/gtest.h>
 

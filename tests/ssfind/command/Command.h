@@ -1,6 +1,6 @@
 #pragma once
 
-#include "samples/TemporaryTree.h"
+#include "testing/TemporaryTree.h"
 
 #include <algorithm>
 #include <csignal>

@@ -1,5 +1,5 @@
-#include "samples/DocumentWriter.h"
-#include "samples/PhotoFile.h"
+#include "testing/DocumentWriter.h"
+#include "testing/PhotoFile.h"
 #include "tests/ssfind/command/Command.h"
 
 #include <map>

@@ -1,4 +1,4 @@
-#include "samples/PhotoFile.h"
+#include "testing/PhotoFile.h"
 #include "tests/ssfind/command/Command.h"
 
 #include <poll.h>

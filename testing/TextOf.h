@@ -2,7 +2,7 @@
 
 #include "readers/ByteSource.h"
 #include "readers/documents/DocumentText.h"
-#include "samples/CompressedDocument.h"
+#include "testing/CompressedDocument.h"
 
 #include <algorithm>
 #include <map>
