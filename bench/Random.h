@@ -4,6 +4,8 @@
 #include <span>
 #include <string_view>
 
+namespace searchsystem {
+
 /// The splitmix64 generator: the same numbers for the same seed, on every machine.
 class Random {
 public:
@@ -26,3 +28,5 @@ public:
 private:
   std::uint64_t state_;
 };
+
+} // namespace searchsystem

@@ -22,6 +22,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 /// The folders that wait to be listed.
@@ -183,6 +185,10 @@ int usage() {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   unsigned threads = 5;

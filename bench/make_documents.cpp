@@ -19,6 +19,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 struct Parameters {
@@ -174,6 +176,10 @@ void makeFolder(const std::filesystem::path &folder, const Parameters &parameter
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   Parameters parameters;

@@ -17,6 +17,8 @@
 #include <stdexcept>
 #include <string>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace std::string_literals;
@@ -150,6 +152,10 @@ Counts makePhotos(const std::filesystem::path &root, const Parameters &parameter
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   Parameters parameters;

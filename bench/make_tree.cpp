@@ -25,6 +25,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr const char *markerName = ".make_tree";
@@ -225,6 +227,10 @@ std::uint64_t makeTree(const std::string &root, const Parameters &parameters) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   Parameters parameters;

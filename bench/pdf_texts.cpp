@@ -28,6 +28,8 @@
 #include <emmintrin.h>
 #endif
 
+namespace searchsystem {
+
 namespace {
 
 /// Reads a file to its end; false when it cannot be read.
@@ -134,6 +136,10 @@ std::vector<std::string> documentsIn(const std::string &folder) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   std::string folder;

@@ -9,6 +9,8 @@
 #include <iostream>
 #include <string>
 
+using namespace searchsystem;
+
 int main() {
   constexpr std::array<std::uint32_t, 5> tags{0x9003, 0x010E, 0x010F, 0x0110, 0x9286};
   for (std::string name; std::getline(std::cin, name, '\0');) {

@@ -21,6 +21,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::size_t readSize = 65535;
@@ -81,6 +83,10 @@ std::uint64_t analyse(const Folder &folder) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   std::string root;

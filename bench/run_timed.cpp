@@ -18,6 +18,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -64,6 +66,10 @@ Consumed consume(int input, int copy, Clock::time_point started) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   char **command = argv + 1;

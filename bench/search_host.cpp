@@ -20,6 +20,8 @@
 #include <poll.h>
 #include <sys/resource.h>
 
+namespace searchsystem {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -169,6 +171,10 @@ void measure(const Options &options) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   Options options;

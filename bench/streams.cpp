@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr long blockSize = 65536;
@@ -173,6 +175,10 @@ void measureGrowths(long size) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int count, char **arguments) {
   const long megabytes = count > 2 ? std::atol(arguments[2]) : 256;

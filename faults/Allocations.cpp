@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <sqlite3.h>
 
+namespace searchsystem {
+
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define SANITIZER_HAS_MALLOC 1
 #elif defined(__has_feature)
@@ -48,6 +50,10 @@ void Allocations::watchSQLite() {
 bool memoryFails() noexcept { return fails(); }
 
 #else
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 // The names beneath are the C library's own.
 extern "C" {

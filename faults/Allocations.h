@@ -2,6 +2,8 @@
 
 #include "testing/Shortage.h"
 
+namespace searchsystem {
+
 /// The memory that can run short: that of `new` and of SQLite and, unless a sanitizer replaces it,
 /// that of `malloc`.
 namespace Allocations {
@@ -21,3 +23,5 @@ public:
 void watchSQLite();
 
 } // namespace Allocations
+
+} // namespace searchsystem

@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+namespace searchsystem {
+
 namespace {
 
 Paths results;
@@ -99,3 +101,5 @@ std::string relative(const Paths &paths, const std::string &folder) {
            (path.starts_with(folder + "/") ? path.substr(folder.size() + 1) : path);
   return all;
 }
+
+} // namespace searchsystem

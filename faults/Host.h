@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace searchsystem {
+
 using Paths = std::vector<std::string>;
 
 /// A search and its conditions.
@@ -63,3 +65,5 @@ void useIndex(bool isUsed);
 
 /// `paths` relative to `folder`, joined by blanks.
 std::string relative(const Paths &paths, const std::string &folder);
+
+} // namespace searchsystem

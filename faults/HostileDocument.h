@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// Writes a document of the layout that the reader knows. Its table may name any places: within
 /// other objects, within lines, the same text many times. `text` is the file so far.
 class HostileDocument {
@@ -84,3 +86,5 @@ public:
 private:
   std::vector<std::size_t> places_{0};
 };
+
+} // namespace searchsystem

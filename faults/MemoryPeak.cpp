@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <malloc.h>
 
+namespace searchsystem {
+
 namespace {
 
 std::atomic<std::size_t> used{0};
@@ -35,6 +37,10 @@ void MemoryPeak::begin() {
 std::size_t MemoryPeak::bytes() { return peak - usedBefore; }
 
 #ifndef MEMORY_IS_SANITIZED
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 // The names beneath are the C library's own. `new` comes here as well.
 extern "C" {

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+namespace searchsystem {
+
 /// The memory that the process has from `malloc` and `new`, whole blocks.
 ///
 /// Linked into a program, it replaces the C library's functions; where a sanitizer replaces them,
@@ -15,3 +17,5 @@ void begin();
 [[nodiscard]] std::size_t bytes();
 
 } // namespace MemoryPeak
+
+} // namespace searchsystem

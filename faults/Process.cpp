@@ -8,6 +8,8 @@
 #include <malloc.h>
 #include <thread>
 
+namespace searchsystem {
+
 namespace {
 
 int entriesOf(const char *folder) {
@@ -55,3 +57,5 @@ int threadsAfterRest(int most) {
   }
   return threads;
 }
+
+} // namespace searchsystem

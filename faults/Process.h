@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace searchsystem {
+
 /// The resources that the process holds.
 struct Holdings {
   int descriptors = 0;
@@ -22,3 +24,5 @@ int threadsAtRest();
 /// Waits, for some seconds at most, until there are no more threads than `most`; returns how many
 /// there are. A thread of the library without a job ends after two seconds.
 int threadsAfterRest(int most);
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 
 #include <memory>
 
+namespace searchsystem {
+
 void makeSmallTree(TemporaryTree &tree) {
   const PhotoTags tags = PhotoTags::photo().text(0, 0x010E, "a beach").taken("2010:01:05 12:00:00");
   const std::string photo = jpegFile({tags.exifSegment()});
@@ -80,3 +82,5 @@ std::unique_ptr<Record> makeRecord(const Way &way, const std::string &tree,
   record->setList(list);
   return record;
 }
+
+} // namespace searchsystem

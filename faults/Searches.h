@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace searchsystem {
+
 /// A small tree with every kind of file that a search judges in its own way.
 ///
 ///     1beach.jpg 2Beach.pdf 3other.jpg in/4beach.tif in/5other.pdf in/deep/6beach.pct
@@ -33,3 +35,5 @@ const std::vector<Way> &allWays();
 /// The request for a way on a small tree.
 std::unique_ptr<Record> makeRecord(const Way &way, const std::string &tree,
                                    SearchResultCallback callback);
+
+} // namespace searchsystem

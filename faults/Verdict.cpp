@@ -8,6 +8,8 @@
 #include <csignal>
 #include <unistd.h>
 
+namespace searchsystem {
+
 std::string doing;
 
 namespace {
@@ -49,3 +51,5 @@ int verdict(const std::string &summary) {
   std::printf("%s, %d faults\n", summary.c_str(), faults.load());
   return faults == 0 ? 0 : 1;
 }
+
+} // namespace searchsystem

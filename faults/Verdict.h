@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace searchsystem {
+
 /// The current step of a driver, printed with each fault that it finds.
 extern std::string doing;
 
@@ -17,3 +19,5 @@ void mustGoOnWithin(int seconds);
 
 /// Prints a line about the work done; returns the exit code of the program.
 int verdict(const std::string &summary);
+
+} // namespace searchsystem

@@ -24,6 +24,8 @@
 #include <mutex>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 enum Call : std::uint8_t {
@@ -337,6 +339,10 @@ private:
 };
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   bool isQuick = false;

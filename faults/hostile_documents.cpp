@@ -25,6 +25,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 using Places = std::vector<std::size_t>;
@@ -378,6 +380,10 @@ void judge(const Document &document, const std::string &path, std::size_t size, 
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   std::string_view wanted;

@@ -27,6 +27,8 @@
 #include <thread>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -180,6 +182,10 @@ std::uint32_t numberOf(const char *text) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   if (argc == 5 && std::strcmp(argv[1], "--write") == 0) {

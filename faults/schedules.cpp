@@ -27,6 +27,8 @@
 #include <thread>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -294,6 +296,10 @@ void runExitingHost(const char *program, const std::string &tree, const std::str
 std::uint64_t numberOf(const char *text) { return std::strtoull(text, nullptr, 10); }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   if (argc == 5 && std::strcmp(argv[1], "--exit") == 0) {

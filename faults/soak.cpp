@@ -17,6 +17,8 @@
 #include <malloc.h>
 #include <random>
 
+namespace searchsystem {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -53,6 +55,10 @@ void print(const char *when, long searches, const Holdings &held) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   const int seconds = argc > 1 ? std::atoi(argv[1]) : 1800;

@@ -35,6 +35,8 @@
 #include <thread>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 const Wanted anyName{.name = ""};
@@ -436,6 +438,10 @@ void mountedCache(const std::string &mountPoint) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   int files = 20'000, seconds = 5;

@@ -19,6 +19,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 /// A reader of documents without regard to cost: it copies, cuts and joins each line anew, and
 /// parses each content stream by itself. The answers of the fast reader are compared with its own.
 class PlainDocument {
@@ -276,3 +278,5 @@ private:
   CPDFXRefTable table_;
   CPDFPages pages_;
 };
+
+} // namespace searchsystem

@@ -18,6 +18,8 @@
 #include <regex.h>
 #include <string>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::int64_t secondsFrom1970To2001 = 978307200;
@@ -151,6 +153,10 @@ void testDateOfPhotograph(const std::string &text) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   if (size < 1 || size > 200)

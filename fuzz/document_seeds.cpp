@@ -9,7 +9,13 @@
 #include <string>
 #include <utility>
 
+namespace searchsystem {
+
 using namespace std::string_literals;
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   if (argc != 2) {

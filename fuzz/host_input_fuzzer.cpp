@@ -25,6 +25,8 @@
 #include <unistd.h>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace ssfind;
@@ -299,6 +301,10 @@ void testNames(const std::string &name) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   if (size < 2 || size > 2000)

@@ -17,6 +17,8 @@
 #include <sys/stat.h>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 /// The content of the only file.
@@ -89,6 +91,10 @@ void readTexts(std::string_view image) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 extern "C" int LLVMFuzzerInitialize(int * /*argc*/, char *** /*argv*/) {
   setSystemCallsForTesting(&callsOnContent);

@@ -20,6 +20,8 @@
 #include <string>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 using Paths = std::vector<std::string>;
@@ -90,6 +92,10 @@ private:
 };
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   static Fixture fixture;

@@ -7,6 +7,8 @@
 #include <fstream>
 #include <string>
 
+namespace searchsystem {
+
 namespace {
 
 std::filesystem::path folder;
@@ -22,6 +24,10 @@ void writeDocument(const std::string &name, char choice, const std::string &byte
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int main(int argc, char **argv) {
   if (argc != 2) {

@@ -15,6 +15,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 /// The sanitizers make everything slower by about this much.
@@ -32,6 +34,10 @@ double processorSeconds() {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   if (size < 1)

@@ -16,6 +16,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 using Tokens = std::vector<std::string>;
@@ -140,6 +142,10 @@ void checkHexString(const std::string &text) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   std::string text(reinterpret_cast<const char *>(data), size);

@@ -16,6 +16,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 class File final : public MetadataCandidate {
@@ -61,6 +63,10 @@ bool matchesPlainly(std::string_view pattern, std::string_view name, bool regard
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   std::string_view rest(reinterpret_cast<const char *>(data), size);

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 using Units = std::vector<FoldedText::Unit>;
@@ -33,6 +35,10 @@ NSRange findPlainly(const Units &pattern, const Units &text, std::size_t textSiz
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   if (size < 2)

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdint>
 
+namespace searchsystem {
+
 /// What a byte means in a line.
 enum class ByteClass : std::uint8_t { text, comment, trim, lineEnd };
 
@@ -18,3 +20,5 @@ inline constexpr std::array<ByteClass, 256> byteClasses = [] {
 [[nodiscard]] constexpr ByteClass classOf(char byte) noexcept {
   return classOf(static_cast<unsigned char>(byte));
 }
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 
 #include <limits>
 
+namespace searchsystem {
+
 int CObjectList::AddObject(int number, unsigned short generation, unsigned char flag) noexcept {
   const tagOBJECTRECORD record{number, generation, flag};
   return AddObject(&record);
@@ -43,3 +45,5 @@ int CObjectList::Parse(const CParamArray &tokens, unsigned long index,
   }
   return 1;
 }
+
+} // namespace searchsystem

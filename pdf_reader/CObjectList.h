@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace searchsystem {
+
 /// A list of references to objects.
 ///
 /// The operations answer 1 for success and 0 for failure. Ownership: owns its records. Threads: one
@@ -35,3 +37,5 @@ public:
 private:
   std::vector<tagOBJECTRECORD> records_;
 };
+
+} // namespace searchsystem

@@ -2,6 +2,8 @@
 
 #include "pdf_reader/ReferenceTokens.h"
 
+namespace searchsystem {
+
 int CPDFCatalog::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   return walkObject(tokens, goOn, [&](unsigned long i) -> unsigned long {
     if (tokens->token(i) != "/Pages")
@@ -24,3 +26,5 @@ void CPDFCatalog::GetPagesInfo(tagOBJECTRECORD *out) const noexcept {
   if (out != nullptr)
     *out = pages_;
 }
+
+} // namespace searchsystem

@@ -3,6 +3,8 @@
 #include "pdf_reader/CPDFSection.h"
 #include "pdf_reader/tagOBJECTRECORD.h"
 
+namespace searchsystem {
+
 /// A document's catalog (PDF standard, 7.7.2): the reference of its page tree.
 ///
 /// Ownership, threads and failure as `CPDFSection`.
@@ -19,3 +21,5 @@ public:
 private:
   tagOBJECTRECORD pages_;
 };
+
+} // namespace searchsystem

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <limits>
 
+namespace searchsystem {
+
 int CPDFContents::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr || goOn == nullptr)
     return 0;
@@ -118,3 +120,5 @@ int CPDFContents::GetTextString(unsigned char *buf, unsigned long *ioSize) const
   *ioSize = size;
   return 1;
 }
+
+} // namespace searchsystem

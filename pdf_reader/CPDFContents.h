@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+namespace searchsystem {
+
 /// The text that a page's content stream shows with hexadecimal strings and the operator Tj (PDF
 /// standard, 9.4.3). Compressed streams give none.
 ///
@@ -37,3 +39,5 @@ private:
   CParamArray texts_;
   std::size_t textLength_ = 0;
 };
+
+} // namespace searchsystem

@@ -19,6 +19,8 @@
 #include <string_view>
 #include <unordered_set>
 
+namespace searchsystem {
+
 namespace {
 
 /// Gives `last` the root of `other` if it has none.
@@ -289,3 +291,5 @@ int CPDFFile::Seek(long offset, unsigned short origin) {
 long CPDFFile::Tell() { return isOpen_ ? position_ : CFileStream::Tell(); }
 
 long CPDFFile::GetSize() { return isOpen_ ? size_ : CFileStream::GetSize(); }
+
+} // namespace searchsystem

@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace searchsystem {
+
 class CPDFTrailer;
 class KeywordSearch;
 
@@ -78,3 +80,5 @@ private:
   ReadBounds boundsForSearch_;
   const std::atomic<char> *isStopped_ = nullptr;
 };
+
+} // namespace searchsystem

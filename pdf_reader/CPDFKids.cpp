@@ -3,6 +3,8 @@
 #include "pdf_reader/ReferenceValues.h"
 #include "pdf_reader/ZeroWithoutMemory.h"
 
+namespace searchsystem {
+
 int CPDFKids::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr)
     return 0;
@@ -24,3 +26,5 @@ int CPDFKids::ReleaseParse() {
   contents_.Release();
   return 1;
 }
+
+} // namespace searchsystem

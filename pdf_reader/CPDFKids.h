@@ -3,6 +3,8 @@
 #include "pdf_reader/CObjectList.h"
 #include "pdf_reader/CPDFSection.h"
 
+namespace searchsystem {
+
 /// A page (PDF standard, 7.7.3.3): the references of its content streams.
 ///
 /// Ownership, threads and failure as `CPDFSection`.
@@ -24,3 +26,5 @@ public:
 private:
   CObjectList contents_;
 };
+
+} // namespace searchsystem

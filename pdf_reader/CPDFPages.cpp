@@ -4,6 +4,8 @@
 #include "pdf_reader/TokenNumber.h"
 #include "pdf_reader/ZeroWithoutMemory.h"
 
+namespace searchsystem {
+
 int CPDFPages::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr)
     return 0;
@@ -32,3 +34,5 @@ int CPDFPages::ReleaseParse() {
   kids_.Release();
   return 1;
 }
+
+} // namespace searchsystem

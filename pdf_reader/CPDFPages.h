@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace searchsystem {
+
 /// The top node of a page tree (PDF standard, 7.7.3): its "/Count" and the references of its kids.
 ///
 /// Ownership, threads and failure as `CPDFSection`.
@@ -27,3 +29,5 @@ private:
   std::uint32_t count_ = 0;
   CObjectList kids_;
 };
+
+} // namespace searchsystem

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <vector>
 
+namespace searchsystem {
+
 int CPDFSection::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   return walkObject(tokens, goOn, [](unsigned long) { return 1UL; });
 }
@@ -63,7 +65,8 @@ int CPDFSection::FindKeyWordRev(CIOStream *stream, long length, const unsigned c
           stream->Read(block.data(), size, &done) != 1)
         return 0;
       unsigned char *match = nullptr;
-      if (::FindKeyWordRev(block.data(), static_cast<unsigned long>(done), keyword, &match) != 1)
+      if (searchsystem::FindKeyWordRev(block.data(), static_cast<unsigned long>(done), keyword,
+                                       &match) != 1)
         return 0;
       if (match != nullptr) {
         *found = left + (match - block.data());
@@ -80,3 +83,5 @@ int CPDFSection::FindKeyWordRev(CIOStream *stream, long length, const unsigned c
     return 1;
   });
 }
+
+} // namespace searchsystem

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string_view>
 
+namespace searchsystem {
+
 /// Base of what reads one section of a document: `Parse` reads lines from the stream's position on
 /// and hands their tokens to `ParseLine`, until that has seen enough.
 ///
@@ -99,3 +101,5 @@ private:
   long parsedTo_ = 0;
   long endAt_ = noEnd;
 };
+
+} // namespace searchsystem

@@ -1,5 +1,7 @@
 #include "pdf_reader/CPDFStrmObjVorda.h"
 
+namespace searchsystem {
+
 int CPDFStrmObjVorda::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr || goOn == nullptr)
     return 0;
@@ -32,3 +34,5 @@ int CPDFStrmObjVorda::ReleaseParse() {
   isVorda_ = isInStream_ = false;
   return 1;
 }
+
+} // namespace searchsystem

@@ -2,6 +2,8 @@
 
 #include "pdf_reader/CPDFSection.h"
 
+namespace searchsystem {
+
 /// A stream object whose data may begin with the maker's mark: a comment line of a percent sign and
 /// the word VORDA_PFINF_TYPE.
 ///
@@ -24,3 +26,5 @@ private:
   bool isVorda_ = false;
   bool isInStream_ = false;
 };
+
+} // namespace searchsystem

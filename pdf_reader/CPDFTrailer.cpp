@@ -3,6 +3,8 @@
 #include "pdf_reader/ReferenceTokens.h"
 #include "pdf_reader/ZeroWithoutMemory.h"
 
+namespace searchsystem {
+
 int CPDFTrailer::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr || goOn == nullptr)
     return 0;
@@ -97,3 +99,5 @@ int CPDFTrailer::SetRootInfo(const tagOBJECTRECORD *root) noexcept {
   hasRoot_ = true;
   return 1;
 }
+
+} // namespace searchsystem

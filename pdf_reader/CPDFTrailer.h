@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace searchsystem {
+
 /// A trailer (PDF standard, 7.5.5): how many objects there are, which one is the catalog, and the
 /// number that follows "startxref". /Prev is ignored: sections are followed through
 /// "startxref".
@@ -42,3 +44,5 @@ private:
   tagOBJECTRECORD root_;
   std::int32_t xrefOffset_ = 0;
 };
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <limits>
 
+namespace searchsystem {
+
 int CPDFXRefTable::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
   if (tokens == nullptr || goOn == nullptr)
     return 0;
@@ -107,3 +109,5 @@ unsigned long CPDFXRefTable::GetOffset(tagOBJECTRECORD ref) const noexcept {
   const XRefEntry entry = entries_.at(ref.number);
   return entry.generation == ref.generation ? entry.offset : 0;
 }
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+namespace searchsystem {
+
 /// The positions of a document's objects, from its cross-reference sections (PDF standard, 7.5.4).
 /// Each section that is parsed adds to the table and overwrites what earlier ones said.
 ///
@@ -45,3 +47,5 @@ private:
   std::int32_t sectionCount_ = 0;
   bool expectsHeader_ = true;
 };
+
+} // namespace searchsystem

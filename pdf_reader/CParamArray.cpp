@@ -7,6 +7,8 @@
 #include <memory>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::size_t mostCount = std::numeric_limits<std::uint32_t>::max();
@@ -263,3 +265,5 @@ int CParamArray::Release() noexcept {
   texts_.release();
   return 1;
 }
+
+} // namespace searchsystem

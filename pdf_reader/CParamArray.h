@@ -8,6 +8,8 @@
 #include <cstring>
 #include <string_view>
 
+namespace searchsystem {
+
 /// The tokens of one line of a document, or of several. A token is what stands between NUL, tab and
 /// space; brackets and the like are no separators.
 ///
@@ -148,3 +150,5 @@ private:
   std::uint32_t end_ = 0;
   std::uint32_t textEnd_ = 0;
 };
+
+} // namespace searchsystem

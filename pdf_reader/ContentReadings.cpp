@@ -4,6 +4,8 @@
 #include <cstring>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 template <class T> std::int32_t takeFree(std::vector<std::int32_t> &free, std::vector<T> &all) {
@@ -387,3 +389,5 @@ void ContentReadings::dropText(ContentReading &reading) noexcept {
   reading.dropped_ += dropped;
   std::memmove(reading.text_.data(), reading.text_.data() + dropped, reading.textSize_);
 }
+
+} // namespace searchsystem

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// A content stream: where it begins, and whether its text holds the keyword.
 struct SearchedContent {
   enum class Result : std::uint8_t { unknown, absent, found, failed };
@@ -197,3 +199,5 @@ private:
   std::vector<Index> freeRiders_, freePasts_;
   std::uint64_t changes_ = 0;
 };
+
+} // namespace searchsystem

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <iterator>
 
+namespace searchsystem {
+
 namespace {
 
 using Place = ContentState::Place;
@@ -402,3 +404,5 @@ void ContentSearch::noteOpenEnds(std::vector<OpenEnd> &open) const {
       open[place] = {wasOpen ? before[place].position : window_.positionOf(line_.begin), edge};
   }
 }
+
+} // namespace searchsystem

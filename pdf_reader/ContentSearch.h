@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// Looks for a keyword in the content streams of a document.
 ///
 /// The answers are those of `CPDFContents` for each content stream alone, whose parse runs on
@@ -89,3 +91,5 @@ private:
   /// Contents that begin inside a token with percent signs, which they read differently.
   std::vector<std::size_t> apart_;
 };
+
+} // namespace searchsystem

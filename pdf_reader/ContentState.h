@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+namespace searchsystem {
+
 /// Whether a token is one of the operators of text that end operands: Tc, Tw, Tz, TL, Tf, Tr, Ts,
 /// Tm, Tj and TJ.
 [[nodiscard]] inline bool isTextOperator(std::string_view token) noexcept {
@@ -87,3 +89,5 @@ private:
   /// The token that waits alone; empty if that is no hexadecimal string.
   std::string string_;
 };
+
+} // namespace searchsystem

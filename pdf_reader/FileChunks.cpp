@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <new>
 
+namespace searchsystem {
+
 const char *FileChunks::find(std::size_t number) noexcept {
   if (current_ == nullptr || current_->lastUse == 0 || current_->number != number) {
     const auto found = std::find_if(chunks_.begin(), chunks_.end(), [number](const Chunk &chunk) {
@@ -39,3 +41,5 @@ void FileChunks::clear() noexcept {
   current_ = nullptr;
   uses_ = 0;
 }
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 
+namespace searchsystem {
+
 /// The chunks of a file that were used last: all of a small file.
 ///
 /// Ownership: owns its memory. Threads: one at a time.
@@ -33,3 +35,5 @@ private:
   Chunk *current_ = nullptr;
   std::uint64_t uses_ = 0;
 };
+
+} // namespace searchsystem

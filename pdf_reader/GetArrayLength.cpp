@@ -3,6 +3,8 @@
 
 #include <string_view>
 
+namespace searchsystem {
+
 int GetArrayLength(const CParamArray *tokens, int index) noexcept {
   if (tokens == nullptr || index < 0)
     return 0;
@@ -20,3 +22,5 @@ int GetArrayLength(const CParamArray *tokens, int index) noexcept {
   }
   return 0;
 }
+
+} // namespace searchsystem

@@ -1,5 +1,7 @@
 #include "pdf_reader/HexString.h"
 
+namespace searchsystem {
+
 std::size_t countHexDigits(std::string_view digits) noexcept {
   std::size_t count = 0;
   for (const char c : digits)
@@ -25,3 +27,5 @@ std::size_t decodeHexDigits(std::string_view digits, char *out, std::size_t capa
     out[size++] = static_cast<char>(value * 16);
   return size;
 }
+
+} // namespace searchsystem

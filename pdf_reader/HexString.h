@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+namespace searchsystem {
+
 inline constexpr std::uint8_t noHexDigit = 0xFF;
 
 inline constexpr std::array<std::uint8_t, 256> hexDigitValues = [] {
@@ -38,3 +40,5 @@ inline constexpr std::array<std::uint8_t, 256> hexDigitValues = [] {
 /// Decodes two digits to a byte, and a last single one as if 0 followed, until `capacity` bytes are
 /// written. Returns how many were.
 std::size_t decodeHexDigits(std::string_view digits, char *out, std::size_t capacity) noexcept;
+
+} // namespace searchsystem

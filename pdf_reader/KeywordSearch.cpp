@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <limits>
 
+namespace searchsystem {
+
 namespace {
 
 bool isAnyOf(unsigned long encoding, std::initializer_list<StringEncoding> encodings) noexcept {
@@ -68,3 +70,5 @@ std::optional<bool> KeywordSearch::occursIn(std::string_view text, std::size_t i
     return std::nullopt;
   return pattern_.find(*converted).length != 0;
 }
+
+} // namespace searchsystem

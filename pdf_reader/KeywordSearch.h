@@ -9,6 +9,8 @@
 #include <optional>
 #include <string_view>
 
+namespace searchsystem {
+
 /// Looks for a keyword in texts that are given as bytes of an encoding, literally and with or
 /// without regard to case. Texts in Mac Japanese are taken for Shift-JIS X0213 when they are not
 /// valid in it.
@@ -50,3 +52,5 @@ private:
   std::array<std::uint32_t, mostEncodings> encodings_{};
   std::size_t encodingCount_ = 1;
 };
+
+} // namespace searchsystem

@@ -8,6 +8,8 @@
 #include <new>
 #include <string_view>
 
+namespace searchsystem {
+
 namespace {
 
 unsigned long lineSize(const unsigned char *buf, unsigned long len) noexcept {
@@ -236,3 +238,5 @@ int ConvertStringObjectToString(const unsigned char *token, unsigned char *out,
   *ioSize = decodeHexDigits(digits, reinterpret_cast<char *>(out), *ioSize);
   return 1;
 }
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace searchsystem {
+
 class CParamArray;
 
 // Functions over bytes in memory. They answer 1 for success and 0 for failure, keep nothing, and
@@ -96,3 +98,5 @@ int ConvertStringObjectToString(const unsigned char *token, unsigned char *out,
 /// How many tokens the array has that begins with the "[" at `index`, both brackets counted; 0 when
 /// none begins there or it has no end.
 int GetArrayLength(const CParamArray *tokens, int index) noexcept;
+
+} // namespace searchsystem

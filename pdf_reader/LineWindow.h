@@ -8,6 +8,8 @@
 #include <cstring>
 #include <new>
 
+namespace searchsystem {
+
 /// A part of a stream in memory. Moved forwards only, it reads each byte once.
 ///
 /// Line ends follow its last byte, so that loops over a line always stop.
@@ -76,3 +78,5 @@ private:
   long length_ = 0;
   PlainArray<char> bytes_;
 };
+
+} // namespace searchsystem

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 /// The ranges of a file that parses of pages, or of the mark, have read. In a damaged document
 /// thousands may begin within what one has read and would run to the same end, nearly always for
 /// nothing. Once their bound is spent, such parses are skipped.
@@ -67,3 +69,5 @@ private:
   std::vector<std::pair<long, long>> noted_;
   Ranges ranges_;
 };
+
+} // namespace searchsystem

@@ -8,6 +8,8 @@
 #include <memory>
 #include <type_traits>
 
+namespace searchsystem {
+
 /// An array of plain values that grows in place where possible and leaves new values unset.
 ///
 /// Ownership: owns the room. Threads: one at a time. Failure: false, and the room is as it was.
@@ -49,3 +51,5 @@ private:
   std::unique_ptr<T[], Free> values_;
   std::size_t capacity_ = 0;
 };
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <limits>
 
+namespace searchsystem {
+
 /// Bounds on reading: a damaged document may ask for the same bytes again and again. Sound
 /// documents stay far below.
 ///
@@ -53,3 +55,5 @@ private:
 
   std::array<long, 3> left_;
 };
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace searchsystem {
+
 unsigned long ReferenceValues::read(unsigned long index, CObjectList &list) {
   constexpr unsigned long shortestArray = 5;
   constexpr unsigned long singleReference = 3;
@@ -35,3 +37,5 @@ void ReferenceValues::findUnclosed() {
     }
   }
 }
+
+} // namespace searchsystem

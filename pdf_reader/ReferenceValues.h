@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace searchsystem {
+
 /// The values of keys that name one object or an array of them, in the tokens of one group.
 ///
 /// The tokens must live as long and keep their places. Threads: one at a time.
@@ -27,3 +29,5 @@ private:
   /// It spares a scan to the last token for each of them.
   std::vector<bool> isUnclosed_;
 };
+
+} // namespace searchsystem

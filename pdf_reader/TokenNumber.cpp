@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+namespace searchsystem {
+
 namespace {
 
 bool isSpace(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
@@ -45,3 +47,5 @@ std::uint32_t offsetOf(std::string_view token) noexcept {
   }
   return isNegative ? 0 - value : value;
 }
+
+} // namespace searchsystem

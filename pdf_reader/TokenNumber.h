@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
+namespace searchsystem {
+
 /// The decimal number that a token begins with, 0 without one; beyond 32 bits the nearest number
 /// that fits.
 [[nodiscard]] std::int32_t numberOf(std::string_view token) noexcept;
@@ -19,3 +21,5 @@
 [[nodiscard]] inline std::uint8_t letterOf(std::string_view token) noexcept {
   return token.empty() ? 0 : static_cast<std::uint8_t>(token.front());
 }
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstring>
 
+namespace searchsystem {
+
 namespace {
 
 /// The first byte from `position` on that ends a token, or may. Line ends stand behind the bytes.
@@ -191,3 +193,5 @@ const char *TokenReader::passCommentSign(const char *position) noexcept {
   isComment_ = true;
   return position;
 }
+
+} // namespace searchsystem

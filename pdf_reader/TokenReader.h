@@ -13,6 +13,8 @@
 #include <string>
 #include <string_view>
 
+namespace searchsystem {
+
 /// Reads a stream from its position on, in blocks of 1,024 bytes, and cuts the lines into tokens.
 ///
 /// The tokens of a line form a group, also if the edge of a block cuts the line or a token. But if
@@ -103,3 +105,5 @@ private:
   /// Line ends stand behind a block, so that no loop over a token has to look for the block's end.
   std::array<char, blockSize + vectorBytes::guardSize> block_;
 };
+
+} // namespace searchsystem

@@ -10,6 +10,8 @@
 #include <emmintrin.h>
 #endif
 
+namespace searchsystem {
+
 /// Loops that handle many bytes at once with SSE2, and the same loops without it. They read and
 /// write up to `guardSize` bytes behind their data. Any thread.
 namespace vectorBytes {
@@ -139,3 +141,5 @@ inline std::size_t decodePairs(const char *&digits, char *out) noexcept {
 #endif
 
 } // namespace vectorBytes
+
+} // namespace searchsystem

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace searchsystem {
+
 void XRefEntries::set(std::int32_t number, const XRefEntry &entry) {
   const auto index = static_cast<std::size_t>(number);
   // Numbers that go up one by one, or nearly, find their place below this.
@@ -34,3 +36,5 @@ void XRefEntries::clear() noexcept {
   dense_ = {};
   sparse_.clear();
 }
+
+} // namespace searchsystem

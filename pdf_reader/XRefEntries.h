@@ -4,6 +4,8 @@
 #include <map>
 #include <vector>
 
+namespace searchsystem {
+
 /// An object's entry in a cross-reference table.
 struct XRefEntry {
   std::uint32_t offset = 0;
@@ -30,3 +32,5 @@ private:
   std::vector<XRefEntry> dense_;
   std::map<std::int32_t, XRefEntry> sparse_;
 };
+
+} // namespace searchsystem

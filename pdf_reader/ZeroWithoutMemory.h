@@ -4,6 +4,8 @@
 
 #include <new>
 
+namespace searchsystem {
+
 /// The result of `work`, or 0 when memory is short for it. Any thread.
 template <class Work> int zeroWithoutMemory(const Work &work) {
   try {
@@ -13,3 +15,5 @@ template <class Work> int zeroWithoutMemory(const Work &work) {
     return 0;
   }
 }
+
+} // namespace searchsystem

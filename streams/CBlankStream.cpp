@@ -5,6 +5,8 @@
 #include <new>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::int64_t bytesPerPixel = 3;
@@ -156,3 +158,5 @@ int CopyStream(CIOStream *dst, CIOStream *src, long blockSize) {
   src->Close();
   return result;
 }
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 
+namespace searchsystem {
+
 /// Centres an image on a larger canvas of zero bytes: takes the image's rows, three bytes per
 /// pixel, pads them, and writes them to a target stream. Write-only.
 ///
@@ -62,3 +64,5 @@ private:
 /// The results of closing are ignored. 1 means that `dst` accepted all bytes: a `CFileStream` may
 /// still lose the last ones to a full disk. To detect that, compare the file's size afterwards.
 int CopyStream(CIOStream *dst, CIOStream *src, long blockSize);
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <new>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr unsigned short modeBits = streamReadWriteMode;
@@ -124,3 +126,5 @@ int CFileStream::Release() {
   path_.reset();
   return 1;
 }
+
+} // namespace searchsystem

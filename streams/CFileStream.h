@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace searchsystem {
+
 /// A stream over a file: `CreateFileStream` sets the path, `Open` and `Close` open and close the
 /// file, `Release` clears the path.
 ///
@@ -57,3 +59,5 @@ private:
   bool isOldSizeEnough_ = false;
   bool isSizeUnknown_ = false;
 };
+
+} // namespace searchsystem

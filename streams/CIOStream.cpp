@@ -1,5 +1,7 @@
 #include "streams/CIOStream.h"
 
+namespace searchsystem {
+
 int CIOStream::Progress(unsigned char percent) {
   if (progressMode_ == streamProgressNone || (progressMode_ == streamProgressEnd && percent != 100))
     return 1;
@@ -13,3 +15,5 @@ int CIOStream::Release() {
   openMode_ = 0;
   return 1;
 }
+
+} // namespace searchsystem

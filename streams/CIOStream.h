@@ -1,5 +1,7 @@
 #pragma once
 
+namespace searchsystem {
+
 /// How a stream is opened. Other bits are ignored.
 enum : unsigned short {
   streamReadMode = 1,
@@ -69,3 +71,5 @@ protected:
   unsigned short progressMode_ = 0;
   StreamProgressCallback progressCallback_ = nullptr;
 };
+
+} // namespace searchsystem

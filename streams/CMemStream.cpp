@@ -4,6 +4,8 @@
 #include <cstring>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr auto fits = std::in_range<std::int32_t, std::int64_t>;
@@ -182,3 +184,5 @@ int CMemStream::Release() {
   growthUnit_ = defaultGrowthUnit;
   return ReleaseBuffer();
 }
+
+} // namespace searchsystem

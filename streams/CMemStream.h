@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <optional>
 
+namespace searchsystem {
+
 /// A stream over a buffer in memory: its own, which grows in fixed steps, or a caller's, read and
 /// written in place. Sizes and positions are signed 32-bit numbers; larger ones fail.
 ///
@@ -75,3 +77,5 @@ private:
   std::int32_t position_ = 0;
   GrowingBlock own_;
 };
+
+} // namespace searchsystem

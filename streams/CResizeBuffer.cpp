@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::uint32_t defaultStep = 1024;
@@ -78,3 +80,5 @@ void CResizeBuffer::Release() noexcept {
   data_.free();
   size_ = capacity_ = step_ = 0;
 }
+
+} // namespace searchsystem

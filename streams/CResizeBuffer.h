@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace searchsystem {
+
 /// A growable array of bytes. Its capacity is a multiple of a step fixed at construction, and never
 /// shrinks.
 ///
@@ -55,3 +57,5 @@ private:
   std::uint32_t capacity_ = 0;
   std::uint32_t step_;
 };
+
+} // namespace searchsystem

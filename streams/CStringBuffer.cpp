@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+namespace searchsystem {
+
 int CStringBuffer::SetString(const char *str, int len) noexcept {
   if (str == nullptr)
     return 0;
@@ -34,3 +36,5 @@ int CStringBuffer::Release() noexcept {
   buffer_.Release();
   return 1;
 }
+
+} // namespace searchsystem

@@ -2,6 +2,8 @@
 
 #include "streams/CResizeBuffer.h"
 
+namespace searchsystem {
+
 /// A NUL-terminated text in a buffer that grows by 64 bytes. Having no text, as after construction,
 /// differs from the empty text.
 ///
@@ -40,3 +42,5 @@ public:
 private:
   CResizeBuffer buffer_{64};
 };
+
+} // namespace searchsystem

@@ -12,6 +12,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 /// open(2), repeated after a signal, which may interrupt it on a slow device or a network.
@@ -216,3 +218,5 @@ char *lstrcpyn(char *dst, const char *src, int n) noexcept {
   }
   return dst;
 }
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <memory>
 #include <optional>
 
+namespace searchsystem {
+
 struct CFileCloser {
   void operator()(std::FILE *file) const noexcept { std::fclose(file); }
 };
@@ -67,3 +69,5 @@ const char *_tcsdec(const char *start, const char *current) noexcept;
 
 /// Copies `src` with its NUL, at most `n` bytes: the NUL only if it fits. Returns `dst`.
 char *lstrcpyn(char *dst, const char *src, int n) noexcept;
+
+} // namespace searchsystem

@@ -7,6 +7,8 @@
 #include <new>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 /// Precedes the bytes.
@@ -74,3 +76,5 @@ void GrowingBlock::free() noexcept {
     delete[](bytes_ - sizeof(Head));
   bytes_ = nullptr;
 }
+
+} // namespace searchsystem

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+namespace searchsystem {
+
 /// A heap block that grows in small steps and seldom moves: it reserves more than was requested, so
 /// that on average a byte is copied a bounded number of times however small the steps are.
 ///
@@ -33,3 +35,5 @@ public:
 private:
   char *bytes_ = nullptr;
 };
+
+} // namespace searchsystem

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace searchsystem {
+
 /// Counts how often memory was too short for a reader on the calling thread. The reader fails then
 /// as it does on a damaged file; who has to know whether another try may do better compares the
 /// count before and after.
@@ -13,3 +15,5 @@ public:
 private:
   static inline constinit thread_local unsigned count_ = 0;
 };
+
+} // namespace searchsystem

@@ -10,6 +10,8 @@
 
 #include <zlib.h>
 
+namespace searchsystem {
+
 /// Writes documents as today's programs do: cross-reference streams, object streams, compressed
 /// data; and tables where they are asked for. `text` is the file so far.
 ///
@@ -146,3 +148,5 @@ private:
   std::map<int, std::pair<std::size_t, int>> places_;
   std::size_t start_ = 0;
 };
+
+} // namespace searchsystem

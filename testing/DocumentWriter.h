@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 /// Writes documents of the layout that the reader knows, piece by piece.
 ///
 ///     DocumentWriter pdf;
@@ -153,3 +155,5 @@ inline std::string documentShowing(const std::vector<std::string> &texts) {
   DocumentWriter pdf;
   return pdf.filler(600).book({pdf.showing(texts)}).section().text;
 }
+
+} // namespace searchsystem

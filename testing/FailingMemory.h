@@ -5,11 +5,15 @@
 
 // Takes the place of the operators that give and free memory; for one file of a program.
 
+namespace searchsystem {
+
 /// Whether the request at hand fails. To be defined by the file that includes this; any thread.
 bool memoryFails() noexcept;
 
+} // namespace searchsystem
+
 void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
-  return memoryFails() ? nullptr : std::malloc(size > 0 ? size : 1);
+  return searchsystem::memoryFails() ? nullptr : std::malloc(size > 0 ? size : 1);
 }
 void *operator new(std::size_t size) {
   if (void *const block = operator new(size, std::nothrow))

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace searchsystem {
+
 enum class LineOrder { Forward, Backward };
 
 /// Where the lines of a text start, in the order in which a walk over them meets them.
@@ -17,3 +19,5 @@ inline std::vector<unsigned long> lineStarts(std::string text, LineOrder order) 
   FindLineClose(lines);
   return starts;
 }
+
+} // namespace searchsystem

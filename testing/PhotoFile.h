@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// Which byte of a number comes first in a file.
 enum class ByteOrder : std::uint8_t { Little, Big };
 
@@ -139,3 +141,5 @@ inline std::string jpegFile(std::initializer_list<std::string> segments,
   return bytes + jpegSegment(0xDA, std::string("\1\1\0\0\x3F\0", 6)) + std::string(imageSize, 'x') +
          "\xFF\xD9";
 }
+
+} // namespace searchsystem

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <climits>
 
+namespace searchsystem {
+
 /// Lets one of many calls fail, or that one and all after it.
 class Shortage {
 public:
@@ -36,3 +38,5 @@ private:
   std::atomic<bool> lasts_{false};
   std::atomic<bool> hasFailed_{false};
 };
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <atomic>
 #include <dirent.h>
 
+namespace searchsystem {
+
 /// Lets a listing know nothing of the kinds of its entries, as some file systems do.
 inline ssize_t listWithoutKinds(int folder, void *buffer, std::size_t size) {
   const ssize_t filled = realSystemCalls().listEntries(folder, buffer, size);
@@ -82,3 +84,5 @@ private:
     return (state().calls.*call)(arguments...);
   }
 };
+
+} // namespace searchsystem

@@ -12,6 +12,8 @@
 #include <system_error>
 #include <unistd.h>
 
+namespace searchsystem {
+
 /// A folder of its own under $TMPDIR (else /tmp), gone with everything in it when the object goes,
 /// also where the folders inside cannot be read or their paths are too long for the system.
 ///
@@ -121,3 +123,5 @@ private:
 
   std::string root_;
 };
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+namespace searchsystem {
+
 /// A stream over a text of its own, open for reading.
 class TextStream : public CMemStream {
 public:
@@ -16,3 +18,5 @@ public:
 private:
   std::string text_;
 };
+
+} // namespace searchsystem

@@ -2,6 +2,8 @@
 
 #include "platform/foundation/MainLoop.h"
 
+namespace searchsystem {
+
 /// Has the main run loop follow the virtual clock while it lives.
 class VirtualClock {
 public:
@@ -13,3 +15,5 @@ public:
   /// The time of the virtual clock in seconds, of use for differences only.
   [[nodiscard]] static double now() { return PFMainLoopGetTime(); }
 };
+
+} // namespace searchsystem

@@ -14,6 +14,8 @@
 #include <algorithm>
 #include <new>
 
+namespace searchsystem {
+
 namespace {
 
 /// Image description, make, model, user comment.
@@ -118,3 +120,5 @@ bool ContentConditions::hasTextInPDF(const NSString &path, const NSString *keywo
   });
   return isFound;
 }
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace searchsystem {
+
 class ExifAnalysis;
 
 /// What the EXIF tags of a file hold: the content keyword, a shooting date in the range.
@@ -54,3 +56,5 @@ private:
 
   const RunningSearch &search_;
 };
+
+} // namespace searchsystem

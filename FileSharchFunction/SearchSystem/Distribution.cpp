@@ -6,6 +6,8 @@
 #include <cassert>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr double delayOfEnd = 0.5;
@@ -139,3 +141,5 @@ char Distribution::checkDuplicatePath(const NSString *path) noexcept {
     return 1;
   }
 }
+
+} // namespace searchsystem

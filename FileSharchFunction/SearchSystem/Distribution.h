@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+namespace searchsystem {
+
 /// What a producer of results sends: one candidate, or its own end.
 struct ResultMessage {
   /// The full path of the candidate; null in an end message.
@@ -79,3 +81,5 @@ private:
   bool isDistributing_ = false;
   std::vector<Deferred> deferred_;
 };
+
+} // namespace searchsystem

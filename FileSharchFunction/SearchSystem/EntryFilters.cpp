@@ -9,6 +9,8 @@
 #include <iterator>
 #include <string_view>
 
+namespace searchsystem {
+
 namespace {
 
 /// An extension and the classes of files that it belongs to, a bit for each.
@@ -68,3 +70,5 @@ bool EntryFilters::isInRange(double date, const NSDate *start, const NSDate *end
 unsigned EntryFilters::keywordOptions(char isDistinct) noexcept {
   return isDistinct != 0 ? NSLiteralSearch : NSCaseInsensitiveSearch;
 }
+
+} // namespace searchsystem

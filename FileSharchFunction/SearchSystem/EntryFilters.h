@@ -3,6 +3,8 @@
 #include "platform/foundation/FileItem.h"
 #include "platform/foundation/NSDate.h"
 
+namespace searchsystem {
+
 /// The filters of the engine. They ask the system as little as possible. Any thread.
 class EntryFilters {
 public:
@@ -24,3 +26,5 @@ public:
   /// The search options for a keyword; `isDistinct`: exact letters.
   [[nodiscard]] static unsigned keywordOptions(char isDistinct) noexcept;
 };
+
+} // namespace searchsystem

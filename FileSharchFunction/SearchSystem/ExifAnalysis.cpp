@@ -9,6 +9,8 @@
 #include <string_view>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::int16_t noErr = 0;
@@ -139,3 +141,5 @@ int FS_Exif_GetValueFromType(void *value, const IMAGETAG_INFO *info) noexcept {
   std::memcpy(value, info->value.pointer, count * static_cast<std::size_t>(sizes[index]));
   return sizes[index];
 }
+
+} // namespace searchsystem

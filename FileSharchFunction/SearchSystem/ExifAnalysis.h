@@ -14,6 +14,8 @@
 #include <memory>
 #include <optional>
 
+namespace searchsystem {
+
 /// The EXIF tags of one image file, as the strings that a search compares. All questions are
 /// answered from the first bytes of the file, each of which is read once at most. Only `create`
 /// throws: what cannot be read for lack of memory counts as absent.
@@ -75,3 +77,5 @@ private:
 /// Copies to `value` all values of a BYTE or RATIONAL tag, the first of any other but ASCII.
 /// Returns the size of one value in bytes; 0 when nothing was copied.
 int FS_Exif_GetValueFromType(void *value, const IMAGETAG_INFO *info) noexcept;
+
+} // namespace searchsystem

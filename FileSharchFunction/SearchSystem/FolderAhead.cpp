@@ -4,6 +4,8 @@
 
 #include <iterator>
 
+namespace searchsystem {
+
 namespace {
 
 using Paths = std::vector<Ref<const NSString>>;
@@ -39,3 +41,5 @@ Work *FolderAhead::add(FolderFindings &findings) noexcept {
   findings_.isLast = findings.isLast;
   return waiting_.exchange(nullptr, std::memory_order_relaxed);
 }
+
+} // namespace searchsystem

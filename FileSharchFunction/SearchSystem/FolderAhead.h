@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 /// What was found in a folder, in the order of its listing.
 struct FolderFindings {
   std::vector<Ref<const NSString>> subFolders;
@@ -49,3 +51,5 @@ private:
   /// Changed under the lock.
   std::atomic<Work *> waiting_{nullptr};
 };
+
+} // namespace searchsystem

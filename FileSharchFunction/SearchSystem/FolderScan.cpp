@@ -6,6 +6,8 @@
 
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 /// At most this many files wait to be handed over together.
@@ -128,3 +130,5 @@ bool FolderScan::distributeNext() noexcept {
   handedOver_ = 0;
   return false;
 }
+
+} // namespace searchsystem

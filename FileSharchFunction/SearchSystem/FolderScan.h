@@ -10,6 +10,8 @@
 #include <optional>
 #include <vector>
 
+namespace searchsystem {
+
 /// A worker's look through one folder, or through the request's list of files: it judges each
 /// item, queues sub-folders, and hands over the files that match.
 ///
@@ -58,3 +60,5 @@ private:
   /// What is known about the file that is being tested.
   ContentAnswers answers_;
 };
+
+} // namespace searchsystem

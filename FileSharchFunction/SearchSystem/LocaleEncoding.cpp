@@ -6,6 +6,8 @@
 #include <array>
 #include <string_view>
 
+namespace searchsystem {
+
 int GetCurrentLocaleID() noexcept {
   static constexpr std::array<std::string_view, 8> languages{
       "Japanese", "Britain", "English", "German", "French", "Italian", "Spanish", "Dutch"};
@@ -28,3 +30,5 @@ std::uint32_t encodingForLocale(int locale) noexcept {
   const auto index = static_cast<std::size_t>(locale);
   return index < encodings.size() ? encodings[index] : macJapanese;
 }
+
+} // namespace searchsystem

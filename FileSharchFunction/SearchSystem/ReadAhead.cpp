@@ -7,6 +7,8 @@
 #include <chrono>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 /// As many as there may be workers.
@@ -140,3 +142,5 @@ void ReadAhead::postHeldBack() noexcept {
   while (Work *const work = due.takeUpTo(0))
     MainRunLoop::shared().post(*work);
 }
+
+} // namespace searchsystem

@@ -10,6 +10,8 @@
 #include <atomic>
 #include <deque>
 
+namespace searchsystem {
+
 /// Reads the folders at the front of the walk's queue before a worker is started on them, where
 /// only listings and dates decide. The worker of such a folder merely hands over what was found, on
 /// the main thread, so that threads and main thread need not wait for each other at every folder.
@@ -68,3 +70,5 @@ private:
   /// Workers whose folders have been read, but which need not run yet.
   WorkQueue heldBack_ PF_GUARDED_BY(lock_);
 };
+
+} // namespace searchsystem

@@ -3,6 +3,8 @@
 #include "FileSharchFunction/SearchSystem/EntryFilters.h"
 #include "platform/foundation/NSString.h"
 
+namespace searchsystem {
+
 RequestFilter::RequestFilter(const SearchPredicate &record)
     : modDateStart_(record.modDateStart), modDateEnd_(record.modDateEnd),
       takesSubFolders_(record.checkSubFolder != 0), wantsAll_(record.isAndSearch != 0) {
@@ -30,3 +32,5 @@ bool RequestFilter::meetsAny(FileItem &item) const {
   return (modDateStart_ || modDateEnd_) &&
          EntryFilters::fileModDateSearch(item, modDateStart_.get(), modDateEnd_.get()) != 0;
 }
+
+} // namespace searchsystem

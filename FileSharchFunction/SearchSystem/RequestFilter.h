@@ -8,6 +8,8 @@
 
 #include <optional>
 
+namespace searchsystem {
+
 /// The part of a request that a listing and a file's status decide: the kind of file, its name, its
 /// modification date.
 ///
@@ -38,3 +40,5 @@ private:
   const bool takesSubFolders_;
   const bool wantsAll_;
 };
+
+} // namespace searchsystem

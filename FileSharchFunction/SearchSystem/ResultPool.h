@@ -10,6 +10,8 @@
 #include <unordered_set>
 #include <utility>
 
+namespace searchsystem {
+
 /// The paths that a search has delivered, in order. A look-up takes constant time; its table is
 /// made on the first one.
 ///
@@ -42,3 +44,5 @@ private:
   std::unordered_set<std::string_view> index_;
   std::size_t indexed_ = 0;
 };
+
+} // namespace searchsystem

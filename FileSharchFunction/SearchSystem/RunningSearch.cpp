@@ -5,6 +5,8 @@
 
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 class EndPerform final : public TimedWork {
@@ -52,3 +54,5 @@ void RunningSearch::callHost(SearchResultCallback callback, CFStringRef path,
     return;
   }
 }
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 
 #include <atomic>
 
+namespace searchsystem {
+
 /// The one search that can be running, as the parts of the engine see it: its request, its flags,
 /// and its end.
 ///
@@ -73,3 +75,5 @@ private:
     return isWanted != 0 && _searchPredicate->contentKeyword != nullptr ? 1 : 0;
   }
 };
+
+} // namespace searchsystem

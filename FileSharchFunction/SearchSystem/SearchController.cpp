@@ -4,6 +4,8 @@
 
 #include <cassert>
 
+using namespace searchsystem;
+
 signed char gbSpotlight = 1;
 SearchPredicate *gSearchPredicate = nullptr;
 

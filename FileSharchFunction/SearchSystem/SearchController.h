@@ -2,6 +2,8 @@
 
 #include "FileSharchFunction/SearchSystem/SearchSystem.h"
 
+namespace searchsystem {
+
 class SearchEngine;
 
 /// Between the entry points and the engine. It has no instances. Main thread.
@@ -18,3 +20,5 @@ public:
   /// As `RunningSearch::end`.
   static void endSearchProcess(const SearchEngine *engine) noexcept;
 };
+
+} // namespace searchsystem

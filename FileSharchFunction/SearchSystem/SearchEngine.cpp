@@ -6,6 +6,8 @@
 #include "platform/foundation/NSClass.h"
 #include "platform/foundation/TryTwice.h"
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::int32_t lastVersionWithoutIndex = 0x1040;
@@ -150,3 +152,5 @@ void SearchEngine::exifSearch(const NSString *path, char *outKeywordResult,
 char SearchEngine::PDFSearch(const NSString *path) const {
   return path != nullptr && ContentConditions(*this).hasTextInPDF(*path) ? 1 : 0;
 }
+
+} // namespace searchsystem

@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+namespace searchsystem {
+
 /// The engine: it checks the request and chooses the strategy, query or walk, and connects the
 /// objects that do the work (`WorkerPool`, `FolderScan`, `ContentConditions`, `Distribution`).
 /// There is at most one, made by the first start or cancel; it runs one search and is released at
@@ -168,3 +170,5 @@ private:
   /// What a worker of an explicit list is started on.
   const Ref<const NSString> listFolder_;
 };
+
+} // namespace searchsystem

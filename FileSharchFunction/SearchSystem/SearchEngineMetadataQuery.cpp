@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr double delayOfRefusal = 0.1;
@@ -163,3 +165,5 @@ std::string SearchEngine::baseFolder() const {
   const std::string folder(path);
   return resolvedPath(folder).value_or(folder);
 }
+
+} // namespace searchsystem

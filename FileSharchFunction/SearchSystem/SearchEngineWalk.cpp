@@ -4,6 +4,8 @@
 
 #include <cassert>
 
+namespace searchsystem {
+
 namespace {
 
 /// The class of all files that can be found.
@@ -107,3 +109,5 @@ void SearchEngine::PDFSearchThread(const NSString *path) noexcept {
   }
   endWorker<&SearchEngine::PDFSearchPool>();
 }
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
 
+namespace searchsystem {
+
 /// One item that a search meets: what filters and conditions ask about it, and its full path, which
 /// is built only when needed.
 ///
@@ -31,3 +33,5 @@ private:
   const bool isEntry_ = false;
   Ref<const NSString> path_;
 };
+
+} // namespace searchsystem

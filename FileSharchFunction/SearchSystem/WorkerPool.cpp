@@ -6,6 +6,8 @@
 #include <cassert>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr int mostWorkers = 5;
@@ -130,3 +132,5 @@ void WorkerPool::WorkerAhead::finished() noexcept {
   // This object is part of the engine, and may go with it here.
   const Ref<RunningSearch> search = std::move(search_);
 }
+
+} // namespace searchsystem

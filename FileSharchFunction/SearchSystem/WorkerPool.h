@@ -7,6 +7,8 @@
 
 #include <array>
 
+namespace searchsystem {
+
 /// A queue of paths and up to five workers, each of which works on one path, on a thread of its
 /// own. Every path that is queued and every worker that ends starts at most one worker on the first
 /// of the queue. One second after the last worker the pool reports its end.
@@ -100,3 +102,5 @@ private:
   std::array<WorkerAhead, workerCount> workersAhead_;
   ReservedPerform<WorkerPool> end_{*this, &WorkerPool::reportEnd};
 };
+
+} // namespace searchsystem

@@ -18,7 +18,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -137,4 +137,4 @@ ExitCode run(int argc, const char *const *argv) noexcept {
   return ExitCode::Trouble;
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

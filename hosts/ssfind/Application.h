@@ -2,9 +2,9 @@
 
 #include "hosts/ssfind/ExitCode.h"
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Runs the whole command; returns its exit code.
 [[nodiscard]] ExitCode run(int argc, const char *const *argv) noexcept;
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

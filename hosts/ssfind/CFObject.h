@@ -6,7 +6,7 @@
 #include <new>
 #include <type_traits>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 struct CFReleaser {
   void operator()(CFTypeRef object) const noexcept { CFRelease(object); }
@@ -24,4 +24,4 @@ template <class Reference> [[nodiscard]] CFObject<Reference> own(Reference creat
   return CFObject<Reference>(created);
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

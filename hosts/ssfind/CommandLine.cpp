@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -67,4 +67,4 @@ std::string CommandLine::marked(const std::vector<std::size_t> &places) const {
   return text.text();
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// The arguments as typed, to show the user which one is wrong.
 class CommandLine {
@@ -28,4 +28,4 @@ private:
   std::vector<std::string> arguments_;
 };
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

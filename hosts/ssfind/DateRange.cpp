@@ -10,7 +10,7 @@
 #include <optional>
 #include <utility>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -160,4 +160,4 @@ std::variant<DateRange, TextError> parseDateRange(std::string_view text) {
                    to ? justBefore(endOfTimesBefore(to->next)) : distantFuture};
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <variant>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// A range of dates as the library takes it: seconds since 2001-01-01 00:00 UTC.
 ///
@@ -32,4 +32,4 @@ struct TextError {
 /// means the first and TO the second.
 [[nodiscard]] std::variant<DateRange, TextError> parseDateRange(std::string_view text);
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

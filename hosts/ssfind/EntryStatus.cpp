@@ -2,7 +2,7 @@
 
 #include <sys/stat.h>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 std::optional<EntryStatus> statusOf(const char *path) noexcept {
   struct stat status {};
@@ -11,4 +11,4 @@ std::optional<EntryStatus> statusOf(const char *path) noexcept {
   return EntryStatus{static_cast<std::uint64_t>(status.st_size), status.st_mtim};
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -4,7 +4,7 @@
 #include <ctime>
 #include <optional>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Size and date of an entry itself, links not followed.
 struct EntryStatus {
@@ -15,4 +15,4 @@ struct EntryStatus {
 /// None if the entry cannot be examined, such as one just removed.
 [[nodiscard]] std::optional<EntryStatus> statusOf(const char *path) noexcept;
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

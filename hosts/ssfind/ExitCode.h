@@ -1,6 +1,6 @@
 #pragma once
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// The command's exit codes.
 enum class ExitCode : int {
@@ -12,4 +12,4 @@ enum class ExitCode : int {
   Interrupted = 130
 };
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

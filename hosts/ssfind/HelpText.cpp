@@ -1,6 +1,6 @@
 #include "hosts/ssfind/HelpText.h"
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 const char *const helpHeader =
     R"(Finds images and documents: files with the extension tif, jpg, pdf or pct, in
@@ -37,4 +37,4 @@ Examples:
   git ls-files -z | ssfind --files-from - -0 -n logo
   ssfind -q -n invoice ~/Documents && echo "there are invoices")";
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

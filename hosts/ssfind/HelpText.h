@@ -1,9 +1,9 @@
 #pragma once
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// The help before and after the options.
 extern const char *const helpHeader;
 extern const char *const helpFooter;
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -6,7 +6,7 @@
 
 #include <unistd.h>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 std::optional<std::string> indexStatus(StandardError &errors) {
   const char *const path = PFMetadataIndexGetPath();
@@ -32,4 +32,4 @@ bool clearIndex(StandardError &errors) {
   return false;
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Lines that say where the metadata index is and what it holds; none when it cannot be read, which
 /// is reported.
@@ -14,4 +14,4 @@ namespace ssfind {
 /// Removes the metadata index; false when it cannot be removed, which is reported.
 [[nodiscard]] bool clearIndex(StandardError &errors);
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -6,7 +6,7 @@
 #include <initializer_list>
 #include <unistd.h>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -35,4 +35,4 @@ void watchForInterrupts() noexcept {
 
 bool wasInterrupted() noexcept { return interrupted != 0; }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

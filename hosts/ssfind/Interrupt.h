@@ -1,6 +1,6 @@
 #pragma once
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// From now on the first SIGINT or SIGTERM is remembered and the second ends the process, and
 /// writing to a closed pipe fails instead of ending it. Signals that the caller ignored stay
@@ -9,4 +9,4 @@ void watchForInterrupts() noexcept;
 
 [[nodiscard]] bool wasInterrupted() noexcept;
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -65,4 +65,4 @@ void appendBase64(std::string &out, std::string_view bytes) {
   }
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 UnixTime firstTimeFrom(LocalTime time) noexcept {
   const auto [byOldOffset, byNewOffset, change] = PFLocalTimeMake(time.time_since_epoch().count());
@@ -16,4 +16,4 @@ UnixTime endOfTimesBefore(LocalTime time) noexcept {
   return byNewOffset > change ? byNewOffset : std::min(change, byOldOffset);
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -3,7 +3,7 @@
 #include <chrono>
 #include <cstdint>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Calendar and clock without a time zone.
 using LocalTime = std::chrono::local_seconds;
@@ -22,4 +22,4 @@ using UnixTime = std::int64_t;
 /// earlier time on the clock lies before it.
 [[nodiscard]] UnixTime endOfTimesBefore(LocalTime time) noexcept;
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -40,4 +40,4 @@ void MarkedText::addMarked(std::string_view piece) {
   marks_.resize(std::max(width_, marks_.size() + 1), '^');
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

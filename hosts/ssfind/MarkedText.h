@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// A line that the user typed, and below it marks that point at places in it.
 class MarkedText {
@@ -25,4 +25,4 @@ private:
   std::size_t width_ = 0;
 };
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -9,7 +9,7 @@
 #include <mntent.h>
 #include <sys/stat.h>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -81,4 +81,4 @@ bool isMountedFolder(const std::string &path) noexcept {
          (!isKnown || (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0);
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

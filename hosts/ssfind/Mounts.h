@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// A place at which a file system is mounted.
 struct Mount {
@@ -31,4 +31,4 @@ struct Mount {
 /// holds mounts that another one hides, and files.
 [[nodiscard]] bool isMountedFolder(const std::string &path) noexcept;
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -18,7 +18,7 @@
 #include <utility>
 #include <vector>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -424,4 +424,4 @@ ParsedOptions parseOptions(int argc, const char *const *argv) {
   return OptionTable(CommandLine(argc, argv)).parse();
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

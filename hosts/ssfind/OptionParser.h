@@ -5,7 +5,7 @@
 #include <string>
 #include <variant>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Text to print instead of a search: help or version.
 struct Information {
@@ -24,4 +24,4 @@ using ParsedOptions = std::variant<Options, Information, IndexTask, UsageError>;
 
 [[nodiscard]] ParsedOptions parseOptions(int argc, const char *const *argv);
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// The conditions for files, and which files to examine.
 struct Conditions {
@@ -53,4 +53,4 @@ struct Options {
   OutputOptions output;
 };
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <unistd.h>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 Output::Output(int descriptor) : descriptor_(descriptor) { text_.reserve(capacity + capacity / 8); }
 
@@ -31,4 +31,4 @@ void Output::checkReader() noexcept {
     error_ = EPIPE;
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

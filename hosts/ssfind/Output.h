@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Buffered output to a descriptor. After a failure nothing more is written.
 class Output {
@@ -32,4 +32,4 @@ private:
   int error_ = 0;
 };
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <unistd.h>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -106,4 +106,4 @@ std::optional<std::vector<std::string>> readPathList(const std::string &file, ch
   return std::move(splitter.paths());
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

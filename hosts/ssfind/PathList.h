@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Reads a file of paths, each ended by `separator`; "-" is standard input. Empty paths are
 /// skipped.
@@ -15,4 +15,4 @@ namespace ssfind {
 [[nodiscard]] std::optional<std::vector<std::string>>
 readPathList(const std::string &file, char separator, StandardError &errors);
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 bool isBelow(std::string_view path, std::string_view folder) noexcept {
   if (folder == "/")
@@ -33,4 +33,4 @@ bool isBeforeInTree(std::string_view a, std::string_view b) noexcept {
                                       [&](char x, char y) { return rank(x) < rank(y); });
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

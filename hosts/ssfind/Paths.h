@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Whether `path` lies below `folder`, at any depth. Both are absolute and without "." or "..".
 [[nodiscard]] bool isBelow(std::string_view path, std::string_view folder) noexcept;
@@ -20,4 +20,4 @@ namespace ssfind {
 /// Orders a folder right before everything below it.
 [[nodiscard]] bool isBeforeInTree(std::string_view a, std::string_view b) noexcept;
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -4,7 +4,7 @@
 #include "hosts/ssfind/TimeText.h"
 #include "hosts/ssfind/VisibleText.h"
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -90,4 +90,4 @@ void ResultPrinter::appendName(std::string &out, std::string_view name) const {
     out += name;
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Details of a match besides its path, as far as they can be read.
 struct MatchDetails {
@@ -46,4 +46,4 @@ private:
   const bool isForTerminal_;
 };
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -9,7 +9,7 @@
 #include <tuple>
 #include <unistd.h>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -153,4 +153,4 @@ void Results::printCollected() {
   }
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

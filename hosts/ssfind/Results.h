@@ -13,7 +13,7 @@
 #include <unordered_set>
 #include <vector>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Prints, counts or collects the matches of several searches, one after another.
 class Results final : public SearchFollower {
@@ -73,4 +73,4 @@ private:
   bool isWaitingLong_ = false;
 };
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -4,7 +4,7 @@
 
 #include <exception>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -63,4 +63,4 @@ void search(SearchRequest &request, SearchFollower &follower) {
     std::rethrow_exception(state.failure);
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <string_view>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Follows a search. All calls come on the main thread; what they throw ends the search.
 class SearchFollower {
@@ -33,4 +33,4 @@ protected:
 /// Runs a search from its start until its end has been reported.
 void search(SearchRequest &request, SearchFollower &follower);
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

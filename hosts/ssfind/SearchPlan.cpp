@@ -16,7 +16,7 @@
 #include <unordered_set>
 #include <utility>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -187,4 +187,4 @@ SearchPlan planSearch(const Options &options, StandardError &errors) {
   return Planner(options, errors).plan();
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

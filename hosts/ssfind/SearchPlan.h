@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// A folder to search: its resolved absolute path for the library, and the path as typed.
 struct Folder {
@@ -66,4 +66,4 @@ struct SearchPlan {
 /// search covers.
 [[nodiscard]] SearchPlan planSearch(const Options &options, StandardError &errors);
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

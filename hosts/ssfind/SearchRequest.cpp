@@ -1,6 +1,6 @@
 #include "hosts/ssfind/SearchRequest.h"
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -63,4 +63,4 @@ SearchRequest SearchRequest::ofFiles(const Conditions &conditions,
   return request;
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// The library's record of one search, with the objects that it points to.
 class SearchRequest {
@@ -41,4 +41,4 @@ private:
   SearchPredicate record_{};
 };
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

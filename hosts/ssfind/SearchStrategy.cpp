@@ -1,6 +1,6 @@
 #include "hosts/ssfind/SearchStrategy.h"
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -43,4 +43,4 @@ bool mayUseIndex(const Conditions &search, std::string_view folder) noexcept {
   return search.usesIndex && !search.keyword && !search.taken && !hasBlankAtEdge(folder);
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// The searches of the library that together find the files that meet the conditions, each file in
 /// one search only. Empty if no file can meet them.
@@ -15,4 +15,4 @@ namespace ssfind {
 /// as a walk through the folder, each once.
 [[nodiscard]] bool mayUseIndex(const Conditions &search, std::string_view folder) noexcept;
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 std::optional<std::timespec> shootingDateOf(const std::string &path) {
   CFAbsoluteTime date = 0;
@@ -14,4 +14,4 @@ std::optional<std::timespec> shootingDateOf(const std::string &path) {
   return std::timespec{static_cast<std::time_t>(std::floor(date)) + PFSecondsFrom1970To2001, 0};
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

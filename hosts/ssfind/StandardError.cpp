@@ -6,7 +6,7 @@
 #include <cstring>
 #include <unistd.h>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -54,4 +54,4 @@ std::string programMessage(std::string_view message) {
   return std::string("ssfind: ").append(message);
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

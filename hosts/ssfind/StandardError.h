@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Standard error: messages, each on its own line and beginning with the program's name, and on a
 /// terminal a progress line.
@@ -35,4 +35,4 @@ private:
 /// "name: message"
 [[nodiscard]] std::string programMessage(std::string_view message);
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <unistd.h>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 bool isTerminal(int descriptor) noexcept { return isatty(descriptor) == 1; }
 
@@ -18,4 +18,4 @@ bool isColorUnwanted() noexcept {
   return value != nullptr && *value != '\0';
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Whether the descriptor is a terminal.
 [[nodiscard]] bool isTerminal(int descriptor) noexcept;
@@ -11,4 +11,4 @@ namespace ssfind {
 /// Whether the user's environment asks for output without colours (https://no-color.org).
 [[nodiscard]] bool isColorUnwanted() noexcept;
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -48,4 +48,4 @@ bool appendClockTime(std::string &out, const std::timespec &time) {
   return true;
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

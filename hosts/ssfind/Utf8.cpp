@@ -2,7 +2,7 @@
 
 #include <utf8proc.h>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 Utf8Character firstCharacter(std::string_view text) noexcept {
   const auto *const bytes = reinterpret_cast<const utf8proc_uint8_t *>(text.data());
@@ -32,4 +32,4 @@ bool isControlCharacter(char32_t code) noexcept {
   return isControl || isBidirectional;
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

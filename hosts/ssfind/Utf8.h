@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// The first character of a text, or its first byte where that is not UTF-8.
 struct Utf8Character {
@@ -21,4 +21,4 @@ struct Utf8Character {
 /// the cursor, hide text or reorder a name.
 [[nodiscard]] bool isControlCharacter(char32_t code) noexcept;
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

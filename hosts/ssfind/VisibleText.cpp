@@ -6,7 +6,7 @@
 #include <array>
 #include <cstdio>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 namespace {
 
@@ -62,4 +62,4 @@ std::string visible(std::string_view text) {
   return out;
 }
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace ssfind {
+namespace searchsystem::ssfind {
 
 /// Appends a name so that a terminal shows all of it and does nothing else: control characters as
 /// \n, \t, \r, \x1b or \u{202e}, bytes that are not UTF-8 as \xff, and a backslash as two, so that
@@ -12,4 +12,4 @@ void appendVisible(std::string &out, std::string_view text);
 
 [[nodiscard]] std::string visible(std::string_view text);
 
-} // namespace ssfind
+} // namespace searchsystem::ssfind

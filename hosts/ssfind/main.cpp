@@ -1,3 +1,3 @@
 #include "hosts/ssfind/Application.h"
 
-int main(int argc, char **argv) { return static_cast<int>(ssfind::run(argc, argv)); }
+int main(int argc, char **argv) { return static_cast<int>(searchsystem::ssfind::run(argc, argv)); }

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <string_view>
 
+namespace searchsystem {
+
 /// The lower case of a letter from A to Z; other characters unchanged. Any thread.
 [[nodiscard]] constexpr char lowerASCII(char c) noexcept {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
@@ -41,3 +43,5 @@
     ++i;
   return i;
 }
+
+} // namespace searchsystem

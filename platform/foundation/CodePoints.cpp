@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <utf8proc.h>
 
+namespace searchsystem {
+
 void appendCodePoint(std::string &text, std::int32_t codePoint) {
   utf8proc_uint8_t encoded[4];
   const utf8proc_ssize_t length = utf8proc_encode_char(codePoint, encoded);
@@ -21,3 +23,5 @@ std::int32_t takeCodePoint(std::string_view &text) noexcept {
   text.remove_prefix(length > 0 ? static_cast<std::size_t>(length) : 1);
   return length > 0 ? codePoint : -1;
 }
+
+} // namespace searchsystem

@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 /// The object that `make` creates, or null if memory is short.
@@ -35,6 +37,10 @@ std::optional<MainRunLoop::Clock::time_point> momentAfter(CFTimeInterval seconds
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 const CFArrayCallBacks kCFTypeArrayCallBacks = {0};
 const CFRunLoopMode kCFRunLoopDefaultMode = nullptr;

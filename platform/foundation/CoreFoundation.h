@@ -11,12 +11,14 @@
 #include <stdint.h>
 
 #ifdef __cplusplus
+namespace searchsystem {
 class NSString;
 class NSDate;
 class NSArray;
-typedef const NSString *CFStringRef;
-typedef const NSDate *CFDateRef;
-typedef const NSArray *CFArrayRef;
+} // namespace searchsystem
+typedef const searchsystem::NSString *CFStringRef;
+typedef const searchsystem::NSDate *CFDateRef;
+typedef const searchsystem::NSArray *CFArrayRef;
 extern "C" {
 #else
 typedef const struct NSString *CFStringRef;

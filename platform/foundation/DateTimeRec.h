@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace searchsystem {
+
 /// A date by calendar and clock.
 struct DateTimeRec {
   std::int16_t year;
@@ -12,3 +14,5 @@ struct DateTimeRec {
   std::int16_t second;
   std::int16_t dayOfWeek;
 };
+
+} // namespace searchsystem

@@ -8,6 +8,8 @@
 #include <fcntl.h>
 #include <string>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::size_t bufferSize = std::size_t{32} << 10;
@@ -86,3 +88,5 @@ std::optional<DirectoryEntry> DirectoryListing::next() noexcept {
       return DirectoryEntry{name, kindOfEntryType(entry->d_type)};
   }
 }
+
+} // namespace searchsystem

@@ -9,6 +9,8 @@
 #include <optional>
 #include <string_view>
 
+namespace searchsystem {
+
 /// One name of a folder.
 struct DirectoryEntry {
   /// Ended by a NUL; valid until the listing moves on.
@@ -64,3 +66,5 @@ private:
   std::optional<std::shared_ptr<const MountPoints>> mountPoints_;
   bool hasBrokenOff_ = false;
 };
+
+} // namespace searchsystem

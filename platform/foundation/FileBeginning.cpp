@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 bool isSet(const std::atomic<char> *flag) noexcept { return flag != nullptr && *flag != 0; }
@@ -69,3 +71,5 @@ Ref<const NSData> FileBeginning::all() &&noexcept {
   data_->setLength(count);
   return count != 0 ? std::move(data_) : nullptr;
 }
+
+} // namespace searchsystem

@@ -11,6 +11,8 @@
 #include <optional>
 #include <string_view>
 
+namespace searchsystem {
+
 /// The first bytes of a file, up to its size, but `mostBytes` at most. The size is the item's own:
 /// for a link to a file, the link's. Bytes are read in steps, each when one of its bytes is first
 /// requested, and none twice.
@@ -70,3 +72,5 @@ private:
   std::bitset<mostSteps> isRead_;
   const std::atomic<char> *isStopped_;
 };
+
+} // namespace searchsystem

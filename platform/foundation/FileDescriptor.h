@@ -3,6 +3,8 @@
 #include <unistd.h>
 #include <utility>
 
+namespace searchsystem {
+
 /// Owns an open descriptor, or none. Threads: one at a time.
 class FileDescriptor {
 public:
@@ -30,3 +32,5 @@ public:
 private:
   int number_ = -1;
 };
+
+} // namespace searchsystem

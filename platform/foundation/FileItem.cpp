@@ -8,6 +8,8 @@
 #include <fcntl.h>
 #include <string>
 
+namespace searchsystem {
+
 namespace {
 
 /// Opening does not block if something else has replaced the regular file.
@@ -101,3 +103,5 @@ bool FileItem::isBookmarkFile() noexcept {
          std::memcmp(header.data(), "book", 4) == 0 &&
          std::memcmp(header.data() + 8, "mark", 4) == 0;
 }
+
+} // namespace searchsystem

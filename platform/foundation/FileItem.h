@@ -8,6 +8,8 @@
 #include <optional>
 #include <string_view>
 
+namespace searchsystem {
+
 /// One item of the file system, named by its path or by an entry of an open listing; both give the
 /// same answers. It makes no system call for what the listing shows, and reads its status once.
 ///
@@ -63,3 +65,5 @@ private:
   bool isExamined_ = false;
   std::optional<FileStatus> status_;
 };
+
+} // namespace searchsystem

@@ -11,6 +11,8 @@
 #include <fcntl.h>
 #include <sys/sysmacros.h>
 
+namespace searchsystem {
+
 const int currentFolder = AT_FDCWD;
 const std::size_t longestPath = PATH_MAX - 1;
 
@@ -99,3 +101,5 @@ bool isSameUnchangedFile(const FileStatus &first, const FileStatus &second) noex
          first.device == second.device && first.inode == second.inode &&
          first.size == second.size && first.changeTime == second.changeTime;
 }
+
+} // namespace searchsystem

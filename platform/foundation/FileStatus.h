@@ -6,6 +6,8 @@
 #include <optional>
 #include <string_view>
 
+namespace searchsystem {
+
 /// The kind of a file system entry.
 enum class FileKind : std::uint8_t { Unknown, Regular, Folder, Link, Other };
 
@@ -70,3 +72,5 @@ extern const int currentFolder;
 
 /// The longest path that the system accepts, in bytes without the NUL.
 extern const std::size_t longestPath;
+
+} // namespace searchsystem

@@ -7,6 +7,8 @@
 #include <array>
 #include <utf8proc.h>
 
+namespace searchsystem {
+
 namespace {
 
 bool continuesHangulSyllable(std::int32_t before, std::int32_t codePoint) noexcept {
@@ -112,3 +114,5 @@ bool FoldedText::holdsItsASCII(std::string_view text) noexcept {
       return false;
   return true;
 }
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// The code points by which a text is compared.
 ///
 /// Threads: one at a time.
@@ -35,3 +37,5 @@ struct FoldedText {
 
   std::vector<Unit> units;
 };
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+namespace searchsystem {
+
 /// Empties a container, on another thread if that would block the main thread for long. Main
 /// thread.
 template <class Container> void freeElsewhere(Container &container) noexcept {
@@ -33,3 +35,5 @@ template <class Container> void freeElsewhere(Container &container) noexcept {
   }
   container.clear();
 }
+
+} // namespace searchsystem

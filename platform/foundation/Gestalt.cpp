@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr int gestaltUndefSelectorErr = -5551;
@@ -21,3 +23,5 @@ int Gestalt(std::uint32_t selector, std::int32_t *response) noexcept {
 }
 
 void setSystemVersionForTesting(std::int32_t version) noexcept { versionForTesting.store(version); }
+
+} // namespace searchsystem

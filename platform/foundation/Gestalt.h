@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace searchsystem {
+
 /// The selector of the system version: "sysv".
 inline constexpr std::uint32_t gestaltSystemVersion = 0x73797376;
 
@@ -11,3 +13,5 @@ int Gestalt(std::uint32_t selector, std::int32_t *response) noexcept;
 
 /// Sets the system version; 0 restores the real one. Any thread.
 void setSystemVersionForTesting(std::int32_t version) noexcept;
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <cstddef>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr auto failed = static_cast<std::size_t>(-1);
@@ -43,3 +45,5 @@ std::optional<std::string> IconvText::convert(std::string_view bytes) {
       return text;
   }
 }
+
+} // namespace searchsystem

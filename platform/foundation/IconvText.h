@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+namespace searchsystem {
+
 /// A conversion of the C library between two encodings, by its names for them.
 ///
 /// Threads: one at a time.
@@ -25,3 +27,5 @@ public:
 private:
   iconv_t handle_;
 };
+
+} // namespace searchsystem

@@ -1,5 +1,7 @@
 #include "platform/foundation/LaunchServices.h"
 
+namespace searchsystem {
+
 std::optional<std::uint32_t> LSCopyItemInfo(FileItem &item) noexcept {
   if (item.isListedAsPlainFolder())
     return 0;
@@ -15,3 +17,5 @@ std::optional<std::uint32_t> LSCopyItemInfo(FileItem &item) noexcept {
     flags |= kLSItemInfoIsAliasFile;
   return flags;
 }
+
+} // namespace searchsystem

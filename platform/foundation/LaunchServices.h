@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <optional>
 
+namespace searchsystem {
+
 /// The kinds of an item.
 enum LSItemInfoFlags : std::uint32_t {
   kLSItemInfoIsAliasFile = 0x10,
@@ -15,3 +17,5 @@ enum LSItemInfoFlags : std::uint32_t {
 /// The flags of the item itself; none if it cannot be examined. An alias file is a Mac bookmark,
 /// a volume the root of a mounted file system. Any thread.
 [[nodiscard]] std::optional<std::uint32_t> LSCopyItemInfo(FileItem &item) noexcept;
+
+} // namespace searchsystem

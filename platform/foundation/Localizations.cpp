@@ -5,6 +5,8 @@
 #include <optional>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 const LocaleEnvironment *environmentForTesting = nullptr;
@@ -93,3 +95,5 @@ CFBundleCopyLocalizationsForPreferences(const std::vector<std::string_view> &loc
 void setLocaleEnvironmentForTesting(const LocaleEnvironment *environment) noexcept {
   environmentForTesting = environment;
 }
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// The languages of a host's texts, by the names that hosts use.
 
 /// The values of LC_ALL, LC_MESSAGES, LANG and LANGUAGE; empty if unset.
@@ -24,3 +26,5 @@ CFBundleCopyLocalizationsForPreferences(const std::vector<std::string_view> &loc
 
 /// Replaces the environment, which is otherwise read once; null restores it. Main thread.
 void setLocaleEnvironmentForTesting(const LocaleEnvironment *environment) noexcept;
+
+} // namespace searchsystem

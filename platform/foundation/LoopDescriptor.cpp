@@ -7,6 +7,8 @@
 #include <sys/timerfd.h>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 bool watch(int all, int descriptor) noexcept {
@@ -53,3 +55,5 @@ void LoopDescriptor::setDeadline(std::optional<std::chrono::nanoseconds> deadlin
   }
   timerfd_settime(timer_.number(), TFD_TIMER_ABSTIME, &timer, nullptr);
 }
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <memory>
 #include <optional>
 
+namespace searchsystem {
+
 /// A descriptor that becomes readable when it is signaled or a deadline passes.
 ///
 /// Ownership: owns the descriptors behind it. Threads: `signal` any, all else one at a time.
@@ -30,3 +32,5 @@ private:
   const FileDescriptor timer_;
   std::optional<std::chrono::nanoseconds> deadline_;
 };
+
+} // namespace searchsystem

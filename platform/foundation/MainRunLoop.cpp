@@ -9,6 +9,8 @@
 #include <unistd.h>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::chrono::milliseconds dispatchBudget{8};
@@ -248,6 +250,10 @@ void MainRunLoop::useVirtualClock(bool isVirtual) noexcept {
 std::chrono::nanoseconds MainRunLoop::now() const noexcept {
   return isVirtual_ ? virtualNow_ : realNow();
 }
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 void PFMainLoopBindToCurrentThread(void) { MainRunLoop::shared().bindToCurrentThread(); }
 

@@ -9,6 +9,8 @@
 #include <optional>
 #include <sys/types.h>
 
+namespace searchsystem {
+
 class LoopDescriptor;
 template <class T> class NeverDestroyed;
 
@@ -153,3 +155,5 @@ private:
   bool isVirtual_ = false;
   std::chrono::nanoseconds virtualNow_{};
 };
+
+} // namespace searchsystem

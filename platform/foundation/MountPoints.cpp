@@ -11,6 +11,8 @@
 #include <fcntl.h>
 #include <optional>
 
+namespace searchsystem {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -114,3 +116,5 @@ void MountPoints::forgetForTesting() noexcept {
   const LockGuard guard(latest.lock);
   latest.readAt = {};
 }
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// The names of the folders at which file systems are mounted, without their paths. A folder with
 /// another name is no mount root, which spares reading its status.
 ///
@@ -27,3 +29,5 @@ public:
 private:
   std::vector<std::string> names_;
 };
+
+} // namespace searchsystem

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 /// An immutable list of objects.
 ///
 /// Ownership: counted; holds a reference to each element. Threads: any; immutable.
@@ -31,3 +33,5 @@ private:
 
   const std::vector<Ref<const NSObject>> elements_;
 };
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace searchsystem {
+
 NSClass *NSClass::first = nullptr;
 
 NSClass::NSClass(std::string_view name, Create create) noexcept
@@ -31,3 +33,5 @@ void NSClass::hideForTesting(std::string_view name, bool isHidden) noexcept {
   if (NSClass *const found = find(name))
     found->isHidden_ = isHidden;
 }
+
+} // namespace searchsystem

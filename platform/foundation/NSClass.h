@@ -5,6 +5,8 @@
 
 #include <string_view>
 
+namespace searchsystem {
+
 /// Classes looked up by name at run time, because a system may lack them.
 ///
 /// A class that can be looked up registers itself when the platform library is loaded.
@@ -36,3 +38,5 @@ private:
   NSClass *const next_;
   bool isHidden_ = false;
 };
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <condition_variable>
 #include <mutex>
 
+namespace searchsystem {
+
 /// Lets threads sleep until another has changed something under a lock. A sleep may end early:
 /// check the condition again. Threads: any.
 class NSCondition {
@@ -32,3 +34,5 @@ public:
 private:
   std::condition_variable condition_;
 };
+
+} // namespace searchsystem

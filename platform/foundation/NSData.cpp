@@ -4,6 +4,8 @@
 #include <new>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::size_t largestKept = std::size_t{128} * 1024;
@@ -55,3 +57,5 @@ void NSData::operator delete(void *memory) noexcept {
   ::operator delete(std::exchange(spare.memory, header));
   spare.size = size;
 }
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <string_view>
 
+namespace searchsystem {
+
 /// Bytes.
 ///
 /// The bytes live inside the object. Each thread keeps the memory of its last freed object, unless
@@ -34,3 +36,5 @@ private:
 
   std::size_t length_ = 0;
 };
+
+} // namespace searchsystem

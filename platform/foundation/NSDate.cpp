@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace searchsystem {
+
 Ref<const NSDate> NSDate::dateWithTimeIntervalSinceReferenceDate(double seconds) {
   return Ref<const NSDate>::adopt(new NSDate(seconds));
 }
@@ -26,3 +28,5 @@ NSComparisonResult NSDate::compareIntervals(double a, double b) noexcept {
     return NSOrderedAscending;
   return a > b ? NSOrderedDescending : NSOrderedSame;
 }
+
+} // namespace searchsystem

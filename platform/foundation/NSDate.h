@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+namespace searchsystem {
+
 /// A point in time, in seconds since 2001-01-01 00:00 UTC.
 ///
 /// Ownership: counted. Threads: any; immutable.
@@ -41,3 +43,5 @@ private:
 
   const double seconds_;
 };
+
+} // namespace searchsystem

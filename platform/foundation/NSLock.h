@@ -2,6 +2,8 @@
 
 #include <mutex>
 
+namespace searchsystem {
+
 #if defined(__clang__)
 #define PF_THREAD_ANNOTATION(x) __attribute__((x))
 #else
@@ -35,3 +37,5 @@ public:
 private:
   NSLock &lock_;
 };
+
+} // namespace searchsystem

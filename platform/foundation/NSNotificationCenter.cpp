@@ -6,6 +6,8 @@
 #include <cassert>
 #include <utility>
 
+namespace searchsystem {
+
 NSNotificationCenter &NSNotificationCenter::defaultCenter() noexcept {
   static NeverDestroyed<NSNotificationCenter> center;
   return center.get();
@@ -53,3 +55,5 @@ void NSNotificationCenter::postNotification(std::string_view name, NSObject *obj
 void NSNotificationCenter::forgetRemoved() noexcept {
   std::erase_if(registrations_, [](const Registration &r) { return r.handler == nullptr; });
 }
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// A notification and its sender. Lives while the handlers run.
 struct NSNotification {
   std::string_view name;
@@ -45,3 +47,5 @@ private:
   /// The number of running posts, during which removed registrations stay, empty.
   int posts_ = 0;
 };
+
+} // namespace searchsystem

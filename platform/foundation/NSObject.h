@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstdint>
 
+namespace searchsystem {
+
 /// Base of every object that is shared by reference counting.
 ///
 /// Ownership: an object is created with one reference, which `Ref<T>::adopt` takes over. It is
@@ -27,3 +29,5 @@ protected:
 private:
   mutable std::atomic<std::uint32_t> references_{1};
 };
+
+} // namespace searchsystem

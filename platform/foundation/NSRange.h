@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+namespace searchsystem {
+
 /// A range of bytes of a string's UTF-8 text. A search that finds nothing gives length 0.
 struct NSRange {
   std::size_t location = 0;
@@ -13,3 +15,5 @@ enum NSStringCompareOptions : unsigned {
   NSCaseInsensitiveSearch = 1,
   NSLiteralSearch = 2,
 };
+
+} // namespace searchsystem

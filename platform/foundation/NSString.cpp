@@ -11,6 +11,8 @@
 #include <string>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 std::optional<std::string> decodeData(std::string_view data, NSStringEncoding encoding) {
@@ -77,3 +79,5 @@ Ref<const NSString> NSString::stringByAppendingPathComponent(std::string_view na
     return create(name);
   return join(pathWithoutTrailingSlashes(view()), "/", name);
 }
+
+} // namespace searchsystem

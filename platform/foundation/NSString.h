@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <string_view>
 
+namespace searchsystem {
+
 /// Encodings of data, by their Foundation numbers.
 enum NSStringEncoding : std::uint32_t {
   /// The default C-string encoding: UTF-8, and ISO Latin-1 for bytes that are not valid UTF-8.
@@ -78,3 +80,5 @@ private:
 
   const std::uint32_t length_;
 };
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <cassert>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 thread_local ThreadJob *currentJob = nullptr;
@@ -63,3 +65,5 @@ void NSThread::detachNewThread(ThreadJob &job) noexcept {
   job.hasThread_ = false;
   loop.post(job);
 }
+
+} // namespace searchsystem

@@ -3,6 +3,8 @@
 #include "platform/foundation/MainRunLoop.h"
 #include "platform/foundation/ThreadPool.h"
 
+namespace searchsystem {
+
 /// One job for a thread of its own.
 ///
 /// `main` runs on the new thread; its exceptions are dropped. Then the action set by
@@ -53,3 +55,5 @@ public:
   /// the job becomes work of the main loop. Main thread.
   static void detachNewThread(ThreadJob &job) noexcept;
 };
+
+} // namespace searchsystem

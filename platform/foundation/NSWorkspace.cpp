@@ -6,6 +6,8 @@
 #include <array>
 #include <string_view>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::array<std::string_view, 14> packageExtensions{
@@ -25,3 +27,5 @@ bool isFilePackage(const FileItem &folder) {
   return !extensionOfName(folder.name()).empty() &&
          (hasPackageExtension(folder.name()) || folder.holds("/Contents/Info.plist"));
 }
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace searchsystem {
+
 namespace {
 
 /// Parses a text from its beginning. A failed call consumes nothing.
@@ -160,3 +162,5 @@ std::optional<double> intervalOfNaturalLanguageDate(std::string_view text) noexc
       offset ? (local.time_since_epoch() - *offset).count() : momentOfLocalTime(local);
   return static_cast<double>(moment - PFSecondsFrom1970To2001) + time.fraction;
 }
+
+} // namespace searchsystem

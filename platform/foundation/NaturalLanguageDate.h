@@ -3,6 +3,8 @@
 #include <optional>
 #include <string_view>
 
+namespace searchsystem {
+
 /// The date and time in a text, in seconds since 2001-01-01 00:00 UTC; none for a text of another
 /// form, or a date or time that does not exist (a 30th of February, hour 24, second 60).
 ///
@@ -13,3 +15,5 @@
 /// forward moves forward by the gap, a doubled one means the first. Surrounding blanks are ignored.
 /// Any thread.
 [[nodiscard]] std::optional<double> intervalOfNaturalLanguageDate(std::string_view text) noexcept;
+
+} // namespace searchsystem

@@ -3,6 +3,8 @@
 #include <new>
 #include <utility>
 
+namespace searchsystem {
+
 /// Holds an object that lives as long as the process: its destructor never runs, since threads may
 /// still use it at exit. Allocates nothing.
 template <class T> class NeverDestroyed {
@@ -16,3 +18,5 @@ public:
 private:
   alignas(T) unsigned char memory_[sizeof(T)];
 };
+
+} // namespace searchsystem

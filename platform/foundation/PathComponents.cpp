@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace searchsystem {
+
 std::string_view pathWithoutTrailingSlashes(std::string_view path) noexcept {
   while (!path.empty() && path.back() == '/')
     path.remove_suffix(1);
@@ -30,3 +32,5 @@ bool equalIgnoringASCIICase(std::string_view a, std::string_view b) noexcept {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](char x, char y) { return lowerASCII(x) == lowerASCII(y); });
 }
+
+} // namespace searchsystem

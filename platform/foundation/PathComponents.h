@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+namespace searchsystem {
+
 /// The parts of a POSIX path, as views into it. The disk is never read.
 
 /// The last component, trailing slashes left out: "b" of "/a/b/", "/" of "/", "" of "".
@@ -25,3 +27,5 @@
 
 /// Whether two ASCII texts are equal but for the case of their letters.
 [[nodiscard]] bool equalIgnoringASCIICase(std::string_view a, std::string_view b) noexcept;
+
+} // namespace searchsystem

@@ -9,6 +9,8 @@
 #include <type_traits>
 #include <utility>
 
+namespace searchsystem {
+
 /// Calls handed to the main thread, at once or after a delay. A performed function owns what it
 /// needs (a reference to its target, a copy of its argument).
 
@@ -121,3 +123,5 @@ private:
   Target &target_;
   void (Target::*const action_)();
 };
+
+} // namespace searchsystem

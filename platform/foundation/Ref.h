@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <utility>
 
+namespace searchsystem {
+
 /// Owner of one reference to a counted object (`NSObject`), or of none.
 ///
 /// Threads: one `Ref` is used by one thread at a time; several may name the same object.
@@ -55,3 +57,5 @@ public:
 private:
   T *object_ = nullptr;
 };
+
+} // namespace searchsystem

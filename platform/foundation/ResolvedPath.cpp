@@ -7,6 +7,8 @@
 #include <memory>
 #include <new>
 
+namespace searchsystem {
+
 std::optional<std::string> resolvedPath(const std::string &path) {
   const std::unique_ptr<char, decltype(&std::free)> resolved(
       uninterrupted(&SystemCalls::resolve, path.c_str()), &std::free);
@@ -14,3 +16,5 @@ std::optional<std::string> resolvedPath(const std::string &path) {
     throw std::bad_alloc();
   return resolved ? std::optional<std::string>(resolved.get()) : std::nullopt;
 }
+
+} // namespace searchsystem

@@ -12,6 +12,8 @@
 #include <cstdint>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::size_t firstTrail = 0x40;
@@ -186,3 +188,5 @@ std::optional<std::string> encodeShiftJIS(std::string_view text, ShiftJIS form) 
     return std::nullopt;
   }
 }
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace searchsystem {
+
 /// The two forms of Shift-JIS.
 enum class ShiftJIS {
   /// JIS X 0208, and the Mac's single bytes.
@@ -18,3 +20,5 @@ enum class ShiftJIS {
 
 /// UTF-8 as Shift-JIS; none if it holds another character. Throws `std::bad_alloc`. Any thread.
 [[nodiscard]] std::optional<std::string> encodeShiftJIS(std::string_view text, ShiftJIS form);
+
+} // namespace searchsystem

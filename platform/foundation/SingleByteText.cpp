@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace searchsystem {
+
 namespace {
 
 using Characters = std::array<char16_t, 256>;
@@ -70,3 +72,5 @@ int SingleByteTable::byteOf(std::int32_t character) const noexcept {
   });
   return found != characters_.end() ? static_cast<int>(found - characters_.begin()) : -1;
 }
+
+} // namespace searchsystem

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdint>
 
+namespace searchsystem {
+
 /// The characters of the bytes of an encoding, as code points of the Basic Multilingual Plane;
 /// `notAlone` for a byte that is no character by itself.
 ///
@@ -34,3 +36,5 @@ extern const SingleByteTable isoLatin1Table;
 /// The characters of one byte in Shift-JIS, without and with what the Mac adds.
 extern const SingleByteTable shiftJISSingleBytes;
 extern const SingleByteTable macJapaneseSingleBytes;
+
+} // namespace searchsystem

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace searchsystem {
+
 namespace {
 
 bool isUTF8(std::string_view text) noexcept {
@@ -134,3 +136,5 @@ bool isStoredAs(std::string_view text, std::uint32_t encoding) noexcept {
     return false;
   }
 }
+
+} // namespace searchsystem

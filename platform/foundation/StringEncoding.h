@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+namespace searchsystem {
+
 /// The encodings of text, by their Core Foundation numbers.
 enum class StringEncoding : std::uint32_t {
   MacRoman = 0,
@@ -36,3 +38,5 @@ enum class StringEncoding : std::uint32_t {
 
 /// Whether the bytes of `text` are its form in the given encoding. Any thread.
 [[nodiscard]] bool isStoredAs(std::string_view text, std::uint32_t encoding) noexcept;
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr SystemCalls realCalls{
@@ -52,3 +54,5 @@ const SystemCalls &realSystemCalls() noexcept { return realCalls; }
 void setSystemCallsForTesting(const SystemCalls *calls) noexcept {
   callsInUse.store(calls != nullptr ? calls : &realCalls, std::memory_order_release);
 }
+
+} // namespace searchsystem

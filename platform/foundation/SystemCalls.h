@@ -8,6 +8,8 @@
 #include <sys/types.h>
 #include <type_traits>
 
+namespace searchsystem {
+
 /// The system calls that can fail, in one table, so that a test can make any of them fail. Each
 /// returns what its namesake does, with `errno` set on failure.
 struct SystemCalls {
@@ -65,3 +67,5 @@ const SystemCalls &realSystemCalls() noexcept;
 
 /// Replaces the real calls by `calls`; null restores them. The table must outlive its use.
 void setSystemCallsForTesting(const SystemCalls *calls) noexcept;
+
+} // namespace searchsystem

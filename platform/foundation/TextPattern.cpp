@@ -6,6 +6,8 @@
 #include <limits>
 #include <new>
 
+namespace searchsystem {
+
 namespace {
 
 template <class Sequence> std::vector<std::uint32_t> fallbackLengths(const Sequence &pattern) {
@@ -170,3 +172,5 @@ NSRange TextPattern::findFolded(std::string_view text) const {
       units_, fallback_, units.size(), [&](std::size_t i) { return units[i].codePoint; }, accept);
   return range;
 }
+
+} // namespace searchsystem

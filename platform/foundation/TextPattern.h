@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// A text prepared for searching many others.
 ///
 /// Without `NSLiteralSearch` canonically equivalent texts are equal (a composed and a decomposed
@@ -42,3 +44,5 @@ private:
   /// and Pratt).
   std::vector<std::uint32_t> fallback_;
 };
+
+} // namespace searchsystem

@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <pthread.h>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::size_t stackSize = std::size_t{1} << 20;
@@ -83,3 +85,5 @@ bool ThreadPool::run(Runnable &work) noexcept {
   }
   return startThread(work);
 }
+
+} // namespace searchsystem

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace searchsystem {
+
 /// Work for a thread of the pool. Several threads may run the same object at once.
 class Runnable {
 public:
@@ -17,3 +19,5 @@ public:
   /// thread.
   [[nodiscard]] static bool run(Runnable &work) noexcept;
 };
+
+} // namespace searchsystem

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace searchsystem {
+
 void ThreadTeam::call(std::size_t count) noexcept {
   for (; count > 0; --count) {
     {
@@ -93,3 +95,5 @@ void ThreadTeam::finished() noexcept {
   MainRunLoop::shared().endActivity();
   owner_.release();
 }
+
+} // namespace searchsystem

@@ -7,6 +7,8 @@
 
 #include <cstddef>
 
+namespace searchsystem {
+
 /// Threads that share tasks, up to a limit: they join when called and leave when no task is left.
 /// If no thread is available, the main thread does the work in pieces.
 ///
@@ -54,3 +56,5 @@ private:
   /// The main thread is one of the workers.
   bool isOnMainThread_ PF_GUARDED_BY(lock_) = false;
 };
+
+} // namespace searchsystem

@@ -11,6 +11,8 @@
 #include <new>
 #include <string_view>
 
+namespace searchsystem {
+
 namespace {
 
 /// The EXIF directory's offset (EXIF standard, 4.6.3).
@@ -103,3 +105,5 @@ void CIMAGETAG::CloseField() noexcept {
   tags_.reset();
   exifDirectory_.reset();
 }
+
+} // namespace searchsystem

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <optional>
 
+namespace searchsystem {
+
 /// A file record, not used here.
 struct FSSpec;
 
@@ -55,3 +57,5 @@ private:
   std::optional<TIFFBlock> tags_;
   std::optional<std::uint32_t> exifDirectory_;
 };
+
+} // namespace searchsystem

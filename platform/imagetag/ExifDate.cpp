@@ -10,6 +10,8 @@
 #include <limits>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 /// A decimal number as parsed by `atoi`, clamped to 32 bits and truncated to 16.
@@ -77,3 +79,5 @@ Ref<const NSString> shootingDateText(const CIMAGETAG &imageTag) {
   }
   return NSString::create({text.data(), end});
 }
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace searchsystem {
+
 /// The types of a tag's values (TIFF 6.0, section 2).
 enum : std::int16_t {
   IMAGETAG_BYTE = 1,
@@ -48,3 +50,5 @@ struct IMAGETAG_INFO {
     std::int16_t pair[2];
   } extra;
 };
+
+} // namespace searchsystem

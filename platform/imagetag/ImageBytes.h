@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <string_view>
 
+namespace searchsystem {
+
 /// A range of an image's bytes, in memory or at the beginning of a file, which is read only as far
 /// as needed.
 ///
@@ -50,3 +52,5 @@ private:
   std::size_t begin_ = 0;
   std::size_t size_;
 };
+
+} // namespace searchsystem

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <string_view>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr char fill = '\xFF';
@@ -65,3 +67,5 @@ std::optional<ImageBytes> JPEGSegments::nextExif() noexcept {
       return segment->content.range(nameSize, segment->content.size());
   return std::nullopt;
 }
+
+} // namespace searchsystem

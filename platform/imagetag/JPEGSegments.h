@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <optional>
 
+namespace searchsystem {
+
 /// Iterates over the segments of a JPEG file up to its image (JPEG standard, annex B), skipping
 /// fill bytes and stray data. Takes time linear in the bytes.
 ///
@@ -34,3 +36,5 @@ private:
   ImageBytes bytes_;
   std::size_t place_ = 0;
 };
+
+} // namespace searchsystem

@@ -9,6 +9,8 @@
 
 #include <optional>
 
+namespace searchsystem {
+
 namespace {
 
 std::optional<double> shootingDateOf(const char *path) {
@@ -25,6 +27,10 @@ std::optional<double> shootingDateOf(const char *path) {
 }
 
 } // namespace
+
+} // namespace searchsystem
+
+using namespace searchsystem;
 
 int PFImageGetShootingDate(const char *path, CFAbsoluteTime *date) {
   std::optional<double> found;

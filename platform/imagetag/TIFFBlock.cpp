@@ -3,6 +3,8 @@
 #include <array>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::size_t headerSize = 8;
@@ -93,3 +95,5 @@ std::optional<std::uint32_t> TIFFBlock::directoryAt(std::uint32_t directory,
     return std::nullopt;
   return number(field->value);
 }
+
+} // namespace searchsystem

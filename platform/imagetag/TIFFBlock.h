@@ -7,6 +7,8 @@
 #include <optional>
 #include <string_view>
 
+namespace searchsystem {
+
 /// A TIFF structure, possibly truncated. Never reads outside the given bytes, and takes time linear
 /// in their number whatever they contain.
 ///
@@ -59,3 +61,5 @@ private:
 
 /// The size in bytes of the numbers in a value of a known type.
 [[nodiscard]] std::size_t sizeOfTIFFNumber(std::int16_t type) noexcept;
+
+} // namespace searchsystem

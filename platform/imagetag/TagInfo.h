@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 
+namespace searchsystem {
+
 /// The tags in use, and their directories (EXIF standard, 4.6).
 constexpr std::int16_t mainDirectory = 0;
 constexpr std::int16_t exifDirectory = 1;
@@ -29,3 +31,5 @@ using TagInfo = std::unique_ptr<IMAGETAG_INFO, TagInfoReleaser>;
 [[nodiscard]] inline bool isText(const TagInfo &info) noexcept {
   return info && info->type == IMAGETAG_ASCII && info->value.bytes[0] != '\0';
 }
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <string_view>
 
+namespace searchsystem {
+
 /// Mixes two numbers so that every bit of the result depends on every bit of both.
 [[nodiscard]] constexpr std::uint64_t mix(std::uint64_t a, std::uint64_t b) noexcept {
   constexpr std::uint64_t odd = 0x9E37'79B9'7F4A'7C15;
@@ -24,3 +26,5 @@
   }
   return sum;
 }
+
+} // namespace searchsystem

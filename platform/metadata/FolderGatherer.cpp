@@ -12,6 +12,8 @@
 
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 void setPath(std::string &path, std::string_view folder, std::string_view name) {
@@ -268,3 +270,5 @@ bool FolderGatherer::isPackage(std::string_view name, bool mayHoldContents) cons
     return false;
   return isFilePackage(FileItem(*NSString::create(path_)));
 }
+
+} // namespace searchsystem

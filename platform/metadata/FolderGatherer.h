@@ -17,6 +17,8 @@
 #include <string>
 #include <string_view>
 
+namespace searchsystem {
+
 /// Searches folders for a query: finds the files that meet its predicate, and the sub-folders to
 /// search next. It takes the names in a folder from the folder's record in the index if the change
 /// time still matches; otherwise it reads them from the disk and makes a new record. Whether a
@@ -81,3 +83,5 @@ private:
   std::string entryPath_;
   FolderListing listing_;
 };
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+namespace searchsystem {
+
 /// A folder's path as the index stores it: as bytes, with a NUL before each component instead of
 /// the slash. In the order of their keys a folder comes right before everything below it, and the
 /// sub-folders of one folder are in the order of their names. The root's key is empty.
@@ -44,3 +46,5 @@ inline void appendPath(std::string &path, std::string_view key) {
 }
 
 } // namespace FolderKey
+
+} // namespace searchsystem

@@ -8,6 +8,8 @@
 #include <iterator>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 /// Whether a file system may find an entry of that name when asked for "Contents". One that ignores
@@ -63,3 +65,5 @@ FolderNames FolderListing::names() {
   }
   return {folders_, files_, links_, mayHoldContents_};
 }
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+namespace searchsystem {
+
 /// The names in a folder that a search can meet, by kind: neither hidden ones nor sub-folders that
 /// are packages by their names. A NUL ends each name. The sub-folders are in the order of their
 /// bytes.
@@ -54,3 +56,5 @@ private:
   std::size_t count_ = 0;
   bool mayHoldContents_ = false;
 };
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace searchsystem {
+
 void FolderQueue::start() noexcept {
   std::size_t count = 0;
   {
@@ -58,3 +60,5 @@ void FolderQueue::call(std::size_t count) noexcept {
   if (team_ != nullptr)
     team_->call(count);
 }
+
+} // namespace searchsystem

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 class RecordStream;
 
 /// Work that any thread of a query can do.
@@ -63,3 +65,5 @@ private:
   Tasks tasks_ PF_GUARDED_BY(lock_);
   bool isStopped_ PF_GUARDED_BY(lock_) = false;
 };
+
+} // namespace searchsystem

@@ -11,6 +11,8 @@
 #include <unistd.h>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 /// Changes whenever the format of a record does.
@@ -100,3 +102,5 @@ void learnRightsOfProcess() {
     rights = mix(rights, group);
   rightsOfProcess.store(rights, std::memory_order_relaxed);
 }
+
+} // namespace searchsystem

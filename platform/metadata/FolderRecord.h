@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+namespace searchsystem {
+
 /// Identifies a folder, also after it has been moved.
 struct FolderIdentity {
   std::int64_t volume = 0;
@@ -36,3 +38,5 @@ constexpr std::size_t mostBytes = std::size_t{2} << 20;
 /// Reads the rights of the process: its user, groups and powers over files. Main thread, before any
 /// record is packed or unpacked.
 void learnRightsOfProcess();
+
+} // namespace searchsystem

@@ -8,6 +8,8 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+namespace searchsystem {
+
 namespace {
 
 /// A row holds the records from its path up to the path of the next row.
@@ -208,3 +210,5 @@ std::optional<IndexDatabase::Totals> IndexDatabase::totals() noexcept {
     return std::nullopt;
   return Totals{statement.number(0), statement.number(1)};
 }
+
+} // namespace searchsystem

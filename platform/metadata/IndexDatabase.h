@@ -15,6 +15,8 @@
 
 struct sqlite3;
 
+namespace searchsystem {
+
 /// A connection to the index: records in the order of their keys, several to a row of an SQLite
 /// table, so that several processes can share it and none leaves it half written. A record proves
 /// by itself that it is whole and still valid; so the file need not survive a crash of the system
@@ -81,3 +83,5 @@ private:
   std::optional<std::string> lastKey_;
   IndexFault fault_ = IndexFault::None;
 };
+
+} // namespace searchsystem

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace searchsystem {
+
 /// Why the index cannot be used.
 enum class IndexFault {
   None,
@@ -10,3 +12,5 @@ enum class IndexFault {
   /// It is damaged, or is no index.
   Broken,
 };
+
+} // namespace searchsystem

@@ -12,6 +12,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 /// The index and the files that SQLite puts beside it.
@@ -120,3 +122,5 @@ bool IndexPlace::removeFiles() const {
               errno == ENOTDIR;
   return isGone;
 }
+
+} // namespace searchsystem

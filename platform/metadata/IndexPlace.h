@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+namespace searchsystem {
+
 /// Where the index is stored: a file in its own folder, which only the user can read, in the user's
 /// cache folder (`$XDG_CACHE_HOME`, else `~/.cache`).
 ///
@@ -51,3 +53,5 @@ private:
   std::string folder_;
   std::string file_;
 };
+
+} // namespace searchsystem

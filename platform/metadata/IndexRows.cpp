@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace searchsystem {
+
 IndexFault IndexRows::prepare() noexcept {
   const std::pair<SqliteStatement &, const char *> statements[] = {
       {at_, "SELECT path, records FROM folders WHERE path <= ?1 ORDER BY path DESC LIMIT 1"},
@@ -107,3 +109,5 @@ IndexFault IndexRows::change(std::span<const IndexRecord> records,
   }
   return fault;
 }
+
+} // namespace searchsystem

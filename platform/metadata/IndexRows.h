@@ -12,6 +12,8 @@
 
 struct sqlite3;
 
+namespace searchsystem {
+
 /// Changes the rows of the index's table. A row holds a group of records, from its path up to the
 /// path of the next row.
 ///
@@ -46,3 +48,5 @@ private:
   sqlite3 *const connection_;
   SqliteStatement at_, after_, remove_, put_;
 };
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 /// Writing as many bytes of records takes about ten milliseconds.
@@ -118,3 +120,5 @@ IndexFault IndexWriter::tryToWrite(const Batch &batch) {
     database_.reset();
   return fault;
 }
+
+} // namespace searchsystem

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// Collects what a query learns about folders and writes it to the index in large batches, so that
 /// the index is rarely locked. It leaves an index alone that cannot be written, and replaces one
 /// that is broken.
@@ -55,3 +57,5 @@ private:
   /// Used by the thread that has set `isWriting_`.
   std::unique_ptr<IndexDatabase> database_;
 };
+
+} // namespace searchsystem

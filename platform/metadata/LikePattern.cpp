@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <optional>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr std::int32_t anyText = -1;
@@ -99,3 +101,5 @@ bool LikePattern::matchesFolded(std::string_view name) const {
     }
   }
 }
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// A pattern for whole names: `*` matches any text, also none, `?` matches one character, and a
 /// backslash escapes the character after it. Canonically equivalent names are equal, and no match
 /// ends inside a composed character.
@@ -31,3 +33,5 @@ private:
   /// For each byte of the suffix, the bit that lower case sets and upper case does not.
   std::vector<unsigned char> caseBits_;
 };
+
+} // namespace searchsystem

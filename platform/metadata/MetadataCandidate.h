@@ -3,6 +3,8 @@
 #include <optional>
 #include <string_view>
 
+namespace searchsystem {
+
 /// One file as a predicate sees it: its name, and its date, which is read from the disk on demand.
 ///
 /// Ownership: borrows the name. Threads: one at a time.
@@ -21,3 +23,5 @@ public:
 protected:
   ~MetadataCandidate() = default;
 };
+
+} // namespace searchsystem

@@ -12,6 +12,8 @@
 #include <iterator>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 using Clock = MainRunLoop::Clock;
@@ -179,3 +181,5 @@ const Ref<const NSString> &MetadataGathering::pathAtIndex(std::size_t index) noe
   read_ = std::max(read_, index + 1);
   return results_[index];
 }
+
+} // namespace searchsystem

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+namespace searchsystem {
+
 /// One start of a metadata query: threads that gather, and work on the main thread that makes their
 /// results visible, portion by portion, and then reports the end.
 ///
@@ -90,3 +92,5 @@ private:
   MainRunLoop::Clock::time_point portionEnd_;
   Announcement announcement_{*this};
 };
+
+} // namespace searchsystem

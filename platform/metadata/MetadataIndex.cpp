@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+using namespace searchsystem;
+
 const char *PFMetadataIndexGetPath(void) {
   static NeverDestroyed<std::string> path;
   try {

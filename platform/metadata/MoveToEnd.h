@@ -4,6 +4,8 @@
 
 #include <iterator>
 
+namespace searchsystem {
+
 /// Moves what is in `from` to the end of `to`, in up to `tries` attempts. Where memory stays short
 /// it returns false and has moved nothing.
 template <class Container> bool moveToEnd(Container &from, Container &to, int tries = 1) noexcept {
@@ -14,3 +16,5 @@ template <class Container> bool moveToEnd(Container &from, Container &to, int tr
     from.clear();
   return isMoved;
 }
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 const NSClass compoundPredicateClass("NSCompoundPredicate",
@@ -33,3 +35,5 @@ bool NSCompoundPredicate::evaluateWithObject(MetadataCandidate &file) const {
       return isOr_;
   return !isOr_;
 }
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 /// Joins several conditions into one. It first tests those that need the name only, then those that
 /// need the disk, otherwise in the order given, and stops when the outcome is certain.
 ///
@@ -38,3 +40,5 @@ private:
   const bool isOr_;
   bool needsNameOnly_ = true;
 };
+
+} // namespace searchsystem

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+namespace searchsystem {
+
 /// One result of a metadata query.
 ///
 /// Ownership: counted; holds a reference to its path. Threads: any; immutable.
@@ -29,3 +31,5 @@ private:
 
   const Ref<const NSString> path_;
 };
+
+} // namespace searchsystem

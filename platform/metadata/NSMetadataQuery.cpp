@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 const NSClass queryClass("NSMetadataQuery",
@@ -74,3 +76,5 @@ std::size_t NSMetadataQuery::resultCount() noexcept {
 Ref<const NSMetadataItem> NSMetadataQuery::resultAtIndex(std::size_t index) const {
   return NSMetadataItem::create(gathering_->pathAtIndex(index));
 }
+
+} // namespace searchsystem

@@ -11,6 +11,8 @@
 #include <cstddef>
 #include <utility>
 
+namespace searchsystem {
+
 class MetadataGathering;
 
 /// Finds the files below some folders that meet a predicate: every visible entry that a walk of
@@ -73,3 +75,5 @@ private:
   /// Of the last start; it holds the results.
   Ref<MetadataGathering> gathering_;
 };
+
+} // namespace searchsystem

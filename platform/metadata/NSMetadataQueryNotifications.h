@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+namespace searchsystem {
+
 /// More results are visible; posted with the query as its object, never from inside `startQuery`.
 inline constexpr std::string_view NSMetadataQueryGatheringProgressNotification =
     "NSMetadataQueryGatheringProgressNotification";
@@ -10,3 +12,5 @@ inline constexpr std::string_view NSMetadataQueryGatheringProgressNotification =
 /// progress.
 inline constexpr std::string_view NSMetadataQueryDidFinishGatheringNotification =
     "NSMetadataQueryDidFinishGatheringNotification";
+
+} // namespace searchsystem

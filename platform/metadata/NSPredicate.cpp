@@ -9,6 +9,8 @@
 
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 // Callers look up whether the class exists; they make predicates from formats.
@@ -68,3 +70,5 @@ NSPredicate::predicateWithFormat(std::string_view format,
     return pattern.find(file.name).length != 0;
   });
 }
+
+} // namespace searchsystem

@@ -7,6 +7,8 @@
 #include <initializer_list>
 #include <string_view>
 
+namespace searchsystem {
+
 /// A condition on one file, made from a format or by `NSCompoundPredicate`.
 ///
 /// A format is one comparison of an attribute with a value:
@@ -39,3 +41,5 @@ protected:
   NSPredicate() noexcept = default;
   ~NSPredicate() override = default;
 };
+
+} // namespace searchsystem

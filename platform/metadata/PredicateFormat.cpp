@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace searchsystem {
+
 namespace {
 
 bool isWordCharacter(char c) noexcept {
@@ -91,3 +93,5 @@ std::optional<PredicateFormat> PredicateFormat::parse(std::string_view format) {
   const bool lacksArgument = parsed->isOnDate() && parsed->text;
   return rest.isEmpty() && !lacksArgument ? parsed : std::nullopt;
 }
+
+} // namespace searchsystem

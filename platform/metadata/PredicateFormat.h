@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace searchsystem {
+
 /// The comparison that the format of a predicate states (`NSPredicate.h`).
 ///
 /// Ownership: holds its own text. Threads: one at a time.
@@ -23,3 +25,5 @@ struct PredicateFormat {
   /// The value; none where the format has `%@`.
   std::optional<std::string> text{};
 };
+
+} // namespace searchsystem

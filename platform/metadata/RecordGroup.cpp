@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+namespace searchsystem {
+
 namespace {
 
 struct Header {
@@ -69,3 +71,5 @@ RecordGroup::merge(std::string_view group, std::span<const IndexRecord> records,
   putInBefore(nullptr);
   return merged;
 }
+
+} // namespace searchsystem

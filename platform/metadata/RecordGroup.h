@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// One folder's record to be written to the index.
 struct IndexRecord {
   /// `FolderKey`.
@@ -45,3 +47,5 @@ void append(std::string &group, const Record &record);
                                                        std::span<const std::string> gone);
 
 } // namespace RecordGroup
+
+} // namespace searchsystem

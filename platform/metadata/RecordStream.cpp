@@ -10,6 +10,8 @@
 #include <unistd.h>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 /// Searching a chunk takes a quarter of a millisecond, so that threads seldom meet.
@@ -207,3 +209,5 @@ void RecordStream::addTask(std::string_view name, FolderQueue::Tasks &tasks) {
   task.path.append("/").append(name);
   tasks.push_back(std::move(task));
 }
+
+} // namespace searchsystem

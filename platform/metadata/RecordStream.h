@@ -14,6 +14,8 @@
 #include <string_view>
 #include <vector>
 
+namespace searchsystem {
+
 /// The records of a search scope, read once from beginning to end: a folder right before everything
 /// below it. They come in chunks, which several threads search at the same time. For each folder a
 /// thread checks whether it exists and what it holds. Merging the chunks in order then shows
@@ -137,3 +139,5 @@ private:
   std::vector<Folder> way_ PF_GUARDED_BY(lock_);
   std::string wayKey_ PF_GUARDED_BY(lock_);
 };
+
+} // namespace searchsystem

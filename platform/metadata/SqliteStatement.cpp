@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <sqlite3.h>
 
+namespace searchsystem {
+
 IndexFault faultOfSqlite(int code) noexcept {
   switch (code & 0xFF) {
   case SQLITE_OK:
@@ -73,3 +75,5 @@ IndexFault SqliteStatement::run() noexcept {
   static_cast<void>(step(fault));
   return fault;
 }
+
+} // namespace searchsystem

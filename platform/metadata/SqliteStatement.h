@@ -9,6 +9,8 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
+namespace searchsystem {
+
 /// The fault that a result code of SQLite means.
 [[nodiscard]] IndexFault faultOfSqlite(int code) noexcept;
 
@@ -46,3 +48,5 @@ private:
   };
   std::unique_ptr<sqlite3_stmt, Close> statement_;
 };
+
+} // namespace searchsystem

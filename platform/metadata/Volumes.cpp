@@ -12,6 +12,8 @@
 #include <linux/magic.h>
 #include <unistd.h>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr long zfsMagic = 0x2FC12FC1;
@@ -73,3 +75,5 @@ std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, int folder) 
   known_.emplace_back(device, volume);
   return volume;
 }
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 /// Whether a file system keeps the change times of folders reliably, as some local ones are known
 /// to. `type` comes from fstatfs(2).
 [[nodiscard]] bool isReliableFileSystem(long type) noexcept;
@@ -29,3 +31,5 @@ private:
 
   std::vector<Known> known_;
 };
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr CFStringEncoding ascii = kCFStringEncodingASCII, latin1 = kCFStringEncodingISOLatin1,
@@ -88,3 +90,5 @@ TEST(Localizations, FollowTheUsersLocale) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -12,6 +12,8 @@
 #include <map>
 #include <set>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace std::string_literals;
@@ -219,3 +221,5 @@ TEST(NSWorkspace, KnowsPackages) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -11,6 +11,8 @@
 #include <stdexcept>
 #include <thread>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -214,3 +216,5 @@ TEST_F(MainRunLoopTest, DescriptorIsQuietWhateverTheMomentOfAPost) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <optional>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace std::string_literals;
@@ -76,3 +78,5 @@ TEST(NSDate, CutsFileTimesToMicroseconds) {
 }
 
 } // namespace
+
+} // namespace searchsystem

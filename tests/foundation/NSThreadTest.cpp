@@ -19,6 +19,8 @@
 #include <stdexcept>
 #include <thread>
 
+namespace searchsystem {
+
 namespace {
 
 using Clock = MainRunLoop::Clock;
@@ -227,3 +229,5 @@ TEST_F(NSThreadTest, ManyThingsAreFreedElsewhere) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace std::string_literals;
@@ -141,3 +143,5 @@ TEST(StringEncoding, MakesStringsOfData) {
 }
 
 } // namespace
+
+} // namespace searchsystem

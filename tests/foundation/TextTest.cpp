@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <random>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace std::string_literals;
@@ -133,3 +135,5 @@ TEST(PathComponents, TakeAPathApartAndJoinIt) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace std::string_literals;
@@ -171,3 +173,5 @@ TEST(CIMAGETAG, EndsWithWholeValuesOnAnyCutOrFlippedByte) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 using Model = std::map<std::string, IndexRecord>;
@@ -110,3 +112,5 @@ TEST_P(IndexRowsTest, HoldWhatWasPutIn) {
 INSTANTIATE_TEST_SUITE_P(Seeds, IndexRowsTest, testing::Values(1, 2));
 
 } // namespace
+
+} // namespace searchsystem

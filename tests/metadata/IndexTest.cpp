@@ -8,6 +8,8 @@
 #include <random>
 #include <sqlite3.h>
 
+namespace searchsystem {
+
 namespace {
 
 TEST(FolderStatus, ChangesWithinOneTickAreTold) {
@@ -387,3 +389,5 @@ TEST_F(IndexTest, DiskFullOrProcessKilledAtAnyWrite) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace searchsystem {
+
 namespace {
 
 /// A file with a date, which notes whether the date was read.
@@ -144,3 +146,5 @@ TEST(NSCompoundPredicate, JoinsAndLooksAtTheDiskLast) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -9,6 +9,8 @@
 #include "testing/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
 
+namespace searchsystem {
+
 /// A folder to search, a query, and its notifications.
 class QueryFixture : public SearchFixture {
 protected:
@@ -103,3 +105,5 @@ private:
 
   NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
 };
+
+} // namespace searchsystem

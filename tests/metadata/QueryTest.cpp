@@ -3,6 +3,8 @@
 #include <atomic>
 #include <chrono>
 
+namespace searchsystem {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -264,3 +266,5 @@ TEST_F(QueryTest, ListingsThatTellNoKinds) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr unsigned long macRoman = 0, macJapanese = 1;
@@ -200,3 +202,5 @@ TEST(ContentSearch, AnswersAsIfEachContentWereParsedForItself) {
 }
 
 } // namespace
+
+} // namespace searchsystem

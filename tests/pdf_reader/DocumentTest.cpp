@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 using Style = DocumentWriter::Style;
@@ -469,3 +471,5 @@ TEST_F(Document, OpensAndCloses) {
 }
 
 } // namespace
+
+} // namespace searchsystem

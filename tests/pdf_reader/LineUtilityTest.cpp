@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace std::string_literals;
@@ -167,3 +169,5 @@ TEST(LineUtility, MeasuresArrays) {
 }
 
 } // namespace
+
+} // namespace searchsystem

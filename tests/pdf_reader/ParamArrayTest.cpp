@@ -22,6 +22,8 @@ void *realloc(void *block, std::size_t size) noexcept {
 }
 }
 
+namespace searchsystem {
+
 TEST(ParamArray, IsEmptyWhenMemoryIsShortForAnObject) {
   const std::string text =
       "<< a\n" + std::string(3000, 'b') + "\n" + std::string(9000, 'c') + " >>\n";
@@ -35,7 +37,11 @@ TEST(ParamArray, IsEmptyWhenMemoryIsShortForAnObject) {
   }
   EXPECT_EQ(result, 1);
 }
+
+} // namespace searchsystem
 #endif
+
+namespace searchsystem {
 
 namespace {
 
@@ -183,3 +189,5 @@ TEST(ParamArray, KeepsItsTokensThroughAnyOrderOfChanges) {
 }
 
 } // namespace
+
+} // namespace searchsystem

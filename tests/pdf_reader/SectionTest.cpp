@@ -18,6 +18,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 /// Hands the lines of a text to a section as a parse does. Gives the last result, with a dot when
@@ -474,3 +476,5 @@ TEST(Mark, IsTheFirstLineOfTheData) {
 }
 
 } // namespace
+
+} // namespace searchsystem

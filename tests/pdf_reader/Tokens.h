@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+namespace searchsystem {
+
 /// The tokens of an array with a bar between them.
 inline std::string joined(const CParamArray &tokens) {
   std::string text;
@@ -17,3 +19,5 @@ inline std::string joined(const CParamArray &tokens) {
 inline void fill(CParamArray &tokens, std::string_view line) {
   tokens.Parse(line.data(), line.size());
 }
+
+} // namespace searchsystem

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace vectorBytes;
@@ -57,3 +59,5 @@ TEST(VectorBytes, DecodeEveryPairOfDigits) {
 }
 
 } // namespace
+
+} // namespace searchsystem

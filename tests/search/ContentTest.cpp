@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace searchsystem {
+
 namespace {
 
 std::string photo(const char *date, const char *comment = "", const char *maker = "Acme") {
@@ -177,3 +179,5 @@ TEST_F(ContentTest, PoolOfDocumentsOutlivesTheRecord) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -1,5 +1,7 @@
 #include "tests/search/SearchFixture.h"
 
+namespace searchsystem {
+
 namespace {
 
 class DistributionTest : public SearchFixture {
@@ -115,3 +117,5 @@ TEST_F(DistributionTest, WhatAHostMayDoInAResult) {
 }
 
 } // namespace
+
+} // namespace searchsystem

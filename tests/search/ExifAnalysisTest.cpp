@@ -11,6 +11,8 @@
 #include <thread>
 #include <vector>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace std::string_literals;
@@ -309,3 +311,5 @@ TEST(FS_Exif_GetValueFromType, CopiesByTheRuleOfEachType) {
 }
 
 } // namespace
+
+} // namespace searchsystem

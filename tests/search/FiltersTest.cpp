@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+namespace searchsystem {
+
 namespace {
 
 using FiltersTest = SearchFixture;
@@ -87,3 +89,5 @@ TEST_F(FiltersTest, DatesOfModification) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 
 #include <climits>
 
+namespace searchsystem {
+
 namespace {
 
 using LifecycleTest = SearchFixture;
@@ -98,3 +100,5 @@ TEST_F(LifecycleTest, EncodingOfTheHostsLanguage) {
 }
 
 } // namespace
+
+} // namespace searchsystem

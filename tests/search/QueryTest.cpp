@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <thread>
 
+namespace searchsystem {
+
 namespace {
 
 /// Searches through the metadata index.
@@ -170,3 +172,5 @@ TEST_F(QueryTest, CancelWhileThousandsWait) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -16,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+namespace searchsystem {
+
 using Words = std::vector<std::string>;
 
 inline std::string join(const Words &words) {
@@ -219,3 +221,5 @@ protected:
 private:
   static inline SearchFixture *current = nullptr;
 };
+
+} // namespace searchsystem

@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <filesystem>
 
+namespace searchsystem {
+
 static Shortage memory, threads, descriptors;
 static const SystemCalls &real = realSystemCalls();
 
@@ -111,3 +113,5 @@ TEST_F(ShortageTest, Descriptors) { searchThrough(descriptors); }
 TEST_F(ShortageTest, Threads) { searchThrough(threads, true); }
 
 } // namespace
+
+} // namespace searchsystem

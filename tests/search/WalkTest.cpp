@@ -6,6 +6,8 @@
 #include <condition_variable>
 #include <mutex>
 
+namespace searchsystem {
+
 namespace {
 
 const SystemCalls &real = realSystemCalls();
@@ -202,3 +204,5 @@ TEST_F(WalkTest, AsksTheSystemForNoMoreThanItNeeds) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace searchsystem {
+
 namespace {
 
 std::string textOf(const CResizeBuffer &buffer) {
@@ -74,3 +76,5 @@ TEST(CStringBuffer, HoldsTextEmptyTextOrNone) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -4,6 +4,8 @@
 #include <climits>
 #include <gtest/gtest.h>
 
+namespace searchsystem {
+
 namespace {
 
 std::string contentOf(CMemStream &stream) {
@@ -108,3 +110,5 @@ TEST(CopyStream, OpensCopiesAndCloses) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -9,6 +9,8 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+namespace searchsystem {
+
 namespace {
 
 class FileStreamTest : public testing::Test {
@@ -245,3 +247,5 @@ TEST(FileFunctions, SignalsDoNotCutAReadShort) {
 }
 
 } // namespace
+
+} // namespace searchsystem

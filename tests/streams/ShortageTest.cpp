@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <new>
 
+namespace searchsystem {
+
 namespace {
 
 /// Requests of more bytes than this fail.
@@ -21,9 +23,15 @@ template <typename Call> auto shortOfMemory(const Call &call, std::size_t limit 
 
 } // namespace
 
+} // namespace searchsystem
+
+using namespace searchsystem;
+
 void *operator new[](std::size_t size, const std::nothrow_t &) noexcept {
   return size > largestBlock ? nullptr : operator new[](size);
 }
+
+namespace searchsystem {
 
 namespace {
 
@@ -76,3 +84,5 @@ TEST(Shortage, LeavesStreamsAsTheyWere) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -8,6 +8,8 @@
 #include <random>
 #include <utility>
 
+namespace searchsystem {
+
 namespace {
 
 TEST(Streams, SeekByKindModeAndWithinLimits) {
@@ -176,3 +178,5 @@ TEST(CMemStream, CutsAndGrowsInUnits) {
 }
 
 } // namespace
+
+} // namespace searchsystem

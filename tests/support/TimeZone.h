@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <ctime>
 
+namespace searchsystem {
+
 /// Has local time follow a zone while it lives.
 class TimeZone {
 public:
@@ -13,3 +15,5 @@ public:
   ~TimeZone() { unsetenv("TZ"); }
   TimeZone(const TimeZone &) = delete;
 };
+
+} // namespace searchsystem

@@ -12,6 +12,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace searchsystem {
+
 /// What became of one run of the command.
 struct Outcome {
   int code = -1;
@@ -133,3 +135,5 @@ protected:
 
   TemporaryTree tree, cache;
 };
+
+} // namespace searchsystem

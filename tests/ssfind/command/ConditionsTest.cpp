@@ -5,6 +5,8 @@
 #include <map>
 #include <tuple>
 
+namespace searchsystem {
+
 namespace {
 
 /// What a file meets.
@@ -110,3 +112,5 @@ INSTANTIATE_TEST_SUITE_P(Combinations, ConditionsTest,
                          testing::Combine(testing::Bool(), testing::Bool(), testing::Bool()));
 
 } // namespace
+
+} // namespace searchsystem

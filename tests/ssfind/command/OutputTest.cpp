@@ -4,6 +4,8 @@
 #include <poll.h>
 #include <pty.h>
 
+namespace searchsystem {
+
 namespace {
 
 /// A pipe, or a terminal that passes on what is written to it as it is.
@@ -196,3 +198,5 @@ TEST_F(OutputTest, HelpAndVersion) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -3,6 +3,8 @@
 #include <sched.h>
 #include <sys/mount.h>
 
+namespace searchsystem {
+
 namespace {
 
 constexpr const char *nowhere = "ssfind: nowhere: No such file or directory\n";
@@ -130,3 +132,5 @@ TEST_F(SearchTest, Lists) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace ssfind;
@@ -76,3 +78,5 @@ TEST(DateRangeTest, MistakesArePointedAt) {
 }
 
 } // namespace
+
+} // namespace searchsystem

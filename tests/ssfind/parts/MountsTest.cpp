@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace ssfind;
@@ -44,3 +46,5 @@ TEST(MountsTest, ThoseBelowAFolder) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <limits>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace ssfind;
@@ -48,3 +50,5 @@ TEST(TextTest, TimesAreLocal) {
 }
 
 } // namespace
+
+} // namespace searchsystem

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+namespace searchsystem {
+
 namespace {
 
 using namespace ssfind;
@@ -64,3 +66,5 @@ TEST(UsageErrorTest, UnusualArgumentsThatAreRight) {
 }
 
 } // namespace
+
+} // namespace searchsystem
