@@ -341,11 +341,14 @@ TEST_F(HostTest, AHostWithFewDescriptors) {
     reasons.insert(resultInFork([&] {
       ContentAnswer answer;
       std::thread asking([&] {
+        // UndefinedBehaviorSanitizer opens a pipe when an object is made.
+        const auto document = string(path);
+        const auto keyword = string("word");
         rlimit before{};
         getrlimit(RLIMIT_NOFILE, &before);
         const rlimit few{most, before.rlim_max};
         setrlimit(RLIMIT_NOFILE, &few);
-        answer = service.documentHolds(*string(path), *string("word"), false);
+        answer = service.documentHolds(*document, *keyword, false);
         setrlimit(RLIMIT_NOFILE, &before);
       });
       asking.join();
