@@ -2,7 +2,9 @@
 
 #include "platform/foundation/ASCIIText.h"
 #include "platform/foundation/FoldedText.h"
+#include "platform/foundation/PatternEnds.h"
 
+#include <bit>
 #include <limits>
 #include <new>
 
@@ -47,26 +49,6 @@ bool findOccurrence(const Pattern &pattern, const std::vector<std::uint32_t> &fa
 
 constexpr char upperASCII(char c) noexcept {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-}
-
-/// The bytes that a pattern may begin and end with.
-struct Ends {
-  char first, otherFirst, last, otherLast;
-};
-
-/// Whether a pattern with these ends may begin at one of `size` positions. Branchless, so that the
-/// compiler vectorizes it.
-template <std::size_t size>
-bool mayBeginInBlock(const char *firsts, const char *lasts, Ends ends) noexcept {
-  unsigned char isMet = 0;
-  for (std::size_t i = 0; i < size; ++i) {
-    const bool isFirst = static_cast<bool>(static_cast<int>(firsts[i] == ends.first) |
-                                           static_cast<int>(firsts[i] == ends.otherFirst));
-    const bool isLast = static_cast<bool>(static_cast<int>(lasts[i] == ends.last) |
-                                          static_cast<int>(lasts[i] == ends.otherLast));
-    isMet |= static_cast<unsigned char>(static_cast<int>(isFirst) & static_cast<int>(isLast));
-  }
-  return isMet != 0;
 }
 
 } // namespace
@@ -121,13 +103,12 @@ NSRange TextPattern::findBytes(std::string_view text) const noexcept {
 /// A position before which no occurrence of an ASCII pattern begins. Most texts hold none, and the
 /// pattern's first and last byte seldom occur together, so that whole blocks can be skipped.
 std::size_t TextPattern::findCandidate(std::string_view text) const noexcept {
-  constexpr std::size_t blockSize = 32;
   const std::size_t last = units_.size() - 1;
   const bool foldCase = (options_ & NSCaseInsensitiveSearch) != 0;
   const auto first = static_cast<char>(units_.front());
   const auto final = static_cast<char>(units_.back());
-  const char otherFirst = foldCase ? upperASCII(first) : first;
-  const char otherFinal = foldCase ? upperASCII(final) : final;
+  const PatternEnds ends{first, foldCase ? upperASCII(first) : first, final,
+                         foldCase ? upperASCII(final) : final};
   const auto isCandidate = [&](const char *begin) {
     for (std::size_t i = 1; i < last; ++i)
       if (units_[i] != (foldCase ? lowerASCII(begin[i]) : begin[i]))
@@ -137,20 +118,17 @@ std::size_t TextPattern::findCandidate(std::string_view text) const noexcept {
   // After too many failed candidates, leave the rest to the search that is always linear.
   std::size_t position = 0;
   std::size_t failures = 0;
-  while (text.size() - position >= blockSize + last &&
+  while (text.size() - position >= PatternEnds::blockSize + last &&
          failures * units_.size() <= position + 1024) {
     const char *const block = text.data() + position;
-    if (mayBeginInBlock<blockSize>(block, block + last, {first, otherFirst, final, otherFinal})) {
-      for (std::size_t i = 0; i < blockSize; ++i) {
-        if ((block[i] != first && block[i] != otherFirst) ||
-            (block[i + last] != final && block[i + last] != otherFinal))
-          continue;
-        if (isCandidate(block + i))
-          return position + i;
-        ++failures;
-      }
+    for (std::uint32_t begins = ends.begins(block, block + last); begins != 0;
+         begins &= begins - 1) {
+      const auto i = static_cast<std::size_t>(std::countr_zero(begins));
+      if (isCandidate(block + i))
+        return position + i;
+      ++failures;
     }
-    position += blockSize;
+    position += PatternEnds::blockSize;
   }
   return position;
 }

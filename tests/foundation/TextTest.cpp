@@ -1,6 +1,7 @@
 #include "platform/foundation/FoldedText.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/PathComponents.h"
+#include "platform/foundation/PatternEnds.h"
 #include "platform/foundation/TextPattern.h"
 
 #include <gtest/gtest.h>
@@ -98,6 +99,20 @@ TEST(TextPattern, AgreesWithTryingEveryPart) {
       ASSERT_EQ(find(sought, text, options), findByTrying(pieces, sought, options))
           << testing::PrintToString(text) << " / " << testing::PrintToString(sought) << ", options "
           << options;
+  }
+}
+
+TEST(PatternEnds, AreMetWhereAPlainLoopMeetsThem) {
+  std::mt19937 random(1);
+  const PatternEnds ends{'a', 'A', '\xE9', 'z'};
+  for (int round = 0; round < 1000; ++round) {
+    std::string text(2 * PatternEnds::blockSize, ' ');
+    for (char &byte : text)
+      byte = "aAz\xE9 "[random() % 5];
+    const std::size_t last = random() % PatternEnds::blockSize;
+    EXPECT_EQ(ends.begins(text.data(), text.data() + last),
+              ends.beginsPlainly(text.data(), text.data() + last))
+        << text << " " << last;
   }
 }
 
