@@ -7,10 +7,16 @@
 #include <string>
 #include <vector>
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define HAS_ALLOCATOR_OF_SANITIZER 1
+#else
+#define HAS_ALLOCATOR_OF_SANITIZER 0
+#endif
+
 /// How many more blocks can be had; none fails if negative.
 static int blocksLeft = -1;
 
+#if !HAS_ALLOCATOR_OF_SANITIZER
 extern "C" {
 void *__libc_realloc(void *block, std::size_t size);
 
@@ -21,10 +27,17 @@ void *realloc(void *block, std::size_t size) noexcept {
   return __libc_realloc(block, size);
 }
 }
+#endif
 
 namespace searchsystem {
 
+namespace {
+
+using namespace std::string_literals;
+
 TEST(ParamArray, IsEmptyWhenMemoryIsShortForAnObject) {
+  if (HAS_ALLOCATOR_OF_SANITIZER != 0)
+    GTEST_SKIP() << "no block can be refused";
   const std::string text =
       "<< a\n" + std::string(3000, 'b') + "\n" + std::string(9000, 'c') + " >>\n";
   int result = 0;
@@ -37,15 +50,6 @@ TEST(ParamArray, IsEmptyWhenMemoryIsShortForAnObject) {
   }
   EXPECT_EQ(result, 1);
 }
-
-} // namespace searchsystem
-#endif
-
-namespace searchsystem {
-
-namespace {
-
-using namespace std::string_literals;
 
 TEST(ParamArray, CutsALineIntoTokens) {
   const struct {
