@@ -48,6 +48,13 @@ MetadataGathering::MetadataGathering(NSObject &query, Ref<const NSPredicate> pre
       predicate_(std::move(predicate)), place_(std::move(place)), queue_(this, tasksOf(scopes)),
       writer_(place_), query_(&query) {}
 
+Ref<MetadataGathering> MetadataGathering::create(NSObject &query, Ref<const NSPredicate> predicate,
+                                                 const std::vector<std::string> &scopes,
+                                                 std::optional<IndexPlace> place) {
+  return Ref<MetadataGathering>::adopt(
+      new MetadataGathering(query, std::move(predicate), scopes, std::move(place)));
+}
+
 MetadataGathering::~MetadataGathering() {
   takeGathered();
   freeElsewhere(results_);

@@ -22,8 +22,9 @@ namespace searchsystem {
 class MetadataGathering final : public NSObject, private ThreadTeam {
 public:
   /// Posts its notifications with `query` as their object. Throws `std::bad_alloc`.
-  MetadataGathering(NSObject &query, Ref<const NSPredicate> predicate,
-                    const std::vector<std::string> &scopes, std::optional<IndexPlace> place);
+  static Ref<MetadataGathering> create(NSObject &query, Ref<const NSPredicate> predicate,
+                                       const std::vector<std::string> &scopes,
+                                       std::optional<IndexPlace> place);
 
   void start() noexcept { queue_.start(); }
 
@@ -55,6 +56,8 @@ private:
     MetadataGathering &gathering_;
   };
 
+  MetadataGathering(NSObject &query, Ref<const NSPredicate> predicate,
+                    const std::vector<std::string> &scopes, std::optional<IndexPlace> place);
   ~MetadataGathering() override;
 
   /// Gathers until nothing is left to do, on the main thread only a portion.

@@ -50,8 +50,7 @@ char NSMetadataQuery::startQuery() noexcept {
     if (!arePaths)
       return;
     learnRightsOfProcess();
-    gathering_ = Ref<MetadataGathering>::adopt(
-        new MetadataGathering(*this, predicate_, scopes, IndexPlace::current()));
+    gathering_ = MetadataGathering::create(*this, predicate_, scopes, IndexPlace::current());
   });
   if (!isReady || !arePaths)
     return 0;
