@@ -37,8 +37,9 @@ Runnable *waitForWork() noexcept {
   firstIdle = &self;
   while (self.work == nullptr && self.isCalled.waitUntil(lock, end)) {
   }
+  // The caller took it off the list, which the analyzer does not see.
   if (self.work != nullptr)
-    return self.work;
+    return self.work; // NOLINT(clang-analyzer-core.StackAddressEscape)
   IdleThread **link = &firstIdle;
   while (*link != &self)
     link = &(*link)->next;
