@@ -135,7 +135,7 @@ void MetadataGathering::takeGathered() noexcept {
     results_.swap(gathered_);
   else
     moveToEnd(gathered_, results_, mostTries);
-  // Where memory stays short the results are lost, so that the query comes to an end.
+  // Where memory stays short the results are lost, so that the query can end.
   gathered_.clear();
 }
 

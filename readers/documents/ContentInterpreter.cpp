@@ -17,7 +17,7 @@ constexpr std::size_t mostStreams = 100'000;
 constexpr std::size_t mostAnnotations = 100'000;
 constexpr std::size_t mostMarks = 10'000;
 constexpr std::size_t mostForms = 100'000;
-/// Strings are shown in parts of so many bytes.
+/// Strings are shown in parts of this many bytes.
 constexpr std::size_t longestPart = 2048;
 /// What Tf takes at most; further operands in front are of no use to any operator.
 constexpr std::size_t mostOperands = 16;

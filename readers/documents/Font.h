@@ -92,7 +92,7 @@ private:
   void readToUnicode(const Object &map);
   [[nodiscard]] std::shared_ptr<const CharacterMap> readMap(const Object &map, int depth = 0);
 
-  /// At most so many bytes of a stream, and no more than the budget allows.
+  /// The most bytes of a stream; the budget may allow fewer.
   [[nodiscard]] std::string read(const Stream &stream, std::size_t most);
   [[nodiscard]] std::shared_ptr<const CharacterMap> namedMap(std::string_view name);
   void complete(Glyph &glyph, std::uint32_t code);

@@ -12,7 +12,7 @@ struct Matrix {
             c * other.a + d * other.c,           c * other.b + d * other.d,
             e * other.a + f * other.c + other.e, e * other.b + f * other.d + other.f};
   }
-  /// Moves the origin by so much in the coordinates that are transformed.
+  /// Moves the origin, in the coordinates that are transformed.
   [[nodiscard]] Matrix movedBy(double x, double y) const noexcept {
     return {a, b, c, d, e + x * a + y * c, f + x * b + y * d};
   }

@@ -23,8 +23,8 @@ public:
 
   /// Puts a line behind the others. It is normalised but for the blanks and the soft hyphens in it.
   void addLine(std::string_view line);
-  /// The next line goes on where the last one was broken for want of room: no blank stands between
-  /// them if their scripts are written without.
+  /// The next line continues where the last one was broken for want of room: no blank stands
+  /// between them if their scripts are written without.
   void joinNext() noexcept { joinsNext_ = true; }
   void endPage();
   /// Hands over what is left.

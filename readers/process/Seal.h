@@ -37,7 +37,7 @@ public:
   /// None when this kernel has no such thing.
   [[nodiscard]] static std::optional<Seal> prepare();
 
-  /// Seals the process; false when that failed, and then it must not go on.
+  /// Seals the process. After false it must exit.
   [[nodiscard]] bool apply(const ReaderLimits &limits) const noexcept;
 
 private:

@@ -76,7 +76,7 @@ TEST_F(FileStreamTest, TellsHowMuchOfAReadOrWriteWasDone) {
   EXPECT_EQ(stream.Tell(), end + 4);
 }
 
-/// Lets no file grow beyond so many bytes, as a full disk does.
+/// Lets no file grow beyond this size in bytes, as a full disk does.
 class Limit {
 public:
   explicit Limit(rlim_t size) {

@@ -63,7 +63,7 @@ void fillMemory(std::size_t size) {
   }
 }
 
-/// What each kind of worker does; one that goes on ends without a fault.
+/// What each kind of worker does; one that continues ends without a fault.
 const std::map<std::string, std::function<void()>, std::less<>> behaviours{
     {"open", [] { open("/dev/null", O_RDONLY); }},
     {"connect", [] { socket(AF_UNIX, SOCK_STREAM, 0); }},
