@@ -44,16 +44,16 @@ void Allocations::watchSQLite() {
 }
 
 #ifdef SANITIZER_HAS_MALLOC
-
-#include "testing/FailingMemory.h"
-
 bool memoryFails() noexcept { return fails(); }
-
-#else
+#endif
 
 } // namespace searchsystem
 
-using namespace searchsystem;
+#ifdef SANITIZER_HAS_MALLOC
+#include "testing/FailingMemory.h"
+#else
+
+using searchsystem::fails;
 
 // The names beneath are the C library's own.
 extern "C" {

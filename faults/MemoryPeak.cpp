@@ -36,9 +36,9 @@ void MemoryPeak::begin() {
 
 std::size_t MemoryPeak::bytes() { return peak - usedBefore; }
 
-#ifndef MEMORY_IS_SANITIZED
-
 } // namespace searchsystem
+
+#ifndef MEMORY_IS_SANITIZED
 
 using namespace searchsystem;
 
