@@ -1,5 +1,5 @@
 // The floor of a search in the content of photographs: threads open each file of a tree, read its
-// first 65,535 bytes, close it, and do nothing else. With --analyse they list the folders and ask
+// first bytes, close it, and do nothing else. With --analyse they list the folders and ask
 // the library for every tag of each file and for its shooting date. Prints key=value.
 
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
@@ -25,7 +25,7 @@ namespace searchsystem {
 
 namespace {
 
-constexpr std::size_t readSize = 65535;
+constexpr std::size_t mostBytes = 65535;
 
 /// Shares out the files of a tree among threads, by folders.
 struct Folder {
@@ -45,12 +45,12 @@ std::vector<Folder> foldersOf(const std::string &root) {
 }
 
 /// How many bytes were read.
-std::uint64_t readOnly(const Folder &folder) {
-  thread_local char buffer[readSize];
+std::uint64_t readOnly(const Folder &folder, std::size_t bytes) {
+  thread_local char buffer[mostBytes];
   std::uint64_t sum = 0;
   for (const std::string &path : folder.files) {
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    const ssize_t size = read(file, buffer, sizeof buffer);
+    const ssize_t size = read(file, buffer, bytes);
     close(file);
     sum += size > 0 ? static_cast<std::uint64_t>(size) : 0;
   }
@@ -91,11 +91,15 @@ using namespace searchsystem;
 int main(int argc, char **argv) {
   std::string root;
   unsigned threads = 5;
+  std::size_t bytes = mostBytes;
   bool analyses = false;
-  CLI::App application("Reads the first 65,535 bytes of each file of a tree.");
+  CLI::App application("Reads the beginning of each file of a tree.");
   application.add_option("folder", root, "the tree")->required()->check(CLI::ExistingDirectory);
   application.add_option("--threads", threads, "number of threads")
       ->check(CLI::Range(1, 256))
+      ->capture_default_str();
+  application.add_option("--bytes", bytes, "how many of each file")
+      ->check(CLI::Range(std::size_t{1}, mostBytes))
       ->capture_default_str();
   application.add_flag("--analyse", analyses, "ask the library for the tags");
   CLI11_PARSE(application, argc, argv);
@@ -107,7 +111,7 @@ int main(int argc, char **argv) {
   const auto work = [&] {
     std::uint64_t ownSum = 0;
     for (std::size_t i = next++; i < folders.size(); i = next++)
-      ownSum += analyses ? analyse(folders[i]) : readOnly(folders[i]);
+      ownSum += analyses ? analyse(folders[i]) : readOnly(folders[i], bytes);
     sum += ownSum;
   };
   std::vector<std::thread> workers;
