@@ -12,11 +12,12 @@ LAYERS = [SEARCH, "hosts", "pdf_reader", "streams", "platform/foundation", "plat
 
 # What each layer may include besides itself; tests and the like may include anything.
 ALLOWED = {
-    "hosts": {SEARCH + "/SearchSystem.h", "platform/foundation/CoreFoundation.h",
+    "hosts": {SEARCH + "/SearchSystem.h", "platform/content/Content.h",
+              "platform/foundation/CoreFoundation.h",
               "platform/foundation/LocalTime.h", "platform/foundation/MainLoop.h",
               "platform/imagetag/ShootingDate.h", "platform/metadata/MetadataIndex.h"},
     SEARCH: {"pdf_reader", "streams", "platform/foundation", "platform/metadata",
-             "platform/imagetag"},
+             "platform/imagetag", "platform/content"},
     "pdf_reader": {"streams", "platform/foundation/ASCIIText.h",
                    "platform/foundation/CoreFoundation.h", "platform/foundation/NSString.h",
                    "platform/foundation/Ref.h",

@@ -6,6 +6,7 @@
 #include "pdf_reader/CPDFFile.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/NaturalLanguageDate.h"
+#include "platform/foundation/PathComponents.h"
 #include "platform/foundation/TextPattern.h"
 #include "platform/foundation/TryTwice.h"
 #include "platform/imagetag/TagInfo.h"
@@ -42,7 +43,7 @@ bool ContentConditions::meetsAll(SearchItem &item, bool testsPDF, ContentAnswers
     // The status before the file is read.
     static_cast<void>(item.file.status());
     if (!answers.hasPDFText)
-      answers.hasPDFText = hasTextInPDF(*item.path());
+      answers.hasPDFText = hasTextInPDF(item);
     return *answers.hasPDFText;
   };
   if (search_.isPDFSearch() != 0 && search_.isExifSearch() != 0) {
@@ -61,7 +62,7 @@ bool ContentConditions::meetsAll(SearchItem &item, bool testsPDF, ContentAnswers
 }
 
 bool ContentConditions::meetsAny(SearchItem &item) const {
-  if (search_.isPDFSearch() != 0 && hasTextInPDF(*item.path()))
+  if (search_.isPDFSearch() != 0 && hasTextInPDF(item))
     return true;
   if (search_.isExifSearch() == 0 && search_.isTokenDateSearch() == 0)
     return false;
@@ -99,9 +100,19 @@ bool ContentConditions::hasKeywordInTags(ExifAnalysis &analysis) const {
   });
 }
 
-bool ContentConditions::hasTextInPDF(const NSString &path) const {
+bool ContentConditions::hasTextInPDF(SearchItem &item) const {
   const SearchPredicate &record = *search_._searchPredicate;
-  return hasTextInPDF(path, record.contentKeyword, record.isDistinct);
+  return hasTextInPDF(*item.path(), record.contentKeyword, record.isDistinct) ||
+         hasTextDeepInDocument(item);
+}
+
+bool ContentConditions::hasTextDeepInDocument(SearchItem &item) const {
+  ContentService *const service = search_.contentService();
+  if (service == nullptr || !hasKeyword() ||
+      !FileKinds::isDocument(extensionOfName(item.file.name())))
+    return false;
+  const SearchPredicate &record = *search_._searchPredicate;
+  return service->documentHolds(*item.path(), *record.contentKeyword, record.isDistinct != 0).holds;
 }
 
 bool ContentConditions::hasTextInPDF(const NSString &path, const NSString *keyword,

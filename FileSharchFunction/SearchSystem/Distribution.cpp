@@ -23,7 +23,7 @@ void Distribution::take(const ResultMessage *message, const ContentAnswers *know
   if (message == nullptr)
     return;
   if (isDistributing_) {
-    defer(*message);
+    defer({*message, known != nullptr ? *known : ContentAnswers()});
     return;
   }
   // The host's callback may run the main loop, and so end the search.
@@ -32,8 +32,8 @@ void Distribution::take(const ResultMessage *message, const ContentAnswers *know
   distribute(*message, known);
   for (std::size_t next = 0; next < deferred_.size(); ++next) {
     const Deferred deferred = std::move(deferred_[next]);
-    if (deferred)
-      distribute(*deferred, nullptr);
+    if (deferred.message)
+      distribute(*deferred.message, &deferred.known);
     else
       search_.stopQuery();
   }
@@ -54,13 +54,13 @@ void Distribution::takeEnd() noexcept {
 
 void Distribution::stopQuery() noexcept {
   if (isDistributing_)
-    defer(std::nullopt);
+    defer({});
   else
     search_.stopQuery();
 }
 
 void Distribution::defer(Deferred deferred) noexcept {
-  const bool isResult = deferred && deferred->ResultData;
+  const bool isResult = deferred.message && deferred.message->ResultData;
   const bool isKept = tryTwice([&] {
     if (isResult && deferred_.capacity() - deferred_.size() <= reservedDeferrals)
       deferred_.reserve(deferred_.capacity() * 2);
@@ -117,8 +117,11 @@ bool Distribution::shouldDeliver(const NSString *path, const ContentAnswers *kno
   tryTwice([&] {
     SearchItem item(*path);
     ContentAnswers answers;
-    if (known != nullptr && known->file && item.file.status() &&
-        isSameUnchangedFile(*known->file, *item.file.status()))
+    // The main thread has nothing read deep.
+    const bool holds = search_.contentService() != nullptr ||
+                       (known != nullptr && known->file && item.file.status() &&
+                        isSameUnchangedFile(*known->file, *item.file.status()));
+    if (known != nullptr && holds)
       answers = *known;
     meets = content_.meetsAll(item, search_.isPDFSearch() != 0, answers);
   });

@@ -34,7 +34,8 @@ public:
 
   /// Takes a message; null is ignored. One that arrives while another is handled, as from a main
   /// loop that the host's callback runs, waits until that is done. `known` is what its producer
-  /// has learnt about the content of the candidate.
+  /// has learnt about the content of the candidate, which holds while the file stays as it was, and
+  /// in a deep search also if it changes.
   void take(const ResultMessage *message, const ContentAnswers *known = nullptr) noexcept;
 
   /// Announces and takes a candidate.
@@ -55,8 +56,11 @@ public:
 private:
   friend struct SearchEngineProbe;
 
-  /// A message that waits, or, without one, the stop of the query.
-  using Deferred = std::optional<ResultMessage>;
+  /// A message that waits, with what is known of its candidate; without one, the stop of the query.
+  struct Deferred {
+    std::optional<ResultMessage> message;
+    ContentAnswers known;
+  };
 
   void defer(Deferred deferred) noexcept;
   void distribute(const ResultMessage &message, const ContentAnswers *known) noexcept;

@@ -21,8 +21,10 @@ struct Extension {
 constexpr Extension extensions[] = {
     {"tif", 0b1001}, {"jpg", 0b1101}, {"pdf", 0b1110}, {"pct", 0b1000}};
 
-bool hasExtensionOfType(std::string_view name, int type) noexcept {
+bool hasExtensionOfType(std::string_view name, int type, const FileKinds *kinds) noexcept {
   const std::string_view text = extensionOfName(name);
+  if (kinds != nullptr)
+    return kinds->includes(text, type);
   return text.size() == 3 && type >= 0 && type <= 3 &&
          std::any_of(std::begin(extensions), std::end(extensions), [&](const Extension &known) {
            return (known.types >> type & 1U) != 0 && equalIgnoringASCIICase(text, known.text);
@@ -31,11 +33,11 @@ bool hasExtensionOfType(std::string_view name, int type) noexcept {
 
 } // namespace
 
-char EntryFilters::defaultFilter(FileItem &item, int type, char *isFolder) {
+char EntryFilters::defaultFilter(FileItem &item, int type, char *isFolder, const FileKinds *kinds) {
   *isFolder = 0;
   if (item.name().starts_with('.'))
     return 0;
-  const bool hasExtension = hasExtensionOfType(item.name(), type);
+  const bool hasExtension = hasExtensionOfType(item.name(), type, kinds);
   if (!hasExtension && item.isListedAsNoFolder())
     return 0;
   const FileItem::Existence existence = item.existence();

@@ -1,17 +1,21 @@
 #pragma once
 
+#include "platform/content/FileKinds.h"
 #include "platform/foundation/FileItem.h"
 #include "platform/foundation/NSDate.h"
 
 namespace searchsystem {
+
+/// The class of all files that can be found.
+inline constexpr int typeOfAll = 3;
 
 /// The filters of the engine. They ask the system as little as possible. Any thread.
 class EntryFilters {
 public:
   EntryFilters() = delete;
 
-  /// As `SearchEngine::defaultFilter`.
-  static char defaultFilter(FileItem &item, int type, char *isFolder);
+  /// As `SearchEngine::defaultFilter`, with the kinds of a deep search, or null for a plain one.
+  static char defaultFilter(FileItem &item, int type, char *isFolder, const FileKinds *kinds);
 
   /// As `SearchEngine::isAlias`.
   [[nodiscard]] static char isAlias(FileItem &item) noexcept;

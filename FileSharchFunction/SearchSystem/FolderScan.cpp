@@ -1,5 +1,6 @@
 #include "FileSharchFunction/SearchSystem/FolderScan.h"
 
+#include "platform/foundation/MainRunLoop.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/PathComponents.h"
 #include "platform/foundation/TryTwice.h"
@@ -16,35 +17,57 @@ constexpr std::size_t mostFound = 64;
 /// For how long a file that has been found may wait while others are tested.
 constexpr std::chrono::milliseconds longestDelay{2};
 
+/// At most this many files are tested ahead, so that others are while one takes long.
+constexpr std::size_t mostFilesAhead = 256;
+
 } // namespace
 
+FolderScan::FolderScan(const RunningSearch &search, const RequestFilter &filter,
+                       Distribution &distribution, WorkerPool &pool, Wanted wanted,
+                       int type) noexcept
+    : search_(search), filter_(filter), distribution_(distribution), pool_(pool), content_(search),
+      wanted_(wanted), type_(type),
+      // Unlike the distribution, which tests again, the walk ignores an empty keyword.
+      contentTest_{wanted == Wanted::All || (wanted == Wanted::Content && filter.wantsAll()),
+                   search.isPDFSearch() != 0 && (wanted != Wanted::All || content_.hasKeyword())},
+      // Without a thread of its own the worker has nothing read deep.
+      testsAhead_(search.contentService() != nullptr && search.hasContentCondition() &&
+                  !MainRunLoop::shared().isMainThread()) {}
+
 void FolderScan::run(const NSString *folder) noexcept {
-  if (const NSArray *const list = search_._searchPredicate->fileList) {
-    for (std::size_t i = 0; i < list->count() && search_._bCancel == 0; ++i) {
-      if (const auto *const path = dynamic_cast<const NSString *>(list->objectAtIndex(i))) {
-        SearchItem item(*path);
-        takeItem(item);
-        handOver();
-      }
+  if (const NSArray *const list = search_._searchPredicate->fileList)
+    searchList(*list);
+  else if (folder != nullptr)
+    searchFolder(*folder);
+  takeAllAhead();
+  handOver();
+}
+
+void FolderScan::searchList(const NSArray &list) noexcept {
+  for (std::size_t i = 0; i < list.count() && search_._bCancel == 0; ++i) {
+    if (const auto *const path = dynamic_cast<const NSString *>(list.objectAtIndex(i))) {
+      SearchItem item(*path);
+      takeItem(item);
+      handOver();
     }
-    return;
   }
+}
+
+void FolderScan::searchFolder(const NSString &folder) noexcept {
   std::optional<DirectoryListing> listing;
-  if (folder != nullptr)
-    tryTwice([&] {
-      if (std::optional<DirectoryListing> opened = DirectoryListing::open(folder->view()))
-        listing.emplace(*std::move(opened));
-    });
+  tryTwice([&] {
+    if (std::optional<DirectoryListing> opened = DirectoryListing::open(folder.view()))
+      listing.emplace(*std::move(opened));
+  });
   while (listing && search_._bCancel == 0) {
     const std::optional<DirectoryEntry> entry = listing->next();
     if (!entry)
       break;
-    SearchItem item(*folder, *listing, *entry);
+    SearchItem item(folder, *listing, *entry);
     takeItem(item);
     if (!canLookAhead(*listing))
       handOver();
   }
-  handOver();
 }
 
 void FolderScan::takeItem(SearchItem &item) noexcept {
@@ -57,36 +80,43 @@ void FolderScan::takeItem(SearchItem &item) noexcept {
       pool_.addFromWorker(item.path());
       break;
     case RequestFilter::Kind::File:
-      if (meetsConditions(item))
-        addFound(item.path());
+      takeFile(item);
       break;
     }
   });
+  takeTestedAhead();
 }
 
-bool FolderScan::meetsConditions(SearchItem &item) {
-  const SearchPredicate &record = *search_._searchPredicate;
-  bool testsPDF = search_.isPDFSearch() != 0;
-  if (wanted_ == Wanted::Any)
-    return filter_.meetsAny(item.file) || content_.meetsAny(item);
-  if (wanted_ == Wanted::Content) {
-    if (record.isAndSearch == 0)
-      return content_.meetsAny(item);
-  } else {
-    if (!filter_.meetsAll(item.file))
-      return false;
-    if (!search_.hasContentCondition())
-      return true;
-    // Unlike the distribution, which tests again, the walk ignores an empty keyword.
-    testsPDF = testsPDF && content_.hasKeyword();
+void FolderScan::takeFile(SearchItem &item) {
+  const Judgement judgement = judge(item.file);
+  if (judgement == Judgement::Fails)
+    return;
+  if (testsAhead_) {
+    testAhead(item, judgement);
+    return;
   }
-  answers_ = {};
-  return content_.meetsAll(item, testsPDF, answers_);
+  ContentAnswers answers;
+  if (judgement == Judgement::Matches || content_.meets(item, contentTest_, answers))
+    addFound(item.path(), answers);
 }
 
-void FolderScan::addFound(const Ref<const NSString> &path) {
+FolderScan::Judgement FolderScan::judge(FileItem &file) const {
+  switch (wanted_) {
+  case Wanted::Any:
+    return filter_.meetsAny(file) ? Judgement::Matches : Judgement::ContentDecides;
+  case Wanted::All:
+    if (!filter_.meetsAll(file))
+      return Judgement::Fails;
+    return search_.hasContentCondition() ? Judgement::ContentDecides : Judgement::Matches;
+  case Wanted::Content:
+    break;
+  }
+  return Judgement::ContentDecides;
+}
+
+void FolderScan::addFound(const Ref<const NSString> &path, const ContentAnswers &answers) {
   if (search_.hasContentCondition()) {
-    foundAnswers_.push_back(answers_);
+    foundAnswers_.push_back(answers);
     if (found_.empty())
       foundAt_ = Clock::now();
   }
@@ -96,6 +126,46 @@ void FolderScan::addFound(const Ref<const NSString> &path) {
     foundAnswers_.resize(found_.size());
     throw;
   }
+}
+
+void FolderScan::testAhead(SearchItem &item, Judgement judgement) {
+  if (ahead_.size() >= mostFilesAhead)
+    takeFirstAhead();
+  const auto file = Ref<FileAhead>::adopt(judgement == Judgement::Matches
+                                              ? new FileAhead(item.path())
+                                              : new FileAhead(item.path(), content_, contentTest_));
+  ahead_.push_back(file);
+  if (!file->isTested())
+    pool_.testAhead(file);
+}
+
+void FolderScan::takeFirstAhead() noexcept {
+  const Ref<FileAhead> file = std::move(ahead_.front());
+  ahead_.pop_front();
+  if (file->take())
+    file->test();
+  else
+    file->wait();
+  if (file->matches())
+    tryTwice([&] { addFound(file->path(), file->answers()); });
+  const bool isNextDecided = ahead_.empty() || ahead_.front()->isTested();
+  if (!isNextDecided || found_.size() >= mostFound)
+    handOver();
+}
+
+void FolderScan::takeTestedAhead() noexcept {
+  while (!ahead_.empty() && ahead_.front()->isTested() && search_._bCancel == 0)
+    takeFirstAhead();
+}
+
+void FolderScan::takeAllAhead() noexcept {
+  while (!ahead_.empty() && search_._bCancel == 0)
+    takeFirstAhead();
+  // Those who test them use this object.
+  for (const Ref<FileAhead> &file : ahead_)
+    if (!file->take())
+      file->wait();
+  ahead_.clear();
 }
 
 bool FolderScan::canLookAhead(DirectoryListing &listing) const noexcept {

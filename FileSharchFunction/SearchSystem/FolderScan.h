@@ -2,18 +2,24 @@
 
 #include "FileSharchFunction/SearchSystem/ContentConditions.h"
 #include "FileSharchFunction/SearchSystem/Distribution.h"
+#include "FileSharchFunction/SearchSystem/FileAhead.h"
 #include "FileSharchFunction/SearchSystem/RequestFilter.h"
 #include "FileSharchFunction/SearchSystem/WorkerPool.h"
 #include "platform/foundation/DirectoryListing.h"
 
 #include <chrono>
+#include <list>
 #include <optional>
 #include <vector>
 
 namespace searchsystem {
 
 /// A worker's look through one folder, or through the request's list of files: it judges each
-/// item, queues sub-folders, and hands over the files that match.
+/// item, queues sub-folders, and hands over the files that match, in the order of the listing.
+///
+/// In a deep search where content decides, the next files are tested ahead, by whatever thread is
+/// free. A match is handed over as soon as all files before it are decided, and waits for none
+/// behind it.
 ///
 /// Ownership: borrows all it is given, for the length of `run`. Threads: a worker's; the main
 /// thread uses what is handed over while the worker waits.
@@ -24,9 +30,7 @@ public:
   enum class Wanted { All, Any, Content };
 
   FolderScan(const RunningSearch &search, const RequestFilter &filter, Distribution &distribution,
-             WorkerPool &pool, Wanted wanted, int type) noexcept
-      : search_(search), filter_(filter), distribution_(distribution), pool_(pool),
-        content_(search), wanted_(wanted), type_(type) {}
+             WorkerPool &pool, Wanted wanted, int type) noexcept;
 
   /// `folder` may be null. Where memory is short items are passed over.
   void run(const NSString *folder) noexcept;
@@ -34,9 +38,23 @@ public:
 private:
   using Clock = std::chrono::steady_clock;
 
+  /// What name and dates say about a file.
+  enum class Judgement { Fails, Matches, ContentDecides };
+
+  void searchList(const NSArray &list) noexcept;
+  void searchFolder(const NSString &folder) noexcept;
   void takeItem(SearchItem &item) noexcept;
-  [[nodiscard]] bool meetsConditions(SearchItem &item);
-  void addFound(const Ref<const NSString> &path);
+  void takeFile(SearchItem &item);
+  [[nodiscard]] Judgement judge(FileItem &file) const;
+  void addFound(const Ref<const NSString> &path, const ContentAnswers &answers);
+
+  void testAhead(SearchItem &item, Judgement judgement);
+  /// Takes the first of the files that are tested ahead, once that is done.
+  void takeFirstAhead() noexcept;
+  /// Takes those at the front that have been tested.
+  void takeTestedAhead() noexcept;
+  void takeAllAhead() noexcept;
+
   [[nodiscard]] bool canLookAhead(DirectoryListing &listing) const noexcept;
   /// Waits until what has been found is distributed.
   void handOver() noexcept;
@@ -50,6 +68,8 @@ private:
   const ContentConditions content_;
   const Wanted wanted_;
   const int type_;
+  const ContentTest contentTest_;
+  const bool testsAhead_;
 
   /// Files that are handed over together, and how many of them have been.
   std::vector<Ref<const NSString>> found_;
@@ -57,8 +77,8 @@ private:
   /// Where content decides: when the first of them was found, and what is known about each.
   Clock::time_point foundAt_;
   std::vector<ContentAnswers> foundAnswers_;
-  /// What is known about the file that is being tested.
-  ContentAnswers answers_;
+  /// Files that are tested ahead, in the order of the listing.
+  std::list<Ref<FileAhead>> ahead_;
 };
 
 } // namespace searchsystem

@@ -60,7 +60,32 @@ bool ReadAhead::work() noexcept {
     if (isOnMainThread)
       return true;
   }
+  // The main thread leaves files to their workers: only other threads may have them read deep.
+  while (const Ref<FileAhead> file = isOnMainThread ? nullptr : takeUntested())
+    file->test();
   return false;
+}
+
+void ReadAhead::add(const Ref<FileAhead> &file) noexcept {
+  try {
+    const LockGuard guard(lock_);
+    untested_.push_back(file);
+  } catch (...) {
+    // Without memory for it a file is tested by its worker.
+    return;
+  }
+  call(1);
+}
+
+Ref<FileAhead> ReadAhead::takeUntested() noexcept {
+  const LockGuard guard(lock_);
+  while (!untested_.empty()) {
+    Ref<FileAhead> file = std::move(untested_.front());
+    untested_.pop_front();
+    if (file->take())
+      return file;
+  }
+  return nullptr;
 }
 
 Ref<FolderAhead> ReadAhead::takeUnread() noexcept {

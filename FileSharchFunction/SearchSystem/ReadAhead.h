@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FileSharchFunction/SearchSystem/FileAhead.h"
 #include "FileSharchFunction/SearchSystem/FolderAhead.h"
 #include "FileSharchFunction/SearchSystem/RequestFilter.h"
 #include "platform/foundation/DirectoryListing.h"
@@ -17,8 +18,11 @@ namespace searchsystem {
 /// the main thread, so that threads and main thread need not wait for each other at every folder.
 /// Without reading ahead the searches of `bench/walk.py` take 1.5 to 2.8 times as long.
 ///
+/// In a deep search where content decides, it tests the next files of the workers' folders instead,
+/// so that one folder of documents keeps all processors busy.
+///
 /// Ownership: part of its owner, which it keeps alive while anything is read, even if nobody waits
-/// for that any more. Threads: main.
+/// for that any more. Threads: main, except where stated.
 class ReadAhead final : private ThreadTeam {
 public:
   using Paths = std::deque<Ref<const NSString>>;
@@ -47,12 +51,16 @@ public:
       window_.pop_front();
   }
 
+  /// Has a file tested before its turn, unless its worker takes it first. Any thread.
+  void add(const Ref<FileAhead> &file) noexcept;
+
   /// Posts the workers whose folders have been read. Any thread.
   void postHeldBack() noexcept;
 
 private:
   [[nodiscard]] bool work() noexcept override;
   [[nodiscard]] Ref<FolderAhead> takeUnread() noexcept;
+  [[nodiscard]] Ref<FileAhead> takeUntested() noexcept;
   void read(FolderAhead &folder) noexcept;
   void readEntry(const FolderAhead &folder, DirectoryListing &listing, const DirectoryEntry &entry,
                  FolderFindings &findings) const;
@@ -67,6 +75,8 @@ private:
   NSLock lock_;
   /// Those that no thread has taken.
   std::deque<Ref<FolderAhead>> unread_ PF_GUARDED_BY(lock_);
+  /// Files, some of which their workers may have taken.
+  std::deque<Ref<FileAhead>> untested_ PF_GUARDED_BY(lock_);
   /// Workers whose folders have been read, but which need not run yet.
   WorkQueue heldBack_ PF_GUARDED_BY(lock_);
 };

@@ -5,16 +5,18 @@
 
 namespace searchsystem {
 
-RequestFilter::RequestFilter(const SearchPredicate &record)
+RequestFilter::RequestFilter(const SearchPredicate &record, const FileKinds *kinds)
     : modDateStart_(record.modDateStart), modDateEnd_(record.modDateEnd),
       takesSubFolders_(record.checkSubFolder != 0), wantsAll_(record.isAndSearch != 0) {
+  if (kinds != nullptr)
+    kinds_ = *kinds;
   if (record.nameKeyword != nullptr && record.nameKeyword->length() != 0)
     name_.emplace(record.nameKeyword->view(), EntryFilters::keywordOptions(record.isDistinct));
 }
 
 RequestFilter::Kind RequestFilter::kindOf(FileItem &item, int type) const {
   char isFolder = 0;
-  if (EntryFilters::defaultFilter(item, type, &isFolder) != 0)
+  if (EntryFilters::defaultFilter(item, type, &isFolder, kinds_ ? &*kinds_ : nullptr) != 0)
     return Kind::File;
   return isFolder != 0 && takesSubFolders_ && EntryFilters::isAlias(item) == 0 ? Kind::SubFolder
                                                                                : Kind::Nothing;

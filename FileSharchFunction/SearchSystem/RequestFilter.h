@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileSharchFunction/SearchSystem/SearchSystem.h"
+#include "platform/content/FileKinds.h"
 #include "platform/foundation/FileItem.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/Ref.h"
@@ -16,8 +17,8 @@ namespace searchsystem {
 /// Ownership: copies what it needs of the request. Threads: any; immutable.
 class RequestFilter {
 public:
-  /// Throws `std::bad_alloc`.
-  explicit RequestFilter(const SearchPredicate &record);
+  /// With the kinds of a deep search, or null for a plain one. Throws `std::bad_alloc`.
+  RequestFilter(const SearchPredicate &record, const FileKinds *kinds);
 
   enum class Kind { Nothing, SubFolder, File };
 
@@ -34,6 +35,7 @@ public:
   [[nodiscard]] bool wantsAll() const noexcept { return wantsAll_; }
 
 private:
+  std::optional<FileKinds> kinds_;
   std::optional<TextPattern> name_;
   const Ref<const NSDate> modDateStart_;
   const Ref<const NSDate> modDateEnd_;

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NeverDestroyed.h"
 #include "platform/foundation/Perform.h"
+#include "platform/foundation/Ref.h"
 
 #include <utility>
 
@@ -30,7 +31,23 @@ void RunningSearch::scheduleEnd(double delay) noexcept {
 
 bool RunningSearch::isEndScheduled() noexcept { return endPerform().isScheduled(); }
 
+void RunningSearch::chooseDepth() noexcept {
+  if (ContentSettings::current().isDeep)
+    contentService_.emplace();
+}
+
+void RunningSearch::deliverUnread() noexcept {
+  if (!contentService_)
+    return;
+  const Ref<RunningSearch> self(this);
+  // A start from the host's callback counts as one during the search.
+  _isSearching = 1;
+  contentService_->deliverUnread();
+}
+
 void RunningSearch::end() noexcept {
+  if (sSharedSearchEngine != nullptr)
+    sSharedSearchEngine->deliverUnread();
   releaseSharedSearchEngine();
   if (gSearchPredicate != nullptr)
     callHost(gSearchPredicate->resultCallback, nullptr, 0);

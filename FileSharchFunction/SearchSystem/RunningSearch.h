@@ -1,9 +1,11 @@
 #pragma once
 
 #include "FileSharchFunction/SearchSystem/SearchSystem.h"
+#include "platform/content/ContentService.h"
 #include "platform/foundation/NSObject.h"
 
 #include <atomic>
+#include <optional>
 
 namespace searchsystem {
 
@@ -21,8 +23,8 @@ public:
   /// Whether the end of a search is on its way to the host.
   [[nodiscard]] static bool isEndScheduled() noexcept;
 
-  /// Releases the engine, so that the next search gets a new one, and reports the end to the
-  /// callback of the most recent request.
+  /// Tells the host which files could not be read, releases the engine, so that the next search
+  /// gets a new one, and reports the end to the callback of the most recent request.
   static void end() noexcept;
 
   /// Releases the engine, if there is one. Whatever still arrives for it is ignored.
@@ -49,6 +51,12 @@ public:
     return isPDFSearch() != 0 || isExifSearch() != 0 || isTokenDateSearch() != 0;
   }
 
+  /// What reads deep, and knows the kinds of files that are searched; null in a plain search. Any
+  /// thread.
+  [[nodiscard]] ContentService *contentService() const noexcept {
+    return contentService_ ? &*contentService_ : nullptr;
+  }
+
   /// Stops the metadata query, if one runs.
   virtual void stopQuery() noexcept = 0;
 
@@ -67,13 +75,21 @@ protected:
       sSharedSearchEngine = nullptr;
   }
 
+  /// Makes this a deep search if the host wants one. Once, before any worker.
+  void chooseDepth() noexcept;
+
   /// The engine; null when there is none.
   static RunningSearch *sSharedSearchEngine;
 
 private:
+  void deliverUnread() noexcept;
+
   [[nodiscard]] char hasContentKeyword(signed char isWanted) const noexcept {
     return isWanted != 0 && _searchPredicate->contentKeyword != nullptr ? 1 : 0;
   }
+
+  /// Synchronises itself.
+  mutable std::optional<ContentService> contentService_;
 };
 
 } // namespace searchsystem

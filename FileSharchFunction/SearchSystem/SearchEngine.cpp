@@ -76,7 +76,11 @@ void SearchEngine::startFileSearch(const SearchPredicate *predicate) noexcept {
     scheduleEnd(delayOfEmptyRequest);
     return;
   }
-  _isUseSpotlight = predicate->fileList == nullptr && isAvailableSpotlight() != 0 ? 1 : 0;
+  chooseDepth();
+  // The index knows no content, and a deep search for it is the walk's alone.
+  const bool mustWalk =
+      predicate->fileList != nullptr || (contentService() != nullptr && hasContentCondition());
+  _isUseSpotlight = !mustWalk && isAvailableSpotlight() != 0 ? 1 : 0;
   if (_isUseSpotlight != 0)
     spotlightSearch();
   else
@@ -85,6 +89,8 @@ void SearchEngine::startFileSearch(const SearchPredicate *predicate) noexcept {
 
 void SearchEngine::setSearchCancel(char flag) noexcept {
   _bCancel = flag;
+  if (flag != 0 && contentService() != nullptr)
+    contentService()->cancel();
   _dirPool.wake();
   if (flag != 0 && _isSearchSpotlight != 0)
     distribution_.stopQuery();
@@ -121,7 +127,9 @@ char SearchEngine::isAlias(const NSString *path) const noexcept {
 
 char SearchEngine::defaultFilter(const NSString *path, int type, char *isFolder) const {
   FileItem item(*path);
-  return EntryFilters::defaultFilter(item, type, isFolder);
+  const ContentService *const service = contentService();
+  return EntryFilters::defaultFilter(item, type, isFolder,
+                                     service != nullptr ? &service->kinds() : nullptr);
 }
 
 char SearchEngine::fileModDateSearch(const NSString *path, const NSDate *startDate,
@@ -150,7 +158,10 @@ void SearchEngine::exifSearch(const NSString *path, char *outKeywordResult,
 }
 
 char SearchEngine::PDFSearch(const NSString *path) const {
-  return path != nullptr && ContentConditions(*this).hasTextInPDF(*path) ? 1 : 0;
+  if (path == nullptr)
+    return 0;
+  SearchItem item(*path);
+  return ContentConditions(*this).hasTextInPDF(item) ? 1 : 0;
 }
 
 } // namespace searchsystem

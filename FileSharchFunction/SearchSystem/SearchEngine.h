@@ -35,7 +35,7 @@ public:
   /// Starts a search. While one runs, or its end is on the way, cancels that instead.
   void startFileSearch(const SearchPredicate *predicate) noexcept;
 
-  /// Sets the cancel flag, which workers poll, and stops a running query.
+  /// Sets the cancel flag, which workers poll, and stops a running query and deep reading.
   void setSearchCancel(char flag) noexcept;
 
   /// Whether the request names a condition at all.
@@ -54,9 +54,10 @@ public:
   /// Any thread.
   [[nodiscard]] char isAlias(const NSString *path) const noexcept;
 
-  /// 1 for a visible file with an extension of the class `type` (0 tif and jpg, 1 pdf, 2 pdf and
-  /// jpg, 3 tif, jpg, pdf and pct; any other nothing). `*isFolder` becomes 1 for a folder that may
-  /// be searched, which is never accepted itself, else 0. Throws `std::bad_alloc`. Any thread.
+  /// 1 for a visible file with an extension of the class `type`: 0 tif and jpg, 1 pdf, 2 pdf and
+  /// jpg, 3 tif, jpg, pdf and pct, and in a deep search as `FileKinds` says; any other nothing.
+  /// `*isFolder` becomes 1 for a folder that may be searched, which is never accepted itself, else
+  /// 0. Throws `std::bad_alloc`. Any thread.
   char defaultFilter(const NSString *path, int type, char *isFolder) const;
 
   /// Whether the item's own modification date lies in the range, both ends included; null leaves an
@@ -100,8 +101,8 @@ public:
   /// Looks for the content keyword in the EXIF text of a file, and for its shooting date in the
   /// range. Both results are always written. Throws `std::bad_alloc`. Any thread.
   void exifSearch(const NSString *path, char *outKeywordResult, char *outTokenDateResult) const;
-  /// Whether the content keyword occurs in the text of a PDF file. Throws `std::bad_alloc`. Any
-  /// thread.
+  /// Whether the content keyword occurs in the text of a PDF file, or, in a deep search, of a
+  /// document of any make. Throws `std::bad_alloc`. Any thread.
   [[nodiscard]] char PDFSearch(const NSString *path) const;
 
   /// Queues a PDF file for a worker, or, with null, notes that a worker has ended. A search neither

@@ -1,4 +1,6 @@
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
+
+#include "FileSharchFunction/SearchSystem/EntryFilters.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/NSClass.h"
 #include "platform/foundation/NSDate.h"
@@ -27,8 +29,24 @@ Predicate joined(Predicates all, bool mustMeetAll) {
                      : NSCompoundPredicate::orPredicateWithSubpredicates(std::move(all));
 }
 
-/// The files of the classes that may meet a request.
+/// Whether a file is of a kind that a deep search looks at.
+class KindPredicate final : public NSPredicate {
+public:
+  explicit KindPredicate(const FileKinds &kinds) : kinds_(kinds) {}
+
+  bool evaluateWithObject(MetadataCandidate &file) const override {
+    return kinds_.includes(extensionOfName(file.name), typeOfAll);
+  }
+  bool needsNameOnly() const noexcept override { return true; }
+
+private:
+  const FileKinds kinds_;
+};
+
+/// The files of the classes that may meet a request. A deep one has no conditions on content here.
 Predicate typePredicate(const SearchEngine &engine, bool mustMeetAll) {
+  if (const ContentService *const service = engine.contentService())
+    return Predicate::adopt(new KindPredicate(service->kinds()));
   const Predicate pdf = NSPredicate::predicateWithFormat("kMDItemFSName like[c] '*.pdf'");
   const Predicate jpeg = NSPredicate::predicateWithFormat("kMDItemFSName like[c] '*.jpg'");
   const Predicate tiff = NSPredicate::predicateWithFormat("kMDItemFSName like[c] '*.tif'");

@@ -1,20 +1,17 @@
 #include "FileSharchFunction/SearchSystem/SearchEngine.h"
 
+#include "FileSharchFunction/SearchSystem/EntryFilters.h"
 #include "platform/foundation/TryTwice.h"
 
 #include <cassert>
 
 namespace searchsystem {
 
-namespace {
-
-/// The class of all files that can be found.
-constexpr int typeOfAll = 3;
-
-} // namespace
-
 void SearchEngine::makeFilter() noexcept {
-  tryTwice([&] { filter_.emplace(*_searchPredicate); });
+  const ContentService *const service = contentService();
+  tryTwice([&] {
+    filter_.emplace(*_searchPredicate, service != nullptr ? &service->kinds() : nullptr);
+  });
 }
 
 void SearchEngine::manuallyFileSearch() noexcept {

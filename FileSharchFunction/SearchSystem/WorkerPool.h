@@ -36,6 +36,9 @@ public:
 
   [[nodiscard]] bool isIdle() const noexcept { return paths_.empty() && threadCount_ <= 0; }
 
+  /// Has a file of a worker's folder tested before its turn. Any thread.
+  void testAhead(const Ref<FileAhead> &file) noexcept { readAhead_.add(file); }
+
   /// Wakes the main thread for whatever has been read ahead.
   void wake() noexcept { readAhead_.postHeldBack(); }
 

@@ -11,8 +11,9 @@
  * that has asked for it with PR_SET_CHILD_SUBREAPER, it gets SIGCHLD when the program ends, some
  * ten seconds after the last search, and has to reap it like the others.)
  *
- * The search service does not read deep yet: until it does, nothing that is set here changes an
- * answer.
+ * A condition on content holds if the plain reading says so or the deep one does, so a deep search
+ * finds all that a plain one does. With such a condition it walks through the folder, or the list,
+ * and asks no metadata index.
  *
  * All functions belong to the main thread. What they set is process-wide and in force from the next
  * start of a search on. */

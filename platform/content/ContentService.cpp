@@ -34,7 +34,8 @@ WorkerSlots &workerSlots() noexcept {
 } // namespace
 
 ContentService::ContentService() noexcept
-    : unreadCallback_(ContentSettings::current().unreadCallback),
+    : kinds_(ContentSettings::current().kinds),
+      unreadCallback_(ContentSettings::current().unreadCallback),
       unreadContext_(ContentSettings::current().unreadContext) {
   ReaderConnection::shared().beginUse();
 }
@@ -96,8 +97,13 @@ void ContentService::deliverUnread() noexcept {
   }
   for (const auto &file : unread) {
     Ref<const NSString> path;
-    if (tryTwice([&] { path = NSString::create(file.first); }))
+    if (!tryTwice([&] { path = NSString::create(file.first); }))
+      continue;
+    try {
       unreadCallback_(path.get(), static_cast<std::int32_t>(file.second), unreadContext_);
+    } catch (...) {
+      // The next file may fare better.
+    }
   }
 }
 

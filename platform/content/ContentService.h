@@ -11,18 +11,20 @@
 
 namespace searchsystem {
 
-/// The deep reading of one search. It has documents read by the reader program, and collects which
-/// could not be read.
+/// The deep reading of one search. It says which kinds of files the search looks at, has documents
+/// read by the reader program, and collects which could not be read.
 ///
 /// Ownership: one per search, made and destroyed on the main thread, after the last call of a
 /// worker has returned. Threads: as said.
 class ContentService {
 public:
-  /// Whom to tell of unread files it takes from the settings in force. Main thread.
+  /// Kinds, and whom to tell of unread files, it takes from the settings in force. Main thread.
   ContentService() noexcept;
   ~ContentService();
   ContentService(const ContentService &) = delete;
   ContentService &operator=(const ContentService &) = delete;
+
+  [[nodiscard]] const FileKinds &kinds() const noexcept { return kinds_; }
 
   /// Whether the text of the document at `path` holds `keyword`, by the rules of `TextComparison`.
   /// An empty keyword occurs nowhere and has nothing read. Waits for its turn, for the reader
@@ -34,13 +36,15 @@ public:
   /// Ends what is being read, and has nothing read any more. Main thread.
   void cancel() noexcept;
 
-  /// Tells the host of the files that could not be read, each once. Main thread.
+  /// Tells the host of the files that could not be read, each once. What its callback throws is
+  /// dropped. Main thread.
   void deliverUnread() noexcept;
 
 private:
   [[nodiscard]] ContentAnswer read(const NSString &path, const NSString &keyword, bool isDistinct);
   void noteUnread(const NSString &path, UnreadReason reason) noexcept;
 
+  const FileKinds kinds_;
   const PFContentUnreadCallback unreadCallback_;
   void *const unreadContext_;
   Cancellation cancellation_;
