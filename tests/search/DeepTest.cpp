@@ -1,0 +1,294 @@
+#include "platform/content/ReaderConnection.h"
+#include "platform/foundation/NSThread.h"
+#include "testing/CompressedDocument.h"
+#include "testing/DocumentWriter.h"
+#include "testing/PhotoFile.h"
+#include "testing/SystemCallsGuard.h"
+#include "testing/WaitForThreads.h"
+#include "tests/search/SearchFixture.h"
+
+#include <latch>
+#include <list>
+
+namespace searchsystem {
+
+namespace {
+
+/// A document as today's programs write it; the plain reader finds nothing in it.
+std::string packed(const std::string &text) {
+  return CompressedDocument()
+      .object(1, "<< /Type /Catalog /Pages 2 0 R >>")
+      .object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>")
+      .object(3, "<< /Type /Page /Parent 2 0 R /Contents 4 0 R /MediaBox [0 0 600 800] "
+                 "/Resources << /Font << /F 5 0 R >> >> >>")
+      .deflatedStream(4, "", "BT /F 12 Tf 10 700 Td (" + text + ") Tj ET")
+      .object(5, "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>")
+      .crossReferenceStream(6)
+      .text;
+}
+
+/// Searches by a host that wants them deep and is told what could not be read, "name:reason" among
+/// the results.
+class DeepTest : public SearchFixture {
+protected:
+  DeepTest() {
+    PFContentSetDepth(PFContentDeep);
+    PFContentSetUnreadCallback(unread, this);
+  }
+  ~DeepTest() override {
+    reset();
+    PFContentSetDepth(PFContentPlain);
+    PFContentSetUnreadCallback(nullptr, nullptr);
+    PFContentSetExtensions(nullptr);
+    ReaderConnection::shared().useForTesting({}, {});
+  }
+
+  static void unread(CFStringRef path, std::int32_t reason, void *context) {
+    auto &test = *static_cast<DeepTest *>(context);
+    EXPECT_TRUE(MainRunLoop::shared().isMainThread());
+    test.hosts[0].words.push_back(test.relative(path->view()) + ":" + std::to_string(reason));
+    test.onUnread();
+  }
+
+  /// Documents say what their reader does: see tests/content/reader.
+  static void useScriptedReader() {
+    ReaderConnection::shared().useForTesting(SCRIPTED_READER, {.processorSeconds = 1});
+  }
+
+  std::string searchList(const std::string &words, const Words &names) {
+    Request request = makeRequest(words);
+    Words paths;
+    for (const std::string &name : names)
+      paths.push_back(tree.path(name));
+    request.setList(paths);
+    return search(request);
+  }
+
+  std::function<void()> onUnread = [] {};
+};
+
+TEST_F(DeepTest, Conditions) {
+  PFContentSetUnreadCallback(nullptr, nullptr);
+  const std::string photo = jpegFile(
+      {PhotoTags::photo().comment("ASCII", "harbour").taken("2010:01:05 12:00:00").exifSegment()});
+  tree.file("classic.pdf", documentShowing({"the harbour"}));
+  tree.file("other.pdf", packed("nothing"));
+  tree.file("in/packed.PDF", packed("The harbour"));
+  tree.file("in/photo.jpg", photo);
+  tree.file("photo.jpeg", photo);
+  tree.file("scan.tiff", PhotoTags::photo().text(0, 0x010E, "harbour").tiff());
+  tree.file("harbour.webp", "");
+  tree.file("harbour.eps", packed("harbour"));
+  tree.file("harbour.txt", packed("harbour"));
+  const struct {
+    const char *words, *plain, *deep;
+  } rows[] = {
+      {"c=harbour p", "classic.pdf", "classic.pdf in/packed.PDF"},
+      {"c=HARBOUR p", "classic.pdf", "classic.pdf in/packed.PDF"},
+      {"c=The p d", "", "in/packed.PDF"},
+      {"c=harbour p f", "classic.pdf", "classic.pdf"},
+      {"c=harbour p n=pack", "", "in/packed.PDF"},
+      {"c=harbour p n=webp o", "classic.pdf", "classic.pdf harbour.webp in/packed.PDF"},
+      {"c=harbour x", "in/photo.jpg", "in/photo.jpg photo.jpeg scan.tiff"},
+      {"c=harbour x p", "classic.pdf in/photo.jpg",
+       "classic.pdf in/packed.PDF in/photo.jpg photo.jpeg scan.tiff"},
+      {"c=harbour x p o", "classic.pdf in/photo.jpg",
+       "classic.pdf in/packed.PDF in/photo.jpg photo.jpeg scan.tiff"},
+      {"c=harbour p S=0", "", ""},
+      {"c= p", "", ""},
+      {"n=harbour", "", "harbour.eps harbour.webp"},
+      {"n=photo", "in/photo.jpg", "in/photo.jpg photo.jpeg"},
+      {"s=0 e=9e9 n=scan", "", "scan.tiff"},
+      {"n=scan c= x p o", "", "scan.tiff"},
+  };
+  for (const int systemVersion : {0x1040, 0x1058})
+    for (const auto &row : rows) {
+      SCOPED_TRACE(std::string(row.words) + (systemVersion == 0x1058 ? ", index" : ""));
+      setSystemVersionForTesting(systemVersion);
+      EXPECT_EQ(found(row.words), row.deep);
+      // The ends of the walk and of the query.
+      EXPECT_TRUE(isAt(hosts[0].endTime, 1.5) || isAt(hosts[0].endTime, 0.5));
+      if (systemVersion == 0x1058)
+        continue;
+      PFContentSetDepth(PFContentPlain);
+      EXPECT_EQ(found(row.words), row.plain);
+      PFContentSetDepth(PFContentDeep);
+    }
+}
+
+TEST_F(DeepTest, TheHostMayNarrowTheKinds) {
+  makeFiles({"a.jpg", "b.HEIC", "c.sketch", "d.pdf"});
+  for (const int systemVersion : {0x1040, 0x1058}) {
+    setSystemVersionForTesting(systemVersion);
+    PFContentSetExtensions(arrayOf({"heic", "Sketch"}).get());
+    EXPECT_EQ(found("n="), "b.HEIC c.sketch");
+    PFContentSetExtensions(nullptr);
+    EXPECT_EQ(found("n="), "a.jpg b.HEIC d.pdf");
+  }
+}
+
+TEST_F(DeepTest, WhatCouldNotBeReadIsToldOnceBeforeTheEnd) {
+  useScriptedReader();
+  for (int reason = 1; reason <= 3; ++reason)
+    tree.file(std::to_string(reason) + ".pdf", "reason\n" + std::to_string(reason));
+  tree.file("4.pdf", "text\nThe Harbour");
+  tree.file("5.pdf", "crash");
+  tree.file("6.pdf", documentShowing({"the harbour"}));
+  tree.file("7.tif", "reason\n1");
+  const char *const rows[] = {"c=harbour p", "c=harbour p o", "c=harbour x p", "c=harbour x p o"};
+  for (const char *const words : rows) {
+    EXPECT_EQ(found(words), "1.pdf:1 2.pdf:2 3.pdf:3 4.pdf 5.pdf:6 6.pdf") << words;
+    EXPECT_EQ(searchList(words, {"1.pdf", "4.pdf", "1.pdf", "4.pdf"}), "4.pdf 4.pdf 1.pdf:1 !");
+  }
+  EXPECT_EQ(found("n=1 c=none p o"), "1.pdf 2.pdf:2 3.pdf:3 5.pdf:6") << "known by its name";
+  EXPECT_EQ(found("n=1"), "1.pdf");
+  EXPECT_EQ(found("c= p"), "");
+}
+
+TEST_F(DeepTest, WhatAHostMayDoWhenToldOfAFile) {
+  useScriptedReader();
+  const struct {
+    const char *name;
+    std::function<void(Request &)> act;
+    int endsAt = 0;
+  } rows[] = {{"cancel", [](Request &) { SS_SearchCancel(); }},
+              {"start", [](Request &other) { SS_SearchStart(&other); }, 1},
+              {"dispatch", [](Request &) { drain(); }},
+              {"throw", [](Request &) { throw 1; }}};
+  tree.file("1.pdf", "reason\n1");
+  tree.file("2.pdf", "reason\n2");
+  for (const auto &row : rows) {
+    SCOPED_TRACE(row.name);
+    reset();
+    Request request = makeRequest("c=k p");
+    Request other = makeRequest<1>("n=");
+    onUnread = [&] { row.act(other); };
+    SS_SearchStart(&request);
+    finish();
+    EXPECT_EQ(sortedResults(), "1.pdf:1 2.pdf:2");
+    EXPECT_TRUE(told(row.endsAt).ends_with("!"));
+    EXPECT_EQ(told(1), row.endsAt == 1 ? "!" : "");
+  }
+}
+
+/// A list, and one folder, of more files than are tested ahead.
+TEST_F(DeepTest, FilesThatAreTestedAheadAreReportedInOrder) {
+  useScriptedReader();
+  Words names, matches, byNameToo;
+  for (int i = 0; i < 600; ++i) {
+    const std::string number = std::to_string(i);
+    const bool isPhoto = i % 5 == 0, holds = i % 3 == 0;
+    names.push_back((i % 7 == 0 ? "seven" : "") + number + (isPhoto ? ".jpg" : ".pdf"));
+    tree.file(names.back(), holds ? "text\nharbour" : "text\n");
+    if (holds && !isPhoto)
+      matches.push_back(names.back());
+    if ((holds && !isPhoto) || i % 7 == 0)
+      byNameToo.push_back(names.back());
+  }
+  EXPECT_EQ(searchList("c=harbour p", names), join(matches) + " !");
+  EXPECT_EQ(searchList("c=harbour p o n=seven", names), join(byNameToo) + " !");
+  std::sort(matches.begin(), matches.end());
+  EXPECT_EQ(found("c=harbour p"), join(matches));
+}
+
+/// A match does not wait for the files behind it, and a cancel for none that is being read.
+TEST_F(DeepTest, CancelWhileDocumentsAreRead) {
+  useScriptedReader();
+  Words names{"match.pdf"};
+  tree.file("match.pdf", "text\nharbour");
+  for (int i = 0; i < 300; ++i)
+    tree.file(names.emplace_back(std::to_string(i) + ".pdf"), i == 0 ? "slow text" : "sleep");
+  hosts[0].onResult = [] { SS_SearchCancel(); };
+  for (const char *const words : {"c=harbour p", "c=harbour p o", "c=harbour x p"}) {
+    reset();
+    Request request = makeRequest(words);
+    Words paths;
+    for (const std::string &name : names)
+      paths.push_back(tree.path(name));
+    request.setList(paths);
+    hosts[0].onResult = [] { SS_SearchCancel(); };
+    SS_SearchStart(&request);
+    finish();
+    EXPECT_EQ(told(), "match.pdf !") << words;
+    EXPECT_TRUE(isAt(hosts[0].endTime, 1.5));
+  }
+}
+
+/// The distribution tests again where all conditions must hold, on the main thread, which has
+/// nothing read deep.
+TEST_F(DeepTest, TheWorkersAnswersHold) {
+  useScriptedReader();
+  const auto changing = [](int at, const char *path, int flags, struct statx *status) {
+    static std::atomic<std::uint32_t> moment{0};
+    const int result = realSystemCalls().statusAt(at, path, flags, status);
+    status->stx_ctime.tv_nsec = ++moment;
+    return result;
+  };
+  std::string all;
+  for (int i = 0; i < 9; ++i) {
+    const std::string name = std::to_string(i) + "/a.pdf";
+    tree.file(name, "text\nharbour");
+    all += (i == 0 ? "" : " ") + name;
+  }
+  const SystemCallsGuard guard({.statusAt = changing});
+  for (const bool isWaiting : {false, true}) {
+    reset();
+    Request request = makeRequest("c=harbour p");
+    hosts[0].onResult = [&] {
+      for (int i = 0; isWaiting && i < 10; ++i)
+        CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.001, 1);
+    };
+    SS_SearchStart(&request);
+    finish();
+    EXPECT_EQ(sortedResults(), all) << "results that come in the host's callback: " << isWaiting;
+  }
+}
+
+/// Keeps the threads of earlier searches, which may still be idle, at work.
+class BusyThreads {
+public:
+  ~BusyThreads() { waitForThreads(); }
+  void takeOne() { NSThread::detachNewThread(jobs_.emplace_back(gate_)); }
+  void letGo() { gate_.count_down(); }
+
+private:
+  struct Job final : ThreadJob {
+    explicit Job(std::latch &gate) noexcept : gate_(gate) {}
+    void main() override {
+      if (!MainRunLoop::shared().isMainThread())
+        gate_.wait();
+    }
+    void ended() noexcept override {}
+    std::latch &gate_;
+  };
+
+  std::latch gate_{1};
+  std::list<Job> jobs_;
+};
+
+TEST_F(DeepTest, WithoutThreadsNothingIsReadDeep) {
+  useScriptedReader();
+  tree.file("1.pdf", "text\nharbour");
+  tree.file("2.pdf", documentShowing({"harbour"}));
+  const auto fail = [](pthread_t *, const pthread_attr_t *, void *(*)(void *), void *) {
+    return EAGAIN;
+  };
+  const SystemCallsGuard guard({.startThread = fail});
+  for (const char *const words : {"c=harbour p", "c=harbour p o"}) {
+    reset();
+    guard.resetCounts();
+    BusyThreads threads;
+    while (guard.counts().startThread == 0)
+      threads.takeOne();
+    // Until then they hold the clock.
+    hosts[0].onResult = [&] { threads.letGo(); };
+    Request request = makeRequest(words);
+    SS_SearchStart(&request);
+    finish();
+    EXPECT_EQ(told(), "2.pdf 1.pdf:8 !") << words;
+  }
+}
+
+} // namespace
+
+} // namespace searchsystem
