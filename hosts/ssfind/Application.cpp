@@ -8,6 +8,7 @@
 #include "hosts/ssfind/SearchPlan.h"
 #include "hosts/ssfind/SearchStrategy.h"
 #include "hosts/ssfind/VisibleText.h"
+#include "platform/content/Content.h"
 
 #include <cerrno>
 #include <ctime>
@@ -94,6 +95,7 @@ ExitCode runIndexTask(IndexTask task) {
 
 ExitCode runSearches(const Options &options) {
   watchForInterrupts();
+  PFContentSetDepth(options.isDeep ? PFContentDeep : PFContentPlain);
   StandardError errors(options.output.report != Report::Nothing);
   Output output(STDOUT_FILENO);
   const SearchPlan plan = planSearch(options, errors);

@@ -3,8 +3,9 @@
 namespace searchsystem::ssfind {
 
 const char *const helpHeader =
-    R"(Finds images and documents: files with the extension tif, jpg, pdf or pct, in
-any case.
+    R"(Finds images and documents by their extension, in any case: photographs (jpg,
+tif, png, webp, heic, avif, jxl, psd, and the raw files of cameras), PDF
+documents, and other images (gif, bmp, svg, eps, ai, pct, jp2, tga, exr, hdr).
 
 Usage: ssfind [OPTION...] [FOLDER...])";
 
@@ -18,9 +19,17 @@ RANGE is FROM..TO, FROM.., ..TO or a single date, in local time. A date is a
 year, month, day, minute or second (2024, 2024-05, 2024-05-17, 2024-05-17T10:30
 or 2024-05-17T10:30:15) and means all of it: TO includes its last second.
 
-A keyword is looked for in the text that a PDF file shows, and in four EXIF
-texts of a photograph: description, camera maker, camera model and comment.
-Where all conditions must hold, --taken finds photographs only.
+A keyword is looked for in the text that a PDF document shows, forms and
+annotations included, and in four EXIF texts of a photograph: description,
+camera maker, camera model and comment. Words and phrases are found across
+lines. Not found is text in scans that nobody has had recognised, and in
+documents that need a password; document information, bookmarks, comments and
+attachments are not searched. Standard error says at the end how many documents
+could not be read. Where all conditions must hold, --taken finds photographs
+only.
+
+With --plain the files are those with the extension tif, jpg, pdf or pct, and
+PDF text is found only where it is written uncompressed, which it seldom is.
 
 Names are escaped on a terminal, and written as they are to a file or pipe.
 
@@ -30,7 +39,7 @@ list that cannot be read, or output that cannot be written; 130 interrupted.
 Examples:
   ssfind ~/Pictures --name beach --modified 2023-06..2024-05
   ssfind -k beach -t 2024-07 ~/Pictures       photographs of that month
-  ssfind -k invoice --in pdf ~/Documents      PDF files with that word
+  ssfind -k invoice --in pdf ~/Documents      documents with that word
   ssfind -m 2024-05-17T10:30.. --long         all that changed since then
   ssfind --sort modified --limit 10           the ten newest
   ssfind ~/Scans -0 | xargs -0 cp -t /backup  safe for names with line ends

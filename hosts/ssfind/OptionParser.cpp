@@ -97,6 +97,7 @@ private:
   CLI::Option *taken_ = nullptr;
   CLI::Option *any_ = nullptr;
   CLI::Option *caseSensitive_ = nullptr;
+  CLI::Option *plain_ = nullptr;
   CLI::Option *noSubfolders_ = nullptr;
   CLI::Option *mounts_ = nullptr;
   CLI::Option *filesFrom_ = nullptr;
@@ -107,6 +108,7 @@ private:
   CLI::Option *sort_ = nullptr;
   CLI::Option *count_ = nullptr;
   CLI::Option *quiet_ = nullptr;
+  CLI::Option *unread_ = nullptr;
   CLI::Option *limit_ = nullptr;
   CLI::Option *color_ = nullptr;
   CLI::Option *indexStatus_ = nullptr;
@@ -139,12 +141,14 @@ void OptionTable::addConditions() {
   modified_ = addValue("-m,--modified", "RANGE", "last changed in RANGE (see below)");
   keyword_ = addValue("-k,--keyword", "TEXT", "TEXT occurs in the file, where --in says");
   in_ = addValue("--in", "KINDS",
-                 "pdf: the text of PDF files; exif: the tags of\n"
+                 "pdf: the text of documents; exif: the tags of\n"
                  "photographs; default: pdf,exif");
   taken_ = addValue("-t,--taken", "RANGE", "photographed in RANGE, as the camera noted (EXIF)");
   in_->needs(keyword_);
   any_ = addFlag("--any", "one condition is enough (default: all must hold)");
   caseSensitive_ = addFlag("-s,--case-sensitive", "texts must agree to the letter");
+  plain_ = addFlag("--plain", "four kinds of files only, and PDF files of the simplest\n"
+                              "make: as the library searches by itself (see below)");
 }
 
 void OptionTable::addPlaces() {
@@ -172,6 +176,8 @@ void OptionTable::addOutput() {
                    "default: as found");
   count_ = addFlag("--count", "only the number of matches");
   quiet_ = addFlag("-q,--quiet", "nothing; end with code 0 at the first match");
+  unread_ = addFlag("--unread", "in place of the matches the documents that could not\n"
+                                "be read, and why; the exit code is that of the matches");
   limit_ = addValue("--limit", "N", "at most N matches; with --sort the first N of all");
   color_ = addValue("--color", "WHEN",
                     "always, never or auto (default: on a terminal,\n"
@@ -179,6 +185,8 @@ void OptionTable::addOutput() {
   json_->excludes(long_);
   count_->excludes(json_)->excludes(long_);
   quiet_->excludes(json_)->excludes(long_)->excludes(count_);
+  for (CLI::Option *const other : {json_, long_, sort_, count_, quiet_, limit_, plain_})
+    unread_->excludes(other);
 }
 
 void OptionTable::addOthers() {
@@ -268,6 +276,7 @@ Options OptionTable::options() const {
   readOutput(options.output);
   options.output.hasShootingDate = options.conditions.taken.has_value();
   options.searchesMounts = mounts_->count() != 0;
+  options.isDeep = plain_->count() == 0;
   if (nul_->count() != 0)
     options.listSeparator = options.output.separator = '\0';
   if (filesFrom_->count() != 0)
@@ -343,6 +352,8 @@ void OptionTable::readOutput(OutputOptions &output) const {
     output.report = Report::Nothing;
   else if (count_->count() != 0)
     output.report = Report::Count;
+  else if (unread_->count() != 0)
+    output.report = Report::Unread;
   if (sort_->count() != 0)
     output.order =
         choice<Order>(sort_, {{"path", Order::ByPath}, {"modified", Order::NewestFirst}});

@@ -29,8 +29,8 @@ enum class Format { Path, Long, Json };
 enum class Order { AsFound, ByPath, NewestFirst };
 enum class Coloring { Auto, Always, Never };
 
-/// How matches are reported.
-enum class Report { All, Count, Nothing };
+/// What is reported: all matches, their number, nothing, or the files that could not be read.
+enum class Report { All, Count, Nothing, Unread };
 
 struct OutputOptions {
   Format format = Format::Path;
@@ -49,6 +49,8 @@ struct Options {
   std::optional<std::string> list;
   char listSeparator = '\n';
   bool searchesMounts = false;
+  /// Whether all kinds of files are looked at, and documents of any make read.
+  bool isDeep = true;
   Conditions conditions;
   OutputOptions output;
 };

@@ -4,6 +4,8 @@
 #include "hosts/ssfind/TimeText.h"
 #include "hosts/ssfind/VisibleText.h"
 
+#include <algorithm>
+
 namespace searchsystem::ssfind {
 
 namespace {
@@ -40,6 +42,14 @@ void ResultPrinter::print(std::string &out, std::string_view path,
   }
   if (format_ == Format::Long)
     appendColumns(out, details);
+  appendPath(out, path);
+  out += separator_;
+}
+
+void ResultPrinter::printUnread(std::string &out, std::string_view path,
+                                std::string_view reason) const {
+  constexpr std::size_t width = 20;
+  out.append(reason).append(width - std::min(width, reason.size()), ' ');
   appendPath(out, path);
   out += separator_;
 }

@@ -33,6 +33,9 @@ public:
 
   void print(std::string &out, std::string_view path, const MatchDetails &details) const;
 
+  /// Writes a file that could not be read, with the reason.
+  void printUnread(std::string &out, std::string_view path, std::string_view reason) const;
+
 private:
   void appendJson(std::string &out, std::string_view path, const MatchDetails &details) const;
   void appendColumns(std::string &out, const MatchDetails &details) const;

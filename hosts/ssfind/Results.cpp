@@ -67,6 +67,11 @@ SearchFollower::Next Results::found(std::string_view path) {
   return isTurnDue ? Next::TakeTurn : Next::Continue;
 }
 
+void Results::unread(std::string_view path, std::int32_t reason) {
+  showPath(path);
+  unread_.add(path, shown_, reason);
+}
+
 void Results::take(std::string_view path) {
   showPath(path);
   const MatchDetails details = detailsOf(std::string(path));
@@ -127,7 +132,20 @@ void Results::finish() {
   if (options_.report == Report::Count)
     output_.text() += std::to_string(count_) + '\n';
   printCollected();
+  if (options_.report == Report::Unread)
+    printUnread();
   flush();
+  const bool isWanted = options_.report == Report::All || options_.report == Report::Count;
+  if (isWanted && !unread_.isEmpty() && !wasInterrupted())
+    errors_.report(unread_.summary() + " (--unread lists them)");
+}
+
+void Results::printUnread() {
+  for (const auto &[path, file] : unread_.byPath()) {
+    printer_.printUnread(output_.text(), file.shown, UnreadFiles::textOf(file.reason));
+    if (output_.isFull())
+      flush();
+  }
 }
 
 void Results::printCollected() {

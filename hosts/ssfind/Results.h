@@ -7,6 +7,7 @@
 #include "hosts/ssfind/Search.h"
 #include "hosts/ssfind/SearchPlan.h"
 #include "hosts/ssfind/StandardError.h"
+#include "hosts/ssfind/UnreadFiles.h"
 
 #include <optional>
 #include <string>
@@ -26,6 +27,7 @@ public:
   void expectFrom(const FileList &files);
 
   Next found(std::string_view path) override;
+  void unread(std::string_view path, std::int32_t reason) override;
   Next takeTurn() override;
   [[nodiscard]] std::chrono::duration<double> timeToNextTurn() override;
 
@@ -33,7 +35,7 @@ public:
   /// is gone.
   [[nodiscard]] bool isOver() const;
 
-  /// Prints the matches that had to wait for the end of all searches.
+  /// Prints what had to wait for the end of all searches, and says what could not be read.
   void finish();
 
   [[nodiscard]] bool hasMatches() const noexcept { return count_ != 0; }
@@ -51,6 +53,7 @@ private:
   [[nodiscard]] MatchDetails detailsOf(const std::string &path) const;
   void flush();
   void printCollected();
+  void printUnread();
 
   const OutputOptions options_;
   const bool mayRepeat_;
@@ -68,6 +71,7 @@ private:
   std::uint64_t count_ = 0;
   std::unordered_set<std::string> seen_;
   std::vector<Collected> collected_;
+  UnreadFiles unread_;
 
   Clock::time_point lastFlush_;
   bool isWaitingLong_ = false;

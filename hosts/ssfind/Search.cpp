@@ -1,5 +1,6 @@
 #include "hosts/ssfind/Search.h"
 
+#include "platform/content/Content.h"
 #include "platform/foundation/MainLoop.h"
 
 #include <exception>
@@ -45,6 +46,14 @@ void report(CFStringRef path, int32_t state) {
   }
 }
 
+void reportUnread(CFStringRef path, int32_t reason, void * /*context*/) {
+  try {
+    running->follower.unread(CFStringGetCStringPtr(path, kCFStringEncodingUTF8), reason);
+  } catch (...) {
+    running->failure = std::current_exception();
+  }
+}
+
 } // namespace
 
 void search(SearchRequest &request, SearchFollower &follower) {
@@ -53,6 +62,7 @@ void search(SearchRequest &request, SearchFollower &follower) {
   RunningSearch state{follower, false, false, nullptr};
   running = &state;
   request.record().resultCallback = report;
+  PFContentSetUnreadCallback(reportUnread, nullptr);
   SS_SearchStart(&request.record());
   while (!state.hasEnded) {
     CFRunLoopRunInMode(kCFRunLoopDefaultMode, follower.timeToNextTurn().count(), 0);

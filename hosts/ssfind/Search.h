@@ -3,6 +3,7 @@
 #include "hosts/ssfind/SearchRequest.h"
 
 #include <chrono>
+#include <cstdint>
 #include <string_view>
 
 namespace searchsystem::ssfind {
@@ -19,6 +20,10 @@ public:
   };
 
   virtual Next found(std::string_view path) = 0;
+
+  /// The content of a file could not be read; `reason` as in `Content.h`. Each at most once in a
+  /// search, before its end.
+  virtual void unread(std::string_view path, std::int32_t reason) = 0;
 
   /// Called between portions of the search's work. Matches may still be reported after Stop.
   virtual Next takeTurn() = 0;

@@ -14,10 +14,18 @@ struct Met {
   bool name, modified, inPDF, inExif, taken;
 };
 
+/// With a font, without which the text shows nothing: for the plain reader and the deep one.
 std::string document(bool hasKeyword) {
   DocumentWriter pdf;
   const std::string text = hasKeyword ? "by the beach" : "nothing";
-  return pdf.pages({3}).page(3, {4}).shown(4, {text}).filler(600).section().text;
+  return pdf.pages({3})
+      .object(3, "<< /Type /Page\n/Contents [ 4 0 R ]\n"
+                 "/Resources << /Font << /F 5 0 R >> >>\n>>")
+      .content(4, "BT\n/F 12 Tf" + pdf.showing({text}).substr(2))
+      .object(5, "<< /Type /Font\n/Subtype /Type1\n/BaseFont /Helvetica\n>>")
+      .filler(600)
+      .section()
+      .text;
 }
 
 PhotoTags photo(bool hasKeyword, const std::string &taken) {
@@ -27,7 +35,8 @@ PhotoTags photo(bool hasKeyword, const std::string &taken) {
   return tags;
 }
 
-/// Every combination of conditions on files of every kind, with the index and without: all files
+/// Every combination of conditions on files of every kind, with the index and without, deep and
+/// plain: all files
 /// are found that meet them, and each once. The parameters are --any, --no-subfolders
 /// and --name.
 class ConditionsTest : public CommandTest,
@@ -92,9 +101,11 @@ protected:
       if (isFound && !(isFlat && path.find("below") != path.npos))
         expected = {0, expected.out + path + '\n'};
     }
-    EXPECT_EQ(sorted(run(arguments)), expected) << testing::PrintToString(arguments);
-    arguments.emplace_back("--no-index");
-    EXPECT_EQ(sorted(run(arguments)), expected) << testing::PrintToString(arguments);
+    for (const char *const option : {"--color=auto", "--no-index", "--plain"}) {
+      arguments.emplace_back(option);
+      EXPECT_EQ(sorted(run(arguments)), expected) << testing::PrintToString(arguments);
+      arguments.pop_back();
+    }
   }
 
 private:

@@ -1,0 +1,62 @@
+#include "testing/CompressedDocument.h"
+#include "tests/ssfind/command/Command.h"
+
+namespace searchsystem {
+
+namespace {
+
+class DeepTest : public CommandTest {
+protected:
+  /// A document of one page, which uses Helvetica as F.
+  static std::string document(const std::string &content) {
+    return CompressedDocument()
+        .object(1, "<< /Type /Catalog /Pages 2 0 R >>")
+        .object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>")
+        .object(3, "<< /Type /Page /Parent 2 0 R /Contents 4 0 R /MediaBox [0 0 600 800] "
+                   "/Resources << /Font << /F 5 0 R >> >> >>")
+        .deflatedStream(4, "", content)
+        .object(5, "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>")
+        .crossReferenceStream(6)
+        .text;
+  }
+};
+
+TEST_F(DeepTest, DocumentsAndKinds) {
+  tree.file("letter.pdf", document("BT /F 12 Tf 10 700 Td (The har-) Tj 0 -14 Td (bour) Tj ET"));
+  tree.file("in/scan.pdf", document("10 10 50 50 re f"));
+  tree.file("broken.PDF", "broken");
+  tree.file("photo.jpeg");
+  tree.file("note.txt");
+  const std::string two =
+      "ssfind: 2 files could not be read: damaged (1), no text (1) (--unread lists them)\n";
+  const std::string listed =
+      "damaged             ./broken.PDF\nno text             ./in/scan.pdf\n";
+  expect({
+      {{}, "./broken.PDF\n./in/scan.pdf\n./letter.pdf\n./photo.jpeg\n"},
+      {{"--plain"}, "./broken.PDF\n./in/scan.pdf\n./letter.pdf\n"},
+      {{"-k", "the harbour"}, "./letter.pdf\n", two},
+      {{"-k", "the harbour", "--in", "pdf", "--count"}, "1\n", two},
+      {{"-k", "the harbour", "--in", "exif"}, "", "", 1},
+      {{"-k", "the harbour", "--plain"}, "", "", 1},
+      {{"-k", "the harbour", "--any", "-n", "broken"},
+       "./broken.PDF\n./letter.pdf\n",
+       "ssfind: 1 file could not be read: no text (1) (--unread lists them)\n"},
+      {{"-k", "the harbour", "-q"}, ""},
+      {{"-k", "nothing", "-q"}, "", "", 1},
+      {{"-k", "the harbour", "--unread"}, listed},
+      {{"-k", "nothing", "--unread"}, listed, "", 1},
+      {{"-k", "nothing", "--unread", ".", "in", tree.path()}, listed, "", 1},
+      {{"-k", "the harbour", "--files-from", "-"},
+       "letter.pdf\n",
+       "",
+       0,
+       "letter.pdf\nphoto.jpeg\n"},
+      {{"-n", "nothing", "--unread"}, "", "", 1},
+  });
+  EXPECT_EQ(run({"in", "-k", "nothing", "--unread", "-0"}).out,
+            std::string("no text             in/scan.pdf\0", 32));
+}
+
+} // namespace
+
+} // namespace searchsystem
