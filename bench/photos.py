@@ -47,7 +47,7 @@ def searches(tools, by_keyword):
         ours = ["--taken", YEAR]
         condition = f"$DateTimeOriginal =~ /^{YEAR}/"
         tags, pattern = ["Exif.Photo.DateTimeOriginal"], f"  {YEAR}"
-    found = [Program("ssfind", [tools["ssfind"], "--no-index", *ours, FOLDER])]
+    found = [Program("ssfind", [tools["ssfind"], "--plain", "--no-index", *ours, FOLDER])]
     if installed("exiftool"):
         found.append(Program("exiftool", exiftool(condition), is_peer=True))
     if installed("exiv2"):

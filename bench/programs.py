@@ -76,7 +76,7 @@ def missing_packages():
 def programs(tools, has_word):
     """Those that search for the word, or else for the dates; those not installed are left out."""
     condition = ["--name", WORD] if has_word else ["--modified", RANGE]
-    found = [Program("ssfind", [tools["ssfind"], "--no-index", *condition, FOLDER])]
+    found = [Program("ssfind", [tools["ssfind"], "--plain", "--no-index", *condition, FOLDER])]
     if fd := installed("fdfind", "fd"):
         found.append(Program("fd -uu", _fd(fd, ["-uu", "-E", ".*"], has_word), is_peer=True))
         # Leaves hidden names out by itself, which is quicker than by a pattern.

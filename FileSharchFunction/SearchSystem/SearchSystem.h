@@ -21,9 +21,11 @@
  * library's threads, and its locks in any state: it may only execute a program or call _exit.
  *
  * Searched are files whose extension is tif, jpg, pdf or pct, in any case; the longer spellings
- * (jpeg, tiff, pict) are not. Names that begin with a dot, links to folders, packages, and the
- * roots of other file systems mounted below the folder are left out with all they hold. What
- * cannot be read is left out without notice. Results come in no order. */
+ * (jpeg, tiff, pict) are not. Deep searches, which a host has to ask for, know many more kinds and
+ * find text in documents of any make: platform/content/Content.h. Names that begin with a dot,
+ * links to folders, packages, and the roots of other file systems mounted below the folder are left
+ * out with all they hold. What cannot be read is left out without notice, unless the host asks a
+ * deep search for it. Results come in no order. */
 
 #include "platform/foundation/CoreFoundation.h"
 
@@ -86,7 +88,8 @@ typedef struct SearchPredicate {
    *
    * When every condition must hold, conditions on the content narrow the kinds of file looked at:
    * a PDF keyword to pdf; an EXIF keyword or a shooting date to tif and jpg; both together to pdf
-   * and jpg, without tif. Through the metadata index an EXIF condition narrows to jpg alone.
+   * and jpg, without tif. Through the metadata index an EXIF condition narrows to jpg alone. A deep
+   * search narrows to documents, to photographs, or to both.
    *
    * When one is enough, a search through the metadata index with a condition on the content may
    * report a file twice, unless it looks for contentKeyword in EXIF text. Where searchFolder leads
