@@ -6,12 +6,6 @@
 
 namespace searchsystem {
 
-namespace {
-
-constexpr auto failed = static_cast<std::size_t>(-1);
-
-} // namespace
-
 IconvText::~IconvText() {
   if (isOpen())
     iconv_close(handle_);
@@ -37,8 +31,9 @@ std::optional<std::string> IconvText::convert(std::string_view bytes) {
     std::size_t room = buffer.size();
     const std::size_t result = isLast ? iconv(handle_, nullptr, nullptr, &out, &room)
                                       : iconv(handle_, &in, &left, &out, &room);
-    const bool isFull = result == failed && errno == E2BIG;
-    if (result == failed && !isFull)
+    const bool hasFailed = result == static_cast<std::size_t>(-1);
+    const bool isFull = hasFailed && errno == E2BIG;
+    if (hasFailed && !isFull)
       return std::nullopt;
     text.append(buffer.data(), buffer.size() - room);
     if (isLast && !isFull)

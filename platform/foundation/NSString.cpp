@@ -53,11 +53,6 @@ const char *NSString::UTF8String() const noexcept {
 Ref<const NSString> NSString::create(std::string_view bytes) { return join(bytes, {}, {}); }
 
 Ref<const NSString> NSString::initWithData(std::string_view data, NSStringEncoding encoding) {
-  // Most data are ASCII, which needs only one copy.
-  const bool extendsASCII = encoding == NSDefaultCStringEncoding ||
-                            encoding == NSASCIIStringEncoding || encoding == NSUTF8StringEncoding;
-  if (extendsASCII && isStoredAs(data, static_cast<std::uint32_t>(StringEncoding::ASCII)))
-    return create(data);
   const std::optional<std::string> text = decodeData(data, encoding);
   return text ? create(*text) : nullptr;
 }

@@ -16,9 +16,8 @@ enum NSStringEncoding : std::uint32_t {
   NSDefaultCStringEncoding = 0,
   NSASCIIStringEncoding = 1,
   NSUTF8StringEncoding = 4,
-  /// UTF-16, in the order of its byte-order mark, and big-endian without one. The mark is not part
-  /// of
-  /// the text.
+  /// UTF-16, in the order of its byte-order mark, or big-endian without one. The mark is not part
+  /// of the text.
   NSUnicodeStringEncoding = 10,
   NSISO2022JPStringEncoding = 21,
 };

@@ -16,31 +16,21 @@ namespace searchsystem {
 
 namespace {
 
-constexpr std::size_t firstTrail = 0x40;
-constexpr std::size_t trailCount = 0xFD - firstTrail;
-constexpr std::size_t leadCount = (0xA0 - 0x81) + (0xFD - 0xE0);
-constexpr std::size_t none = leadCount * trailCount;
+constexpr bool isLead(std::size_t byte) noexcept {
+  return (byte > 0x80 && byte < 0xA0) || (byte >= 0xE0 && byte < 0xFD);
+}
 
-/// The table index of a two-byte character; `none` for other bytes.
-std::size_t indexOf(char first, char second) noexcept {
-  const std::size_t lead = static_cast<unsigned char>(first);
-  const std::size_t trail = static_cast<unsigned char>(second);
-  if (trail < firstTrail || trail - firstTrail >= trailCount)
-    return none;
-  if (lead >= 0x81 && lead < 0xA0)
-    return (lead - 0x81) * trailCount + trail - firstTrail;
-  if (lead >= 0xE0 && lead < 0xFD)
-    return (lead - 0xE0 + (0xA0 - 0x81)) * trailCount + trail - firstTrail;
-  return none;
+/// The table index of a two-byte character.
+constexpr std::size_t indexOf(unsigned char lead, unsigned char trail) noexcept {
+  return (lead & std::size_t{0x3F}) << 8 | trail;
 }
 
 std::string bytesAt(std::size_t index) {
-  const std::size_t row = index / trailCount;
-  const std::size_t lead = row < 0xA0 - 0x81 ? row + 0x81 : row - (0xA0 - 0x81) + 0xE0;
-  return {static_cast<char>(lead), static_cast<char>(index % trailCount + firstTrail)};
+  const std::size_t row = index >> 8;
+  return {static_cast<char>(row | (row < 0x20 ? 0x80 : 0xC0)), static_cast<char>(index)};
 }
 
-/// Thrown if the C library's two-byte characters are not available, at least for now.
+/// Thrown if the C library's two-byte characters are not available, perhaps temporarily.
 struct Unavailable {};
 
 /// The two-byte characters, converted by iconv once, one by one: opening it for each text would
@@ -48,20 +38,20 @@ struct Unavailable {};
 class DoubleByteTable {
 public:
   /// Throws `std::bad_alloc` and `Unavailable`.
-  explicit DoubleByteTable(ShiftJIS form) : characters_(leadCount * trailCount) {
+  explicit DoubleByteTable(ShiftJIS form) : characters_(std::size_t{64} << 8) {
     IconvText iconv("UTF-8", form == ShiftJIS::MacJapanese ? "SJIS" : "SHIFT_JISX0213");
     if (!iconv.isOpen())
       throw Unavailable();
     for (std::size_t i = 0; i < characters_.size(); ++i)
-      if (const auto text = iconv.convert(bytesAt(i)); text && text->size() <= longest)
-        put(i, *text);
+      if (const std::string bytes = bytesAt(i); isLead(static_cast<unsigned char>(bytes[0])))
+        if (const auto text = iconv.convert(bytes); text && text->size() <= longest)
+          text->copy(characters_[i].data(), longest);
     if (form == ShiftJIS::MacJapanese)
-      put(indexOf('\x81', '\x5C'), "\u2014");
+      characters_[indexOf(0x81, 0x5C)] = {"\u2014"};
     for (std::size_t i = 0; i < characters_.size(); ++i)
       if (!at(i).empty())
         byText_.push_back(static_cast<std::uint16_t>(i));
-    std::sort(byText_.begin(), byText_.end(),
-              [this](std::size_t a, std::size_t b) { return at(a) < at(b); });
+    std::ranges::sort(byText_, {}, [this](std::size_t index) { return at(index); });
   }
 
   /// The longest character, in bytes of UTF-8: some of JIS X 0213 are two code points in Unicode, a
@@ -70,31 +60,19 @@ public:
 
   /// A character in UTF-8; empty if there is none.
   [[nodiscard]] std::string_view at(std::size_t index) const noexcept {
-    if (index == none)
-      return {};
-    return {characters_[index].text.data(), characters_[index].length};
+    return characters_[index].data();
   }
 
-  /// The place of a character given in UTF-8, or `none`.
-  [[nodiscard]] std::size_t indexOfText(std::string_view text) const noexcept {
-    const auto found = std::lower_bound(
-        byText_.begin(), byText_.end(), text,
-        [this](std::size_t index, std::string_view sought) { return at(index) < sought; });
-    return found != byText_.end() && at(*found) == text ? *found : none;
+  /// The index of a character given in UTF-8.
+  [[nodiscard]] std::optional<std::size_t> indexOfText(std::string_view text) const noexcept {
+    const auto found = std::ranges::lower_bound(byText_, text, {},
+                                                [this](std::size_t index) { return at(index); });
+    return found != byText_.end() && at(*found) == text ? std::optional(*found) : std::nullopt;
   }
 
 private:
-  struct Character {
-    std::uint8_t length = 0;
-    std::array<char, longest> text{};
-  };
-
-  void put(std::size_t index, std::string_view text) noexcept {
-    characters_[index].length = static_cast<std::uint8_t>(text.size());
-    std::copy(text.begin(), text.end(), characters_[index].text.begin());
-  }
-
-  std::vector<Character> characters_;
+  /// Each ended by a NUL.
+  std::vector<std::array<char, longest + 1>> characters_;
   std::vector<std::uint16_t> byText_;
 };
 
@@ -112,9 +90,10 @@ const SingleByteTable &singleBytesOf(ShiftJIS form) noexcept {
   return form == ShiftJIS::MacJapanese ? macJapaneseSingleBytes : shiftJISSingleBytes;
 }
 
-std::optional<std::string> decode(std::string_view bytes, ShiftJIS form) {
+} // namespace
+
+std::optional<std::string> decodeShiftJIS(std::string_view bytes, ShiftJIS form) try {
   const SingleByteTable &singles = singleBytesOf(form);
-  const DoubleByteTable *doubles = nullptr;
   std::string text;
   text.reserve(bytes.size());
   for (std::size_t i = 0; i < bytes.size(); ++i) {
@@ -125,68 +104,38 @@ std::optional<std::string> decode(std::string_view bytes, ShiftJIS form) {
     i += run.size();
     if (i == bytes.size())
       break;
-    if (const char16_t single = singles.characterOf(bytes[i]); single < 0x80) {
-      text.push_back(static_cast<char>(single));
-    } else if (single != SingleByteTable::notAlone) {
+    if (const char16_t single = characterOf(bytes[i], singles); single != notAlone) {
       appendCodePoint(text, single);
-    } else {
-      if (++i == bytes.size())
-        return std::nullopt;
-      if (doubles == nullptr)
-        doubles = &doubleBytesOf(form);
-      const std::string_view character = doubles->at(indexOf(bytes[i - 1], bytes[i]));
-      if (character.empty())
-        return std::nullopt;
-      text += character;
+      continue;
     }
+    const auto lead = static_cast<unsigned char>(bytes[i]);
+    if (!isLead(lead) || ++i == bytes.size())
+      return std::nullopt;
+    const std::string_view character =
+        doubleBytesOf(form).at(indexOf(lead, static_cast<unsigned char>(bytes[i])));
+    if (character.empty())
+      return std::nullopt;
+    text += character;
   }
   return text;
+} catch (const Unavailable &) {
+  return std::nullopt;
 }
 
-/// Takes the longest two-byte character at the beginning of `text`; `none` if there is none.
-std::size_t takeDoubleByte(std::string_view &text, const DoubleByteTable &doubles) noexcept {
-  for (std::size_t size = std::min(text.size(), DoubleByteTable::longest); size > 1; --size)
-    if (const std::size_t index = doubles.indexOfText(text.substr(0, size)); index != none) {
-      text.remove_prefix(size);
-      return index;
-    }
-  return none;
-}
-
-std::optional<std::string> encode(std::string_view text, ShiftJIS form) {
-  const SingleByteTable &singles = singleBytesOf(form);
-  std::string bytes;
-  bytes.reserve(text.size());
-  while (!text.empty()) {
-    if (static_cast<unsigned char>(text.front()) >= 0x80)
-      if (const std::size_t index = takeDoubleByte(text, doubleBytesOf(form)); index != none) {
-        bytes += bytesAt(index);
-        continue;
+std::optional<std::string> encodeShiftJIS(std::string_view text, ShiftJIS form) try {
+  return encodeBytes(text, singleBytesOf(form), [form](std::string_view &rest, std::string &bytes) {
+    if (static_cast<unsigned char>(rest.front()) < 0x80)
+      return false;
+    for (std::size_t size = std::min(rest.size(), DoubleByteTable::longest); size > 1; --size)
+      if (const auto index = doubleBytesOf(form).indexOfText(rest.substr(0, size))) {
+        bytes += bytesAt(*index);
+        rest.remove_prefix(size);
+        return true;
       }
-    const int byte = singles.byteOf(takeCodePoint(text));
-    if (byte < 0)
-      return std::nullopt;
-    bytes.push_back(static_cast<char>(byte));
-  }
-  return bytes;
-}
-
-} // namespace
-
-std::optional<std::string> decodeShiftJIS(std::string_view bytes, ShiftJIS form) {
-  try {
-    return decode(bytes, form);
-  } catch (const Unavailable &) {
-    return std::nullopt;
-  }
-}
-
-std::optional<std::string> encodeShiftJIS(std::string_view text, ShiftJIS form) {
-  try {
-    return encode(text, form);
-  } catch (const Unavailable &) {
-    return std::nullopt;
-  }
+    return false;
+  });
+} catch (const Unavailable &) {
+  return std::nullopt;
 }
 
 } // namespace searchsystem

@@ -7,13 +7,11 @@ namespace searchsystem {
 
 namespace {
 
-using Characters = std::array<char16_t, 256>;
-
-/// Each byte as the code point of its value, up to `last`.
-constexpr Characters identityUpTo(std::size_t last) noexcept {
-  Characters characters{};
+/// Maps each byte up to `last` to the code point of its value.
+constexpr SingleByteTable identityUpTo(std::size_t last) noexcept {
+  SingleByteTable characters{};
   for (std::size_t i = 0; i < characters.size(); ++i)
-    characters[i] = i <= last ? static_cast<char16_t>(i) : SingleByteTable::notAlone;
+    characters[i] = i <= last ? static_cast<char16_t>(i) : notAlone;
   return characters;
 }
 
@@ -31,23 +29,23 @@ constexpr std::array<char16_t, 128> macRomanFrom0x80{
     0x00AF, 0x02D8, 0x02D9, 0x02DA, 0x00B8, 0x02DD, 0x02DB, 0x02C7,
 };
 
-constexpr Characters macRoman() noexcept {
-  Characters characters = identityUpTo(0x7F);
+constexpr SingleByteTable macRoman() noexcept {
+  SingleByteTable characters = identityUpTo(0x7F);
   std::copy(macRomanFrom0x80.begin(), macRomanFrom0x80.end(), characters.begin() + 0x80);
   return characters;
 }
 
-/// JIS X 0201, but with the tilde of ASCII, which is what text in these encodings means by it.
-constexpr Characters shiftJIS() noexcept {
-  Characters characters = identityUpTo(0x7F);
+/// JIS X 0201, except that 0x7E is a tilde, as text in these encodings uses it.
+constexpr SingleByteTable shiftJIS() noexcept {
+  SingleByteTable characters = identityUpTo(0x7F);
   characters[0x5C] = 0x00A5;
   for (std::size_t i = 0xA1; i <= 0xDF; ++i)
     characters[i] = static_cast<char16_t>(0xFF61 + (i - 0xA1));
   return characters;
 }
 
-constexpr Characters macJapanese() noexcept {
-  Characters characters = shiftJIS();
+constexpr SingleByteTable macJapanese() noexcept {
+  SingleByteTable characters = shiftJIS();
   characters[0x80] = 0x005C;
   characters[0xA0] = 0x00A0;
   characters[0xFD] = 0x00A9;
@@ -58,19 +56,16 @@ constexpr Characters macJapanese() noexcept {
 
 } // namespace
 
-constexpr SingleByteTable macRomanTable(macRoman());
-constexpr SingleByteTable isoLatin1Table(identityUpTo(0xFF));
-constexpr SingleByteTable shiftJISSingleBytes(shiftJIS());
-constexpr SingleByteTable macJapaneseSingleBytes(macJapanese());
+constexpr SingleByteTable macRomanTable = macRoman();
+constexpr SingleByteTable isoLatin1Table = identityUpTo(0xFF);
+constexpr SingleByteTable shiftJISSingleBytes = shiftJIS();
+constexpr SingleByteTable macJapaneseSingleBytes = macJapanese();
 
-int SingleByteTable::byteOf(std::int32_t character) const noexcept {
-  if (character >= 0 && character < 0x80 &&
-      characters_[static_cast<std::size_t>(character)] == character)
+int byteOf(std::int32_t character, const SingleByteTable &table) noexcept {
+  if (character >= 0 && character < 0x80 && table[static_cast<std::size_t>(character)] == character)
     return character;
-  const auto *const found = std::find_if(characters_.begin(), characters_.end(), [&](char16_t c) {
-    return c == character && c != notAlone;
-  });
-  return found != characters_.end() ? static_cast<int>(found - characters_.begin()) : -1;
+  const auto *const found = std::ranges::find(table, character);
+  return found != table.end() && *found != notAlone ? static_cast<int>(found - table.begin()) : -1;
 }
 
 } // namespace searchsystem

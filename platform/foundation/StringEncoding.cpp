@@ -33,21 +33,13 @@ std::string decodeSingleBytes(std::string_view bytes, const SingleByteTable &tab
     bytes.remove_prefix(run);
     for (; !bytes.empty() && static_cast<unsigned char>(bytes.front()) >= 0x80;
          bytes.remove_prefix(1))
-      appendCodePoint(text, table.characterOf(bytes.front()));
+      appendCodePoint(text, characterOf(bytes.front(), table));
   }
   return text;
 }
 
 std::optional<std::string> encodeSingleBytes(std::string_view text, const SingleByteTable &table) {
-  std::string bytes;
-  bytes.reserve(text.size());
-  while (!text.empty()) {
-    const int byte = table.byteOf(takeCodePoint(text));
-    if (byte < 0)
-      return std::nullopt;
-    bytes.push_back(static_cast<char>(byte));
-  }
-  return bytes;
+  return encodeBytes(text, table, [](auto & /*rest*/, auto & /*bytes*/) { return false; });
 }
 
 bool isHighSurrogate(std::int32_t unit) noexcept { return unit >= 0xD800 && unit < 0xDC00; }
@@ -124,17 +116,11 @@ std::optional<std::string> encodeText(std::string_view text, std::uint32_t encod
 }
 
 bool isStoredAs(std::string_view text, std::uint32_t encoding) noexcept {
-  switch (static_cast<StringEncoding>(encoding)) {
-  case StringEncoding::UTF8:
-    return true;
-  case StringEncoding::ASCII:
-  case StringEncoding::ISOLatin1:
-  case StringEncoding::MacRoman:
-    return isASCII(text);
-  default:
-    // In Shift-JIS a backslash is another byte or none.
-    return false;
-  }
+  using enum StringEncoding;
+  const auto form = static_cast<StringEncoding>(encoding);
+  // In Shift-JIS a backslash is another byte or none.
+  return form == UTF8 ||
+         ((form == ASCII || form == ISOLatin1 || form == MacRoman) && isASCII(text));
 }
 
 } // namespace searchsystem

@@ -87,21 +87,18 @@ NSRange TextPattern::findBytes(std::string_view text) const noexcept {
     range = {end - units_.size(), units_.size()};
     return true;
   };
+  const bool foldCase = (options_ & NSCaseInsensitiveSearch) != 0;
   const std::size_t start = findCandidate(text);
-  const auto search = [&](auto unitAt) {
-    findOccurrence(
-        units_, fallback_, text.size() - start, [&](std::size_t i) { return unitAt(start + i); },
-        [&](std::size_t end) { return accept(start + end); });
+  const auto unitAt = [&](std::size_t i) -> std::int32_t {
+    return foldCase ? lowerASCII(text[start + i]) : text[start + i];
   };
-  if ((options_ & NSCaseInsensitiveSearch) != 0)
-    search([&](std::size_t i) { return std::int32_t{lowerASCII(text[i])}; });
-  else
-    search([&](std::size_t i) { return std::int32_t{text[i]}; });
+  findOccurrence(units_, fallback_, text.size() - start, unitAt,
+                 [&](std::size_t end) { return accept(start + end); });
   return range;
 }
 
-/// A position before which no occurrence of an ASCII pattern begins. Most texts hold none, and the
-/// pattern's first and last byte seldom occur together, so that whole blocks can be skipped.
+/// A position before which no occurrence of an ASCII pattern begins. Most texts have none, and the
+/// pattern's first and last bytes rarely match together, so whole blocks can be skipped.
 std::size_t TextPattern::findCandidate(std::string_view text) const noexcept {
   const std::size_t last = units_.size() - 1;
   const bool foldCase = (options_ & NSCaseInsensitiveSearch) != 0;
