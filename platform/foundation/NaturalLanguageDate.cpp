@@ -10,127 +10,100 @@ namespace searchsystem {
 
 namespace {
 
-/// Parses a text from its beginning. A failed call consumes nothing.
+/// Parses a text from its beginning. Once something that must follow is missing, it has failed.
 class Scanner {
 public:
-  explicit Scanner(std::string_view text) noexcept : rest_(text) { skipBlanks(); }
+  explicit Scanner(std::string_view text) noexcept : rest_(text) {}
 
-  /// Whether there were any blanks.
-  bool skipBlanks() noexcept {
-    const bool hadBlank = isBlank(next());
-    while (isBlank(next()))
-      rest_.remove_prefix(1);
-    return hadBlank;
+  [[nodiscard]] bool hasFailed() const noexcept { return hasFailed_; }
+  [[nodiscard]] bool isAtEnd() const noexcept { return rest_.empty(); }
+  [[nodiscard]] bool isAtDigit() const noexcept {
+    return !rest_.empty() && rest_.front() >= '0' && rest_.front() <= '9';
   }
 
-  [[nodiscard]] bool isAtEnd() const noexcept { return rest_.empty(); }
-
-  [[nodiscard]] char next() const noexcept { return rest_.empty() ? '\0' : rest_.front(); }
-
-  [[nodiscard]] bool isAtDigit() const noexcept { return isDigit(next()); }
-
   bool take(char c) noexcept {
-    if (rest_.empty() || rest_.front() != c)
+    if (!rest_.starts_with(c))
       return false;
     rest_.remove_prefix(1);
     return true;
   }
 
-  /// A number of at least `fewest` and at most `most` digits.
-  std::optional<unsigned> takeNumber(std::size_t fewest, std::size_t most) noexcept {
+  /// Whether there were any blanks.
+  bool takeBlanks() noexcept {
+    const std::size_t size = rest_.size();
+    while (take(' ') || take('\t')) {
+    }
+    return rest_.size() != size;
+  }
+
+  void require(bool holds) noexcept { hasFailed_ |= !holds; }
+
+  /// A number of at least `fewest` and at most `most` digits, below `limit`.
+  unsigned number(int fewest, int most, unsigned limit) noexcept {
     unsigned number = 0;
-    std::size_t count = 0;
-    while (count < most && count < rest_.size() && isDigit(rest_[count]))
-      number = number * 10 + static_cast<unsigned>(rest_[count++] - '0');
-    if (count < fewest)
-      return std::nullopt;
-    rest_.remove_prefix(count);
+    int count = 0;
+    for (; count < most && isAtDigit(); ++count)
+      number = number * 10 + takeDigit();
+    require(count >= fewest && number < limit);
     return number;
   }
 
-  /// The digits after a decimal sign, as a fraction.
-  std::optional<double> takeFraction() noexcept {
-    if (!isAtDigit())
-      return std::nullopt;
+  /// The digits after a decimal sign.
+  double fraction() noexcept {
+    require(isAtDigit());
     double fraction = 0;
-    for (double unit = 0.1; isAtDigit(); unit /= 10, rest_.remove_prefix(1))
-      fraction += unit * (next() - '0');
+    for (double unit = 0.1; isAtDigit(); unit /= 10)
+      fraction += unit * takeDigit();
     return fraction;
   }
 
 private:
-  static bool isBlank(char c) noexcept { return c == ' ' || c == '\t'; }
-  static bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+  unsigned takeDigit() noexcept {
+    const auto digit = static_cast<unsigned>(rest_.front() - '0');
+    rest_.remove_prefix(1);
+    return digit;
+  }
 
   std::string_view rest_;
+  bool hasFailed_ = false;
 };
 
-/// Two digits below `limit`.
-std::optional<unsigned> takeBelow(Scanner &scanner, unsigned limit) noexcept {
-  const std::optional<unsigned> number = scanner.takeNumber(1, 2);
-  return number && *number < limit ? number : std::nullopt;
+std::chrono::local_days takeDate(Scanner &scanner) noexcept {
+  const auto year = static_cast<int>(scanner.number(4, 4, 10000));
+  const char separator = scanner.take('-') ? '-' : '/';
+  scanner.require(separator == '-' || scanner.take('/'));
+  const std::chrono::month month(scanner.number(1, 2, 13));
+  scanner.require(scanner.take(separator));
+  const std::chrono::day day(scanner.number(1, 2, 32));
+  const std::chrono::year_month_day date{std::chrono::year(year), month, day};
+  scanner.require(year != 0 && date.ok());
+  return std::chrono::local_days(date);
 }
 
-std::optional<std::chrono::local_days> takeDate(Scanner &scanner) noexcept {
-  const auto year = scanner.takeNumber(4, 4);
-  const char separator = scanner.next();
-  if (!year || *year == 0 || (separator != '/' && separator != '-') || !scanner.take(separator))
-    return std::nullopt;
-  const auto month = scanner.takeNumber(1, 2);
-  if (!month || !scanner.take(separator))
-    return std::nullopt;
-  const auto day = scanner.takeNumber(1, 2);
-  if (!day)
-    return std::nullopt;
-  const std::chrono::year_month_day date{std::chrono::year(static_cast<int>(*year)),
-                                         std::chrono::month(*month), std::chrono::day(*day)};
-  return date.ok() ? std::optional(std::chrono::local_days(date)) : std::nullopt;
-}
-
-struct TimeOfDay {
-  std::chrono::seconds sinceMidnight;
-  double fraction;
-};
-
-std::optional<TimeOfDay> takeTime(Scanner &scanner) noexcept {
-  const auto hour = takeBelow(scanner, 24);
-  if (!hour || !scanner.take(':'))
-    return std::nullopt;
-  const auto minute = takeBelow(scanner, 60);
-  if (!minute)
-    return std::nullopt;
-  std::optional<unsigned> second = 0;
-  std::optional<double> fraction = 0;
-  if (scanner.take(':')) {
-    second = takeBelow(scanner, 60);
-    if (second && (scanner.take('.') || scanner.take(',')))
-      fraction = scanner.takeFraction();
+/// Hours and minutes; an offset from UTC may lack the minutes or the colon.
+std::chrono::seconds takeHoursAndMinutes(Scanner &scanner, bool isOffset) noexcept {
+  const std::chrono::hours hours(scanner.number(1, 2, 24));
+  if (!scanner.take(':')) {
+    scanner.require(isOffset);
+    if (!scanner.isAtDigit())
+      return hours;
   }
-  if (!second || !fraction)
-    return std::nullopt;
-  return TimeOfDay{std::chrono::hours(*hour) + std::chrono::minutes(*minute) +
-                       std::chrono::seconds(*second),
-                   *fraction};
+  return hours + std::chrono::minutes(scanner.number(1, 2, 60));
 }
 
-/// The offset of a local time from UTC.
 std::optional<std::chrono::seconds> takeOffset(Scanner &scanner) noexcept {
+  if (scanner.isAtEnd())
+    return std::nullopt;
   if (scanner.take('Z'))
     return std::chrono::seconds(0);
-  const int sign = scanner.next() == '-' ? -1 : 1;
-  if (!scanner.take('-') && !scanner.take('+'))
-    return std::nullopt;
-  const auto hours = takeBelow(scanner, 24);
-  std::optional<unsigned> minutes = 0;
-  if (scanner.take(':') || scanner.isAtDigit())
-    minutes = takeBelow(scanner, 60);
-  if (!hours || !minutes)
-    return std::nullopt;
-  return sign * (std::chrono::hours(*hours) + std::chrono::minutes(*minutes));
+  if (scanner.take('-'))
+    return -takeHoursAndMinutes(scanner, true);
+  scanner.require(scanner.take('+'));
+  return takeHoursAndMinutes(scanner, true);
 }
 
 /// A skipped time moves forward by the gap; a doubled one means the first.
-std::int64_t momentOfLocalTime(std::chrono::local_seconds time) noexcept {
+std::int64_t universalTime(std::chrono::local_seconds time) noexcept {
   const auto [byOldOffset, byNewOffset, change] = PFLocalTimeMake(time.time_since_epoch().count());
   return byOldOffset >= change && byNewOffset >= change ? byNewOffset : byOldOffset;
 }
@@ -139,28 +112,28 @@ std::int64_t momentOfLocalTime(std::chrono::local_seconds time) noexcept {
 
 std::optional<double> intervalOfNaturalLanguageDate(std::string_view text) noexcept {
   Scanner scanner(text);
-  const auto date = takeDate(scanner);
-  if (!date)
-    return std::nullopt;
-  TimeOfDay time{std::chrono::hours(12), 0};
+  scanner.takeBlanks();
+  std::chrono::local_seconds local = takeDate(scanner);
+  std::chrono::seconds timeOfDay = std::chrono::hours(12);
+  double fraction = 0;
   std::optional<std::chrono::seconds> offset;
-  const bool hasSeparator = scanner.take('T') || (scanner.skipBlanks() && !scanner.isAtEnd());
-  if (hasSeparator) {
-    const auto taken = takeTime(scanner);
-    if (!taken)
-      return std::nullopt;
-    time = *taken;
-    scanner.skipBlanks();
-    if (!scanner.isAtEnd() && !(offset = takeOffset(scanner)))
-      return std::nullopt;
-    scanner.skipBlanks();
+  if (scanner.take('T') || (scanner.takeBlanks() && !scanner.isAtEnd())) {
+    timeOfDay = takeHoursAndMinutes(scanner, false);
+    if (scanner.take(':')) {
+      timeOfDay += std::chrono::seconds(scanner.number(1, 2, 60));
+      if (scanner.take('.') || scanner.take(','))
+        fraction = scanner.fraction();
+    }
+    scanner.takeBlanks();
+    offset = takeOffset(scanner);
+    scanner.takeBlanks();
   }
-  if (!scanner.isAtEnd())
+  if (scanner.hasFailed() || !scanner.isAtEnd())
     return std::nullopt;
-  const std::chrono::local_seconds local = *date + time.sinceMidnight;
-  const std::int64_t moment =
-      offset ? (local.time_since_epoch() - *offset).count() : momentOfLocalTime(local);
-  return static_cast<double>(moment - PFSecondsFrom1970To2001) + time.fraction;
+  local += timeOfDay;
+  const std::int64_t time =
+      offset ? (local.time_since_epoch() - *offset).count() : universalTime(local);
+  return static_cast<double>(time - PFSecondsFrom1970To2001) + fraction;
 }
 
 } // namespace searchsystem
