@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/foundation/CoreFoundation.h"
-#include "platform/foundation/Perform.h"
+#include "testing/PerformAfterDelay.h"
 
 namespace searchsystem {
 

@@ -27,8 +27,8 @@ template <class Make> auto orNull(Make make) noexcept -> decltype(make().leak())
   }
 }
 
-/// The time in `seconds` from now; none if nobody waits that long.
-std::optional<MainRunLoop::Clock::time_point> momentAfter(CFTimeInterval seconds) noexcept {
+/// The time `seconds` from now; none if that is too far away to matter.
+std::optional<MainRunLoop::Clock::time_point> timeAfter(CFTimeInterval seconds) noexcept {
   constexpr double longestWait = 1e9;
   if (seconds >= longestWait)
     return std::nullopt;
@@ -138,15 +138,7 @@ void CFRunLoopRun(void) { MainRunLoop::shared().run(std::nullopt, false); }
 
 SInt32 CFRunLoopRunInMode(CFRunLoopMode /*mode*/, CFTimeInterval seconds,
                           Boolean returnAfterSourceHandled) {
-  switch (MainRunLoop::shared().run(momentAfter(seconds), returnAfterSourceHandled != 0)) {
-  case MainRunLoop::RunResult::Stopped:
-    return kCFRunLoopRunStopped;
-  case MainRunLoop::RunResult::HandledWork:
-    return kCFRunLoopRunHandledSource;
-  case MainRunLoop::RunResult::TimedOut:
-    break;
-  }
-  return kCFRunLoopRunTimedOut;
+  return MainRunLoop::shared().run(timeAfter(seconds), returnAfterSourceHandled != 0);
 }
 
 void CFRunLoopStop(CFRunLoopRef loop) {

@@ -74,13 +74,10 @@ void MainRunLoop::schedule(TimedWork &work, std::chrono::nanoseconds delay) noex
     return;
   work.isScheduled_ = true;
   work.deadline_ = now() + delay;
-  TimedWork *before = lastTimer_;
-  while (before != nullptr && before->deadline_ > work.deadline_)
-    before = before->previousTimer_;
-  work.previousTimer_ = before;
-  work.nextTimer_ = before != nullptr ? before->nextTimer_ : firstTimer_;
-  (before != nullptr ? before->nextTimer_ : firstTimer_) = &work;
-  (work.nextTimer_ != nullptr ? work.nextTimer_->previousTimer_ : lastTimer_) = &work;
+  TimedWork **place = &firstTimer_;
+  while (*place != nullptr && (*place)->deadline_ <= work.deadline_)
+    place = &(*place)->nextTimer_;
+  work.nextTimer_ = std::exchange(*place, &work);
   updateDescriptor();
 }
 
@@ -113,16 +110,13 @@ void MainRunLoop::takeDueWork() noexcept {
     virtualNow_ = std::max(virtualNow_, firstTimer_->deadline_);
   if (firstTimer_ == nullptr)
     return;
-  const std::chrono::nanoseconds moment = now();
-  while (firstTimer_ != nullptr && firstTimer_->deadline_ <= moment) {
+  const std::chrono::nanoseconds time = now();
+  while (firstTimer_ != nullptr && firstTimer_->deadline_ <= time) {
     TimedWork *const timer = firstTimer_;
     firstTimer_ = timer->nextTimer_;
-    (firstTimer_ != nullptr ? firstTimer_->previousTimer_ : lastTimer_) = nullptr;
     ready_.append(*timer, ++lastNumber_);
   }
 }
-
-bool MainRunLoop::dispatch() noexcept { return dispatch(nullptr); }
 
 bool MainRunLoop::dispatch(const Run *run) noexcept {
   assert(isMainThread());
@@ -160,17 +154,17 @@ MainRunLoop::RunResult MainRunLoop::run(std::optional<Clock::time_point> limit,
     const LockGuard guard(lock_);
     run.outer = std::exchange(innermost_, &run);
   }
-  RunResult result = RunResult::Stopped;
+  RunResult result = Stopped;
   for (;;) {
     const bool hasRun = dispatch(&run);
     if (run.isStopped)
       break;
     if (hasRun && untilWorkIsDone) {
-      result = RunResult::HandledWork;
+      result = HandledWork;
       break;
     }
     if (limit && Clock::now() >= *limit) {
-      result = RunResult::TimedOut;
+      result = TimedOut;
       break;
     }
     if (!hasRun)
@@ -189,8 +183,8 @@ std::optional<std::chrono::nanoseconds> MainRunLoop::nextDeadline() const noexce
 void MainRunLoop::waitForWork(const Run &run, std::optional<Clock::time_point> limit) noexcept {
   std::optional<Clock::time_point> end = limit;
   if (const std::optional<std::chrono::nanoseconds> next = nextDeadline()) {
-    const Clock::time_point moment(*next);
-    end = end ? std::min(*end, moment) : moment;
+    const Clock::time_point due(*next);
+    end = end ? std::min(*end, due) : due;
   }
   const LockGuard guard(lock_);
   while (incoming_.isEmpty() && !run.isStopped && !clockMayJump()) {

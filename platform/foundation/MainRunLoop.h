@@ -71,7 +71,6 @@ private:
   }
 
   std::chrono::nanoseconds deadline_{};
-  TimedWork *previousTimer_ = nullptr;
   TimedWork *nextTimer_ = nullptr;
   bool isScheduled_ = false;
 };
@@ -84,7 +83,8 @@ private:
 class MainRunLoop {
 public:
   using Clock = std::chrono::steady_clock;
-  enum class RunResult { Stopped, TimedOut, HandledWork };
+  /// By their numbers in CoreFoundation.h.
+  enum RunResult { Stopped = 2, TimedOut = 3, HandledWork = 4 };
 
   static MainRunLoop &shared() noexcept;
 
@@ -97,13 +97,13 @@ public:
   /// Makes `work` due after `delay`; work that is already scheduled keeps its time.
   void schedule(TimedWork &work, std::chrono::nanoseconds delay) noexcept;
 
-  /// Between these two calls the virtual clock stands still, because results are pending.
+  /// Between these two calls the virtual clock does not advance, because results are pending.
   /// beginActivity: any thread; endActivity: main thread.
   void beginActivity() noexcept;
   void endActivity() noexcept;
 
-  /// Runs what is due now, for 8 ms at most. Whether anything was.
-  bool dispatch() noexcept;
+  /// Runs what is due now, for 8 ms at most. Returns whether anything was.
+  bool dispatch() noexcept { return dispatch(nullptr); }
 
   /// Runs the loop until it is stopped, the real clock passes `limit`, or, if `untilWorkIsDone`,
   /// some work has run.
@@ -151,7 +151,6 @@ private:
   WorkQueue ready_;
   std::uint64_t lastNumber_ = 0;
   TimedWork *firstTimer_ = nullptr;
-  TimedWork *lastTimer_ = nullptr;
   bool isVirtual_ = false;
   std::chrono::nanoseconds virtualNow_{};
 };

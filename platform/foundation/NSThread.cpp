@@ -15,7 +15,10 @@ thread_local ThreadJob *currentJob = nullptr;
 
 void ThreadJob::performAtExit(Action action, void *target) noexcept {
   if (currentJob == nullptr) {
-    performOnMainThreadAndWait([&] { action(target); });
+    performOnMainThreadAndWait([&] {
+      action(target);
+      return false;
+    });
     return;
   }
   currentJob->exitAction_ = action;
@@ -27,7 +30,7 @@ void ThreadJob::execute() noexcept {
   try {
     main();
   } catch (...) {
-    // The job has failed; that it is over is reported all the same.
+    // A failed job ends like any other.
   }
   currentJob = outer;
 }
@@ -47,7 +50,7 @@ void ThreadJob::run() {
 void ThreadJob::finished() noexcept {
   MainRunLoop &loop = MainRunLoop::shared();
   if (!std::exchange(hasThread_, true)) {
-    // The body has just run here. As with a thread, its end comes after all that it has posted.
+    // The body has just run here. Post the end, so that everything it posted runs first.
     loop.post(*this);
     return;
   }

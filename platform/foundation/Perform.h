@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <memory>
-#include <type_traits>
 #include <utility>
 
 namespace searchsystem {
@@ -35,20 +34,12 @@ template <class Function> void performOnMainThread(Function function) {
 }
 
 /// Makes the main thread call `function`, each time in a turn of its loop, and returns once it
-/// returns false; on the main thread, calls it at once. A void function is called once. Allocates
-/// nothing, so that it cannot fail. Any thread.
-template <class Function> void performOnMainThreadAndWait(Function &&function) {
-  const auto isCalledAgain = [&] {
-    if constexpr (std::is_void_v<decltype(function())>) {
-      function();
-      return false;
-    } else {
-      return function();
-    }
-  };
+/// returns false; on the main thread, calls it at once. Allocates nothing, so that it cannot fail.
+/// Any thread.
+template <class Function> void performOnMainThreadAndWait(Function function) {
   class Waited final : public Work {
   public:
-    explicit Waited(decltype(isCalledAgain) &f) noexcept : function_(f) {}
+    explicit Waited(Function &f) noexcept : function_(f) {}
     void wait() noexcept {
       const LockGuard guard(lock_);
       while (!isDone_)
@@ -69,7 +60,7 @@ template <class Function> void performOnMainThreadAndWait(Function &&function) {
       done_.signal();
     }
 
-    decltype(isCalledAgain) &function_;
+    Function &function_;
     bool isCalledAgain_ = false;
     NSLock lock_;
     NSCondition done_;
@@ -77,29 +68,13 @@ template <class Function> void performOnMainThreadAndWait(Function &&function) {
   };
   MainRunLoop &loop = MainRunLoop::shared();
   if (loop.isMainThread()) {
-    while (isCalledAgain()) {
+    while (function()) {
     }
     return;
   }
-  Waited work(isCalledAgain);
+  Waited work(function);
   loop.post(work);
   work.wait();
-}
-
-/// Makes the main thread call `function` after a delay in seconds. Throws `std::bad_alloc`, and
-/// then nothing has been scheduled. Main thread.
-template <class Function> void performAfterDelay(double seconds, Function function) {
-  class Delayed final : public TimedWork {
-  public:
-    explicit Delayed(Function &&f) : function_(std::move(f)) {}
-
-  private:
-    void fire() override { function_(); }
-    void finished() noexcept override { delete this; }
-    Function function_;
-  };
-  MainRunLoop::shared().schedule(*std::make_unique<Delayed>(std::move(function)).release(),
-                                 performDelay(seconds));
 }
 
 /// A delayed perform that is part of its target, so that scheduling cannot fail. While scheduled,
@@ -113,7 +88,8 @@ public:
     if (isScheduled())
       return;
     target_.retain();
-    MainRunLoop::shared().schedule(*this, performDelay(seconds));
+    MainRunLoop::shared().schedule(*this, std::chrono::round<std::chrono::nanoseconds>(
+                                              std::chrono::duration<double>(seconds)));
   }
 
 private:

@@ -2,6 +2,7 @@
 #include "platform/foundation/CoreFoundation.h"
 #include "platform/foundation/MainLoop.h"
 #include "platform/foundation/Perform.h"
+#include "testing/PerformAfterDelay.h"
 #include "testing/VirtualClock.h"
 
 #include <atomic>
@@ -58,7 +59,10 @@ TEST_F(MainRunLoopTest, RunsInOrderAlsoAfterWorkThatThrows) {
   say("a");
   std::shared_ptr<void> posting(nullptr, [this](void *) { say("destroyed"); });
   performOnMainThread([posting = std::move(posting)] { throw std::runtime_error("work"); });
-  performOnMainThreadAndWait([this] { log += "at once "; });
+  performOnMainThreadAndWait([this] {
+    log += "at once ";
+    return false;
+  });
   PFMainLoopDispatch();
   EXPECT_EQ(log, "at once a ") << "one call leaves what arrives meanwhile";
   drain();
@@ -98,7 +102,10 @@ TEST_F(MainRunLoopTest, NoHandOverBetweenThreadsIsLost) {
     threads.emplace_back([&] {
       for (int round = 0; round < 500; ++round) {
         performOnMainThread([&] { ++handedOver; });
-        performOnMainThreadAndWait([&, more = 1] { handedOver += more; });
+        performOnMainThreadAndWait([&, more = 1] {
+          handedOver += more;
+          return false;
+        });
       }
       performOnMainThread([&] { --running == 0 ? stop() : void(); });
     });

@@ -200,7 +200,7 @@ TEST_F(NSThreadTest, WorkThatAJobPostsRunsWhileAllJobsAreStuck) {
   start([&] {
     others.wait();
     // The main thread has time to fall asleep.
-    performOnMainThreadAndWait([] {});
+    performOnMainThreadAndWait([] { return false; });
     for (const auto end = Clock::now() + std::chrono::milliseconds(5); Clock::now() < end;)
       std::this_thread::yield();
     performOnMainThread([&] { gate.count_down(); });

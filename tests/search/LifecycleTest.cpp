@@ -1,5 +1,5 @@
 #include "platform/foundation/Localizations.h"
-#include "platform/foundation/Perform.h"
+#include "testing/PerformAfterDelay.h"
 #include "tests/search/SearchFixture.h"
 
 #include <climits>
