@@ -9,18 +9,14 @@ namespace searchsystem {
 
 namespace {
 
-const LocaleEnvironment *environmentForTesting = nullptr;
-
 std::string variable(const char *name) {
   const char *const value = std::getenv(name);
   return value != nullptr ? value : "";
 }
 
-const LocaleEnvironment &environment() {
-  if (environmentForTesting != nullptr)
-    return *environmentForTesting;
-  static const auto *const read = new LocaleEnvironment{variable("LC_ALL"), variable("LC_MESSAGES"),
-                                                        variable("LANG"), variable("LANGUAGE")};
+LocaleEnvironment &environment() {
+  static auto *const read = new LocaleEnvironment{variable("LC_ALL"), variable("LC_MESSAGES"),
+                                                  variable("LANG"), variable("LANGUAGE")};
   return *read;
 }
 
@@ -92,8 +88,8 @@ CFBundleCopyLocalizationsForPreferences(const std::vector<std::string_view> &loc
   return ordered;
 }
 
-void setLocaleEnvironmentForTesting(const LocaleEnvironment *environment) noexcept {
-  environmentForTesting = environment;
+void setLocaleEnvironmentForTesting(LocaleEnvironment replacement) {
+  environment() = std::move(replacement);
 }
 
 } // namespace searchsystem

@@ -24,7 +24,7 @@ struct LocaleEnvironment {
 [[nodiscard]] std::vector<std::string_view>
 CFBundleCopyLocalizationsForPreferences(const std::vector<std::string_view> &localizations);
 
-/// Replaces the environment, which is otherwise read once; null restores it. Main thread.
-void setLocaleEnvironmentForTesting(const LocaleEnvironment *environment) noexcept;
+/// Replaces the environment, which is otherwise read once. Main thread.
+void setLocaleEnvironmentForTesting(LocaleEnvironment replacement);
 
 } // namespace searchsystem

@@ -26,17 +26,14 @@ public:
   /// A new instance, or null if memory is short.
   [[nodiscard]] Ref<NSObject> newInstance() const noexcept;
 
-  /// Hides the class of that name, or shows it again.
-  static void hideForTesting(std::string_view name, bool isHidden) noexcept;
+  /// Hides the class of that name, which must live as long, and shows the one hidden before.
+  static void hideForTesting(std::string_view name) noexcept;
 
 private:
-  static NSClass *find(std::string_view name) noexcept;
-
-  static NSClass *first;
+  static const NSClass *first;
   const std::string_view name_;
   const Create create_;
-  NSClass *const next_;
-  bool isHidden_ = false;
+  const NSClass *const next_;
 };
 
 } // namespace searchsystem

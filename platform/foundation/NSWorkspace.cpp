@@ -18,9 +18,9 @@ constexpr std::array<std::string_view, 14> packageExtensions{
 
 bool hasPackageExtension(std::string_view name) noexcept {
   const std::string_view extension = extensionOfName(name);
-  return std::any_of(
-      packageExtensions.begin(), packageExtensions.end(),
-      [&](std::string_view known) { return equalIgnoringASCIICase(extension, known); });
+  return std::ranges::any_of(packageExtensions, [&](std::string_view known) {
+    return equalIgnoringASCIICase(extension, known);
+  });
 }
 
 bool isFilePackage(const FileItem &folder) {

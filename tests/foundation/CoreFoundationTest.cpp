@@ -83,10 +83,10 @@ TEST(Localizations, FollowTheUsersLocale) {
       {"host without English", {"", "", "pl_PL", ""}, {"Dutch", "French"}, {"Dutch"}},
   };
   for (const auto &row : rows) {
-    setLocaleEnvironmentForTesting(&row.environment);
+    setLocaleEnvironmentForTesting(row.environment);
     EXPECT_EQ(CFBundleCopyLocalizationsForPreferences(row.host), row.ordered) << row.name;
   }
-  setLocaleEnvironmentForTesting(nullptr);
+  setLocaleEnvironmentForTesting({});
 }
 
 } // namespace

@@ -92,11 +92,10 @@ TEST_F(LifecycleTest, EncodingOfTheHostsLanguage) {
       {"ja_JP", 1},      {"en_GB", 0},      {"en_US", 0},      {"de_CH", 0x0201}, {"fr_FR", 0x0201},
       {"it_IT", 0x0201}, {"es_ES", 0x0201}, {"nl_NL", 0x0201}, {"pl_PL", 0},      {"", 0}};
   for (const auto &[locale, encoding] : rows) {
-    const LocaleEnvironment environment{"", "", locale, ""};
-    setLocaleEnvironmentForTesting(&environment);
+    setLocaleEnvironmentForTesting({"", "", locale, ""});
     EXPECT_EQ(SearchEngineProbe().engine.getSearchEncoding(), encoding) << locale;
   }
-  setLocaleEnvironmentForTesting(nullptr);
+  setLocaleEnvironmentForTesting({});
 }
 
 } // namespace

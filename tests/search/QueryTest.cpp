@@ -104,13 +104,13 @@ TEST_F(QueryTest, WhatIsMissing) {
               {"NSCompoundPredicate", true, 0.1},
               {"none", false, 0.1}};
   for (const auto &row : rows) {
-    NSClass::hideForTesting(row.hidden, true);
+    NSClass::hideForTesting(row.hidden);
     Request request = makeRequest("n=beach");
     if (!row.hasFolder)
       request.searchFolder = nullptr;
     EXPECT_EQ(search(request), "!");
     EXPECT_TRUE(isAt(hosts[0].endTime, row.end)) << row.hidden;
-    NSClass::hideForTesting(row.hidden, false);
+    NSClass::hideForTesting("");
   }
 }
 
