@@ -4,36 +4,35 @@
 #include "platform/foundation/Ref.h"
 
 #include <cstddef>
+#include <memory>
 #include <string_view>
 
 namespace searchsystem {
 
 /// Bytes.
 ///
-/// The bytes live inside the object. Each thread keeps the memory of its last freed object, unless
-/// large, for the next: reading the beginnings of many files takes one buffer.
 /// Ownership: counted. Threads: any, once it is filled.
 class NSData final : public NSObject {
 public:
   /// An empty object with room for `capacity` bytes. Throws `std::bad_alloc`.
-  static Ref<NSData> withCapacity(std::size_t capacity);
+  static Ref<NSData> withCapacity(std::size_t capacity) {
+    return Ref<NSData>::adopt(new NSData(capacity));
+  }
 
   /// The room, to be filled by the creator.
-  [[nodiscard]] char *mutableBytes() noexcept { return reinterpret_cast<char *>(this + 1); }
+  [[nodiscard]] char *mutableBytes() noexcept { return bytes_.get(); }
 
   /// Sets the number of bytes, at most the capacity.
   void setLength(std::size_t length) noexcept { length_ = length; }
 
-  [[nodiscard]] std::string_view view() const noexcept {
-    return {reinterpret_cast<const char *>(this + 1), length_};
-  }
-
-  static void operator delete(void *memory) noexcept;
+  [[nodiscard]] std::string_view view() const noexcept { return {bytes_.get(), length_}; }
 
 private:
-  NSData() noexcept = default;
+  explicit NSData(std::size_t capacity)
+      : bytes_(std::make_unique_for_overwrite<char[]>(capacity)) {}
   ~NSData() override = default;
 
+  const std::unique_ptr<char[]> bytes_;
   std::size_t length_ = 0;
 };
 
