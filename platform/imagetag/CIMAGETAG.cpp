@@ -18,7 +18,7 @@ namespace {
 /// The EXIF directory's offset (EXIF standard, 4.6.3).
 constexpr std::uint16_t tagExifIFD = 0x8769;
 
-/// The offset of the value behind its record.
+/// The offset of the value, which follows its record.
 constexpr std::size_t valueOffset = (sizeof(IMAGETAG_INFO) + alignof(std::max_align_t) - 1) /
                                     alignof(std::max_align_t) * alignof(std::max_align_t);
 
@@ -37,22 +37,16 @@ void swapBytes(char *value, std::size_t size, std::size_t numberSize) noexcept {
 
 } // namespace
 
-bool CIMAGETAG::openBlock(ImageBytes block) noexcept {
-  tags_ = TIFFBlock::open(block);
-  if (tags_)
-    exifDirectory_ = tags_->directoryAt(tags_->firstDirectory(), tagExifIFD);
-  return tags_.has_value();
-}
-
 std::optional<ImageBytes> CIMAGETAG::open(ImageBytes image) noexcept {
   CloseField();
-  if (!JPEGSegments::isJPEG(image))
-    return openBlock(image) ? std::optional(image) : std::nullopt;
+  const bool isJPEG = JPEGSegments::isJPEG(image);
   JPEGSegments segments(image);
-  while (const auto exif = segments.nextExif())
-    if (openBlock(*exif))
-      return exif;
-  return std::nullopt;
+  std::optional<ImageBytes> block = isJPEG ? segments.nextExif() : image;
+  while (block && !(tags_ = TIFFBlock::open(*block)))
+    block = isJPEG ? segments.nextExif() : std::nullopt;
+  if (tags_)
+    exifDirectory_ = tags_->directoryAt(tags_->firstDirectory(), tagExifIFD);
+  return block;
 }
 
 int CIMAGETAG::CreateField(FileBeginning &file) noexcept { return open(ImageBytes(file)) ? 1 : 0; }

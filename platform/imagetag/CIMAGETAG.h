@@ -50,9 +50,8 @@ public:
   void CloseField() noexcept;
 
 private:
-  /// The block with the tags, if any.
+  /// Finds the tags; returns the block with them, if any.
   std::optional<ImageBytes> open(ImageBytes image) noexcept;
-  bool openBlock(ImageBytes block) noexcept;
 
   std::optional<TIFFBlock> tags_;
   std::optional<std::uint32_t> exifDirectory_;

@@ -4,11 +4,10 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <utility>
 
 namespace searchsystem {
 
@@ -22,19 +21,6 @@ std::int16_t numberOf(const char *text) noexcept {
 }
 
 bool isDigits(const char *text) noexcept { return text[std::strspn(text, "0123456789")] == '\0'; }
-
-/// Writes a number padded with zeros to `width`, minus sign included, and returns its end: "%02d",
-/// but faster.
-char *putNumber(char *text, int number, int width) noexcept {
-  if (number < 0) {
-    *text++ = '-';
-    --width;
-  }
-  std::array<char, 6> digits;
-  const auto result = std::to_chars(digits.begin(), digits.end(), std::abs(number));
-  text = std::fill_n(text, std::max<std::ptrdiff_t>(width - (result.ptr - digits.data()), 0), '0');
-  return std::copy(digits.data(), result.ptr, text);
-}
 
 } // namespace
 
@@ -69,15 +55,11 @@ Ref<const NSString> shootingDateText(const CIMAGETAG &imageTag) {
   if (FS_CheckDate(info->value.bytes, &date) == 0)
     return NSString::create("test");
   // Room for six signed 16-bit numbers and five separators.
-  std::array<char, 48> text;
-  char *end = putNumber(text.data(), date.year, 4);
-  for (const auto &[separator, number] :
-       {std::pair{'/', date.month}, std::pair{'/', date.day}, std::pair{' ', date.hour},
-        std::pair{':', date.minute}, std::pair{':', date.second}}) {
-    *end++ = separator;
-    end = putNumber(end, number, 2);
-  }
-  return NSString::create({text.data(), end});
+  std::array<char, 48> formatted;
+  const int length =
+      std::snprintf(formatted.data(), formatted.size(), "%04d/%02d/%02d %02d:%02d:%02d", date.year,
+                    date.month, date.day, date.hour, date.minute, date.second);
+  return NSString::create({formatted.data(), static_cast<std::size_t>(length)});
 }
 
 } // namespace searchsystem

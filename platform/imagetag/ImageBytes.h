@@ -39,7 +39,7 @@ public:
                             : bytes_.substr(wanted.begin_, wanted.size_);
   }
 
-  /// The contiguous bytes from `offset` on; none only if there is no byte.
+  /// The contiguous bytes from `offset` on; empty only if there are none.
   [[nodiscard]] std::string_view run(std::size_t offset) const noexcept {
     if (file_ == nullptr || offset >= size_)
       return part(offset, size_);

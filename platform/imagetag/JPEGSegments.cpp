@@ -33,38 +33,29 @@ bool JPEGSegments::skipTo(bool isFill) noexcept {
   }
 }
 
-std::optional<JPEGSegments::Segment> JPEGSegments::nextSegment() noexcept {
-  for (;;) {
-    if (!skipTo(true) || !skipTo(false))
-      return std::nullopt;
-    const auto marker = static_cast<unsigned char>(bytes_.run(place_).front());
-    ++place_;
-    if (isAlone(marker))
-      continue;
-    if (marker == startOfScan || marker == endOfImage)
-      return std::nullopt;
-    const std::string_view size = bytes_.part(place_, 2);
-    if (size.size() < 2)
-      return std::nullopt;
-    const std::size_t length = static_cast<std::size_t>(static_cast<unsigned char>(size[0])) << 8 |
-                               static_cast<unsigned char>(size[1]);
-    // The length counts itself.
-    if (length < 2)
-      return std::nullopt;
-    const Segment segment{marker, bytes_.range(place_ + 2, length - 2)};
-    place_ += length;
-    return segment;
-  }
-}
-
 std::optional<ImageBytes> JPEGSegments::nextExif() noexcept {
   // A padding byte follows, which some cameras do not set to zero.
   constexpr std::string_view name("Exif\0", 5);
   constexpr std::size_t nameSize = name.size() + 1;
-  while (const std::optional<Segment> segment = nextSegment())
-    if (segment->marker == application1 && segment->content.size() >= nameSize &&
-        segment->content.part(0, nameSize).starts_with(name))
-      return segment->content.range(nameSize, segment->content.size());
+  while (skipTo(true) && skipTo(false)) {
+    const auto marker = static_cast<unsigned char>(bytes_.run(place_).front());
+    ++place_;
+    if (isAlone(marker))
+      continue;
+    const std::string_view size = bytes_.part(place_, 2);
+    if (marker == startOfScan || marker == endOfImage || size.size() < 2)
+      break;
+    const std::size_t length = static_cast<std::size_t>(static_cast<unsigned char>(size[0])) << 8 |
+                               static_cast<unsigned char>(size[1]);
+    // The length counts itself.
+    if (length < 2)
+      break;
+    const ImageBytes content = bytes_.range(place_ + 2, length - 2);
+    place_ += length;
+    if (marker == application1 && content.size() >= nameSize &&
+        content.part(0, nameSize).starts_with(name))
+      return content.range(nameSize, content.size());
+  }
   return std::nullopt;
 }
 

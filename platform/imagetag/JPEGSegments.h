@@ -24,12 +24,6 @@ public:
   [[nodiscard]] std::optional<ImageBytes> nextExif() noexcept;
 
 private:
-  struct Segment {
-    unsigned char marker;
-    ImageBytes content;
-  };
-
-  [[nodiscard]] std::optional<Segment> nextSegment() noexcept;
   /// Moves to the next byte that is 0xFF, or that is not; false if there is none.
   [[nodiscard]] bool skipTo(bool isFill) noexcept;
 

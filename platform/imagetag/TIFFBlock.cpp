@@ -15,11 +15,12 @@ constexpr std::int16_t typeIFD = 13;
 
 constexpr std::array<std::uint8_t, typeIFD + 1> typeSizes{0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4};
 
-} // namespace
-
+/// The size in bytes of one value of a type, or 0 for an unknown type.
 std::size_t sizeOfTIFFType(std::int16_t type) noexcept {
   return type >= 0 && type <= typeIFD ? typeSizes[static_cast<std::size_t>(type)] : 0;
 }
+
+} // namespace
 
 std::size_t sizeOfTIFFNumber(std::int16_t type) noexcept {
   constexpr std::int16_t typeRational = 5, typeSignedRational = 10;

@@ -56,9 +56,6 @@ private:
   std::uint32_t firstDirectory_ = 0;
 };
 
-/// The size in bytes of one value of a type, or 0 for an unknown type.
-[[nodiscard]] std::size_t sizeOfTIFFType(std::int16_t type) noexcept;
-
 /// The size in bytes of the numbers in a value of a known type.
 [[nodiscard]] std::size_t sizeOfTIFFNumber(std::int16_t type) noexcept;
 
