@@ -2,6 +2,7 @@
 
 #include "platform/foundation/ASCIIText.h"
 #include "platform/foundation/FoldedText.h"
+#include "platform/foundation/PathComponents.h"
 
 #include <algorithm>
 #include <optional>
@@ -34,33 +35,22 @@ LikePattern::LikePattern(std::string_view pattern, bool regardsCase) : regardsCa
   if (units_.size() > 1 && units_.front() == anyText &&
       std::all_of(units_.begin() + 1, units_.end(), isPlainASCII))
     suffix_.assign(units_.begin() + 1, units_.end());
-  for (const char c : suffix_)
-    caseBits_.push_back(!regardsCase && c >= 'a' && c <= 'z' ? 'a' - 'A' : 0);
 }
 
 bool LikePattern::matches(std::string_view name) const {
   if (suffix_.empty())
     return matchesFolded(name);
   std::size_t begin = name.size() - std::min(name.size(), suffix_.size());
-  if (isSuffix(name.substr(begin)))
+  const std::string_view end = name.substr(begin);
+  if (regardsCase_ ? end == suffix_ : equalIgnoringASCIICase(end, suffix_))
     return true;
-  // Each character of the suffix takes one of the name, at most; so only one that stands here can
-  // still become what is looked for.
-  if (isASCII(name.substr(begin)))
+  // Each character of the suffix matches at most one of the name; so only the characters here can
+  // still fold to it.
+  if (isASCII(end))
     return false;
   while (begin > 0 && (static_cast<unsigned char>(name[begin]) & 0xC0) == 0x80)
     --begin;
   return !FoldedText::holdsItsASCII(name.substr(begin)) && matchesFolded(name);
-}
-
-bool LikePattern::isSuffix(std::string_view end) const noexcept {
-  if (end.size() != suffix_.size())
-    return false;
-  for (std::size_t i = 0; i < end.size(); ++i)
-    if ((static_cast<unsigned char>(end[i]) | caseBits_[i]) !=
-        static_cast<unsigned char>(suffix_[i]))
-      return false;
-  return true;
 }
 
 bool LikePattern::matchesFolded(std::string_view name) const {
@@ -74,7 +64,7 @@ bool LikePattern::matchesFolded(std::string_view name) const {
     return i;
   };
   // The text of the last `*` grows until the rest of the pattern matches. Earlier ones need no
-  // other try: what follows each has been found where it first occurs.
+  // retry: what follows each was found where it first occurs.
   std::optional<std::size_t> afterStar;
   std::size_t starEnd = 0;
   std::size_t unit = 0;

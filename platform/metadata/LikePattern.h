@@ -22,7 +22,6 @@ public:
   [[nodiscard]] bool matches(std::string_view name) const;
 
 private:
-  [[nodiscard]] bool isSuffix(std::string_view end) const noexcept;
   [[nodiscard]] bool matchesFolded(std::string_view name) const;
 
   const bool regardsCase_;
@@ -30,8 +29,6 @@ private:
   std::vector<std::int32_t> units_;
   /// What follows a `*` at the beginning, if it is the only wildcard and the rest is ASCII.
   std::string suffix_;
-  /// For each byte of the suffix, the bit that lower case sets and upper case does not.
-  std::vector<unsigned char> caseBits_;
 };
 
 } // namespace searchsystem

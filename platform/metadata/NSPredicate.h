@@ -19,8 +19,8 @@ namespace searchsystem {
 ///     kMDItemFSContentChangeDate > %@   (or <)   the file's own modification date is later
 ///                                (earlier) than the value; one that cannot be read is neither
 ///
-/// `like[c]` and `in[c]` ignore case. A text is in single or double quotes, or is the argument for
-/// `%@`; a date is always an argument.
+/// `like[c]` and `in[c]` ignore case. A text is in single or double quotes, which it does not hold,
+/// or is the argument for `%@`; a date is always an argument.
 ///
 /// Ownership: counted; copies its arguments. Threads: any; immutable.
 class NSPredicate : public NSObject {

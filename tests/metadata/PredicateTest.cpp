@@ -91,7 +91,7 @@ TEST(NSPredicate, FormatsThatAreNotUnderstood) {
     bool isGood;
   } rows[] = {{"kMDItemFSName like[c] '*.pdf'", {}, true},
               {"  kMDItemFSName\tLIKE '*'  ", {}, true},
-              {"kMDItemFSName IN[c]'it\\'s'", {}, true},
+              {"kMDItemFSName IN[c]\"it's\"", {}, true},
               {"kMDItemFSName in \"a\"", {}, true},
               {"kMDItemFSName like %@", {aText}, true},
               {"kMDItemFSContentChangeDate>%@", {aDate}, true},
@@ -104,7 +104,7 @@ TEST(NSPredicate, FormatsThatAreNotUnderstood) {
               {"kMDItemFSName in %@", {aDate}, false},
               {"kMDItemFSName in 'a'", {aText}, false},
               {"kMDItemFSName in 'a", {}, false},
-              {"kMDItemFSName in 'a\\", {}, false},
+              {"kMDItemFSName in 'it's'", {}, false},
               {"kMDItemFSName in 'a' b", {}, false},
               {"kMDItemFSName in[d] 'a'", {}, false},
               {"kMDItemFSName > %@", {aDate}, false},
