@@ -20,10 +20,7 @@ struct FileMoment {
   std::int64_t seconds = 0;
   std::uint32_t nanoseconds = 0;
 
-  friend bool operator==(const FileMoment &, const FileMoment &) = default;
-  friend bool operator<=(const FileMoment &a, const FileMoment &b) noexcept {
-    return a.seconds != b.seconds ? a.seconds < b.seconds : a.nanoseconds <= b.nanoseconds;
-  }
+  friend auto operator<=>(const FileMoment &, const FileMoment &) = default;
 };
 
 /// The status of one file system entry.

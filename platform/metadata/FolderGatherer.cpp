@@ -52,7 +52,7 @@ std::string resolvedFolder(const std::string &path) {
 }
 
 /// The folder that a search scope names, links resolved. If it does not exist, the path is tried
-/// without the blanks around it. Empty when there is no such folder.
+/// without the blanks around it. Empty if there is no such folder.
 std::string resolvedScope(const std::string &scope) {
   std::string folder = resolvedFolder(scope);
   constexpr const char *blanks = " \t";
@@ -103,7 +103,7 @@ void FolderGatherer::processScope(const std::string &scope, FolderQueue::Tasks &
   path_ = resolvedScope(scope);
   if (path_.empty())
     return;
-  // Where memory is short the search does without records.
+  // If memory is short, the search does without records.
   std::shared_ptr<RecordStream> stream;
   if (common_.place)
     tryTwice([&] { stream = RecordStream::open(path_, *common_.place, common_.writer); });
@@ -227,7 +227,7 @@ std::optional<FolderNames> FolderGatherer::list(bool isRecorded, Results &result
 
 void FolderGatherer::keep(const FileStatus &status, std::int64_t volume, bool isLasting,
                           bool isRecorded, const FolderNames &names) {
-  // Of a folder whose record would not last only the key is kept, which leads to those below it.
+  // For a folder whose record would not last only the key is kept, to lead to those below it.
   if ((!isLasting && isRecorded) || !common_.writer.isWanted())
     return;
   IndexRecord record;

@@ -21,8 +21,8 @@ namespace searchsystem {
 
 /// Searches folders for a query: finds the files that meet its predicate, and the sub-folders to
 /// search next. It takes the names in a folder from the folder's record in the index if the change
-/// time still matches; otherwise it reads them from the disk and makes a new record. Whether a
-/// folder may be searched at all it asks the disk each time.
+/// time still matches; otherwise it reads them from the disk and makes a new record. It asks
+/// the disk each time whether a folder may be searched at all.
 ///
 /// Ownership: borrows the members of `Common`. Threads: one at a time.
 class FolderGatherer {
@@ -42,7 +42,7 @@ public:
   explicit FolderGatherer(const Common &common) noexcept : common_(common) {}
 
   /// Does one task. Adds the tasks that follow from it to `tasks`, and the paths of the files found
-  /// to `results`. Where memory is short it starts over once; if that fails too, both lack the
+  /// to `results`. If memory is short it starts over once; if that fails too, both lack the
   /// rest.
   void process(const FolderTask &task, FolderQueue::Tasks &tasks, Results &results) noexcept;
 
@@ -57,8 +57,8 @@ private:
                  RecordStream::Row &row);
 
   /// Searches the folder at `path_` with its names read from the disk. Returns the names, valid
-  /// until the next call; none when the folder cannot be searched. `isRecorded`: the index has a
-  /// record of it, an outdated one.
+  /// until the next call; none if the folder cannot be searched. `isRecorded`: the index has an
+  /// outdated record of it.
   std::optional<FolderNames> list(bool isRecorded, Results &results);
   void keep(const FileStatus &status, std::int64_t volume, bool isLasting, bool isRecorded,
             const FolderNames &names);

@@ -9,8 +9,8 @@
 namespace searchsystem {
 
 /// A folder's path as the index stores it: as bytes, with a NUL before each component instead of
-/// the slash. In the order of their keys a folder comes right before everything below it, and the
-/// sub-folders of one folder are in the order of their names. The root's key is empty.
+/// the slash. In the order of their keys a folder comes directly before everything below it, and
+/// the sub-folders of one folder are in the order of their names. The root's key is empty.
 namespace FolderKey {
 
 /// `path` is absolute, without empty components. Throws `std::bad_alloc`.

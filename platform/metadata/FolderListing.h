@@ -8,8 +8,8 @@
 
 namespace searchsystem {
 
-/// The names in a folder that a search can meet, by kind: neither hidden ones nor sub-folders that
-/// are packages by their names. A NUL ends each name. The sub-folders are in the order of their
+/// The names in a folder that a search uses, by kind: neither hidden ones nor sub-folders whose
+/// names make them packages. A NUL ends each name. The sub-folders are in the order of their
 /// bytes.
 ///
 /// Ownership: borrows the names. Threads: one at a time.

@@ -6,15 +6,6 @@
 
 namespace searchsystem {
 
-void FolderQueue::start() noexcept {
-  std::size_t count = 0;
-  {
-    const LockGuard guard(lock_);
-    count = tasks_.size();
-  }
-  call(count);
-}
-
 void FolderQueue::add(FolderTask task) {
   {
     const LockGuard guard(lock_);

@@ -16,7 +16,7 @@ class RecordStream;
 /// Work that any thread of a query can do.
 struct FolderTask {
   enum class Kind {
-    /// Searches a folder, whatever it is.
+    /// Searches a folder, even if it is hidden, a package or a mount root.
     Scope,
     /// The same, with the names read from the disk.
     ScopeListing,
@@ -39,20 +39,18 @@ class FolderQueue {
 public:
   using Tasks = std::vector<FolderTask>;
 
-  /// Without a team, one thread alone takes the tasks. Nobody is called for `tasks` before `start`.
+  /// Without a team, a single thread takes the tasks. Calls no thread for `tasks`.
   explicit FolderQueue(ThreadTeam *team, Tasks tasks = {}) noexcept
       : team_(team), tasks_(std::move(tasks)) {}
-
-  void start() noexcept;
 
   /// Throws `std::bad_alloc`.
   void add(FolderTask task);
 
-  /// Takes all tasks from `found`; false, and it takes none, where memory is short.
+  /// Takes all tasks from `found`; if memory is short it takes none and returns false.
   bool add(Tasks &found) noexcept;
 
-  /// Does the same, and returns the task to do next: where memory is short, one of `found`. None
-  /// when there is nothing to do, and after `stop`.
+  /// Does the same, and returns the task to do next; if memory is short, one of `found`. None when
+  /// there is nothing to do, and after `stop`.
   [[nodiscard]] std::optional<FolderTask> next(Tasks &found) noexcept;
 
   void stop() noexcept;

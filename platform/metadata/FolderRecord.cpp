@@ -37,7 +37,7 @@ std::uint64_t sumOf(const FolderIdentity &folder, std::string_view record) noexc
 
 bool areWhole(std::string_view names) noexcept { return names.empty() || names.back() == '\0'; }
 
-/// Whether the process may read and enter folders whatever their permissions say.
+/// Nonzero if the process may read and enter folders regardless of their permissions.
 std::uint64_t powersOverFiles() noexcept {
   __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
   std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> data{};

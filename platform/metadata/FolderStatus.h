@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/FileStatus.h"
 
 #include <optional>
@@ -9,6 +10,9 @@ namespace searchsystem {
 /// The status of the folder at `path`, relative to the open folder `folder`; none if that is no
 /// folder or a link. `path` ends with a NUL. Any thread.
 [[nodiscard]] std::optional<FileStatus> folderStatus(int folder, const char *path) noexcept;
+
+/// Opens a folder for calls that do not read it; none on failure, and if it is a link. Any thread.
+[[nodiscard]] FileDescriptor openToExamine(const char *path) noexcept;
 
 /// Longer than a tick of any clock that stamps the changes of folders.
 constexpr std::chrono::milliseconds longestTick{20};

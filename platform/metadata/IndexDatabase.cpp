@@ -20,7 +20,7 @@ constexpr const char *table =
 /// How long a writer waits for another. A reader never waits.
 constexpr int writersPatienceInMilliseconds = 250;
 
-/// A larger index is replaced: most of it must be about folders that are gone.
+/// A larger index is replaced: most of its folders must be gone.
 constexpr std::int64_t mostBytes = std::int64_t{1} << 30;
 
 } // namespace
@@ -91,7 +91,7 @@ IndexFault IndexDatabase::execute(const char *commands) noexcept {
 }
 
 IndexFault IndexDatabase::checkSchema() noexcept {
-  // Reading anything but our table could run code that somebody put into the file.
+  // Reading anything but our table could run code hidden in the file.
   SqliteStatement statement;
   IndexFault fault = statement.prepare(connection_.get(), "SELECT sql FROM sqlite_schema");
   if (fault != IndexFault::None)
@@ -152,21 +152,19 @@ void IndexDatabase::selectTree(std::string_view key) {
   tree_.bind(2, treeEnd_);
 }
 
-bool IndexDatabase::goToNextRow() noexcept {
-  IndexFault fault = IndexFault::None;
-  if (tree_.step(fault)) {
-    rest_ = tree_.bytes(1);
-    return true;
-  }
-  if (fault != IndexFault::None)
-    fail(fault);
-  return false;
-}
-
 std::optional<RecordGroup::Record> IndexDatabase::next() {
-  while (tree_.isOpen() && (!rest_.empty() || goToNextRow())) {
+  while (tree_.isOpen()) {
+    if (rest_.empty()) {
+      IndexFault fault = IndexFault::None;
+      if (!tree_.step(fault)) {
+        if (fault != IndexFault::None)
+          fail(fault);
+        return std::nullopt;
+      }
+      rest_ = tree_.bytes(1);
+    }
     const std::optional<RecordGroup::Record> record = RecordGroup::take(rest_);
-    // In a damaged file the pages may form a ring, or be in any order.
+    // In a damaged file the pages may form a cycle, or be in any order.
     if (!record || (lastKey_ && record->key <= *lastKey_)) {
       fail(IndexFault::Broken);
       return std::nullopt;

@@ -18,9 +18,9 @@ struct sqlite3;
 namespace searchsystem {
 
 /// A connection to the index: records in the order of their keys, several to a row of an SQLite
-/// table, so that several processes can share it and none leaves it half written. A record proves
-/// by itself that it is whole and still valid; so the file need not survive a crash of the system
-/// or any other loss.
+/// table, so that several processes can share it and none leaves it half written. A record
+/// shows whether it is whole and still valid; so the file need not survive a crash of the system or
+/// any other loss.
 ///
 /// Ownership: owns the connection. Threads: one at a time.
 class IndexDatabase {
@@ -69,7 +69,6 @@ private:
   [[nodiscard]] IndexFault checkSchema() noexcept;
   [[nodiscard]] IndexFault makeTable() noexcept;
   [[nodiscard]] IndexFault prepareToRead() noexcept;
-  [[nodiscard]] bool goToNextRow() noexcept;
   void fail(IndexFault fault) noexcept;
 
   // The statement is closed before its connection.

@@ -9,7 +9,7 @@ enum class IndexFault {
   Missing,
   /// For now: it is locked, memory is short, or the disk is full or read-only.
   Unavailable,
-  /// It is damaged, or is no index.
+  /// It is damaged, or is not an index.
   Broken,
 };
 

@@ -22,13 +22,12 @@ public:
   enum class Finding {
     /// No index, but one can be made.
     Nothing,
-    /// A file that nobody but the user can have written.
+    /// A file that only the user can have written.
     Usable,
     /// A file that must not be used, but can be removed.
     Untrusted,
-    /// No index can be made: the cache folder belongs to somebody else or is not on a local disk,
-    /// or
-    /// the index's name is taken by something that is no file.
+    /// No index can be made: the cache folder belongs to another user or is not on a local disk, or
+    /// the index's name belongs to something other than a file.
     Impossible,
   };
   [[nodiscard]] Finding look() const noexcept;

@@ -62,7 +62,7 @@ IndexFault IndexRows::replace(const Row &row, std::span<const RecordGroup::Recor
   std::size_t bytes = 0;
   for (const RecordGroup::Record &record : records)
     bytes += RecordGroup::sizeOf(record);
-  // Rows of about the same size: none is left with next to nothing.
+  // Rows of about the same size, so that none is left almost empty.
   const std::size_t bytesEach = bytes / (bytes / bytesInRow + 1) + 1;
   while (fault == IndexFault::None && !records.empty()) {
     std::size_t count = 0;
@@ -88,7 +88,7 @@ IndexFault IndexRows::change(std::span<const IndexRecord> records,
     if (fault != IndexFault::None)
       return fault;
     const auto isOfRow = [&](std::string_view other) { return !row.next || other < *row.next; };
-    // In a damaged file the rows may form a ring.
+    // In a damaged file the rows may form a cycle.
     if (!isOfRow(key))
       return IndexFault::Broken;
     const auto recordsOfRow = static_cast<std::size_t>(

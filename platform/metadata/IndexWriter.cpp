@@ -9,7 +9,7 @@ namespace searchsystem {
 
 namespace {
 
-/// Writing as many bytes of records takes about ten milliseconds.
+/// Writing this many bytes of records takes about ten milliseconds.
 constexpr std::size_t bytesAtOnce = std::size_t{1} << 20;
 
 /// How much is collected while the disk is slow. What exceeds it is dropped.

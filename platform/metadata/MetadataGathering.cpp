@@ -18,7 +18,7 @@ namespace {
 
 using Clock = MainRunLoop::Clock;
 
-/// May exceed the number of processors: on a slow disk several threads wait at a time.
+/// May exceed the number of processors: on a slow disk several threads wait at once.
 constexpr int fewestThreads = 4;
 constexpr int mostThreads = 8;
 
@@ -31,28 +31,20 @@ constexpr std::size_t manyResults = 256;
 /// How often memory for results is requested before they are lost.
 constexpr int mostTries = 4;
 
-FolderQueue::Tasks tasksOf(const std::vector<std::string> &scopes) {
-  FolderQueue::Tasks tasks;
-  for (const std::string &scope : scopes)
-    tasks.push_back({.kind = FolderTask::Kind::Scope, .path = scope});
-  return tasks;
-}
-
 } // namespace
 
 MetadataGathering::MetadataGathering(NSObject &query, Ref<const NSPredicate> predicate,
-                                     const std::vector<std::string> &scopes,
-                                     std::optional<IndexPlace> place)
+                                     FolderQueue::Tasks scopes, std::optional<IndexPlace> place)
     : ThreadTeam(*this, static_cast<std::size_t>(
                             std::clamp(processorCount(), fewestThreads, mostThreads))),
-      predicate_(std::move(predicate)), place_(std::move(place)), queue_(this, tasksOf(scopes)),
+      predicate_(std::move(predicate)), place_(std::move(place)), queue_(this, std::move(scopes)),
       writer_(place_), query_(&query) {}
 
 Ref<MetadataGathering> MetadataGathering::create(NSObject &query, Ref<const NSPredicate> predicate,
-                                                 const std::vector<std::string> &scopes,
+                                                 FolderQueue::Tasks scopes,
                                                  std::optional<IndexPlace> place) {
   return Ref<MetadataGathering>::adopt(
-      new MetadataGathering(query, std::move(predicate), scopes, std::move(place)));
+      new MetadataGathering(query, std::move(predicate), std::move(scopes), std::move(place)));
 }
 
 MetadataGathering::~MetadataGathering() {
@@ -113,11 +105,8 @@ void MetadataGathering::handOver(Results &results) noexcept {
   if (results.empty() || isStopped_.load(std::memory_order_relaxed))
     return;
   const LockGuard guard(lock_);
-  // A swap takes no memory. What finds none is handed over with the next results, if any.
-  if (gathered_.empty())
-    gathered_.swap(results);
-  else
-    moveToEnd(results, gathered_, mostTries);
+  // What finds no memory is handed over with the next results, if any.
+  moveToEnd(results, gathered_, mostTries);
   postAnnouncement();
 }
 
@@ -131,11 +120,8 @@ void MetadataGathering::postAnnouncement() noexcept {
 
 void MetadataGathering::takeGathered() noexcept {
   const LockGuard guard(lock_);
-  if (results_.empty())
-    results_.swap(gathered_);
-  else
-    moveToEnd(gathered_, results_, mostTries);
-  // Where memory stays short the results are lost, so that the query can end.
+  moveToEnd(gathered_, results_, mostTries);
+  // If memory stays short the results are lost, so that the query can end.
   gathered_.clear();
 }
 
@@ -143,7 +129,7 @@ void MetadataGathering::announce() {
   if (query_ == nullptr)
     return;
   takeGathered();
-  // A handler may give back the last reference to the query.
+  // A handler may release the last reference to the query.
   const Ref<NSObject> query(query_);
   NSNotificationCenter &center = NSNotificationCenter::defaultCenter();
   if (visible_ < results_.size()) {

@@ -8,25 +8,23 @@
 #include <atomic>
 #include <cstddef>
 #include <optional>
-#include <string>
-#include <vector>
 
 namespace searchsystem {
 
 /// One start of a metadata query: threads that gather, and work on the main thread that makes their
 /// results visible, portion by portion, and then reports the end.
 ///
-/// Ownership: counted. The threads and posted work hold references, which they give back on the
-/// main thread; it borrows the query until the end or `stop`.
+/// Ownership: counted. The threads and posted work hold references, which they release on the main
+/// thread; it borrows the query until the end or `stop`.
 /// Threads: main, unless a member says otherwise.
 class MetadataGathering final : public NSObject, private ThreadTeam {
 public:
   /// Posts its notifications with `query` as their object. Throws `std::bad_alloc`.
   static Ref<MetadataGathering> create(NSObject &query, Ref<const NSPredicate> predicate,
-                                       const std::vector<std::string> &scopes,
-                                       std::optional<IndexPlace> place);
+                                       FolderQueue::Tasks scopes, std::optional<IndexPlace> place);
 
-  void start() noexcept { queue_.start(); }
+  /// One thread takes the scopes; it calls others for what it finds there.
+  void start() noexcept { call(1); }
 
   /// Ends it without a notification. Results that are not visible yet are dropped.
   void stop() noexcept;
@@ -56,8 +54,8 @@ private:
     MetadataGathering &gathering_;
   };
 
-  MetadataGathering(NSObject &query, Ref<const NSPredicate> predicate,
-                    const std::vector<std::string> &scopes, std::optional<IndexPlace> place);
+  MetadataGathering(NSObject &query, Ref<const NSPredicate> predicate, FolderQueue::Tasks scopes,
+                    std::optional<IndexPlace> place);
   ~MetadataGathering() override;
 
   /// Gathers until nothing is left to do, on the main thread only a portion.

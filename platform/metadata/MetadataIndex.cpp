@@ -6,30 +6,41 @@
 #include <memory>
 #include <string>
 
+namespace searchsystem {
+
+namespace {
+
+/// What `task` returns for the place of the index; 1 if there is none, 0 if memory is short.
+template <class Task> int atIndexPlace(Task task) noexcept {
+  try {
+    const std::optional<IndexPlace> place = IndexPlace::current();
+    return place ? task(*place) : 1;
+  } catch (...) {
+    return 0;
+  }
+}
+
+} // namespace
+
+} // namespace searchsystem
+
 using namespace searchsystem;
 
 const char *PFMetadataIndexGetPath(void) {
   static NeverDestroyed<std::string> path;
-  try {
-    const std::optional<IndexPlace> place = IndexPlace::current();
-    if (!place)
-      return nullptr;
-    path.get() = place->file();
-    return path.get().c_str();
-  } catch (...) {
-    return nullptr;
-  }
+  atIndexPlace([](const IndexPlace &place) {
+    path.get() = place.file();
+    return 1;
+  });
+  return path.get().empty() ? nullptr : path.get().c_str();
 }
 
 int PFMetadataIndexGetStatus(PFMetadataIndexStatus *status) {
   *status = {};
-  try {
-    const std::optional<IndexPlace> place = IndexPlace::current();
-    if (!place)
-      return 1;
-    status->size = place->sizeOnDisk();
+  return atIndexPlace([status](const IndexPlace &place) {
+    status->size = place.sizeOnDisk();
     IndexFault fault = IndexFault::None;
-    const std::unique_ptr<IndexDatabase> index = IndexDatabase::openToRead(*place, fault);
+    const std::unique_ptr<IndexDatabase> index = IndexDatabase::openToRead(place, fault);
     if (!index)
       return fault == IndexFault::Missing ? 1 : 0;
     const std::optional<IndexDatabase::Totals> totals = index->totals();
@@ -38,18 +49,11 @@ int PFMetadataIndexGetStatus(PFMetadataIndexStatus *status) {
     status->folders = totals->folders;
     status->entries = totals->entries;
     return 1;
-  } catch (...) {
-    return 0;
-  }
+  });
 }
 
 int PFMetadataIndexClear(void) {
-  try {
-    const std::optional<IndexPlace> place = IndexPlace::current();
-    if (!place)
-      return 1;
-    return place->look() != IndexPlace::Finding::Impossible && place->removeFiles() ? 1 : 0;
-  } catch (...) {
-    return 0;
-  }
+  return atIndexPlace([](const IndexPlace &place) {
+    return place.look() != IndexPlace::Finding::Impossible && place.removeFiles() ? 1 : 0;
+  });
 }

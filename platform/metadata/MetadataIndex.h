@@ -1,8 +1,8 @@
 #ifndef PLATFORM_METADATA_METADATAINDEX_H
 #define PLATFORM_METADATA_METADATAINDEX_H
 
-/* The index of the metadata query, for hosts that show it to their user. It is a cache: without it
- * only speed is lost. */
+/* The index of the metadata query, for hosts that show it to their user. It is a cache: losing it
+ * costs only speed. */
 
 #include <stdint.h>
 

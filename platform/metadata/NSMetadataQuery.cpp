@@ -8,7 +8,7 @@
 
 #include <cassert>
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace searchsystem {
 
@@ -17,16 +17,16 @@ namespace {
 const NSClass queryClass("NSMetadataQuery",
                          []() -> Ref<NSObject> { return NSMetadataQuery::create(); });
 
-/// The paths in `scopes`; empty when one of them is no path. Throws `std::bad_alloc`.
-std::vector<std::string> pathsOf(const NSArray *scopes) {
-  std::vector<std::string> paths;
+/// A task for each path in `scopes`; none if one of them is not a path. Throws `std::bad_alloc`.
+FolderQueue::Tasks tasksOf(const NSArray *scopes) {
+  FolderQueue::Tasks tasks;
   for (std::size_t i = 0; scopes != nullptr && i < scopes->count(); ++i) {
     const auto *const path = dynamic_cast<const NSString *>(scopes->objectAtIndex(i));
     if (path == nullptr)
       return {};
-    paths.emplace_back(path->view());
+    tasks.push_back({.kind = FolderTask::Kind::Scope, .path = std::string(path->view())});
   }
-  return paths;
+  return tasks;
 }
 
 } // namespace
@@ -45,12 +45,13 @@ char NSMetadataQuery::startQuery() noexcept {
     return 0;
   bool arePaths = false;
   const bool isReady = tryTwice([&] {
-    const std::vector<std::string> scopes = pathsOf(scopes_.get());
+    FolderQueue::Tasks scopes = tasksOf(scopes_.get());
     arePaths = !scopes.empty();
     if (!arePaths)
       return;
     learnRightsOfProcess();
-    gathering_ = MetadataGathering::create(*this, predicate_, scopes, IndexPlace::current());
+    gathering_ =
+        MetadataGathering::create(*this, predicate_, std::move(scopes), IndexPlace::current());
   });
   if (!isReady || !arePaths)
     return 0;

@@ -16,18 +16,17 @@ namespace searchsystem {
 class MetadataGathering;
 
 /// Finds the files below some folders that meet a predicate: every visible entry that a walk of
-/// those folders would meet, except folders, dangling links, and what lies below a link, a package,
+/// those folders would find, except folders, dangling links, and anything below a link, a package,
 /// a hidden folder or the root of a mounted file system. These rules apply below the folders, not
 /// to the folders themselves. It gathers on its own threads; an index in the user's cache folder
 /// makes it fast. Without the index only speed is lost.
 ///
 /// Results become visible with the progress notifications, at least one with each. While one is
-/// being posted, `resultCount` grows by what has been gathered as the results before are read, for
-/// about 5 ms; so the main thread is busy that long at a time, whatever the handler does with a
-/// result.
+/// being posted, reading the last result makes the next visible, for about 5 ms; so the main thread
+/// is busy that long at a time, however long the handler takes for a result.
 ///
 /// Ownership: counted; holds references to predicate, scopes and results. The last reference is
-/// given back on the main thread. Threads: main only.
+/// released on the main thread. Threads: main only.
 class NSMetadataQuery final : public NSObject {
 public:
   /// Throws `std::bad_alloc`.
@@ -37,7 +36,7 @@ public:
   void setDelegate(NSObject *delegate) noexcept { delegate_ = delegate; }
   [[nodiscard]] NSObject *delegate() const noexcept { return delegate_; }
 
-  /// The condition that results meet. It takes effect at the next start.
+  /// The condition on results. It takes effect at the next start.
   void setPredicate(Ref<const NSPredicate> predicate) noexcept {
     predicate_ = std::move(predicate);
   }
@@ -48,8 +47,8 @@ public:
   void setSearchScopes(Ref<const NSArray> scopes) noexcept { scopes_ = std::move(scopes); }
 
   /// Forgets earlier results, begins to gather and returns 1. Returns 0, and changes nothing, when
-  /// the query is gathering, has no predicate, no scopes or a scope that is no path, or memory is
-  /// short. Posts nothing before it returns.
+  /// the query is gathering, has no predicate, no scopes or a scope that is not a path, or memory
+  /// is short. Posts nothing before it returns.
   [[nodiscard]] char startQuery() noexcept;
 
   /// Stops gathering: visible results stay, the others are dropped, and nothing more is posted.

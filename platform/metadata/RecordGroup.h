@@ -40,7 +40,7 @@ void append(std::string &group, const Record &record);
 
 /// The records of a group, without those of folders that are `gone` and of everything below them,
 /// and with `records`, which replace older ones. Both are in the order of their keys, and no folder
-/// that is gone is below another. None where the group is damaged. The result views all three
+/// that is gone is below another. None if the group is damaged. The result views all three
 /// arguments. Throws `std::bad_alloc`.
 [[nodiscard]] std::optional<std::vector<Record>> merge(std::string_view group,
                                                        std::span<const IndexRecord> records,

@@ -2,19 +2,17 @@
 
 #include "platform/foundation/FileStatus.h"
 #include "platform/foundation/PathComponents.h"
-#include "platform/foundation/SystemCalls.h"
 #include "platform/metadata/FolderKey.h"
+#include "platform/metadata/FolderStatus.h"
 
-#include <fcntl.h>
 #include <new>
-#include <unistd.h>
 #include <utility>
 
 namespace searchsystem {
 
 namespace {
 
-/// Searching a chunk takes a quarter of a millisecond, so that threads seldom meet.
+/// Searching a chunk takes a quarter of a millisecond, so threads rarely wait for each other.
 constexpr std::size_t rowsInChunk = 64;
 constexpr std::size_t bytesInChunk = std::size_t{64} << 10;
 
@@ -34,9 +32,8 @@ std::shared_ptr<RecordStream> RecordStream::open(const std::string &scope, const
     fault = index->fault();
     if (first && first->key == key) {
       std::shared_ptr<RecordStream> stream(new RecordStream(scope, std::move(index), writer));
-      stream->scopeFolder_ = uninterrupted(&SystemCalls::openAt, currentFolder, scope.c_str(),
-                                           O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-      if (stream->scopeFolder_ < 0)
+      stream->scopeFolder_ = openToExamine(scope.c_str());
+      if (!stream->scopeFolder_)
         return nullptr;
       stream->nextRecord_ = first;
       return stream;
@@ -51,11 +48,6 @@ RecordStream::RecordStream(const std::string &scope, std::unique_ptr<IndexDataba
                            IndexWriter &writer)
     : scopeKey_(FolderKey::ofPath(scope)), scopePrefix_(pathWithoutTrailingSlashes(scope)),
       writer_(writer), index_(std::move(index)) {}
-
-RecordStream::~RecordStream() {
-  if (scopeFolder_ >= 0)
-    close(scopeFolder_);
-}
 
 std::unique_ptr<RecordStream::Chunk> RecordStream::read() {
   {
@@ -156,7 +148,7 @@ void RecordStream::mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &ta
   if (name.find('\0') != std::string_view::npos)
     return;
   if (!isExpected(name, tasks)) {
-    // If the folder exists all the same, whoever found it has searched it, or will.
+    // If the folder exists after all, another task searches it.
     if (row.isGone)
       writer_.addGone(key);
     return;

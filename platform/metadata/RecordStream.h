@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/NSLock.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
@@ -16,12 +17,12 @@
 
 namespace searchsystem {
 
-/// The records of a search scope, read once from beginning to end: a folder right before everything
-/// below it. They come in chunks, which several threads search at the same time. For each folder a
-/// thread checks whether it exists and what it holds. Merging the chunks in order then shows
-/// whether all folders above it may be searched, which folders have no record, and which records
-/// have no folder. If memory runs short the stream is given up: what has not been merged is listed
-/// from the disk.
+/// The records of a search scope, read once from beginning to end: each folder directly before
+/// everything below it. They come in chunks, which several threads search at the same time. For
+/// each folder a thread checks whether it exists and what it holds. Merging the chunks in order
+/// then shows whether all folders above it may be searched, which folders have no record, and which
+/// records have no folder. If memory runs short the stream is given up: what has not been merged is
+/// listed from the disk.
 ///
 /// Ownership: shared; owns the connection. Threads: any, unless a member says otherwise.
 class RecordStream {
@@ -58,15 +59,11 @@ public:
   static std::shared_ptr<RecordStream> open(const std::string &scope, const IndexPlace &place,
                                             IndexWriter &writer);
 
-  ~RecordStream();
-  RecordStream(const RecordStream &) = delete;
-  RecordStream &operator=(const RecordStream &) = delete;
-
   /// The scope's key, its path without a slash at the end, and a descriptor of the folder, for
   /// calls that take a path relative to it.
   [[nodiscard]] const std::string &scopeKey() const noexcept { return scopeKey_; }
   [[nodiscard]] const std::string &scopePrefix() const noexcept { return scopePrefix_; }
-  [[nodiscard]] int scopeFolder() const noexcept { return scopeFolder_; }
+  [[nodiscard]] int scopeFolder() const noexcept { return scopeFolder_.number(); }
 
   /// The next chunk; null when the stream has been given up. One thread at a time, and not after
   /// the last chunk. If it throws `std::bad_alloc` the stream must be given up.
@@ -120,7 +117,7 @@ private:
   // Constant.
   const std::string scopeKey_;
   const std::string scopePrefix_;
-  int scopeFolder_ = -1;
+  FileDescriptor scopeFolder_;
   IndexWriter &writer_;
 
   // The reading thread's.

@@ -38,7 +38,7 @@ IndexFault SqliteStatement::prepare(sqlite3 *connection, const char *command) no
 }
 
 void SqliteStatement::bind(int parameter, std::string_view bytes) noexcept {
-  // No bytes are no NULL.
+  // An empty value must not become NULL.
   sqlite3_bind_blob64(statement_.get(), parameter, bytes.empty() ? "" : bytes.data(), bytes.size(),
                       SQLITE_STATIC);
 }

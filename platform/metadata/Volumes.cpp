@@ -8,9 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <fcntl.h>
 #include <linux/magic.h>
-#include <unistd.h>
 
 namespace searchsystem {
 
@@ -49,18 +47,12 @@ const Volumes::Known *Volumes::find(std::uint64_t device) const noexcept {
 std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, const char *path) {
   if (const Known *const known = find(device))
     return known->second;
-  // Reserving first: nothing may throw while the folder is open.
-  known_.reserve(known_.size() + 1);
-  const int folder = uninterrupted(&SystemCalls::openAt, currentFolder, path,
-                                   O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-  if (folder < 0)
+  const FileDescriptor folder = openToExamine(path);
+  if (!folder)
     return std::nullopt;
   // Another folder may have replaced it since `device` was read.
-  const std::optional<FileStatus> status = folderStatus(folder, ".");
-  const std::optional<std::int64_t> volume =
-      status && status->device == device ? volumeOf(device, folder) : std::nullopt;
-  close(folder);
-  return volume;
+  const std::optional<FileStatus> status = folderStatus(folder.number(), ".");
+  return status && status->device == device ? volumeOf(device, folder.number()) : std::nullopt;
 }
 
 std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, int folder) {

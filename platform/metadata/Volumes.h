@@ -7,11 +7,11 @@
 
 namespace searchsystem {
 
-/// Whether a file system keeps the change times of folders reliably, as some local ones are known
-/// to. `type` comes from fstatfs(2).
+/// Whether a file system is one of the local ones known to keep the change times of folders
+/// reliably. `type` comes from fstatfs(2).
 [[nodiscard]] bool isReliableFileSystem(long type) noexcept;
 
-/// Tells file systems apart by more than their device numbers, which change when a disk is mounted
+/// Identifies file systems by more than their device numbers, which change when a disk is mounted
 /// again.
 ///
 /// Threads: one at a time.
