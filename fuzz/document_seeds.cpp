@@ -2,26 +2,14 @@
 // `document_objects` and `document_filters`.
 
 #include "testing/CompressedDocument.h"
+#include "testing/SeedFiles.h"
 
-#include <filesystem>
-#include <fstream>
-#include <iostream>
 #include <string>
-#include <utility>
-
-namespace searchsystem {
-
-using namespace std::string_literals;
-
-} // namespace searchsystem
 
 using namespace searchsystem;
+using namespace std::string_literals;
 
 int main(int argc, char **argv) {
-  if (argc != 2) {
-    std::cerr << "usage: document_seeds FOLDER\n";
-    return 2;
-  }
   using Writer = CompressedDocument;
   Writer updated;
   updated.book({"(one) Tj"}).table();
@@ -52,7 +40,7 @@ int main(int argc, char **argv) {
           .table("/ID[<AB><CD>]/Encrypt 7 0 R")
           .text;
   const std::string deflated = Writer::deflated("<</a[1 0 R(b)]>> 12 0 R (c) Tj 12.5 -7 Td");
-  const std::pair<const char *, std::string> seeds[] = {
+  const Seed seeds[] = {
       {"document_objects/table", Writer().book({"(one) Tj", "(two) Tj"}).table().text},
       {"document_objects/no_table", Writer().book({"(one) Tj"}).text},
       {"document_objects/updated", updated.text},
@@ -71,13 +59,5 @@ int main(int argc, char **argv) {
                                                   "d\x80"},
       {"document_filters/chain", "\1\3\3\0\0\0"s + Writer::deflated(deflated)},
   };
-  for (const auto &[name, bytes] : seeds) {
-    const std::filesystem::path path = argv[1] + "/"s + name;
-    std::filesystem::create_directories(path.parent_path());
-    if (!(std::ofstream(path, std::ios::binary) << bytes).flush()) {
-      std::cerr << "document_seeds: " << path << " cannot be written\n";
-      return 1;
-    }
-  }
-  return 0;
+  return writeSeeds(argc, argv, seeds);
 }

@@ -1,34 +1,22 @@
 // Writes the seeds of the fuzzers of documents' text and fonts into a folder's sub-folders
 // `document_text` and `document_fonts`.
 
+#include "testing/SeedFiles.h"
 #include "testing/TextOf.h"
 
-#include <filesystem>
-#include <fstream>
-#include <iostream>
 #include <string>
-#include <utility>
-
-namespace searchsystem {
-
-using namespace std::string_literals;
-
-} // namespace searchsystem
 
 using namespace searchsystem;
+using namespace std::string_literals;
 
 int main(int argc, char **argv) {
-  if (argc != 2) {
-    std::cerr << "usage: document_text_seeds FOLDER\n";
-    return 2;
-  }
   searchsystem::OnePage page;
   page.content = "BT /F 9 Tf 50 700 Td (one) Tj 0 -12 Td [(t) 20 (wo)] TJ ET /X Do";
   page.page = "/Annots [11 0 R]";
   page.resources = "/XObject << /X 10 0 R >>";
   page.objects = {{11, "<< /AP << /N 10 0 R >> >>"}};
   page.streams = {{10, "/Subtype /Form /Matrix [1 0 0 1 9 9]", "BT (form) Tj ET"}};
-  const std::pair<const char *, std::string> seeds[] = {
+  const Seed seeds[] = {
       // A file, or the content of a page.
       {"document_text/file", "\0"s + page.file()},
       {"document_text/lines", "\1BT /F 9 Tf 12 TL 50 700 Td (exam-) Tj T* (ple) ' 1 2 (x) \" ET"},
@@ -58,9 +46,5 @@ int main(int argc, char **argv) {
        "\x08/Subtype /Type3 /FontMatrix [.01 0 0 .01 0 0] /FontBBox [0 0 9 9] /FirstChar 9 /Widths "
        "[1 2] /Encoding << /Differences [65 /a65 /f_i /uni0041] >>"},
   };
-  for (const auto &[name, bytes] : seeds) {
-    const std::filesystem::path path = argv[1] + "/"s + name;
-    std::filesystem::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
-  }
+  return writeSeeds(argc, argv, seeds);
 }

@@ -1,25 +1,14 @@
 // Writes the seeds of the fuzzer of image tags into a folder.
 
 #include "testing/PhotoFile.h"
+#include "testing/SeedFiles.h"
 
-#include <fstream>
-#include <iostream>
 #include <string>
-#include <utility>
-
-namespace searchsystem {
-
-using namespace std::string_literals;
-
-} // namespace searchsystem
 
 using namespace searchsystem;
+using namespace std::string_literals;
 
 int main(int argc, char **argv) {
-  if (argc != 2) {
-    std::cerr << "usage: image_tag_seeds FOLDER\n";
-    return 2;
-  }
   const auto little = [] {
     return PhotoTags::photo().taken("2005:07:14 09:05:03").text(0, 0x010F, "Maker");
   };
@@ -30,7 +19,7 @@ int main(int argc, char **argv) {
   };
   const auto xmp = jpegSegment(0xE1, "http://ns.adobe.com/xap/1.0/\0<x:xmpmeta/>"s);
   const auto jpeg = [](PhotoTags tags) { return jpegFile({tags.exifSegment()}, 0); };
-  const std::pair<const char *, std::string> seeds[] = {
+  const Seed seeds[] = {
       {"little.tif", little().tiff()},
       {"big.tif", big().tiff(30)},
       {"plain.jpg", jpeg(little())},
@@ -44,10 +33,5 @@ int main(int argc, char **argv) {
       {"numbers.tif",
        little().field(0, 0x0112, 3, 1, "\1\0"s).field(0, 0x011A, 5, 1, "\0\0\0\1\0\0\0\2"s).tiff()},
   };
-  for (const auto &[name, bytes] : seeds)
-    if (!(std::ofstream(argv[1] + "/"s + name, std::ios::binary) << bytes).flush()) {
-      std::cerr << "image_tag_seeds: " << argv[1] << '/' << name << " cannot be written\n";
-      return 1;
-    }
-  return 0;
+  return writeSeeds(argc, argv, seeds);
 }
