@@ -13,7 +13,7 @@ namespace searchsystem {
 
 /// One name of a folder.
 struct DirectoryEntry {
-  /// Ended by a NUL; valid until the listing moves on.
+  /// Ended by a NUL; valid until the next call of `next`.
   std::string_view name;
   /// `Unknown` if the listing does not say.
   FileKind kind = FileKind::Unknown;
@@ -31,8 +31,8 @@ public:
   /// The next name; none at the end and on failure.
   [[nodiscard]] std::optional<DirectoryEntry> next() noexcept;
 
-  /// The name that `next` would return without a system call, if it is known to be a regular
-  /// file's. Valid like that name.
+  /// The name that `next` would return, if that needs no system call and is known to be a regular
+  /// file's. Valid as long as that name.
   [[nodiscard]] std::optional<std::string_view> nextRegularFile() const noexcept;
 
   /// Whether reading has failed, so that names may be missing.

@@ -42,7 +42,7 @@ public:
     return {data_->mutableBytes() + offset, size};
   }
 
-  /// The bytes from `offset` to the end of its step; none only if there is no byte.
+  /// The bytes from `offset` to the end of its step; empty only if there are none.
   [[nodiscard]] std::string_view restOfStep(std::size_t offset) noexcept {
     return part(offset, stepSize - offset % stepSize);
   }

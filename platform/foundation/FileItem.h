@@ -24,12 +24,12 @@ public:
   /// The last component of the path.
   [[nodiscard]] std::string_view name() const noexcept { return name_; }
 
-  /// Whether a listing shows that the item is no folder. A link is none.
+  /// Whether a listing shows that the item is not a folder. A link is not one.
   [[nodiscard]] bool isListedAsNoFolder() const noexcept {
     return listedKind_ != FileKind::Unknown && listedKind_ != FileKind::Folder;
   }
 
-  /// Whether a listing shows that the item is a folder to search: no link, within reach, and not
+  /// Whether a listing shows that the item is a folder to search: not a link, accessible, and not
   /// the root of a mounted file system.
   [[nodiscard]] bool isListedAsPlainFolder() noexcept;
 

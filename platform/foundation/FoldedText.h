@@ -20,7 +20,7 @@ struct FoldedText {
     std::size_t source;
   };
 
-  /// A byte that is not UTF-8 becomes this plus its value, which is no character.
+  /// A byte that is not UTF-8 becomes this plus its value, which is not a code point.
   static constexpr std::int32_t firstByteUnit = 0x110000;
 
   /// Folds the case of `text` if `foldCase`. With `decompose`, canonical equivalents become equal,

@@ -24,8 +24,7 @@ typedef struct {
   int64_t change;
 } PFLocalTime;
 
-/* The meanings of the local time `time`, given in seconds since 1970 as if it were UTC. Any thread.
- */
+/* The meanings of the local time `time`, in seconds since 1970 as if it were UTC. Any thread. */
 PFLocalTime PFLocalTimeMake(int64_t time);
 
 #ifdef __cplusplus

@@ -10,7 +10,7 @@ namespace searchsystem {
 
 /// A descriptor that becomes readable when it is signaled or a deadline passes.
 ///
-/// Ownership: owns the descriptors behind it. Threads: `signal` any, all else one at a time.
+/// Ownership: owns its descriptors. Threads: `signal` any, all else one at a time.
 class LoopDescriptor {
 public:
   /// Null if the system has no descriptors or memory left.

@@ -17,7 +17,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A search that meets a folder while something is being mounted there could have met it before.
+/// A search may miss a mount this recent: it might as well have read the folder just before.
 constexpr std::chrono::milliseconds validity{10};
 
 constexpr int mountPointField = 4;
@@ -45,7 +45,7 @@ std::optional<std::string> readTable() {
 
 bool isOctal(char digit) noexcept { return digit >= '0' && digit <= '7'; }
 
-/// The table escapes blanks, line ends and backslashes as a backslash and three octal digits.
+/// The table writes blanks, line ends and backslashes as a backslash and three octal digits.
 std::string unescaped(std::string_view text) {
   std::string result;
   while (!text.empty()) {
@@ -105,7 +105,7 @@ std::shared_ptr<const MountPoints> MountPoints::recent() noexcept {
       if (const std::optional<std::string> table = readTable())
         latest.mounts = std::make_shared<const MountPoints>(*table);
     } catch (...) {
-      // Without memory the status of every folder is read.
+      // Memory is short: callers read the status of every folder instead.
     }
   }
   return latest.mounts;

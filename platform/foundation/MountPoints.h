@@ -7,8 +7,8 @@
 
 namespace searchsystem {
 
-/// The names of the folders at which file systems are mounted, without their paths. A folder with
-/// another name is no mount root, which spares reading its status.
+/// The names, without paths, of the folders where file systems are mounted. A folder with another
+/// name is not a mount root, and its status need not be read.
 ///
 /// Ownership: a snapshot, shared by those who use it. Threads: any.
 class MountPoints {
@@ -16,14 +16,14 @@ public:
   /// The mounts as of the last few milliseconds; null if they cannot be read or memory is short.
   [[nodiscard]] static std::shared_ptr<const MountPoints> recent() noexcept;
 
-  /// Makes the next call read the table again.
+  /// Makes the next call of `recent` read the table again.
   static void forgetForTesting() noexcept;
 
-  /// The mount points that `table` names, a text in the form of /proc/self/mountinfo (proc(5)).
+  /// The mount points in `table`, a text in the form of /proc/self/mountinfo (proc(5)).
   /// Throws `std::bad_alloc`.
   explicit MountPoints(std::string_view table);
 
-  /// Whether a file system is mounted at some folder of that name.
+  /// Whether a file system is mounted at any folder of that name.
   [[nodiscard]] bool haveName(std::string_view name) const noexcept;
 
 private:

@@ -8,7 +8,7 @@ namespace searchsystem {
 /// Base of every object that is shared by reference counting.
 ///
 /// Ownership: an object is created with one reference, which `Ref<T>::adopt` takes over. It is
-/// destroyed on the thread that gives back the last reference.
+/// destroyed on the thread that releases the last reference.
 /// Threads: counting is atomic; everything else is up to the derived class.
 class NSObject {
 public:

@@ -5,12 +5,12 @@
 
 namespace searchsystem {
 
-/// One job for a thread of its own.
+/// A job that gets its own thread.
 ///
 /// `main` runs on the new thread; its exceptions are dropped. Then the action set by
 /// `performAtExit`, if any, and `ended`, which releases what the job holds, run on the main thread.
-/// Until then the job counts as running. The job object holds all that this needs, so that the end
-/// of a started job is always reported.
+/// Until then the job counts as running. Reporting the end allocates nothing, so a
+/// started job always reports it.
 ///
 /// Ownership: the starter owns the object and keeps it alive until `ended`.
 class ThreadJob : public Work, private Runnable {
@@ -47,11 +47,11 @@ private:
   bool hasThread_ = false;
 };
 
-/// Detached threads. To the library each is new, does one job and ends; idle ones may be reused
-/// underneath. They block all signals.
+/// Detached threads. Each appears new, does one job and ends; the pool may reuse idle ones. They
+/// block all signals.
 class NSThread {
 public:
-  /// Starts `job` on a thread of its own, never waiting for a busy one. If no thread is available,
+  /// Starts `job` on its own thread, never waiting for a busy one. If no thread is available,
   /// the job becomes work of the main loop. Main thread.
   static void detachNewThread(ThreadJob &job) noexcept;
 };

@@ -9,15 +9,15 @@
 
 namespace searchsystem {
 
-/// The bytes that a pattern may begin and end with, to find in a text where it can occur at all.
-/// Any thread.
+/// The first and last bytes of a pattern, in both cases, to find where it may occur in a text. Any
+/// thread.
 struct PatternEnds {
   char first, otherFirst, last, otherLast;
 
   static constexpr std::size_t blockSize = 16;
 
-  /// At which of the `blockSize` positions from `firsts` on a pattern may begin, whose last bytes
-  /// stand from `lasts` on: a bit for each, the lowest for the first.
+  /// A bit for each of the `blockSize` positions from `firsts` on, the lowest for the first: set if
+  /// the pattern may begin there. `lasts` is where it would end if it began at `firsts`.
   [[nodiscard]] std::uint32_t beginsPlainly(const char *firsts, const char *lasts) const noexcept {
     std::uint32_t begins = 0;
     for (std::size_t i = 0; i < blockSize; ++i)

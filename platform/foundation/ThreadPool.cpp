@@ -37,7 +37,7 @@ Runnable *waitForWork() noexcept {
   firstIdle = &self;
   while (self.work == nullptr && self.isCalled.waitUntil(lock, end)) {
   }
-  // The caller took it off the list, which the analyzer does not see.
+  // The caller removed it from the list, which the analyzer cannot see.
   if (self.work != nullptr)
     return self.work; // NOLINT(clang-analyzer-core.StackAddressEscape)
   IdleThread **link = &firstIdle;

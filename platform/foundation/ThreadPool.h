@@ -15,7 +15,7 @@ protected:
 /// seconds without work.
 class ThreadPool {
 public:
-  /// Runs `work`, which is borrowed, on a thread of its own; false if none is available. Any
+  /// Runs `work`, which is borrowed, on its own thread; false if none is available. Any
   /// thread.
   [[nodiscard]] static bool run(Runnable &work) noexcept;
 };

@@ -71,7 +71,7 @@ void ThreadTeam::run() {
     if (!std::exchange(isOnMainThread_, false))
       return;
   }
-  // There may be a thread by now.
+  // A thread may be available by now.
   if (ThreadPool::run(*this))
     return;
   {

@@ -13,7 +13,7 @@ namespace searchsystem {
 /// If no thread is available, the main thread does the work in pieces.
 ///
 /// Ownership: part of its owner, which it retains while any of its threads works and releases on
-/// the main thread. The virtual clock stands still meanwhile.
+/// the main thread. Meanwhile the virtual clock does not advance.
 class ThreadTeam : public Work, private Runnable {
 public:
   ThreadTeam(const ThreadTeam &) = delete;
