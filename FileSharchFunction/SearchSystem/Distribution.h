@@ -50,7 +50,7 @@ public:
   /// Stops the metadata query, once the host's callback has returned.
   void stopQuery() noexcept;
 
-  /// 1 when the path has not been delivered in this search, or memory is too short to tell.
+  /// 1 when the path has not been delivered in this search, or memory is too short to check.
   [[nodiscard]] char checkDuplicatePath(const NSString *path) noexcept;
 
 private:

@@ -24,14 +24,14 @@ namespace searchsystem {
 /// time.
 class ExifAnalysis final : public NSObject {
 public:
-  /// An analysis of nothing yet. Throws `std::bad_alloc`.
+  /// An empty analysis. Throws `std::bad_alloc`.
   static Ref<ExifAnalysis> create();
 
-  /// The analysis of a JPEG or TIFF file; null when it cannot be read or has no EXIF tags. To be
-  /// ended with `endExifAnalysis`.
+  /// The analysis of a JPEG or TIFF file; null when it cannot be read or has no EXIF tags. End it
+  /// with `endExifAnalysis`.
   static Ref<ExifAnalysis> startExifAnalysisAtPath(const NSString *path) noexcept;
 
-  /// The same for an item of which the caller may know more than its path. Reads only what the
+  /// The same for an item whose listing or status the caller may have. Reads only what the
   /// requested tags need. Any thread may set `*isStopped`: from then on every read fails, and tags
   /// that have not been read are absent. The flag may be null; it must outlive the analysis.
   static Ref<ExifAnalysis>
@@ -48,12 +48,12 @@ public:
   /// The text of a tag, or null when the file has no such tag, it is empty or of the wrong type, or
   /// the tag is none of these:
   /// - 0x9003, the date when the photograph was taken, or, when it has none, when it was digitized
-  ///   (0x9004), as "2005/07/14 09:05:03"; "test", which is no date, if the text is not one.
+  ///   (0x9004), as "2005/07/14 09:05:03"; "test", which is not a date, if the text is not one.
   /// - 0x010E, 0x010F, 0x0110, the description, and the maker and model of the camera.
   /// - 0x9286, the user's comment.
   Ref<const NSString> getExifInfo(std::uint32_t tag) noexcept;
 
-  /// Closes the tags and gives back the bytes. Every tag is then absent.
+  /// Closes the tags and releases the bytes. Every tag is then absent.
   void endExifAnalysis() noexcept;
 
   /// The text of a user's comment, an UNDEFINED value that begins with the code of its characters
@@ -69,7 +69,7 @@ private:
   bool hasExifDirectory() noexcept;
 
   Ref<const NSData> _exifData;
-  /// The file, if it is read as far as tags are asked for.
+  /// The file, if only what the requested tags need is read.
   std::optional<FileBeginning> beginning_;
   std::unique_ptr<CIMAGETAG> _imageTag;
 };

@@ -16,7 +16,7 @@ namespace searchsystem {
 struct FolderFindings {
   std::vector<Ref<const NSString>> subFolders;
   std::vector<Ref<const NSString>> files;
-  /// Nothing more is to come.
+  /// No more findings follow.
   bool isLast = false;
 };
 
@@ -30,17 +30,17 @@ public:
 
   [[nodiscard]] const NSString &path() const noexcept { return *path_; }
 
-  /// Has `work` posted as soon as there is something to take. Main thread, one at a time.
+  /// Posts `work` as soon as there is something to take. Main thread, one at a time.
   void await(Work &work) noexcept;
 
   [[nodiscard]] bool isAwaited() const noexcept {
     return waiting_.load(std::memory_order_relaxed) != nullptr;
   }
 
-  /// All that was added since the last time. Main thread.
+  /// Everything added since the last call. Main thread.
   [[nodiscard]] FolderFindings take() noexcept;
 
-  /// Moves `findings` here; where memory stays short some are lost. Returns the work that waits for
+  /// Moves `findings` here; if memory stays short, some are lost. Returns the work that waits for
   /// them, which the caller posts; null if there is none.
   [[nodiscard]] Work *add(FolderFindings &findings) noexcept;
 

@@ -71,7 +71,7 @@ void FolderScan::searchFolder(const NSString &folder) noexcept {
 }
 
 void FolderScan::takeItem(SearchItem &item) noexcept {
-  // Where memory is short the item is passed over, and the next may fare better.
+  // If memory is short, the item is skipped; the next may succeed.
   tryTwice([&] {
     switch (filter_.kindOf(item.file, type_)) {
     case RequestFilter::Kind::Nothing:

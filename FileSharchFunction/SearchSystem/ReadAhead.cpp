@@ -18,8 +18,8 @@ constexpr std::size_t mostThreads = 5;
 constexpr std::size_t mostFoldersAhead = 256;
 
 /// While at least these are left to read, a folder in which no file was found does not wake the
-/// main thread: nobody waits for what it would do. Otherwise a walk for few matches takes 10 % more
-/// time and 12 % more processor time.
+/// main thread, since nothing waits for it. Otherwise a walk for few matches takes 10 %
+/// more time and 12 % more processor time.
 constexpr std::size_t fewFolders = 64;
 
 /// While a worker waits, what was found is handed over when it is this much, or includes a file and
@@ -49,7 +49,7 @@ void ReadAhead::follow(const Paths &paths) noexcept {
       call(1);
     }
   } catch (...) {
-    // Without memory for it a folder is read by its worker.
+    // If memory is short, the folder's worker reads it.
   }
 }
 
@@ -117,7 +117,7 @@ void ReadAhead::read(FolderAhead &folder) noexcept {
     const std::optional<DirectoryEntry> entry = listing->next();
     if (!entry)
       break;
-    // Where memory is short the entry is passed over, and the next may fare better.
+    // If memory is short, the entry is skipped; the next may succeed.
     tryTwice([&] { readEntry(folder, *listing, *entry, findings); });
     if (folder.isAwaited() && areDue()) {
       handOver(folder, findings);

@@ -21,8 +21,8 @@ namespace searchsystem {
 /// In a deep search where content decides, it tests the next files of the workers' folders instead,
 /// so that one folder of documents keeps all processors busy.
 ///
-/// Ownership: part of its owner, which it keeps alive while anything is read, even if nobody waits
-/// for that any more. Threads: main, except where stated.
+/// Ownership: part of its owner, which it keeps alive while anything is read, even if no longer
+/// needed. Threads: main, except where stated.
 class ReadAhead final : private ThreadTeam {
 public:
   using Paths = std::deque<Ref<const NSString>>;
@@ -30,14 +30,13 @@ public:
   /// Once `isCancelled`, nothing more is read. Throws `std::bad_alloc`.
   ReadAhead(const NSObject &owner, const std::atomic<char> &isCancelled);
 
-  /// Has folders read ahead, for files of the class `type`; without this none are. The filter is
-  /// the owner's.
+  /// Enables reading ahead, for files of the class `type`. The owner keeps the filter.
   void begin(const RequestFilter &filter, int type) noexcept {
     filter_ = &filter;
     type_ = type;
   }
 
-  /// Has the folders read that have come to the front of the queue.
+  /// Starts to read the folders that are now at the front of the queue.
   void follow(const Paths &paths) noexcept;
 
   /// The first folder of the queue; null if it is not read ahead.

@@ -22,7 +22,7 @@ public:
   ResultPool(const ResultPool &) = delete;
   ResultPool &operator=(const ResultPool &) = delete;
 
-  /// Frees a large pool on a thread of its own, to keep the main thread free. Main thread.
+  /// Frees a large pool on another thread, so that the main thread is not blocked. Main thread.
   ~ResultPool() {
     freeElsewhere(index_);
     freeElsewhere(paths_);

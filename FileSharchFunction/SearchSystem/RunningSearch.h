@@ -15,7 +15,7 @@ namespace searchsystem {
 /// Ownership: borrows the request until the end. Threads: main, except where stated.
 class RunningSearch : public NSObject {
 public:
-  /// Has the search end after `delay` seconds. The end is reserved for the life of the process, so
+  /// Ends the search after `delay` seconds. The end is reserved for the life of the process, so
   /// that nothing can lose it; while it is scheduled a further call does nothing, so that a search
   /// ends once.
   static void scheduleEnd(double delay) noexcept;
@@ -27,7 +27,7 @@ public:
   /// gets a new one, and reports the end to the callback of the most recent request.
   static void end() noexcept;
 
-  /// Releases the engine, if there is one. Whatever still arrives for it is ignored.
+  /// Releases the engine, if there is one. Messages that still arrive for it are ignored.
   static void releaseSharedSearchEngine() noexcept;
 
   /// Calls a host's callback, if there is one. What it throws is dropped.
@@ -61,7 +61,7 @@ public:
   virtual void stopQuery() noexcept = 0;
 
   /// The request; null before the start and after the end. It stays while workers of the walk run,
-  /// who may read it.
+  /// which may read it.
   const SearchPredicate *_searchPredicate = nullptr;
   /// Any thread may read it.
   std::atomic<char> _bCancel{0};

@@ -21,7 +21,7 @@ namespace searchsystem {
 /// the end of that.
 ///
 /// Ownership: borrows the request until the end. Pending performs, timers and workers hold
-/// references to the engine, which they give back on the main thread. A search waits for the
+/// references to the engine, which they release on the main thread. A search waits for the
 /// workers of its walk; those of the PDF pool and the threads that read ahead may outlive the
 /// request, and use only copies of it. Threads: main, except where stated.
 class SearchEngine final : public RunningSearch {
@@ -108,7 +108,7 @@ public:
   /// Queues a PDF file for a worker, or, with null, notes that a worker has ended. A search neither
   /// uses this pool nor waits for it.
   void PDFSearchPool(const NSString *path) noexcept;
-  /// A worker's body: tests one PDF file, whatever the answer. Worker thread.
+  /// A worker's body: tests one PDF file and ignores the answer. Worker thread.
   void PDFSearchThread(const NSString *path) noexcept;
 
 private:

@@ -136,7 +136,7 @@ void SearchEngine::picUpResultData() noexcept {
     return;
   // The host's callback may run the main loop, and so end the search.
   const Ref<SearchEngine> self(this);
-  // Where memory is short the next notification may fare better.
+  // If memory is short, the next notification tries again.
   tryTwice([&] {
     const std::string base = _isCheckSubFolder == 0 ? baseFolder() : std::string();
     while (static_cast<std::size_t>(_resultCheckCount) < _metaQuery->resultCount()) {

@@ -6,8 +6,8 @@
 
 namespace searchsystem {
 
-/// One item that a search meets: what filters and conditions ask about it, and its full path, which
-/// is built only when needed.
+/// One item of a search: what filters and conditions ask about it, and its full path, which is
+/// built only when needed.
 ///
 /// Ownership: borrows what it is made from. Threads: one at a time.
 class SearchItem {

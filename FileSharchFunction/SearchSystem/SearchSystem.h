@@ -92,8 +92,8 @@ typedef struct SearchPredicate {
    * search narrows to documents, to photographs, or to both.
    *
    * When one is enough, a search through the metadata index with a condition on the content may
-   * report a file twice, unless it looks for contentKeyword in EXIF text. Where searchFolder leads
-   * through a link, it may then, too: once with the path as given, once with the real one. */
+   * report a file twice, unless it looks for contentKeyword in EXIF text. If searchFolder leads
+   * through a link, it may even then: once with the path as given, once with the real one. */
   signed char isAndSearch;
   /* The paths of the only files to look at, as strings, or NULL to search searchFolder. An empty
    * list finds nothing, and elements that are not strings are skipped. A path listed twice is
@@ -144,7 +144,7 @@ SEARCHSYSTEM_EXPORT int32_t SS_SearchStart(SearchPredicate *predicate);
 /* Asks the running search to stop, and returns at once, always with 1. Results that are on their
  * way may still arrive, but no file is read any further, and none whose content is still to be
  * tested counts as a match. The end is reported as always, after the delays described above,
- * however large the files at hand are; it waits only for what the system is reading or listing.
+ * however large the files being read are; it waits only for what the system is reading or listing.
  * Without a search nothing is reported. */
 SEARCHSYSTEM_EXPORT int32_t SS_SearchCancel(void);
 

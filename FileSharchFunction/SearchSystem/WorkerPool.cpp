@@ -36,7 +36,7 @@ void WorkerPool::add(const NSString *path) noexcept {
   if (path == nullptr) {
     --threadCount_;
   } else {
-    // Without memory for its place in the queue the path is passed over.
+    // If memory is short, the path is skipped.
     tryTwice([&] { paths_.emplace_back(path); });
   }
   readAhead_.follow(paths_);
@@ -88,7 +88,7 @@ void WorkerPool::Worker::start(WorkerPool &pool, const Ref<const NSString> &path
 
 void WorkerPool::Worker::ended() noexcept {
   path_ = nullptr;
-  // This object is part of the engine, and may go with it here.
+  // This object is part of the engine, which may be destroyed here.
   const Ref<RunningSearch> search = std::move(search_);
 }
 
@@ -107,7 +107,7 @@ void WorkerPool::WorkerAhead::run() {
   }
   for (std::size_t i = 0; i < mostQueuedAtOnce && queued_ < findings_.subFolders.size(); ++i)
     pool_->add(findings_.subFolders[queued_++].get());
-  // What was met before a cancel, but not handed over, is dropped.
+  // What was found before a cancel, but not handed over, is dropped.
   if (search_->_bCancel != 0)
     handedOver_ = findings_.files.size();
   else if (handedOver_ < findings_.files.size())
@@ -129,7 +129,7 @@ void WorkerPool::WorkerAhead::finished() noexcept {
   queued_ = handedOver_ = 0;
   folder_ = nullptr;
   MainRunLoop::shared().endActivity();
-  // This object is part of the engine, and may go with it here.
+  // This object is part of the engine, which may be destroyed here.
   const Ref<RunningSearch> search = std::move(search_);
 }
 

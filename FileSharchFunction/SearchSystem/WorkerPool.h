@@ -9,9 +9,9 @@
 
 namespace searchsystem {
 
-/// A queue of paths and up to five workers, each of which works on one path, on a thread of its
-/// own. Every path that is queued and every worker that ends starts at most one worker on the first
-/// of the queue. One second after the last worker the pool reports its end.
+/// A queue of paths and up to five workers, each with one path and its own thread. Every path that
+/// is queued and every worker that ends starts at most one worker on the first of the queue. One
+/// second after the last worker the pool reports its end.
 ///
 /// Ownership: part of the engine, which each of its workers and the scheduled end keep alive.
 /// Threads: main, except where stated.
@@ -27,9 +27,9 @@ public:
   /// filter, for files of the class `type`.
   void begin(Body body, const RequestFilter *filter = nullptr, int type = 0) noexcept;
 
-  /// Queues `path`, or, with null, counts a worker less; then starts a worker if one may be.
+  /// Queues `path`, or, with null, counts one worker less; then starts a worker if one may be.
   void add(const NSString *path) noexcept;
-  /// Queues `path` without waiting for that. Throws `std::bad_alloc`. Any thread.
+  /// Queues `path` and returns at once. Throws `std::bad_alloc`. Any thread.
   void addFromWorker(const Ref<const NSString> &path);
   /// Starts a worker on a path that was not queued, whether or not the search is cancelled.
   void startAtOnce(const Ref<const NSString> &path) noexcept;
@@ -39,7 +39,7 @@ public:
   /// Has a file of a worker's folder tested before its turn. Any thread.
   void testAhead(const Ref<FileAhead> &file) noexcept { readAhead_.add(file); }
 
-  /// Wakes the main thread for whatever has been read ahead.
+  /// Wakes the main thread for what has been read ahead.
   void wake() noexcept { readAhead_.postHeldBack(); }
 
 private:
@@ -59,7 +59,7 @@ private:
     Ref<const NSString> path_;
   };
 
-  /// The worker of a folder that is read ahead, which needs no thread: it hands over what was met
+  /// The worker of a folder that is read ahead, which needs no thread: it hands over what was found
   /// there, each file in a turn of the main loop.
   class WorkerAhead final : public Work {
   public:
