@@ -13,23 +13,6 @@
 
 namespace searchsystem {
 
-namespace {
-
-std::optional<std::string> decodeData(std::string_view data, NSStringEncoding encoding) {
-  using enum StringEncoding;
-  static constexpr std::pair<NSStringEncoding, StringEncoding> known[] = {
-      {NSDefaultCStringEncoding, UTF8}, {NSDefaultCStringEncoding, ISOLatin1},
-      {NSASCIIStringEncoding, ASCII},   {NSUTF8StringEncoding, UTF8},
-      {NSUnicodeStringEncoding, UTF16}, {NSISO2022JPStringEncoding, ISO2022JP}};
-  for (const auto &[number, form] : known)
-    if (number == encoding)
-      if (auto text = decodeText(data, form))
-        return text;
-  return std::nullopt;
-}
-
-} // namespace
-
 // The text follows the object in the same allocation, so that a path costs little more than its
 // bytes.
 
@@ -53,8 +36,16 @@ const char *NSString::UTF8String() const noexcept {
 Ref<const NSString> NSString::create(std::string_view bytes) { return join(bytes, {}, {}); }
 
 Ref<const NSString> NSString::initWithData(std::string_view data, NSStringEncoding encoding) {
-  const std::optional<std::string> text = decodeData(data, encoding);
-  return text ? create(*text) : nullptr;
+  using enum StringEncoding;
+  static constexpr std::pair<NSStringEncoding, StringEncoding> known[] = {
+      {NSDefaultCStringEncoding, UTF8}, {NSDefaultCStringEncoding, ISOLatin1},
+      {NSASCIIStringEncoding, ASCII},   {NSUTF8StringEncoding, UTF8},
+      {NSUnicodeStringEncoding, UTF16}, {NSISO2022JPStringEncoding, ISO2022JP}};
+  for (const auto &[number, form] : known)
+    if (number == encoding)
+      if (const std::optional<std::string> text = decodeText(data, form))
+        return create(*text);
+  return nullptr;
 }
 
 Ref<const NSString> NSString::join(std::string_view a, std::string_view b, std::string_view c) {

@@ -1,9 +1,5 @@
 #include "platform/foundation/PathComponents.h"
 
-#include "platform/foundation/ASCIIText.h"
-
-#include <algorithm>
-
 namespace searchsystem {
 
 std::string_view pathWithoutTrailingSlashes(std::string_view path) noexcept {
@@ -26,11 +22,6 @@ std::string_view pathWithoutLastComponent(std::string_view path) noexcept {
     return path.substr(0, trimmed.empty() && !path.empty() ? 1 : 0);
   const std::string_view folder = pathWithoutTrailingSlashes(trimmed.substr(0, slash));
   return folder.empty() ? path.substr(0, 1) : folder;
-}
-
-bool equalIgnoringASCIICase(std::string_view a, std::string_view b) noexcept {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return lowerASCII(x) == lowerASCII(y); });
 }
 
 } // namespace searchsystem

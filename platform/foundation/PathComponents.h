@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/foundation/ASCIIText.h"
+
+#include <algorithm>
 #include <string_view>
 
 namespace searchsystem {
@@ -26,6 +29,9 @@ namespace searchsystem {
 [[nodiscard]] std::string_view pathWithoutTrailingSlashes(std::string_view path) noexcept;
 
 /// Whether two ASCII texts are equal but for the case of their letters.
-[[nodiscard]] bool equalIgnoringASCIICase(std::string_view a, std::string_view b) noexcept;
+[[nodiscard]] inline bool equalIgnoringASCIICase(std::string_view a, std::string_view b) noexcept {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return lowerASCII(x) == lowerASCII(y); });
+}
 
 } // namespace searchsystem

@@ -107,12 +107,11 @@ IndexFault IndexDatabase::checkSchema() noexcept {
 
 IndexFault IndexDatabase::makeTable() noexcept {
   // Another process may be doing the same.
-  for (const char *const command :
-       {"PRAGMA page_size = 8192; PRAGMA auto_vacuum = INCREMENTAL; PRAGMA journal_mode = WAL",
-        "BEGIN IMMEDIATE"})
-    if (const IndexFault fault = execute(command); fault != IndexFault::None)
-      return fault;
-  IndexFault fault = checkSchema();
+  IndexFault fault = execute("PRAGMA page_size = 8192; PRAGMA auto_vacuum = INCREMENTAL; "
+                             "PRAGMA journal_mode = WAL; BEGIN IMMEDIATE");
+  if (fault != IndexFault::None)
+    return fault;
+  fault = checkSchema();
   if (fault == IndexFault::Missing)
     fault = execute(table);
   if (fault == IndexFault::None)
