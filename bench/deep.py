@@ -19,6 +19,7 @@ import unicodedata
 
 from comparison import build, exit_code_of, option_parser, print_table
 from deep_documents import obtain
+from deep_search import measure_search
 from measuring import Series, ToolError, environment, figures, timed
 from programs import installed
 
@@ -266,7 +267,7 @@ def measure_speed(tools, documents, options):
 
 
 def benchmark(options):
-    tools = build(options.build_dir.resolve(), "document_texts", "run_timed")
+    tools = build(options.build_dir.resolve(), "document_texts", "run_timed", "ssfind")
     documents = obtain(options.cache.resolve(), options.only)
     if not documents:
         raise ToolError("no documents")
@@ -275,6 +276,8 @@ def benchmark(options):
         holds = measure_recall(tools, documents, options)
     if options.part in ("speed", "all"):
         measure_speed(tools, documents, options)
+    if options.part in ("search", "all"):
+        measure_search(tools, documents, options)
     return 0 if holds else 1
 
 
@@ -283,7 +286,7 @@ def main():
     parser.add_argument("--cache", type=pathlib.Path,
                         default=pathlib.Path.home() / ".cache" / "searchsystem-bench",
                         help="folder for packages and documents (%(default)s)")
-    parser.add_argument("--part", choices=["documents", "recall", "speed", "all"], default="all")
+    parser.add_argument("--part", choices=["documents", "recall", "speed", "search", "all"], default="all")
     parser.add_argument("--only", default="", help="only documents whose path holds this")
     parser.add_argument("--misses", action="store_true", help="list what was not found")
     parser.add_argument("--timed", type=int, default=300, help="documents that are timed")

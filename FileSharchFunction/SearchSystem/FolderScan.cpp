@@ -140,6 +140,9 @@ void FolderScan::testAhead(SearchItem &item, Judgement judgement) {
 }
 
 void FolderScan::takeFirstAhead() noexcept {
+  // What has been found waits for no test.
+  if (!ahead_.front()->isTested())
+    handOver();
   const Ref<FileAhead> file = std::move(ahead_.front());
   ahead_.pop_front();
   if (file->take())
@@ -148,14 +151,15 @@ void FolderScan::takeFirstAhead() noexcept {
     file->wait();
   if (file->matches())
     tryTwice([&] { addFound(file->path(), file->answers()); });
-  const bool isNextDecided = ahead_.empty() || ahead_.front()->isTested();
-  if (!isNextDecided || found_.size() >= mostFound)
+  if (found_.size() >= mostFound)
     handOver();
 }
 
 void FolderScan::takeTestedAhead() noexcept {
   while (!ahead_.empty() && ahead_.front()->isTested() && search_._bCancel == 0)
     takeFirstAhead();
+  if (!ahead_.empty())
+    handOver();
 }
 
 void FolderScan::takeAllAhead() noexcept {
