@@ -8,7 +8,7 @@ void FileAhead::test() noexcept {
   // Where memory is short the file is passed over, and the next may fare better.
   tryTwice([&] {
     SearchItem item(*path_);
-    matches_ = conditions_->meets(item, test_, answers_);
+    matches_ = conditions_.meets(item, test_, answers_);
   });
   const LockGuard guard(lock_);
   isTested_.store(true);

@@ -18,14 +18,11 @@ namespace searchsystem {
 /// tested it. Threads: any.
 class FileAhead final : public NSObject {
 public:
-  /// One to be tested.
-  FileAhead(Ref<const NSString> path, const ContentConditions &conditions,
-            ContentTest test) noexcept
-      : path_(std::move(path)), conditions_(&conditions), test_(test) {}
-
-  /// One that is known to match.
-  explicit FileAhead(Ref<const NSString> path) noexcept
-      : path_(std::move(path)), isTaken_(true), isTested_(true), matches_(true) {}
+  /// One that `matches` already needs no test.
+  FileAhead(Ref<const NSString> path, const ContentConditions &conditions, ContentTest test,
+            bool matches) noexcept
+      : path_(std::move(path)), conditions_(conditions), test_(test), isTaken_(matches),
+        isTested_(matches), matches_(matches) {}
 
   /// Whether the caller is the first to ask, and so the one to call `test`.
   [[nodiscard]] bool take() noexcept { return !isTaken_.exchange(true); }
@@ -42,12 +39,12 @@ public:
 
 private:
   const Ref<const NSString> path_;
-  const ContentConditions *const conditions_ = nullptr;
-  const ContentTest test_{};
-  std::atomic<bool> isTaken_{false};
-  std::atomic<bool> isTested_{false};
-  /// Written before `isTested_`.
-  bool matches_ = false;
+  const ContentConditions &conditions_;
+  const ContentTest test_;
+  std::atomic<bool> isTaken_;
+  std::atomic<bool> isTested_;
+  /// Written before `isTested_`, as are the answers.
+  bool matches_;
   ContentAnswers answers_;
   NSLock lock_;
   NSCondition tested_;

@@ -131,9 +131,8 @@ void FolderScan::addFound(const Ref<const NSString> &path, const ContentAnswers 
 void FolderScan::testAhead(SearchItem &item, Judgement judgement) {
   if (ahead_.size() >= mostFilesAhead)
     takeFirstAhead();
-  const auto file = Ref<FileAhead>::adopt(judgement == Judgement::Matches
-                                              ? new FileAhead(item.path())
-                                              : new FileAhead(item.path(), content_, contentTest_));
+  const auto file = Ref<FileAhead>::adopt(
+      new FileAhead(item.path(), content_, contentTest_, judgement == Judgement::Matches));
   ahead_.push_back(file);
   if (!file->isTested())
     pool_.testAhead(file);
