@@ -26,8 +26,8 @@ ALLOWED = {
     "platform/foundation": set(),
     "platform/metadata": {"platform/foundation"},
     "platform/imagetag": {"platform/foundation"},
-    "platform/content": {"platform/foundation", "readers/ReadResult.h",
-                         "readers/ReaderProtocol.h"},
+    "platform/content": {"platform/foundation", "readers/ComparedCharacters.h",
+                         "readers/ReadResult.h", "readers/ReaderProtocol.h"},
     "readers": set(),
 }
 

@@ -1,6 +1,7 @@
 #include "platform/content/TextComparison.h"
 
 #include "platform/foundation/ASCIIText.h"
+#include "readers/ComparedCharacters.h"
 #include "readers/ReaderProtocol.h"
 
 #include <algorithm>
@@ -16,14 +17,8 @@ namespace searchsystem {
 namespace {
 
 constexpr std::size_t longestCharacter = 4;
-constexpr char32_t softHyphen = 0xAD;
 /// U+2010, what normalisation makes of other hyphens.
 constexpr std::string_view properHyphen = "\xE2\x80\x90";
-
-/// Unicode's property White_Space, of what normalisation leaves.
-bool isWhiteSpace(char32_t c) noexcept {
-  return c == U' ' || (c >= 9 && c <= 13) || c == 0x85 || c == 0x1680 || c == 0x2028 || c == 0x2029;
-}
 
 void appendCodePoint(std::string &text, utf8proc_int32_t codePoint) {
   std::array<utf8proc_uint8_t, longestCharacter> bytes{};
@@ -46,7 +41,7 @@ void appendFoldedCodePoint(std::string &text, utf8proc_int32_t codePoint) {
     appendCodePoint(text, folded[static_cast<std::size_t>(i)]);
 }
 
-/// The text after compatibility normalisation; empty when it is not UTF-8, which no text equals.
+/// The text after compatibility normalisation.
 std::string normalised(std::string_view text) {
   utf8proc_uint8_t *result = nullptr;
   const auto size = utf8proc_map(
@@ -61,23 +56,42 @@ std::string normalised(std::string_view text) {
   return {reinterpret_cast<const char *>(result), static_cast<std::size_t>(size)};
 }
 
+/// Takes the next character off `text`; -1 for what is not UTF-8.
+utf8proc_int32_t takeCodePoint(std::string_view &text) noexcept {
+  utf8proc_int32_t codePoint = -1;
+  const utf8proc_ssize_t length =
+      utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t *>(text.data()),
+                       static_cast<utf8proc_ssize_t>(text.size()), &codePoint);
+  text.remove_prefix(static_cast<std::size_t>(std::max<utf8proc_ssize_t>(length, 1)));
+  return length > 0 ? codePoint : -1;
+}
+
+/// Without what counts for nothing, and with white space as blanks; empty when it is not UTF-8,
+/// which no text equals.
+std::string cleaned(std::string_view keyword) {
+  std::string result;
+  while (!keyword.empty()) {
+    const utf8proc_int32_t codePoint = takeCodePoint(keyword);
+    if (codePoint < 0)
+      return {};
+    const auto c = static_cast<char32_t>(codePoint);
+    if (isWhiteSpace(c))
+      result.push_back(' ');
+    else if (c != softHyphen && !isDropped(c))
+      appendCodePoint(result, codePoint);
+  }
+  return result;
+}
+
 /// The keyword as it is compared.
 std::string comparable(std::string_view keyword, bool isDistinct) {
-  const std::string text = normalised(keyword);
+  const std::string whole = normalised(cleaned(keyword));
   std::string result;
-  const auto *bytes = reinterpret_cast<const utf8proc_uint8_t *>(text.data());
-  auto left = static_cast<utf8proc_ssize_t>(text.size());
-  for (utf8proc_int32_t codePoint = 0; left > 0;) {
-    const utf8proc_ssize_t length = utf8proc_iterate(bytes, left, &codePoint);
-    if (length <= 0)
-      break;
-    bytes += length;
-    left -= length;
-    const auto c = static_cast<char32_t>(codePoint);
-    if (c == softHyphen)
-      continue;
-    if (isWhiteSpace(c)) {
-      if (result.empty() || result.back() != ' ')
+  for (std::string_view text = whole; !text.empty();) {
+    const utf8proc_int32_t codePoint = takeCodePoint(text);
+    if (codePoint == ' ') {
+      // Normalisation makes blanks, too.
+      if (!result.ends_with(' '))
         result.push_back(' ');
     } else if (isDistinct) {
       appendCodePoint(result, codePoint);
@@ -198,15 +212,11 @@ void TextComparison::appendFolded(std::string_view text) {
     appendLowered(text_, text.substr(0, ascii));
     text.remove_prefix(ascii);
     while (!text.empty() && static_cast<unsigned char>(text.front()) >= 0x80) {
-      utf8proc_int32_t codePoint = 0;
-      const utf8proc_ssize_t length =
-          utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t *>(text.data()),
-                           static_cast<utf8proc_ssize_t>(text.size()), &codePoint);
-      if (length > 0)
+      const char byte = text.front();
+      if (const utf8proc_int32_t codePoint = takeCodePoint(text); codePoint >= 0)
         appendFoldedCodePoint(text_, codePoint);
       else
-        text_.push_back(text.front());
-      text.remove_prefix(static_cast<std::size_t>(std::max<utf8proc_ssize_t>(length, 1)));
+        text_.push_back(byte);
     }
   }
 }

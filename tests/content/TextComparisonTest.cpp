@@ -1,4 +1,6 @@
 #include "platform/content/TextComparison.h"
+#include "readers/documents/NormalisedText.h"
+#include "readers/documents/Utf8.h"
 
 #include <gtest/gtest.h>
 
@@ -53,6 +55,10 @@ constexpr ComparisonCase comparisonCases[] = {
     {"NotUTF8", "the harbour wall", "\xFF", false, false},
     {"OnlySoftHyphens", "text", "\u00AD", false, false},
     {"SoftHyphenInKeyword", "harbour", "har\u00ADbour", true, true},
+    {"OnlyMarks", "text", "\u200E\uFEFF\x01", false, false},
+    {"MarkWithinComposition", "caf\u00E9", "cafe\u200B\u0301", true, true},
+    {"BlankBesideMark", "harbour wall", "harbour \u2060 wall", true, true},
+    {"BlankByNormalisation", "a \u0308", "a \u00A8", true, true},
     {"Overlapping", "ananas", "nas", true, true},
     {"RestartsInside", "aaaaab", "aab", true, true},
     {"Ligature", "o\uFB03ce office", "O\uFB03CE", true, false},
@@ -91,6 +97,28 @@ constexpr ComparisonCase comparisonCases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Comparisons, ComparisonTest, testing::ValuesIn(comparisonCases),
                          [](const auto &row) { return row.param.name; });
+
+TEST(TextComparison, FindsWhatTheReaderMakesOfAnyCharacter) {
+  const std::u32string_view dropped = U"\x01\x1F\x7F\x9F\xAD\u061C\u200B\u200E\u200F\u202A\u202E"
+                                      U"\u2060\u206F\uFEFF\uFFF0\uFFFD\uFFFF\U000E0041\U0010FFFE";
+  for (char32_t c = 1; c <= 0x10FFFF; c += c < 0x11000 || c > 0xDFFFF ? 1 : 0x101) {
+    if (c >= 0xD800 && c < 0xE000)
+      continue;
+    std::string keyword = "a", text;
+    appendUtf8(keyword, c);
+    keyword += 'b';
+    TextTraits traits;
+    // Soft hyphens stay in a line, in case that they end it.
+    if (c == U'\xAD')
+      text = "ab";
+    else
+      text = normalised(keyword, traits);
+    TextComparison comparison(keyword, true);
+    ASSERT_TRUE(comparison.take(text)) << std::hex << static_cast<std::uint32_t>(c);
+    ASSERT_TRUE(dropped.find(c) == dropped.npos || text == "ab")
+        << std::hex << static_cast<std::uint32_t>(c);
+  }
+}
 
 /// Whether `text` from `at` on can be read as `keyword`.
 bool canBeRead(std::string_view text, std::string_view keyword) {
