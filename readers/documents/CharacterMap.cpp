@@ -2,6 +2,7 @@
 
 #include "readers/documents/Arena.h"
 #include "readers/documents/GlyphNames.h"
+#include "readers/documents/NamedMaps.h"
 #include "readers/documents/ObjectParser.h"
 #include "readers/documents/Utf8.h"
 
@@ -15,7 +16,6 @@ namespace {
 constexpr std::size_t mostCodeSpaces = 100;
 constexpr std::size_t mostRanges = 300'000;
 constexpr std::size_t longestText = 500;
-constexpr int deepestBase = 5;
 
 std::uint32_t codeOf(std::string_view bytes) noexcept {
   std::uint32_t code = 0;
@@ -46,8 +46,7 @@ bool CharacterMap::CodeSpace::holds(std::uint32_t code) const noexcept {
 /// Reads the operators that matter of the program that a map is; all else is passed over.
 class CharacterMap::Parser {
 public:
-  Parser(CharacterMap &map, const CharacterMaps &maps, int depth)
-      : map_(map), maps_(maps), depth_(depth) {}
+  Parser(CharacterMap &map, NamedMaps &maps) : map_(map), maps_(maps) {}
 
   void parse(std::string_view program) {
     parser_.reset(program);
@@ -97,20 +96,15 @@ private:
       section_ = Section::textRanges;
     else if (keyword.starts_with("end"))
       section_ = Section::none;
-    else if (keyword == "usecmap" && count_ > 0 && depth_ < deepestBase)
+    else if (keyword == "usecmap" && count_ > 0)
       useMap(operands_[count_ - 1].name());
     else if (keyword == "def" && count_ >= 2 && operands_[count_ - 2].isName("WMode"))
       map_.isVertical_ = operands_[count_ - 1].integer() == 1;
   }
 
   void useMap(std::string_view name) {
-    if (name == "Identity-H" || name == "Identity-V") {
-      map_.base_ = identity(name == "Identity-V");
-    } else if (const std::string program = maps_.read(name); !program.empty()) {
-      auto base = std::make_shared<CharacterMap>();
-      Parser(*base, maps_, depth_ + 1).parse(program);
+    if (auto base = maps_.find(name))
       map_.base_ = std::move(base);
-    }
   }
 
   /// Takes the operands of an entry of the open section as soon as it is whole.
@@ -172,8 +166,7 @@ private:
   }
 
   CharacterMap &map_;
-  const CharacterMaps &maps_;
-  int depth_;
+  NamedMaps &maps_;
   Arena arena_;
   ObjectParser parser_{arena_, ObjectParser::Syntax::content};
   Section section_ = Section::none;
@@ -182,12 +175,11 @@ private:
   std::size_t entries_ = 0;
 };
 
-std::shared_ptr<const CharacterMap> CharacterMap::parse(std::string_view program,
-                                                        const CharacterMaps &maps,
+std::shared_ptr<const CharacterMap> CharacterMap::parse(std::string_view program, NamedMaps &maps,
                                                         std::shared_ptr<const CharacterMap> base) {
   auto map = std::make_shared<CharacterMap>();
   map->base_ = std::move(base);
-  Parser(*map, maps, 0).parse(program);
+  Parser(*map, maps).parse(program);
   if (map->codeSpaces_.empty() && map->base_ != nullptr) {
     map->codeSpaces_ = map->base_->codeSpaces_;
     map->isVertical_ = map->isVertical_ || map->base_->isVertical_;
@@ -203,14 +195,6 @@ std::shared_ptr<const CharacterMap> CharacterMap::identity(bool isVertical) {
   map->isIdentity_ = map->isTwoByte_ = true;
   map->isVertical_ = isVertical;
   return map;
-}
-
-std::shared_ptr<const CharacterMap> CharacterMap::named(std::string_view name,
-                                                        const CharacterMaps &maps) {
-  if (name == "Identity-H" || name == "Identity-V")
-    return identity(name == "Identity-V");
-  const std::string program = maps.read(name);
-  return program.empty() ? nullptr : parse(program, maps);
 }
 
 CharacterMap::Code CharacterMap::firstCode(std::string_view bytes) const noexcept {

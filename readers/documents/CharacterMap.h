@@ -22,6 +22,8 @@ public:
   [[nodiscard]] virtual std::string read(std::string_view name) const = 0;
 };
 
+class NamedMaps;
+
 /// A character map (ISO 32000-2, 9.7.5 and 9.10.3): how strings are cut into codes, and what each
 /// code selects: a character identifier, or text.
 class CharacterMap {
@@ -35,13 +37,10 @@ public:
   /// `program` is the map as it stands in its file. `maps` gives the maps that it builds on.
   /// Time and memory are linear in the bytes.
   [[nodiscard]] static std::shared_ptr<const CharacterMap>
-  parse(std::string_view program, const CharacterMaps &maps,
+  parse(std::string_view program, NamedMaps &maps,
         std::shared_ptr<const CharacterMap> base = nullptr);
   /// Two bytes to a code, which is the identifier, or the character in UTF-16.
   [[nodiscard]] static std::shared_ptr<const CharacterMap> identity(bool isVertical);
-  /// `Identity-H`, `Identity-V` or one of `maps`; null if there is none of that name.
-  [[nodiscard]] static std::shared_ptr<const CharacterMap> named(std::string_view name,
-                                                                 const CharacterMaps &maps);
 
   /// The first code of `bytes`, which are not empty. Bytes outside of all ranges of codes are
   /// passed over one by one.

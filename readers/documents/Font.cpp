@@ -120,8 +120,7 @@ private:
   std::optional<OpenTypeFont> openType_;
 };
 
-Font::Font(Document &document, const CharacterMaps &maps, const Dictionary &dictionary,
-           std::size_t &budget)
+Font::Font(Document &document, NamedMaps &maps, const Dictionary &dictionary, std::size_t &budget)
     : document_(document), maps_(maps), budget_(budget) {
   const std::string_view kind = document_.get(dictionary, "Subtype").name();
   const Object name = document_.get(dictionary, "BaseFont");
@@ -153,19 +152,9 @@ std::string Font::read(const Stream &stream, std::size_t most) {
   return bytes;
 }
 
-std::shared_ptr<const CharacterMap> Font::namedMap(std::string_view name) {
-  // About as large as they are.
-  constexpr std::size_t usualSize = 200'000;
-  if (budget_ < usualSize)
-    return nullptr;
-  if (!name.starts_with("Identity"))
-    budget_ -= usualSize;
-  return CharacterMap::named(name, maps_);
-}
-
 std::shared_ptr<const CharacterMap> Font::readMap(const Object &map, int depth) {
   if (map.isName())
-    return namedMap(map.name());
+    return maps_.find(map.name());
   if (!map.isStream() || depth > deepestMap)
     return nullptr;
   auto base = readMap(document_.get(map.dictionary(), "UseCMap"), depth + 1);
@@ -257,7 +246,7 @@ void Font::readComposite(const Dictionary &dictionary) {
                                  std::string(document_.get(system, "Ordering").string());
   if (collection.starts_with("Adobe-") && collection != "Adobe-Identity" &&
       codeForm_ == CodeForm::other && collection.size() < 40)
-    collection_ = namedMap(collection + "-UCS2");
+    collection_ = maps_.find(collection + "-UCS2");
   if (const Object numbers = document_.get(font, "CIDToGIDMap"); numbers.isStream()) {
     hasGlyphNumbers_ = true;
     glyphNumbers_ = read(*numbers.stream(), 0x20000);

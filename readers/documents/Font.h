@@ -2,6 +2,7 @@
 
 #include "readers/documents/CharacterMap.h"
 #include "readers/documents/Document.h"
+#include "readers/documents/NamedMaps.h"
 
 #include <array>
 #include <cstdint>
@@ -44,8 +45,7 @@ public:
   static constexpr std::size_t mostLongTexts = 10'000;
 
   /// `budget` is how many bytes of programs and maps all fonts of the document may read yet.
-  Font(Document &document, const CharacterMaps &maps, const Dictionary &dictionary,
-       std::size_t &budget);
+  Font(Document &document, NamedMaps &maps, const Dictionary &dictionary, std::size_t &budget);
   Font(const Font &) = delete;
   Font &operator=(const Font &) = delete;
   ~Font();
@@ -94,7 +94,6 @@ private:
 
   /// The most bytes of a stream; the budget may allow fewer.
   [[nodiscard]] std::string read(const Stream &stream, std::size_t most);
-  [[nodiscard]] std::shared_ptr<const CharacterMap> namedMap(std::string_view name);
   void complete(Glyph &glyph, std::uint32_t code);
   [[nodiscard]] std::string rawText(std::uint32_t code);
   void appendSimpleText(std::string &text, unsigned char code);
@@ -103,7 +102,7 @@ private:
   [[nodiscard]] Program &program();
 
   Document &document_;
-  const CharacterMaps &maps_;
+  NamedMaps &maps_;
   std::size_t &budget_;
   Dictionary descriptor_;
   std::string name_;

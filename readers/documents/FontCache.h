@@ -1,6 +1,7 @@
 #pragma once
 
 #include "readers/documents/Font.h"
+#include "readers/documents/NamedMaps.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -47,7 +48,7 @@ private:
   }
 
   Document &document_;
-  const CharacterMaps &maps_;
+  NamedMaps maps_;
   std::size_t budget_ = mostRead;
   std::unordered_map<std::uint32_t, std::unique_ptr<Font>> fonts_;
   std::vector<std::unique_ptr<Font>> unnamed_;

@@ -254,6 +254,25 @@ TEST(Fonts, CompositeFonts) {
   });
 }
 
+TEST(Fonts, ReadAMapOnce) {
+  class CountedMaps final : public CharacterMaps {
+  public:
+    [[nodiscard]] std::string read(std::string_view name) const override {
+      ++reads;
+      return maps().read(name);
+    }
+    mutable int reads = 0;
+  } counted;
+  OnePage page;
+  page.content = "BT 50 700 Td /G 10 Tf <41> Tj /H 10 Tf <42> Tj /I 10 Tf <43> Tj ET";
+  page.font = "/Subtype /Type0 /Encoding /90ms-RKSJ-V /DescendantFonts [<< /CIDSystemInfo << "
+              "/Registry (Adobe) /Ordering (Japan1) >> >>]";
+  page.resources = "/Font << /G 6 0 R /H << " + page.font + " >> /I 10 0 R >>";
+  page.objects = {{10, "<< " + page.font + " >>"}};
+  EXPECT_EQ(textOf(page.file(), counted), "ABC|");
+  EXPECT_EQ(counted.reads, 3);
+}
+
 TEST(Fonts, WhatProgramsSay) {
   const std::string typeOne =
       "%!PS-AdobeFont-1.0\n/Encoding 256 array 0 1 255 {1 index exch /.notdef "
