@@ -1,5 +1,6 @@
 #include "readers/program/CharacterMapFiles.h"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -56,6 +57,18 @@ const Collection collections[] = {
 
 constexpr off_t largestFile = 4 << 20;
 
+/// So many descriptors are left for requests and workers where few are allowed: without a map some
+/// documents lack text, without a descriptor all do.
+constexpr rlim_t otherDescriptors = 32;
+
+/// Maps get lower numbers than this.
+rlim_t mostDescriptors() noexcept {
+  rlimit files{};
+  if (getrlimit(RLIMIT_NOFILE, &files) != 0)
+    return 0;
+  return files.rlim_cur - std::min(files.rlim_cur, otherDescriptors);
+}
+
 } // namespace
 
 CharacterMapFiles::~CharacterMapFiles() {
@@ -64,17 +77,19 @@ CharacterMapFiles::~CharacterMapFiles() {
 }
 
 void CharacterMapFiles::open() {
+  const rlim_t most = mostDescriptors();
   for (const Collection &collection : collections)
     for (const char *const map : collection.maps)
-      openMap(std::string(collection.folder) + '/' + map, map);
+      openMap(std::string(collection.folder) + '/' + map, map, most);
 }
 
-void CharacterMapFiles::openMap(const std::string &path, const char *name) {
+void CharacterMapFiles::openMap(const std::string &path, const char *name, rlim_t most) {
   const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
   if (file < 0)
     return;
   struct stat status {};
-  if (fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= largestFile)
+  if (static_cast<rlim_t>(file) < most && fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
+      status.st_size <= largestFile)
     files_.try_emplace(name, File{file, static_cast<std::size_t>(status.st_size)});
   else
     close(file);

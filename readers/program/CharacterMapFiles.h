@@ -6,6 +6,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <sys/resource.h>
 
 namespace searchsystem {
 
@@ -18,7 +19,7 @@ class CharacterMapFiles final : public CharacterMaps {
 public:
   ~CharacterMapFiles() override;
 
-  /// Opens what there is.
+  /// Opens what there is, as far as the process may have descriptors.
   void open();
 
   [[nodiscard]] std::string read(std::string_view name) const override;
@@ -29,7 +30,7 @@ private:
     std::size_t size;
   };
 
-  void openMap(const std::string &path, const char *name);
+  void openMap(const std::string &path, const char *name, rlim_t most);
 
   std::map<std::string, File, std::less<>> files_;
 };

@@ -1,6 +1,7 @@
 // What a host may notice of the reader program, and what becomes of it.
 
 #include "platform/content/ReaderProcess.h"
+#include "testing/TextOf.h"
 #include "testing/VirtualClock.h"
 #include "tests/content/ServiceFixture.h"
 
@@ -56,8 +57,13 @@ private:
 /// goes.
 int resultInFork(const std::function<int()> &body) {
   const pid_t process = fork();
-  if (process == 0)
-    _exit(body());
+  if (process == 0) {
+    try {
+      _exit(body());
+    } catch (...) {
+      _exit(127);
+    }
+  }
   int status = -1;
   waitpid(process, &status, 0);
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -70,6 +76,25 @@ std::set<std::string> openDescriptors() {
   return descriptors;
 }
 
+/// A limit of the process, while this lives; one that is final stays.
+class Limit {
+public:
+  Limit(__rlimit_resource resource, rlim_t most, bool isFinal) : resource_(resource) {
+    getrlimit(resource, &before_);
+    const rlimit limit{most, isFinal ? most : before_.rlim_max};
+    setrlimit(resource, &limit);
+  }
+  ~Limit() { setrlimit(resource_, &before_); }
+  Limit(const Limit &) = delete;
+  Limit &operator=(const Limit &) = delete;
+
+private:
+  const __rlimit_resource resource_;
+  rlimit before_{};
+};
+
+constexpr int leftBehind = 50, cannotBeTried = 51;
+
 class HostTest : public ServiceFixture {
 protected:
   pid_t starter() { return numberBehind(textOf("look"), "starter "); }
@@ -79,6 +104,28 @@ protected:
     std::vector<pid_t> workers;
     eventually([&] { return !(workers = childrenOf(starter, true)).empty(); });
     return workers.empty() ? -1 : workers.front();
+  }
+
+  /// Asks for "word" with a limit: 0 if it was found, or the reason, or `leftBehind`. To be called
+  /// in a fork of this process.
+  static int reasonUnder(__rlimit_resource resource, rlim_t most, bool isFinal,
+                         const std::string &path) {
+    ContentAnswer answer;
+    const std::set<std::string> before = openDescriptors();
+    {
+      ContentService service;
+      // UndefinedBehaviorSanitizer opens a pipe when an object is made.
+      const auto document = string(path), keyword = string("word");
+      onThread([&] {
+        const Limit limited(resource, most, isFinal);
+        answer = service.documentHolds(*document, *keyword, false);
+      });
+    }
+    const bool hasChild = waitpid(-1, nullptr, WNOHANG) >= 0 || errno != ECHILD;
+    useLimits(limits());
+    return hasChild || openDescriptors() != before ? leftBehind
+           : answer.holds                          ? 0
+                                                   : static_cast<int>(answer.reason);
   }
 };
 
@@ -286,14 +333,16 @@ struct ForbiddenCall {
   const char *name;
   int call;
   int error;
-  /// Forbidden is only the call that makes a process with memory of its own.
-  bool isForkOnly = false;
+  /// Of its first argument these bits must be set like this.
+  unsigned long bits = 0, set = 0;
 };
 
 TEST_F(HostTest, ASystemThatForbids) {
   const ForbiddenCall calls[] = {
       {"clone", SCMP_SYS(clone), EAGAIN},
-      {"fork in the program", SCMP_SYS(clone), EAGAIN, true},
+      {"clone of the program", SCMP_SYS(clone), EAGAIN, CLONE_VFORK | SIGCHLD,
+       CLONE_VFORK | SIGCHLD},
+      {"fork in the program", SCMP_SYS(clone), EAGAIN, CLONE_VM, 0},
       {"pidfd_open", SCMP_SYS(pidfd_open), ENOSYS},
       {"close_range", SCMP_SYS(close_range), ENOSYS},
       {"execve", SCMP_SYS(execve), EACCES},
@@ -309,11 +358,8 @@ TEST_F(HostTest, ASystemThatForbids) {
   for (const ForbiddenCall &forbidden : calls) {
     const int reason = resultInFork([&] {
       scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
-      const auto withOwnMemory = SCMP_A0(SCMP_CMP_MASKED_EQ, CLONE_VM, 0);
-      if (forbidden.isForkOnly)
-        seccomp_rule_add(filter, SCMP_ACT_ERRNO(forbidden.error), forbidden.call, 1, withOwnMemory);
-      else
-        seccomp_rule_add(filter, SCMP_ACT_ERRNO(forbidden.error), forbidden.call, 0);
+      const auto bits = SCMP_A0(SCMP_CMP_MASKED_EQ, forbidden.bits, forbidden.set);
+      seccomp_rule_add(filter, SCMP_ACT_ERRNO(forbidden.error), forbidden.call, 1, bits);
       std::atomic<int> result{-1};
       std::atomic<bool> isForbidden{false};
       std::thread asking([&] {
@@ -334,28 +380,40 @@ TEST_F(HostTest, ASystemThatForbids) {
 }
 
 TEST_F(HostTest, AHostWithFewDescriptors) {
-  ContentService service;
   const std::string path = tree_.file("document", "text\nA word");
   std::set<int> reasons;
   for (rlim_t most = 3; most < 24; ++most)
-    reasons.insert(resultInFork([&] {
-      ContentAnswer answer;
-      std::thread asking([&] {
-        // UndefinedBehaviorSanitizer opens a pipe when an object is made.
-        const auto document = string(path);
-        const auto keyword = string("word");
-        rlimit before{};
-        getrlimit(RLIMIT_NOFILE, &before);
-        const rlimit few{most, before.rlim_max};
-        setrlimit(RLIMIT_NOFILE, &few);
-        answer = service.documentHolds(*document, *keyword, false);
-        setrlimit(RLIMIT_NOFILE, &before);
-      });
-      asking.join();
-      return answer.holds ? 0 : static_cast<int>(answer.reason);
-    }));
+    reasons.insert(resultInFork([&] { return reasonUnder(RLIMIT_NOFILE, most, false, path); }));
   const std::set<int> expected{0, static_cast<int>(UnreadReason::cannotBeOpened),
                                static_cast<int>(UnreadReason::noReader)};
+  EXPECT_EQ(reasons, expected);
+}
+
+TEST_F(HostTest, AProgramWithFewDescriptors) {
+  useLimits(ReaderLimits(), {});
+  OnePage page;
+  page.content = "BT /F 9 Tf 9 700 Td (A word) Tj ET";
+  const std::string path = tree_.file("document", page.file());
+  for (const rlim_t most : {64, 128, 1024})
+    EXPECT_EQ(resultInFork([&] { return reasonUnder(RLIMIT_NOFILE, most, true, path); }), 0);
+}
+
+TEST_F(HostTest, AHostWithFewProcesses) {
+  if (geteuid() != 0)
+    GTEST_SKIP() << "only root can become a user who has no process, and to root no limit applies";
+  constexpr uid_t nobodyElse = 54'321;
+  const std::string path = tree_.file("document", "text\nA word");
+  ASSERT_EQ(chmod(tree_.path().c_str(), 0755), 0);
+  std::set<int> reasons;
+  for (rlim_t most = 1; most < 10; ++most)
+    reasons.insert(resultInFork([&] {
+      if (setresuid(nobodyElse, nobodyElse, nobodyElse) != 0 || access(READER_PROGRAM, X_OK) != 0)
+        return cannotBeTried;
+      return reasonUnder(RLIMIT_NPROC, most, false, path);
+    }));
+  const std::set<int> expected{0, static_cast<int>(UnreadReason::noReader)};
+  if (reasons == std::set{cannotBeTried})
+    GTEST_SKIP() << "the reader program lies where only root may go";
   EXPECT_EQ(reasons, expected);
 }
 
