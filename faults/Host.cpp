@@ -2,6 +2,7 @@
 
 #include "faults/Allocations.h"
 #include "faults/Verdict.h"
+#include "platform/content/Content.h"
 #include "platform/foundation/Gestalt.h"
 #include "platform/foundation/MainLoop.h"
 #include "platform/foundation/Perform.h"
@@ -12,8 +13,15 @@ namespace searchsystem {
 
 namespace {
 
-Paths results;
+Paths results, unreadFiles;
 int ends = 0;
+
+void takeUnread(CFStringRef path, int32_t reason, void * /*context*/) {
+  const Allocations::Exempt exempt;
+  check(ends == 0, "an unread file after the end");
+  check(reason >= PFContentNeedsPassword && reason <= PFContentNoReader, "an unknown reason");
+  unreadFiles.emplace_back(CFStringGetCStringPtr(path, kCFStringEncodingUTF8));
+}
 
 } // namespace
 
@@ -66,6 +74,7 @@ void Host::take(CFStringRef path, int32_t state) {
 
 Paths Host::search(Record &record) {
   results.clear();
+  unreadFiles.clear();
   ends = 0;
   mustGoOnWithin(120);
   SS_SearchStart(&record.predicate);
@@ -79,14 +88,26 @@ Paths Host::search(Record &record) {
   return results;
 }
 
+Paths Host::unread() {
+  std::sort(unreadFiles.begin(), unreadFiles.end());
+  check(std::adjacent_find(unreadFiles.begin(), unreadFiles.end()) == unreadFiles.end(),
+        "an unread file is told twice");
+  return unreadFiles;
+}
+
 void Host::settle() {
   // The virtual clock advances only when no thread is at work.
   class Stop final : public TimedWork {
     void fire() override { MainRunLoop::shared().stop(); }
     void finished() noexcept override {}
   } stop;
-  MainRunLoop::shared().schedule(stop, std::chrono::seconds(10));
+  MainRunLoop::shared().schedule(stop, std::chrono::seconds(12));
   CFRunLoopRun();
+}
+
+void searchDeep(bool isDeep) {
+  PFContentSetDepth(isDeep ? PFContentDeep : PFContentPlain);
+  PFContentSetUnreadCallback(isDeep ? takeUnread : nullptr, nullptr);
 }
 
 void useIndex(bool isUsed) {

@@ -56,9 +56,15 @@ public:
   /// The callback for the records of `search`.
   static void take(CFStringRef path, int32_t state);
 
-  /// Runs the loop until the library is idle.
+  /// The paths of what could not be read in the last search, in alphabetical order.
+  static Paths unread();
+
+  /// Runs the loop until the library is idle and has given back what it keeps for another search.
   static void settle();
 };
+
+/// Whether searches are deep; those of what they cannot read then come to `Host::unread`.
+void searchDeep(bool isDeep);
 
 /// Whether the library may use the index.
 void useIndex(bool isUsed);

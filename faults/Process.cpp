@@ -6,6 +6,8 @@
 #include <fstream>
 #include <iterator>
 #include <malloc.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 #include <thread>
 
 namespace searchsystem {
@@ -31,6 +33,19 @@ Holdings Holdings::now() {
   const struct mallinfo2 memory = mallinfo2();
   holdings.allocated = static_cast<long>((memory.uordblks + memory.hblkhd) / 1024);
   return holdings;
+}
+
+void adoptDescendants() { prctl(PR_SET_CHILD_SUBREAPER, 1); }
+
+bool areDescendantsGone() {
+  for (int i = 0; i < 10'000; ++i) {
+    const pid_t process = waitpid(-1, nullptr, WNOHANG);
+    if (process < 0)
+      return true;
+    if (process == 0)
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return false;
 }
 
 std::string openDescriptors() {

@@ -15,6 +15,12 @@ struct Holdings {
   static Holdings now();
 };
 
+/// Has this process adopt what its descendants leave behind, so that none of it goes unseen.
+void adoptDescendants();
+
+/// Waits, for some seconds at most, until the process has no child any more; whether it has none.
+bool areDescendantsGone();
+
 /// The targets of the process's descriptors, for a message.
 std::string openDescriptors();
 

@@ -1,6 +1,7 @@
 #include "faults/Searches.h"
 
 #include "platform/foundation/LocalTime.h"
+#include "testing/CompressedDocument.h"
 #include "testing/DocumentWriter.h"
 #include "testing/PhotoFile.h"
 
@@ -27,6 +28,11 @@ void makeSmallTree(TemporaryTree &tree) {
     tree.setModified(name, ++time);
 }
 
+void addDeepDocuments(TemporaryTree &tree) {
+  tree.file("in/8packed.pdf", CompressedDocument::showing("the beach"));
+  tree.file("in/9broken.pdf", "no document");
+}
+
 const std::vector<Way> &allWays() {
   const std::string named = "1beach.jpg 2Beach.pdf in/4beach.tif in/deep/6beach.pct "
                             "in/deep/link beach.jpg shelf.doc/7beach.jpg";
@@ -35,6 +41,8 @@ const std::vector<Way> &allWays() {
   anyContent.any = true;
   Wanted anything = anyContent;
   anything.name = "beach";
+  const std::string deep =
+      "1beach.jpg 2Beach.pdf 3other.jpg in/4beach.tif in/5other.pdf in/8packed.pdf";
   const Wanted shot{.content = "beach", .isInExif = true, .shotFrom = 284'000'000};
   static const std::vector<Way> ways{
       {"walk", {.name = "beach"}, false, false, named},
@@ -66,6 +74,10 @@ const std::vector<Way> &allWays() {
       {"index and content walk", anything, true, false,
        "1beach.jpg 2Beach.pdf 3other.jpg in/4beach.tif in/5other.pdf in/deep/6beach.pct "
        "in/deep/link beach.jpg shelf.doc/7beach.jpg"},
+      {"deep, content", content, false, false, deep, true, "in/9broken.pdf"},
+      {"deep, any content", anyContent, false, false, deep, true, "in/9broken.pdf"},
+      {"deep list, content", content, false, true, deep, true, "in/9broken.pdf"},
+      {"deep index", {.name = "beach"}, true, false, named, true},
   };
   return ways;
 }
@@ -76,8 +88,9 @@ std::unique_ptr<Record> makeRecord(const Way &way, const std::string &tree,
   if (!way.isList)
     return record;
   Paths list;
-  for (const char *const name : {"1beach.jpg", "2Beach.pdf", "3other.jpg", "in/4beach.tif",
-                                 "in/5other.pdf", "in/deep/6beach.pct", "in/beach.txt", "missing"})
+  for (const char *const name :
+       {"1beach.jpg", "2Beach.pdf", "3other.jpg", "in/4beach.tif", "in/5other.pdf",
+        "in/deep/6beach.pct", "in/beach.txt", "missing", "in/8packed.pdf", "in/9broken.pdf"})
     list.push_back(tree + "/" + name);
   record->setList(list);
   return record;

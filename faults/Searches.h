@@ -20,13 +20,21 @@ namespace searchsystem {
 /// before.
 void makeSmallTree(TemporaryTree &tree);
 
+/// Adds in/8packed.pdf, in which only a deep search finds "beach", and in/9broken.pdf, which
+/// nothing can read.
+void addDeepDocuments(TemporaryTree &tree);
+
 /// One way through the library.
 struct Way {
   const char *name;
   Wanted wanted;
   bool usesIndex, isList;
-  /// The paths found in the small tree, relative to it, in alphabetical order.
+  /// The paths found in the small tree with its deep documents, relative to it, in alphabetical
+  /// order.
   std::string found;
+  /// A deep search, and the paths of what it cannot read.
+  bool isDeep = false;
+  std::string unread = {};
 };
 
 /// All of them.

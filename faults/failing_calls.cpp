@@ -200,6 +200,7 @@ class FailingCalls {
 public:
   explicit FailingCalls(bool isQuick) : isQuick_(isQuick) {
     makeSmallTree(tree_);
+    addDeepDocuments(tree_);
     IndexPlace::setCacheFolderForTesting(cache_.path());
     setSystemCallsForTesting(&calls_);
   }
@@ -209,6 +210,7 @@ public:
 
   void run(const Way &way) {
     useIndex(way.usesIndex);
+    searchDeep(way.isDeep);
     const std::unique_ptr<Record> record = makeRecord(way, tree_.path(), Host::take);
     record_ = record.get();
     for (const bool isWarm : {false, true}) {
@@ -220,6 +222,8 @@ public:
       all_ = searchCleanly();
       check(relative(all_, tree_.path()) == way.found,
             "without a fault it finds " + relative(all_, tree_.path()));
+      check(relative(Host::unread(), tree_.path()) == way.unread,
+            "without a fault it cannot read " + relative(Host::unread(), tree_.path()));
       searchCleanly();
       descriptors_ = Holdings::now().descriptors;
       failAllocations();
@@ -247,6 +251,7 @@ private:
 
   void judgeHoldings() {
     const int descriptors = Holdings::now().descriptors;
+    check(areDescendantsGone(), "processes left behind");
     if (!check(descriptors == descriptors_, std::to_string(descriptors - descriptors_) +
                                                 " descriptors left open:" + openDescriptors()))
       descriptors_ = descriptors;
@@ -320,7 +325,9 @@ private:
     const bool mayBeLost =
         failing.error != EINTR && failing.error != shortRead &&
         (call == Open || call == List || call == Status || call == Resolve || call == Read);
-    for (const std::string &path : without(all_, found))
+    // Without a thread of its own a worker has nothing read deep, and says so.
+    const Paths told = call == Thread ? Host::unread() : Paths();
+    for (const std::string &path : without(without(all_, found), told))
       check(mayBeLost && (lasts || isAbout(failing.path, path)),
             "has lost " + path + ", though what failed was about " + failing.path);
   }
@@ -353,6 +360,7 @@ int main(int argc, char **argv) {
     else
       chosen = argv[i];
   Allocations::watchSQLite();
+  adoptDescendants();
   const int threadsBefore = threadsAtRest();
   int searches = 0;
   {

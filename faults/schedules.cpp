@@ -1,6 +1,6 @@
 // Random orders of what a host may do: starts, second starts, cancels, changes of the index's use,
 // from inside callbacks, before the loop runs and while workers wait; slow callbacks, callbacks
-// that run the loop; and hosts that exit in mid-search.
+// that run the loop; hosts that exit in mid-search; reader processes that are killed at any time.
 //
 //     schedules [--searches COUNT] [--seconds MOST] [--seed FIRST]
 //
@@ -8,8 +8,11 @@
 // threads allow.
 
 #include "faults/Process.h"
+#include "faults/ReaderKiller.h"
 #include "faults/Searches.h"
 #include "faults/Verdict.h"
+#include "platform/content/Content.h"
+#include "platform/content/ReaderConnection.h"
 #include "platform/foundation/MainLoop.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/MetadataIndex.h"
@@ -20,6 +23,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <poll.h>
 #include <random>
 #include <spawn.h>
@@ -57,6 +61,10 @@ public:
     mustGoOnWithin(120);
     setIndexAllowed(chance(2) != 0);
     startsLeft_ = 1 + static_cast<int>(chance(3));
+    std::optional<ReaderKiller> killer;
+    if (chance(4) == 0)
+      killer.emplace(seed_);
+    readersDie_ = killer.has_value();
     if (chance(8) == 0)
       cancel();
     start();
@@ -66,8 +74,13 @@ public:
       actFromOutside();
       step();
     }
+    killer.reset();
     Host::settle();
     check(!isRunning_, "the end is owed");
+    check(areDescendantsGone(), "processes left behind");
+    // A reader that could not be started is not tried again for a while.
+    if (readersDie_)
+      ReaderConnection::shared().useForTesting({}, {});
     return ends_;
   }
 
@@ -122,6 +135,28 @@ private:
     isInResult_ = false;
   }
 
+public:
+  static void toldUnread(CFStringRef path, std::int32_t reason, void * /*context*/) {
+    check(current != nullptr, "an unread file without a search");
+    if (current != nullptr)
+      current->toldUnread(CFStringGetCStringPtr(path, kCFStringEncodingUTF8), reason);
+  }
+
+private:
+  void toldUnread(const std::string &path, std::int32_t reason) {
+    check(isRunning_, "an unread file when no search runs");
+    check(!isInResult_, "an unread file inside a result");
+    check(ways_[searched_]->isDeep, "an unread file of a plain search");
+    const bool isLost = reason == PFContentReaderCrashed || reason == PFContentNoReader;
+    check((reason == PFContentDamaged && path == tree_ + "/in/9broken.pdf") ||
+              (readersDie_ && isLost),
+          path + " is unread for the reason " + std::to_string(reason));
+    check(std::find(unread_.begin(), unread_.end(), path) == unread_.end(),
+          path + " is told to be unread twice");
+    unread_.push_back(path);
+    act();
+  }
+
   void toldEnd(std::size_t number) {
     check(isRunning_, "an end when no search runs");
     check(!isInResult_, "an end inside a result");
@@ -136,11 +171,16 @@ private:
   }
 
   void judgeResults() {
-    std::sort(found_.begin(), found_.end());
-    const std::string found = relative(found_, tree_);
-    const Way &way = *ways_[searched_];
-    if (isWhole_)
-      check(found == expected_, std::string(way.name) + ": found " + found + ", not " + expected_);
+    if (!isWhole_)
+      return;
+    // What could not be read may not be missed without a word.
+    Paths known = found_;
+    for (const std::string &path : unread_)
+      if (std::find(expected_.begin(), expected_.end(), path) != expected_.end())
+        known.push_back(path);
+    std::sort(known.begin(), known.end());
+    check(known == expected_, std::string(ways_[searched_]->name) + ": found " +
+                                  relative(known, tree_) + ", not " + relative(expected_, tree_));
   }
 
   void setIndexAllowed(bool isAllowed) {
@@ -163,6 +203,7 @@ private:
       isRunning_ = true;
       searched_ = latest_;
       found_.clear();
+      unread_.clear();
       const Way &way = *ways_[searched_];
       const bool wantsIndex = isIndexAllowed_ && !way.isList;
       expected_ = expectedResults(way, wantsIndex);
@@ -170,11 +211,12 @@ private:
     } else {
       isWhole_ = false;
     }
+    PFContentSetDepth(ways_[latest_]->isDeep ? PFContentDeep : PFContentPlain);
     SS_SearchStart(&records_[latest_]->predicate);
   }
 
   /// What the way finds by the walk or by the index: they differ in kinds and dates.
-  std::string expectedResults(const Way &way, bool byIndex) const {
+  static Paths expectedResults(const Way &way, bool byIndex) {
     for (const auto &[known, isByIndex, found] : answers)
       if (known == &way && isByIndex == byIndex)
         return found;
@@ -192,7 +234,7 @@ private:
   void act() {
     if (unrest_ == 0 || chance(40) >= unrest_)
       return;
-    switch (chance(4)) {
+    switch (chance(5)) {
     case 0:
       cancel();
       break;
@@ -202,6 +244,10 @@ private:
       break;
     case 2:
       setIndexAllowed(chance(2) != 0);
+      break;
+    case 3:
+      // In force from the next start on.
+      PFContentSetDepth(static_cast<int>(chance(2)));
       break;
     default:
       PFMetadataIndexClear();
@@ -237,7 +283,7 @@ public:
   struct Answer {
     const Way *way;
     bool byIndex;
-    std::string found;
+    Paths found;
   };
   static inline std::vector<Answer> answers;
 
@@ -258,10 +304,11 @@ private:
   bool isRunning_ = false, isInResult_ = false;
   /// Nothing has disturbed the search, so it must find everything.
   bool isWhole_ = false;
+  /// Reader processes may be killed.
+  bool readersDie_ = false;
   std::size_t searched_ = 0, latest_ = 0;
   int ends_ = 0;
-  Paths found_;
-  std::string expected_;
+  Paths found_, unread_, expected_;
 };
 
 /// What each way finds when nothing disturbs it.
@@ -269,10 +316,14 @@ void learnAnswers(const std::string &tree) {
   for (const Way &way : allWays())
     for (const bool byIndex : {false, true}) {
       useIndex(byIndex);
+      searchDeep(way.isDeep);
       doing = way.name;
       const std::unique_ptr<Record> record = makeRecord(way, tree, Host::take);
-      RandomHost::answers.push_back({&way, byIndex, relative(Host::search(*record), tree)});
+      RandomHost::answers.push_back({&way, byIndex, Host::search(*record)});
+      const Paths &found = RandomHost::answers.back().found;
+      check(!way.isDeep || relative(found, tree) == way.found, "found " + relative(found, tree));
     }
+  PFContentSetUnreadCallback(RandomHost::toldUnread, nullptr);
 }
 
 /// Runs this program as a host that exits in mid-search; returns what was wrong with its end.
@@ -291,6 +342,7 @@ void runExitingHost(const char *program, const std::string &tree, const std::str
   waitpid(child, &status, 0);
   check(WIFEXITED(status) && WEXITSTATUS(status) == 0,
         "ends with status " + std::to_string(status));
+  check(areDescendantsGone(), "processes left behind");
 }
 
 std::uint64_t numberOf(const char *text) { return std::strtoull(text, nullptr, 10); }
@@ -306,6 +358,7 @@ int main(int argc, char **argv) {
     const VirtualClock clock;
     IndexPlace::setCacheFolderForTesting(argv[4]);
     mustGoOnWithin(60);
+    PFContentSetUnreadCallback(RandomHost::toldUnread, nullptr);
     RandomHost(argv[3], numberOf(argv[2])).runAndExit();
   }
   std::uint64_t searches = 2000, seed = 1, seconds = 60;
@@ -319,7 +372,9 @@ int main(int argc, char **argv) {
   TemporaryTree tree;
   const TemporaryTree cache;
   makeSmallTree(tree);
+  addDeepDocuments(tree);
   IndexPlace::setCacheFolderForTesting(cache.path());
+  adoptDescendants();
   const int threadsBefore = threadsAtRest();
   learnAnswers(tree.path());
   static_cast<void>(PFMainLoopGetDescriptor());

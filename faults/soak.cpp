@@ -67,6 +67,8 @@ int main(int argc, char **argv) {
   const TemporaryTree cache;
   IndexPlace::setCacheFolderForTesting(cache.path());
   makeSmallTree(tree);
+  addDeepDocuments(tree);
+  adoptDescendants();
   const int threadsBefore = threadsAtRest();
   std::mt19937 random(1);
   const Clock::time_point begin = Clock::now();
@@ -82,11 +84,15 @@ int main(int argc, char **argv) {
     const Way &way = allWays()[random() % allWays().size()];
     doing = std::string(way.name) + " at search " + std::to_string(searches);
     useIndex(way.usesIndex);
+    searchDeep(way.isDeep);
     const std::unique_ptr<Record> record = makeRecord(way, tree.path(), Host::take);
     Paths found = Host::search(*record);
     std::erase_if(found,
                   [&](const std::string &path) { return path.starts_with(tree.path("changing")); });
     check(relative(found, tree.path()) == way.found, "finds " + relative(found, tree.path()));
+    const std::string unread = relative(Host::unread(), tree.path());
+    check(unread == way.unread, "cannot read " + unread);
+    check(areDescendantsGone(), "processes left behind");
     ++searches;
     if (!hasEarly && Clock::now() >= first) {
       hasEarly = true;

@@ -23,6 +23,19 @@ class CompressedDocument {
 public:
   CompressedDocument() { text = "%PDF-1.7\n"; }
 
+  /// One page with a line of text. A reader of the classic layout finds nothing in it.
+  static std::string showing(const std::string &line) {
+    return CompressedDocument()
+        .object(1, "<< /Type /Catalog /Pages 2 0 R >>")
+        .object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>")
+        .object(3, "<< /Type /Page /Parent 2 0 R /Contents 4 0 R /MediaBox [0 0 600 800] "
+                   "/Resources << /Font << /F 5 0 R >> >> >>")
+        .deflatedStream(4, "", "BT /F 12 Tf 10 700 Td (" + line + ") Tj ET")
+        .object(5, "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>")
+        .crossReferenceStream(6)
+        .text;
+  }
+
   static std::string deflated(std::string_view data) {
     uLongf size = compressBound(data.size());
     std::string result(size, '\0');

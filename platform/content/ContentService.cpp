@@ -44,13 +44,9 @@ ContentService::~ContentService() { ReaderConnection::shared().endUse(); }
 
 ContentAnswer ContentService::documentHolds(const NSString &path, const NSString &keyword,
                                             bool isDistinct) noexcept {
-  ContentAnswer answer;
-  // A text that has been compared in part cannot be compared again.
-  try {
-    answer = read(path, keyword, isDistinct);
-  } catch (...) {
-    answer = {false, UnreadReason::tooLarge};
-  }
+  // Where memory was short the document is read again from its beginning.
+  ContentAnswer answer{false, UnreadReason::tooLarge};
+  tryTwice([&] { answer = read(path, keyword, isDistinct); });
   if (!answer.holds && answer.reason != UnreadReason::none && !cancellation_.isCancelled())
     noteUnread(path, answer.reason);
   return answer;

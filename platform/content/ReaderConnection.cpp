@@ -2,11 +2,11 @@
 
 #include "platform/content/ReaderProcess.h"
 #include "platform/foundation/NeverDestroyed.h"
+#include "platform/foundation/TryTwice.h"
 
 #include <cassert>
 #include <cerrno>
 #include <cstring>
-#include <new>
 #include <sys/socket.h>
 #include <utility>
 
@@ -71,11 +71,11 @@ bool ReaderConnection::start() noexcept {
     return false;
   hasAnswered_ = false;
   ++start_;
-  try {
-    if (program_.empty())
-      program_ = pathOfReaderProgram();
-  } catch (const std::bad_alloc &) {
-    return false;
+  if (program_.empty()) {
+    std::string path;
+    if (!tryTwice([&] { path = pathOfReaderProgram(); }))
+      return false;
+    program_ = std::move(path);
   }
   if (!program_.empty())
     socket_ = startReaderProgram(program_);

@@ -35,7 +35,7 @@ constexpr const char *programName = "searchsystem-reader";
 using KernelSignals = unsigned long;
 constexpr KernelSignals allSignals = ~0UL;
 constexpr int lastSignal = 64;
-constexpr std::size_t stackSize = std::size_t{64} << 10;
+constexpr std::size_t stackSize = std::size_t{16} << 10;
 
 struct Start {
   const char *path;
@@ -109,14 +109,11 @@ int startAndLeave(void *argument) noexcept {
 /// Both processes come and go in here: the second has executed the program, or failed, when it
 /// returns.
 bool run(const std::string &path, int socket, int servedProcess) noexcept {
-  const std::unique_ptr<char[]> stacks(new (std::nothrow) char[2 * stackSize]);
-  if (stacks == nullptr)
-    return false;
-  Start start{path.c_str(), socket, servedProcess, stacks.get() + stackSize, false};
+  alignas(std::max_align_t) char stacks[2 * stackSize];
+  Start start{path.c_str(), socket, servedProcess, stacks + stackSize, false};
   KernelSignals before = 0;
   syscall(SYS_rt_sigprocmask, SIG_BLOCK, &allSignals, &before, sizeof before);
-  const int child =
-      __clone(startAndLeave, stacks.get() + stackSize, CLONE_VM | CLONE_VFORK, &start);
+  const int child = __clone(startAndLeave, stacks + stackSize, CLONE_VM | CLONE_VFORK, &start);
   if (child > 0)
     while (syscall(SYS_wait4, child, nullptr, __WCLONE, nullptr) < 0 && errno == EINTR)
       continue;
@@ -132,11 +129,10 @@ std::string pathOfReaderProgram() {
   Dl_info library{};
   if (dladdr(reinterpret_cast<const void *>(&pathOfReaderProgram), &library) == 0)
     return {};
-  const std::unique_ptr<char, decltype(&std::free)> path(realpath(library.dli_fname, nullptr),
-                                                         std::free);
-  if (path == nullptr)
+  char path[PATH_MAX];
+  if (realpath(library.dli_fname, path) == nullptr)
     return {};
-  const std::string folder = folderOf(path.get());
+  const std::string folder = folderOf(path);
   // Libraries lie in lib, or one folder further down, lib/x86_64-linux-gnu.
   for (const char *const place : {"/", "/../libexec/searchsystem/", "/../../libexec/searchsystem/"})
     if (std::string program = folder + place + programName; access(program.c_str(), X_OK) == 0)

@@ -1,7 +1,7 @@
 // What a host may notice of the reader program, and what becomes of it.
 
 #include "platform/content/ReaderProcess.h"
-#include "testing/TextOf.h"
+#include "testing/CompressedDocument.h"
 #include "testing/VirtualClock.h"
 #include "tests/content/ServiceFixture.h"
 
@@ -391,9 +391,7 @@ TEST_F(HostTest, AHostWithFewDescriptors) {
 
 TEST_F(HostTest, AProgramWithFewDescriptors) {
   useLimits(ReaderLimits(), {});
-  OnePage page;
-  page.content = "BT /F 9 Tf 9 700 Td (A word) Tj ET";
-  const std::string path = tree_.file("document", page.file());
+  const std::string path = tree_.file("document", CompressedDocument::showing("A word"));
   for (const rlim_t most : {64, 128, 1024})
     EXPECT_EQ(resultInFork([&] { return reasonUnder(RLIMIT_NOFILE, most, true, path); }), 0);
 }

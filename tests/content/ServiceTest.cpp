@@ -115,16 +115,9 @@ TEST_F(ServiceTest, ManyThreadsAskAtOnce) {
 
 TEST_F(ServiceTest, TheProgramBesideTheLibraryReadsDocuments) {
   useLimits(ReaderLimits(), {});
-  CompressedDocument pdf;
-  pdf.object(1, "<< /Type /Catalog /Pages 2 0 R >>")
-      .object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>")
-      .object(3, "<< /Type /Page /Parent 2 0 R /Contents 4 0 R /MediaBox [0 0 600 800] "
-                 "/Resources << /Font << /F 5 0 R >> >> >>")
-      .deflatedStream(4, "", "BT /F 12 Tf 10 700 Td (The harbour) Tj 0 -14 Td (wall) Tj ET")
-      .object(5, "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>")
-      .crossReferenceStream(6);
-  EXPECT_TRUE(ask(pdf.text, "harbour WALL").holds);
-  EXPECT_EQ(ask(pdf.text, "harbours").reason, UnreadReason::none);
+  const std::string document = CompressedDocument::showing("The harbour wall");
+  EXPECT_TRUE(ask(document, "harbour WALL").holds);
+  EXPECT_EQ(ask(document, "harbours").reason, UnreadReason::none);
   EXPECT_EQ(ask("no document").reason, UnreadReason::damaged);
 }
 

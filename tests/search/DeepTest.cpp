@@ -7,25 +7,18 @@
 #include "testing/WaitForThreads.h"
 #include "tests/search/SearchFixture.h"
 
+#include <atomic>
+#include <cerrno>
+#include <csignal>
 #include <latch>
 #include <list>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
 namespace searchsystem {
 
 namespace {
-
-/// A document as today's programs write it; the plain reader finds nothing in it.
-std::string packed(const std::string &text) {
-  return CompressedDocument()
-      .object(1, "<< /Type /Catalog /Pages 2 0 R >>")
-      .object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>")
-      .object(3, "<< /Type /Page /Parent 2 0 R /Contents 4 0 R /MediaBox [0 0 600 800] "
-                 "/Resources << /Font << /F 5 0 R >> >> >>")
-      .deflatedStream(4, "", "BT /F 12 Tf 10 700 Td (" + text + ") Tj ET")
-      .object(5, "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>")
-      .crossReferenceStream(6)
-      .text;
-}
 
 /// Searches by a host that wants them deep and is told what could not be read, "name:reason" among
 /// the results.
@@ -72,14 +65,14 @@ TEST_F(DeepTest, Conditions) {
   const std::string photo = jpegFile(
       {PhotoTags::photo().comment("ASCII", "harbour").taken("2010:01:05 12:00:00").exifSegment()});
   tree.file("classic.pdf", documentShowing({"the harbour"}));
-  tree.file("other.pdf", packed("nothing"));
-  tree.file("in/packed.PDF", packed("The harbour"));
+  tree.file("other.pdf", CompressedDocument::showing("nothing"));
+  tree.file("in/packed.PDF", CompressedDocument::showing("The harbour"));
   tree.file("in/photo.jpg", photo);
   tree.file("photo.jpeg", photo);
   tree.file("scan.tiff", PhotoTags::photo().text(0, 0x010E, "harbour").tiff());
   tree.file("harbour.webp", "");
-  tree.file("harbour.eps", packed("harbour"));
-  tree.file("harbour.txt", packed("harbour"));
+  tree.file("harbour.eps", CompressedDocument::showing("harbour"));
+  tree.file("harbour.txt", CompressedDocument::showing("harbour"));
   const struct {
     const char *words, *plain, *deep;
   } rows[] = {
@@ -211,6 +204,58 @@ TEST_F(DeepTest, CancelWhileDocumentsAreRead) {
     finish();
     EXPECT_EQ(told(), "match.pdf !") << words;
     EXPECT_TRUE(isAt(hosts[0].endTime, 1.5));
+  }
+}
+
+/// The reader's processes are none of the host's, whatever it does with its own.
+TEST_F(DeepTest, HostsWithProcessesOfTheirOwn) {
+  useScriptedReader();
+  for (int i = 0; i < 8; ++i)
+    tree.file(std::to_string(i) + ".pdf", i < 6 ? "text\nharbour" : i < 7 ? "crash" : "reason\n2");
+  static std::atomic<int> signals{0};
+  const auto hasNoChild = [] { return waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD; };
+  const auto executes = [] {
+    const pid_t process = fork();
+    if (process == 0) {
+      execl("/bin/true", "true", nullptr);
+      _exit(1);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(process, &status, 0), process);
+    EXPECT_EQ(status, 0);
+  };
+  const struct {
+    const char *name;
+    sighandler_t handler;
+    std::function<void()> act;
+    bool reapsAllTheTime = false;
+  } rows[] = {
+      {"a handler", [](int) { ++signals; }, [] {}},
+      {"children ignored", SIG_IGN, [] {}},
+      {"reaping", SIG_DFL, [&] { EXPECT_TRUE(hasNoChild()); }},
+      {"reaping all the time", SIG_DFL, [] {}, true},
+      {"fork and exec", SIG_DFL, executes},
+  };
+  for (const auto &row : rows) {
+    SCOPED_TRACE(row.name);
+    reset();
+    ReaderConnection::shared().useForTesting(SCRIPTED_READER, {});
+    const auto before = signal(SIGCHLD, row.handler);
+    std::atomic<bool> isOver{!row.reapsAllTheTime};
+    std::thread reaper([&] {
+      while (!isOver)
+        EXPECT_TRUE(hasNoChild());
+    });
+    hosts[0].onResult = row.act;
+    Request request = makeRequest("c=harbour p");
+    SS_SearchStart(&request);
+    finish();
+    EXPECT_EQ(sortedResults(), "0.pdf 1.pdf 2.pdf 3.pdf 4.pdf 5.pdf 6.pdf:6 7.pdf:2");
+    isOver = true;
+    reaper.join();
+    EXPECT_TRUE(hasNoChild());
+    EXPECT_EQ(signals, 0);
+    signal(SIGCHLD, before);
   }
 }
 
