@@ -19,6 +19,7 @@ import unicodedata
 
 from comparison import build, exit_code_of, option_parser, print_table
 from deep_documents import obtain
+from deep_seal import measure_seal
 from deep_search import measure_search
 from measuring import Series, ToolError, environment, figures, timed
 from programs import installed
@@ -267,7 +268,7 @@ def measure_speed(tools, documents, options):
 
 
 def benchmark(options):
-    tools = build(options.build_dir.resolve(), "document_texts", "run_timed", "ssfind")
+    tools = build(options.build_dir.resolve(), "document_texts", "run_timed", "seal_cost", "ssfind")
     documents = obtain(options.cache.resolve(), options.only)
     if not documents:
         raise ToolError("no documents")
@@ -276,6 +277,8 @@ def benchmark(options):
         holds = measure_recall(tools, documents, options)
     if options.part in ("speed", "all"):
         measure_speed(tools, documents, options)
+    if options.part in ("seal", "all"):
+        measure_seal(tools, documents, options)
     if options.part in ("search", "all"):
         measure_search(tools, documents, options)
     return 0 if holds else 1
@@ -286,7 +289,8 @@ def main():
     parser.add_argument("--cache", type=pathlib.Path,
                         default=pathlib.Path.home() / ".cache" / "searchsystem-bench",
                         help="folder for packages and documents (%(default)s)")
-    parser.add_argument("--part", choices=["documents", "recall", "speed", "search", "all"], default="all")
+    parser.add_argument("--part", default="all",
+                        choices=["documents", "recall", "speed", "seal", "search", "all"])
     parser.add_argument("--only", default="", help="only documents whose path holds this")
     parser.add_argument("--misses", action="store_true", help="list what was not found")
     parser.add_argument("--timed", type=int, default=300, help="documents that are timed")
