@@ -154,6 +154,7 @@ private:
     check(std::find(unread_.begin(), unread_.end(), path) == unread_.end(),
           path + " is told to be unread twice");
     unread_.push_back(path);
+    lostReaders += isLost ? 1 : 0;
     act();
   }
 
@@ -286,6 +287,8 @@ public:
     Paths found;
   };
   static inline std::vector<Answer> answers;
+  /// How many documents were unread because their reader was killed.
+  static inline int lostReaders = 0;
 
 private:
   static inline RandomHost *current = nullptr;
@@ -395,5 +398,6 @@ int main(int argc, char **argv) {
   const int left = threadsAfterRest(threadsBefore) - threadsBefore;
   check(left <= 0, std::to_string(left) + " threads left behind");
   return verdict(std::to_string(ends) + " searches, " + std::to_string(exits) +
-                 " hosts that exited");
+                 " hosts that exited, " + std::to_string(RandomHost::lostReaders) +
+                 " documents whose reader was killed");
 }

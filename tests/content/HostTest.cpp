@@ -108,25 +108,24 @@ protected:
 
   /// Asks for "word" with a limit: 0 if it was found, or the reason, or `leftBehind`. To be called
   /// in a fork of this process.
-  static int reasonUnder(__rlimit_resource resource, rlim_t most, bool isFinal,
-                         const std::string &path) {
+  int reasonUnder(__rlimit_resource resource, rlim_t most, bool isFinal, const std::string &path) {
     ContentAnswer answer;
     const std::set<std::string> before = openDescriptors();
-    {
-      ContentService service;
-      // UndefinedBehaviorSanitizer opens a pipe when an object is made.
-      const auto document = string(path), keyword = string("word");
-      onThread([&] {
-        const Limit limited(resource, most, isFinal);
-        answer = service.documentHolds(*document, *keyword, false);
-      });
-    }
+    // UndefinedBehaviorSanitizer opens a pipe when an object is made.
+    const auto document = string(path), keyword = string("word");
+    onThread([&] {
+      const Limit limited(resource, most, isFinal);
+      answer = service_.documentHolds(*document, *keyword, false);
+    });
     const bool hasChild = waitpid(-1, nullptr, WNOHANG) >= 0 || errno != ECHILD;
     useLimits(limits());
     return hasChild || openDescriptors() != before ? leftBehind
            : answer.holds                          ? 0
                                                    : static_cast<int>(answer.reason);
   }
+
+  /// Made by the main thread, for forks that have another one.
+  ContentService service_;
 };
 
 TEST_F(HostTest, HandsNothingDown) {
