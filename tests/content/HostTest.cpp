@@ -108,14 +108,15 @@ protected:
 
   /// Asks for "word" with a limit: 0 if it was found, or the reason, or `leftBehind`. To be called
   /// in a fork of this process.
-  int reasonUnder(__rlimit_resource resource, rlim_t most, bool isFinal, const std::string &path) {
+  static int reasonUnder(__rlimit_resource resource, rlim_t most, bool isFinal,
+                         ContentService &service, const std::string &path) {
     ContentAnswer answer;
     const std::set<std::string> before = openDescriptors();
     // UndefinedBehaviorSanitizer opens a pipe when an object is made.
     const auto document = string(path), keyword = string("word");
     onThread([&] {
       const Limit limited(resource, most, isFinal);
-      answer = service_.documentHolds(*document, *keyword, false);
+      answer = service.documentHolds(*document, *keyword, false);
     });
     const bool hasChild = waitpid(-1, nullptr, WNOHANG) >= 0 || errno != ECHILD;
     useLimits(limits());
@@ -123,9 +124,6 @@ protected:
            : answer.holds                          ? 0
                                                    : static_cast<int>(answer.reason);
   }
-
-  /// Made by the main thread, for forks that have another one.
-  ContentService service_;
 };
 
 TEST_F(HostTest, HandsNothingDown) {
@@ -379,10 +377,12 @@ TEST_F(HostTest, ASystemThatForbids) {
 }
 
 TEST_F(HostTest, AHostWithFewDescriptors) {
+  ContentService service;
   const std::string path = tree_.file("document", "text\nA word");
   std::set<int> reasons;
   for (rlim_t most = 3; most < 24; ++most)
-    reasons.insert(resultInFork([&] { return reasonUnder(RLIMIT_NOFILE, most, false, path); }));
+    reasons.insert(
+        resultInFork([&] { return reasonUnder(RLIMIT_NOFILE, most, false, service, path); }));
   const std::set<int> expected{0, static_cast<int>(UnreadReason::cannotBeOpened),
                                static_cast<int>(UnreadReason::noReader)};
   EXPECT_EQ(reasons, expected);
@@ -390,15 +390,18 @@ TEST_F(HostTest, AHostWithFewDescriptors) {
 
 TEST_F(HostTest, AProgramWithFewDescriptors) {
   useLimits(ReaderLimits(), {});
+  ContentService service;
   const std::string path = tree_.file("document", CompressedDocument::showing("A word"));
   for (const rlim_t most : {64, 128, 1024})
-    EXPECT_EQ(resultInFork([&] { return reasonUnder(RLIMIT_NOFILE, most, true, path); }), 0);
+    EXPECT_EQ(resultInFork([&] { return reasonUnder(RLIMIT_NOFILE, most, true, service, path); }),
+              0);
 }
 
 TEST_F(HostTest, AHostWithFewProcesses) {
   if (geteuid() != 0)
     GTEST_SKIP() << "only root can become a user who has no process, and to root no limit applies";
   constexpr uid_t nobodyElse = 54'321;
+  ContentService service;
   const std::string path = tree_.file("document", "text\nA word");
   ASSERT_EQ(chmod(tree_.path().c_str(), 0755), 0);
   std::set<int> reasons;
@@ -406,7 +409,7 @@ TEST_F(HostTest, AHostWithFewProcesses) {
     reasons.insert(resultInFork([&] {
       if (setresuid(nobodyElse, nobodyElse, nobodyElse) != 0 || access(READER_PROGRAM, X_OK) != 0)
         return cannotBeTried;
-      return reasonUnder(RLIMIT_NPROC, most, false, path);
+      return reasonUnder(RLIMIT_NPROC, most, false, service, path);
     }));
   const std::set<int> expected{0, static_cast<int>(UnreadReason::noReader)};
   if (reasons == std::set{cannotBeTried})
