@@ -16,7 +16,7 @@ public:
   static constexpr std::size_t longestText = std::size_t{256} << 10;
   static constexpr std::uint32_t mostReads = 200'000;
   /// Of entries, and packets of XMP.
-  static constexpr std::uint32_t mostDirectories = 256;
+  static constexpr std::uint32_t mostDirectories = 4096;
   static constexpr std::uint32_t mostEntries = 65536;
   /// Of blocks that lie in blocks.
   static constexpr int mostNesting = 6;
