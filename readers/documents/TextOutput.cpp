@@ -47,7 +47,9 @@ void TextOutput::addLine(std::string_view line) {
     if (line.empty())
       break;
     if (line.front() == ' ') {
-      text_ += ' ';
+      // Behind a soft hyphen that was dropped there may be one already.
+      if (text_.size() > lineBegin_ && text_.back() != ' ')
+        text_ += ' ';
       while (line.starts_with(' '))
         line.remove_prefix(1);
     } else if (line.starts_with(softHyphen) && line.size() > softHyphen.size()) {
