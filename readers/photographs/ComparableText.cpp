@@ -51,6 +51,7 @@ std::string comparableText(std::string_view text) {
   // Nothing follows the last line.
   if (result.ends_with(TextOutput::hyphenAtLineEnd))
     result.back() = '-';
+  result.resize(result.find_last_not_of(' ') + 1);
   return result;
 }
 

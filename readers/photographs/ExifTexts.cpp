@@ -52,6 +52,11 @@ std::string withBlanksForNuls(std::string bytes) {
   return bytes;
 }
 
+bool isSevenBit(std::string_view bytes) noexcept {
+  return std::all_of(bytes.begin(), bytes.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 /// Up to the NUL that ends it.
 std::string xpText(std::string_view bytes) {
   std::size_t length = 0;
@@ -90,9 +95,11 @@ std::string userCommentToUtf8(std::string_view bytes, std::endian order) {
   const std::string_view text = isCoded ? bytes.substr(codeSize) : std::string_view();
   if (isCoded && code.starts_with("UNICODE"))
     return markedUtf16ToUtf8(text, order);
-  if (isCoded && code.starts_with("JIS"))
+  // Some programs write the code, but not the encoding, which has seven bits.
+  if (isCoded && code.starts_with("JIS") && isSevenBit(text))
     return japaneseToUtf8(untilNul(text));
-  if (isCoded && (code.starts_with("ASCII") || code.find_first_not_of(' ') == code.npos))
+  if (isCoded && (code.starts_with("ASCII") || code.starts_with("JIS") ||
+                  code.find_first_not_of(' ') == code.npos))
     return textOfUnknownSet(untilNul(text));
   return textOfUnknownSet(untilNul(bytes));
 }

@@ -97,6 +97,14 @@ void readProfile(std::string_view name, std::string_view text, PhotographReading
     readPhotoshopResources(ByteRange(memory), reading);
 }
 
+/// Some programs write the keywords of the standard in lower case.
+std::string fieldName(std::string_view keyword) {
+  std::string name = comparableText(textOfUnknownSet(keyword));
+  if (!name.empty() && name[0] >= 'a' && name[0] <= 'z')
+    name[0] = static_cast<char>(name[0] - 'a' + 'A');
+  return "PNG " + name;
+}
+
 } // namespace
 
 void readPNGText(std::string_view kind, std::string_view chunk, PhotographReading &reading) {
@@ -111,9 +119,9 @@ void readPNGText(std::string_view kind, std::string_view chunk, PhotographReadin
     readProfile(keyword.substr(profile.size()), text->value, reading);
   } else if (keyword == "Creation Time") {
     reading.fields.addDate(DateSource::pngCreation, parseLetterDate(text->value));
-  } else if (keyword != "Software" && !keyword.starts_with("date:")) {
+  } else if (keyword != "Software" && keyword.find(':') == std::string_view::npos) {
     const std::string_view value = std::string_view(text->value).substr(0, ReadBudget::longestText);
-    reading.fields.add("PNG " + comparableText(textOfUnknownSet(keyword)),
+    reading.fields.add(fieldName(keyword),
                        text->isUtf8 ? repairedUtf8(value) : textOfUnknownSet(value));
   }
 }

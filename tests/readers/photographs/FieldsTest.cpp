@@ -68,9 +68,13 @@ TEST(PhotographFieldsTest, ReadsTextsOfExif) {
        bigPhoto().comment("UNICODE", utf16(u"\uFEFFx\u00e9", ByteOrder::Little)), comment + "xé"},
       {"comment, JIS", photo().comment("JIS", "\x1B$B3$\x1B(B sea \x1B(I1\x1B(B"),
        comment + "海 sea ア"},
+      {"comment, UTF-8 by mistake", photo().comment("JIS", "\u6D77"), comment + "\u6D77"},
       {"several lines", photo().text(0, 0x010E, "a  long\r\n des-\ncription\t-"),
        "Exif ImageDescription=a long des\x01"
        "cription -"},
+      {"soft hyphens alone",
+       photo().text(0, 0x010E, "\u00AD a \u00AD b \u00AD").text(0, 0x013B, "\u00AD \u00AD"),
+       "Exif ImageDescription=a b"},
       {"compatibility", photo().text(0, 0x010E, "\uFB01sh \u00ADx"),
        "Exif ImageDescription=fish x"},
   };
