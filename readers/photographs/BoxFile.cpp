@@ -1,6 +1,7 @@
 #include "readers/photographs/BoxFile.h"
 
 #include "readers/photographs/Boxes.h"
+#include "readers/photographs/Decompressed.h"
 #include "readers/photographs/HEIFItems.h"
 #include "readers/photographs/TIFFBlock.h"
 #include "readers/photographs/XMPPacket.h"
@@ -39,6 +40,20 @@ void readMovie(const ByteRange &movie, PhotographReading &reading) {
       readCanonBoxes(box->content.from(identifierSize), reading);
 }
 
+/// A box whose content, behind its kind, is compressed (ISO/IEC 18181-2, 9.3).
+void readCompressedBox(const ByteRange &content, PhotographReading &reading) {
+  const std::string kind(content.at(0, 4));
+  if (kind != "Exif" && kind != "xml ")
+    return;
+  const std::string bytes =
+      unbrotlied(content.from(4).read(ReadBudget::longestPacket), reading.budget);
+  FileWindows memory(bytes, reading.budget);
+  if (kind == "Exif")
+    readOffsetExif(ByteRange(memory), reading);
+  else
+    readXMPPacket(bytes, reading, XMPPlace::file);
+}
+
 } // namespace
 
 bool isBoxFile(const ByteRange &range) {
@@ -57,6 +72,8 @@ void readBoxFile(const ByteRange &file, PhotographReading &reading) {
       readOffsetExif(box->content, reading);
     else if (box->type == "xml ")
       readXMPPacket(box->content.read(ReadBudget::longestPacket), reading, XMPPlace::file);
+    else if (box->type == "brob")
+      readCompressedBox(box->content, reading);
     else if (hasIdentifier(*box, xmpIdentifier))
       readXMPPacket(box->content.read(identifierSize, ReadBudget::longestPacket), reading,
                     XMPPlace::file);

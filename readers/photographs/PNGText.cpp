@@ -2,8 +2,8 @@
 
 #include "readers/photographs/CharacterSets.h"
 #include "readers/photographs/ComparableText.h"
+#include "readers/photographs/Decompressed.h"
 #include "readers/photographs/IPTCRecords.h"
-#include "readers/photographs/Inflated.h"
 #include "readers/photographs/PhotoshopResources.h"
 #include "readers/photographs/TIFFBlock.h"
 #include "readers/photographs/XMPPacket.h"
@@ -49,7 +49,7 @@ std::optional<Text> parse(std::string_view kind, std::string_view chunk, ReadBud
     takeString(chunk);
     text.isUtf8 = true;
   }
-  text.value = isDeflated ? inflated(chunk, ReadBudget::longestPacket, budget) : chunk;
+  text.value = isDeflated ? inflated(chunk, budget) : chunk;
   return text;
 }
 

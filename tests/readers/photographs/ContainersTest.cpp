@@ -34,6 +34,14 @@ std::string profile(const std::string &name, std::string_view bytes) {
 
 std::string deflated(std::string_view data) { return CompressedDocument::deflated(data); }
 
+/// A stream of Brotli that holds up to 65,536 bytes as they are (RFC 7932, 9.2).
+std::string storedBrotli(std::string_view bytes) {
+  // A window of 16 bits: 0; then, from the lowest bit on: not the last, four half-bytes of length
+  // less one, uncompressed.
+  const std::size_t head = (bytes.size() - 1) << 4 | 1U << 20;
+  return littleEndian(head, 3) + std::string(bytes) + "\x03";
+}
+
 TEST(PhotographContainersTest, ReadsExifWhereverItStands) {
   const std::string little = beach().tiff();
   const std::string big = beach(ByteOrder::Big).tiff();
@@ -72,6 +80,7 @@ TEST(PhotographContainersTest, ReadsExifWhereverItStands) {
                   false, 7},
                  {3, "Exif", offsetExif(big, "Exif\0\0"s)}})},
       {"JPEG XL", jpegXLFile(box("jxlc", "x") + box("Exif", offsetExif(little)))},
+      {"JPEG XL, compressed", jpegXLFile(box("brob", "Exif" + storedBrotli(offsetExif(little))))},
       {"Photoshop", photoshopFile(photoshopResource(1005, "abc") + photoshopResource(1058, big))},
   };
   for (const auto &[name, file] : rows)
