@@ -199,13 +199,17 @@ bool isUtf16(std::string_view packet) noexcept {
          packet.starts_with(std::string_view("\0<", 2));
 }
 
+constexpr bool isPadding(char c) noexcept {
+  return c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\0';
+}
+
 /// Writers pad packets.
 std::string_view trimmed(std::string_view packet) noexcept {
-  constexpr std::string_view blanks{" \t\r\n\0", 5};
-  const std::size_t begin = packet.find_first_not_of(blanks);
-  if (begin == std::string_view::npos)
-    return {};
-  return packet.substr(begin, packet.find_last_not_of(blanks) + 1 - begin);
+  while (!packet.empty() && isPadding(packet.back()))
+    packet.remove_suffix(1);
+  while (!packet.empty() && isPadding(packet.front()))
+    packet.remove_prefix(1);
+  return packet;
 }
 
 } // namespace
