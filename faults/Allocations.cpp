@@ -44,7 +44,7 @@ void Allocations::watchSQLite() {
 }
 
 #ifdef SANITIZER_HAS_MALLOC
-bool memoryFails() noexcept { return fails(); }
+bool memoryFails(std::size_t /*size*/) noexcept { return fails(); }
 #endif
 
 } // namespace searchsystem

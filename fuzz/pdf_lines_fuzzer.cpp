@@ -73,13 +73,14 @@ void checkFirstLine(const std::string &text) {
 
   CObjectList list;
   ReferenceValues values(array);
-  for (unsigned long i = 0; i < array.GetCount(); ++i) {
+  for (unsigned long i = 1; i < array.GetCount(); ++i) {
     if (array.token(i) != "[")
       continue;
     const auto length = static_cast<unsigned long>(GetArrayLength(&array, static_cast<int>(i)));
-    const unsigned long used = values.read(i, list);
+    const unsigned long used = values.readBehind(i - 1, list);
     const unsigned long rest = array.GetCount() - i;
-    require(used == (rest < 3 ? 0 : length < 5 ? 3 : length), "other references");
+    require(used == (rest < 3 ? CPDFSection::failed : length < 5 ? 4 : length + 1),
+            "other references");
   }
 }
 

@@ -1,7 +1,6 @@
 #include "pdf_reader/CObjectList.h"
 
-#include "pdf_reader/ReferenceTokens.h"
-#include "pdf_reader/ZeroWithoutMemory.h"
+#include "streams/ZeroWithoutMemory.h"
 
 #include <limits>
 
@@ -28,22 +27,20 @@ const tagOBJECTRECORD *CObjectList::GetObject(int index) const noexcept {
 }
 
 int CObjectList::Parse(const CParamArray *tokens) noexcept {
-  return tokens == nullptr ? 0 : Parse(*tokens, 0, tokens->GetCount());
+  if (tokens == nullptr)
+    return 0;
+  return zeroWithoutMemory([&] { return append(*tokens, 0, tokens->GetCount()) ? 1 : 0; });
 }
 
-int CObjectList::Parse(const CParamArray &tokens, unsigned long index,
-                       unsigned long count) noexcept {
+bool CObjectList::append(const CParamArray &tokens, unsigned long index, unsigned long count) {
   if (count < 3)
-    return 0;
+    return false;
   unsigned long end = index + count;
   if (tokens.token(end - 1) == "]")
     --end;
-  for (unsigned long i = index + (tokens.token(index) == "[" ? 1 : 0); i + 3 <= end; i += 3) {
-    const tagOBJECTRECORD record = referenceAt(tokens, i);
-    if (AddObject(&record) != 1)
-      return 0;
-  }
-  return 1;
+  for (unsigned long i = index + (tokens.token(index) == "[" ? 1 : 0); i + 3 <= end; i += 3)
+    records_.push_back(referenceAt(tokens, i));
+  return true;
 }
 
 } // namespace searchsystem

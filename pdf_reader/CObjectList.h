@@ -29,8 +29,9 @@ public:
   /// memory is short.
   int Parse(const CParamArray *tokens) noexcept;
 
-  /// The same for `count` tokens from `index` on, which must exist.
-  int Parse(const CParamArray &tokens, unsigned long index, unsigned long count) noexcept;
+  /// The same for `count` tokens from `index` on, which must exist. False when they are fewer than
+  /// three. Throws `std::bad_alloc`.
+  bool append(const CParamArray &tokens, unsigned long index, unsigned long count);
 
   void Release() noexcept { records_ = {}; }
 

@@ -1,25 +1,22 @@
 #include "pdf_reader/CPDFCatalog.h"
 
-#include "pdf_reader/ReferenceTokens.h"
-
 namespace searchsystem {
 
-int CPDFCatalog::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
+int CPDFCatalog::takeTokens(CParamArray &tokens, char &goOn) {
   return walkObject(tokens, goOn, [&](unsigned long i) -> unsigned long {
-    if (tokens->token(i) != "/Pages")
+    if (tokens.token(i) != "/Pages")
       return 1;
     constexpr unsigned long size = 4;
-    if (tokens->GetCount() - i < size)
+    if (tokens.GetCount() - i < size)
       return 0;
-    pages_ = referenceAt(*tokens, i + 1);
+    pages_ = referenceAt(tokens, i + 1);
     return size;
   });
 }
 
 int CPDFCatalog::ReleaseParse() {
-  CPDFSection::ReleaseParse();
   pages_ = {};
-  return 1;
+  return CPDFSection::ReleaseParse();
 }
 
 void CPDFCatalog::GetPagesInfo(tagOBJECTRECORD *out) const noexcept {

@@ -12,13 +12,14 @@ class CPDFCatalog : public CPDFSection {
 public:
   CPDFCatalog() noexcept = default;
 
-  int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
   int ReleaseParse() override;
 
   /// Gives the reference, zeros when none was read; a null `out` is ignored.
   void GetPagesInfo(tagOBJECTRECORD *out) const noexcept;
 
 private:
+  int takeTokens(CParamArray &tokens, char &goOn) override;
+
   tagOBJECTRECORD pages_;
 };
 

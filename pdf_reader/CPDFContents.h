@@ -1,8 +1,10 @@
 #pragma once
 
 #include "pdf_reader/CPDFSection.h"
+#include "pdf_reader/ContentState.h"
 
-#include <cstddef>
+#include <string>
+#include <string_view>
 
 namespace searchsystem {
 
@@ -17,8 +19,6 @@ class CPDFContents : public CPDFSection {
 public:
   CPDFContents() noexcept = default;
 
-  int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
-  int Release() override;
   int ReleaseParse() override;
 
   /// The length of all text with room for a NUL; 0 without text.
@@ -28,16 +28,15 @@ public:
   /// room there and receives how many bytes were copied. 0 when a pointer is null.
   int GetTextString(unsigned char *buf, unsigned long *ioSize) const noexcept;
 
-private:
-  unsigned long parseTokens(const CParamArray &tokens, bool &isStopped, bool &hasFailed);
-  unsigned long parseText(const CParamArray &tokens, unsigned long index, unsigned long &found,
-                          bool &hasFailed);
-  bool addString(std::string_view token);
+  /// All text, valid until the next change.
+  [[nodiscard]] std::string_view text() const noexcept { return text_; }
 
-  bool isInStream_ = false;
-  bool isInText_ = false;
-  CParamArray texts_;
-  std::size_t textLength_ = 0;
+private:
+  int takeTokens(CParamArray &tokens, char &goOn) override;
+  void addString(std::string_view token);
+
+  ContentState state_;
+  std::string text_;
 };
 
 } // namespace searchsystem

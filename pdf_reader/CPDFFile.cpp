@@ -8,8 +8,8 @@
 #include "pdf_reader/ContentSearch.h"
 #include "pdf_reader/KeywordSearch.h"
 #include "pdf_reader/PassedRanges.h"
-#include "pdf_reader/ZeroWithoutMemory.h"
 #include "platform/foundation/NSString.h"
+#include "streams/ZeroWithoutMemory.h"
 
 #include <algorithm>
 #include <climits>
@@ -33,21 +33,27 @@ void completeRoot(CPDFTrailer &last, const CPDFTrailer &other) noexcept {
 } // namespace
 
 int CPDFFile::Open(const char *path) {
-  Release();
-  if (zeroWithoutMemory([&] { return openFile(path) && openDocument() ? 1 : 0; }) == 1)
-    return 1;
-  Release();
-  return 0;
+  const int result = zeroWithoutMemory([&] { return open(path) ? 1 : 0; });
+  if (result != 1)
+    Release();
+  return result;
 }
 
-bool CPDFFile::openFile(const char *path) {
-  if (CreateFileStream(path, streamProgressNone, nullptr) != 1 ||
-      CFileStream::Open(streamReadMode) != 1)
+bool CPDFFile::open(const char *path) {
+  Release();
+  if (path == nullptr || *path == '\0')
+    return false;
+  if (CreateFileStream(path, streamProgressNone, nullptr) != 1)
+    throw std::bad_alloc();
+  if (!reopen(streamReadMode))
     return false;
   size_ = CFileStream::GetSize();
-  position_ = 0;
+  chunks_ = FileChunks(size_);
   bounds_ = ReadBounds(size_);
   isOpen_ = true;
+  if (!openDocument())
+    return false;
+  boundsForSearch_ = bounds_;
   return true;
 }
 
@@ -59,25 +65,22 @@ bool CPDFFile::openDocument() {
   CPDFTrailer last;
   CPDFTrailer other;
   long lastPosition = 0;
-  if (!findTrailers(last, other, lastPosition) || !readTables(last, other, lastPosition) ||
-      !readPages(last))
-    return false;
-  boundsForSearch_ = bounds_;
-  return true;
+  return findTrailers(last, other, lastPosition) && readTables(last, other, lastPosition) &&
+         readPages(last);
 }
 
 /// Reads the last trailer of the file, and completes it from the one that follows the
 /// cross-reference section it names.
 bool CPDFFile::findTrailers(CPDFTrailer &last, CPDFTrailer &other, long &lastPosition) {
-  if (CPDFTrailer::Move1stTrailer(this) != 1)
+  if (!CPDFTrailer::moveToLast(*this))
     return false;
   lastPosition = Tell();
-  if (last.Parse(this) != 1 || Seek(last.GetXRefOffset(), streamSeekBegin) != 1 ||
-      CPDFTrailer::MoveNextTrailer(this) != 1)
+  if (last.read(*this) != 1 || Seek(last.GetXRefOffset(), streamSeekBegin) != 1 ||
+      !CPDFTrailer::moveToNext(*this))
     return false;
   if (Tell() == lastPosition)
     return true;
-  if (other.Parse(this) != 1)
+  if (other.read(*this) != 1)
     return false;
   int size = 0;
   int otherSize = 0;
@@ -97,11 +100,11 @@ bool CPDFFile::readTables(CPDFTrailer &last, CPDFTrailer &other, long lastPositi
   std::unordered_set<int> visited;
   for (int offset = last.GetXRefOffset(); offset != 0 && visited.insert(offset).second;
        offset = other.GetXRefOffset()) {
-    if (Seek(offset, streamSeekBegin) != 1 || xrefTable_.Parse(this) != 1)
+    if (Seek(offset, streamSeekBegin) != 1 || xrefTable_.read(*this) != 1)
       return false;
     if (Tell() == lastPosition)
       break;
-    if (other.Parse(this) != 1)
+    if (other.read(*this) != 1)
       return false;
     completeRoot(last, other);
   }
@@ -119,97 +122,86 @@ bool CPDFFile::readPages(const CPDFTrailer &last) {
 }
 
 bool CPDFFile::parseAt(tagOBJECTRECORD object, CPDFSection &section) {
-  return Seek(static_cast<long>(xrefTable_.GetOffset(object)), streamSeekBegin) == 1 &&
-         section.Parse(this) == 1;
+  return Seek(positionOf(object), streamSeekBegin) == 1 && section.read(*this) == 1;
 }
 
 int CPDFFile::FindText(const void *keyword, int caseSensitive, unsigned long encoding) {
-  if (keyword == nullptr || !isOpen_)
-    return 0;
-  bounds_ = boundsForSearch_;
   return zeroWithoutMemory([&] {
-    const KeywordSearch search(*static_cast<const NSString *>(keyword), caseSensitive != 0,
-                               encoding);
-    const std::vector<long> starts = startsOfContents();
-    if (!search.canBeCut())
-      return findInEach(starts, search);
-    return ContentSearch(*this, search, bounds_, starts).isFound() ? 1 : 0;
+    return findText(static_cast<const NSString *>(keyword), caseSensitive != 0, encoding) ? 1 : 0;
   });
+}
+
+bool CPDFFile::findText(const NSString *keyword, bool isCaseSensitive, unsigned long encoding) {
+  if (keyword == nullptr || !isOpen_)
+    return false;
+  bounds_ = boundsForSearch_;
+  const KeywordSearch search(*keyword, isCaseSensitive, encoding);
+  const std::vector<long> starts = startsOfContents();
+  return search.canBeCut() ? ContentSearch(*this, search, bounds_.contents, starts).isFound()
+                           : findInEach(starts, search);
 }
 
 /// Where the contents begin, in the order of pages, up to the first page that cannot be read.
 std::vector<long> CPDFFile::startsOfContents() {
   std::vector<long> starts;
-  PassedRanges passed(bounds_);
+  PassedRanges passed(bounds_.nodes);
   CPDFKids kids;
-  // A page that comes again has the same contents.
-  std::unordered_set<unsigned long> visited;
   for (unsigned int i = 0; i < pages_.GetKidsCount(); ++i) {
     const tagOBJECTRECORD *const kid =
         i <= INT_MAX ? pages_.GetKidsInfo(static_cast<int>(i)) : nullptr;
     if (kid == nullptr)
       break;
-    const unsigned long position = xrefTable_.GetOffset(*kid);
-    const auto start = static_cast<long>(position);
-    if (!visited.insert(position).second || passed.holds(start))
+    const long start = positionOf(*kid);
+    if (!passed.admits(start, kids))
       continue;
-    kids.EndAt(passed.nextFrom(start));
     if (!parseAt(*kid, kids))
       break;
-    passed.note(start, kids.parsedTo());
+    passed.note(start, kids);
     for (int j = 0; j < kids.GeContentsCount(); ++j)
-      starts.push_back(static_cast<long>(xrefTable_.GetOffset(*kids.GetContentsInfo(j))));
+      starts.push_back(positionOf(*kids.GetContentsInfo(j)));
   }
   return starts;
 }
 
 /// Looks for a keyword in each text as a whole, for encodings whose texts cannot be cut into pieces
 /// (`KeywordSearch::canBeCut`).
-int CPDFFile::findInEach(const std::vector<long> &starts, const KeywordSearch &search) {
+bool CPDFFile::findInEach(const std::vector<long> &starts, const KeywordSearch &search) {
   CPDFContents contents;
   std::unordered_set<long> visited;
   for (const long start : starts) {
     if (!visited.insert(start).second)
       continue;
-    if (Seek(start, streamSeekBegin) != 1 || contents.Parse(this) != 1)
-      return 0;
-    std::string text(static_cast<std::size_t>(contents.GetTextLength()), '\0');
-    unsigned long size = text.size();
-    contents.GetTextString(reinterpret_cast<unsigned char *>(text.data()), &size);
-    text.resize(size);
+    if (Seek(start, streamSeekBegin) != 1 || contents.read(*this) != 1)
+      return false;
     std::optional<bool> occurs;
     for (std::size_t i = 0; i < search.encodingCount() && !occurs; ++i)
-      occurs = search.occursIn(text, i);
+      occurs = search.occursIn(contents.text(), i);
     if (occurs.value_or(false))
-      return 1;
+      return true;
   }
-  return 0;
+  return false;
 }
 
 int CPDFFile::IsVordaPDF() {
   if (!isOpen_ || pages_.GetKidsCount() == 0 || pages_.GetKidsInfo(0) == nullptr)
     return 0;
   bounds_ = boundsForSearch_;
-  CPDFKids kids;
-  if (!parseAt(*pages_.GetKidsInfo(0), kids))
-    return 0;
   return zeroWithoutMemory([&] {
+    CPDFKids kids;
+    if (!parseAt(*pages_.GetKidsInfo(0), kids))
+      return 0;
     CPDFStrmObjVorda mark;
-    PassedRanges passed(bounds_);
-    std::unordered_set<unsigned long> visited;
-    for (int i = 0; i < kids.GeContentsCount(); ++i) {
-      const unsigned long position = xrefTable_.GetOffset(*kids.GetContentsInfo(i));
-      const auto start = static_cast<long>(position);
-      if (!visited.insert(position).second || passed.holds(start))
+    PassedRanges passed(bounds_.nodes);
+    for (int i = 0; i < kids.GeContentsCount() && mark.IsVorda() == 0; ++i) {
+      const tagOBJECTRECORD content = *kids.GetContentsInfo(i);
+      const long start = positionOf(content);
+      if (!passed.admits(start, mark))
         continue;
-      mark.EndAt(passed.nextFrom(start));
-      if (!parseAt(*kids.GetContentsInfo(i), mark))
+      if (!parseAt(content, mark))
         return 0;
-      if (mark.IsVorda() == 1)
-        return 1;
-      passed.note(start, mark.parsedTo());
+      passed.note(start, mark);
     }
-    return 0;
+    return mark.IsVorda();
   });
 }
 
@@ -221,7 +213,7 @@ int CPDFFile::Close() {
   if (CFileStream::Close() != 1)
     return 0;
   isOpen_ = false;
-  chunks_.clear();
+  chunks_ = {};
   return 1;
 }
 
@@ -241,7 +233,7 @@ int CPDFFile::Read(void *buffer, long count, long *done) {
     return CFileStream::Read(buffer, count, done);
   if (done != nullptr)
     *done = 0;
-  if (buffer == nullptr || count < 0 || !bounds_.take(ReadBounds::Kind::file, count))
+  if (buffer == nullptr || count < 0 || !bounds_.file.take(count))
     return 0;
   auto *out = static_cast<char *>(buffer);
   const long wanted = std::min(count, std::max(size_ - position_, 0L));
@@ -271,8 +263,7 @@ bool CPDFFile::loadChunk(std::size_t number, const char *&bytes) {
   char *const room = chunks_.replaceOldest(number);
   const long start = static_cast<long>(number * FileChunks::chunkSize);
   const long size = std::min(static_cast<long>(FileChunks::chunkSize), size_ - start);
-  if (room == nullptr || CFileStream::Seek(start, streamSeekBegin) != 1 ||
-      CFileStream::Read(room, size, nullptr) != 1)
+  if (CFileStream::Seek(start, streamSeekBegin) != 1 || CFileStream::Read(room, size, nullptr) != 1)
     return false;
   chunks_.keep();
   bytes = room;

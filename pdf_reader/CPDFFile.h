@@ -14,6 +14,7 @@ namespace searchsystem {
 
 class CPDFTrailer;
 class KeywordSearch;
+class NSString;
 
 /// A PDF document, and whether a keyword occurs in the text of its pages.
 ///
@@ -39,6 +40,11 @@ public:
   /// before. A `caseSensitive` of 0 ignores case.
   int FindText(const void *keyword, int caseSensitive, unsigned long encoding);
 
+  /// As `Open` and `FindText`, but these throw `std::bad_alloc` when memory is short, and `open`
+  /// leaves it to the caller to release an object that could not be opened.
+  bool open(const char *path);
+  bool findText(const NSString *keyword, bool isCaseSensitive, unsigned long encoding);
+
   /// Whether a content stream of the first page bears the mark of `CPDFStrmObjVorda`: 1 or 0.
   int IsVordaPDF();
 
@@ -58,14 +64,16 @@ public:
   long GetSize() override;
 
 private:
-  bool openFile(const char *path);
   bool openDocument();
   bool findTrailers(CPDFTrailer &last, CPDFTrailer &other, long &lastPosition);
   bool readTables(CPDFTrailer &last, CPDFTrailer &other, long lastPosition);
   bool readPages(const CPDFTrailer &last);
   bool parseAt(tagOBJECTRECORD object, CPDFSection &section);
+  [[nodiscard]] long positionOf(tagOBJECTRECORD object) const noexcept {
+    return static_cast<long>(xrefTable_.GetOffset(object));
+  }
   std::vector<long> startsOfContents();
-  int findInEach(const std::vector<long> &starts, const KeywordSearch &search);
+  bool findInEach(const std::vector<long> &starts, const KeywordSearch &search);
   bool loadChunk(std::size_t number, const char *&bytes);
 
   bool isOpen_ = false;

@@ -13,7 +13,6 @@ public:
   /// Only "obj", "endobj" and "/Contents" mean anything.
   CPDFKids() noexcept { telling_ = {'j', 'C'}; }
 
-  int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
   int ReleaseParse() override;
 
   [[nodiscard]] int GeContentsCount() const noexcept { return contents_.GetCount(); }
@@ -24,6 +23,8 @@ public:
   }
 
 private:
+  int takeTokens(CParamArray &tokens, char &goOn) override;
+
   CObjectList contents_;
 };
 

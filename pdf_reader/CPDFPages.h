@@ -14,7 +14,6 @@ class CPDFPages : public CPDFSection {
 public:
   CPDFPages() noexcept = default;
 
-  int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
   int ReleaseParse() override;
 
   /// "/Count" as the document says it, whatever number of kids was read.
@@ -26,6 +25,8 @@ public:
   }
 
 private:
+  int takeTokens(CParamArray &tokens, char &goOn) override;
+
   std::uint32_t count_ = 0;
   CObjectList kids_;
 };

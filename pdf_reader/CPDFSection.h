@@ -43,6 +43,9 @@ public:
   static int FindKeyWordRev(CIOStream *stream, long length, const unsigned char *keyword,
                             long *found);
 
+  /// As `Parse`, but throws `std::bad_alloc` when memory is short.
+  virtual int read(CIOStream &stream);
+
   /// Later parses end at `position` if the stream is longer.
   static constexpr long noEnd = TokenReader::noEnd;
   void EndAt(long position) noexcept { endAt_ = position; }
@@ -50,19 +53,18 @@ public:
   /// The end of the last line that the last parse read.
   [[nodiscard]] long parsedTo() const noexcept { return parsedTo_; }
 
+  /// Ends a walk with 0.
+  static constexpr unsigned long failed = static_cast<unsigned long>(-1);
+
 protected:
   /// The walk of `ParseLine` over an object, from "obj" to "endobj". For each other token in it,
-  /// `take(index)` gives how many tokens are used: none when the value of a key is still to come,
-  /// and `failed` to end the walk with 0.
-  static constexpr unsigned long failed = static_cast<unsigned long>(-1);
-  template <class Take> int walkObject(CParamArray *tokens, char *goOn, Take take) {
-    if (tokens == nullptr || goOn == nullptr)
-      return 0;
+  /// `take(index)` returns how many tokens are used: none when the value of a key is still to come.
+  template <class Take> int walkObject(CParamArray &tokens, char &goOn, Take take) {
     unsigned long i = 0;
     unsigned long used = 1;
     bool isEnd = false;
-    while (i < tokens->GetCount() && used > 0 && !isEnd) {
-      const std::string_view token = tokens->token(i);
+    while (i < tokens.GetCount() && used > 0 && !isEnd) {
+      const std::string_view token = tokens.token(i);
       used = 1;
       if (!isInside_)
         isInside_ = token == "obj";
@@ -74,16 +76,23 @@ protected:
         break;
       i += used;
     }
-    tokens->dropFront(i);
+    tokens.dropFront(i);
     if (isEnd) {
       isInside_ = false;
-      *goOn = 0;
+      goOn = 0;
     }
     return used == failed ? 0 : 1;
   }
 
-  /// `Parse`, with comments cut off or kept as tokens.
-  int parseWith(CIOStream *stream, TokenReader::Comments comments);
+  /// What `ParseLine` does; its arguments are not null. Throws `std::bad_alloc`.
+  virtual int takeTokens(CParamArray &tokens, char &goOn);
+
+  /// Hands `tokens_` to `ParseLine`. Throws `std::bad_alloc` when that fails for lack of memory.
+  int handOver(char &goOn);
+
+  /// `FindKeyWordRev` without null pointers. Throws `std::bad_alloc`.
+  static int findBackwards(CIOStream &stream, long length, const unsigned char *keyword,
+                           long &found);
 
   /// Whether the section's first word was read: "obj", for some sections another.
   bool isInside_ = false;
@@ -91,15 +100,17 @@ protected:
   /// Which lines matter to `ParseLine`; by default all.
   std::optional<TokenReader::Telling> telling_;
 
+  /// Whether comments are read as tokens.
+  TokenReader::Comments comments_ = TokenReader::Comments::cut;
+
   /// The tokens that wait for `ParseLine`, kept to reuse their memory.
   CParamArray tokens_;
 
 private:
-  /// Hands groups of tokens to `ParseLine` until it ends the parse or the stream does.
-  int parseGroups(TokenReader &reader);
-
   long parsedTo_ = 0;
   long endAt_ = noEnd;
+  /// Whether `ParseLine` has failed for lack of memory.
+  bool isMemoryShort_ = false;
 };
 
 } // namespace searchsystem

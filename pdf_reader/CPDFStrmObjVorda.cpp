@@ -2,11 +2,9 @@
 
 namespace searchsystem {
 
-int CPDFStrmObjVorda::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
-  if (tokens == nullptr || goOn == nullptr)
-    return 0;
-  while (tokens->GetCount() > 0) {
-    const std::string_view token = tokens->token(0);
+int CPDFStrmObjVorda::takeTokens(CParamArray &tokens, char &goOn) {
+  while (tokens.GetCount() > 0) {
+    const std::string_view token = tokens.token(0);
     if (!isInside_) {
       isInside_ = token == "obj";
     } else if (!isInStream_) {
@@ -15,24 +13,19 @@ int CPDFStrmObjVorda::ParseLine(CParamArray *tokens, char *goOn, void * /*contex
     } else if (token == "endstream") {
       isInStream_ = false;
     } else {
-      isVorda_ = token == "%" && tokens->GetCount() == 2 &&
-                 tokens->token(1).starts_with("VORDA_PFINF_TYPE");
-      *goOn = 0;
+      isVorda_ =
+          token == "%" && tokens.GetCount() == 2 && tokens.token(1).starts_with("VORDA_PFINF_TYPE");
+      goOn = 0;
       return 1;
     }
-    tokens->dropFront(1);
+    tokens.dropFront(1);
   }
   return 1;
 }
 
-int CPDFStrmObjVorda::Parse(CIOStream *stream) {
-  return parseWith(stream, TokenReader::Comments::keep);
-}
-
 int CPDFStrmObjVorda::ReleaseParse() {
-  CPDFSection::ReleaseParse();
   isVorda_ = isInStream_ = false;
-  return 1;
+  return CPDFSection::ReleaseParse();
 }
 
 } // namespace searchsystem

@@ -10,12 +10,8 @@ namespace searchsystem {
 /// Ownership, threads and failure as `CPDFSection`.
 class CPDFStrmObjVorda : public CPDFSection {
 public:
-  CPDFStrmObjVorda() noexcept = default;
-
-  int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
-
-  /// As the base's, but comments are read as tokens.
-  int Parse(CIOStream *stream) override;
+  /// Comments are read as tokens.
+  CPDFStrmObjVorda() noexcept { comments_ = TokenReader::Comments::keep; }
 
   int ReleaseParse() override;
 
@@ -23,6 +19,8 @@ public:
   [[nodiscard]] int IsVorda() const noexcept { return isVorda_ ? 1 : 0; }
 
 private:
+  int takeTokens(CParamArray &tokens, char &goOn) override;
+
   bool isVorda_ = false;
   bool isInStream_ = false;
 };

@@ -16,7 +16,6 @@ class CPDFTrailer : public CPDFSection {
 public:
   CPDFTrailer() noexcept = default;
 
-  int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
   int ReleaseParse() override;
 
   /// Moves the stream to the last "trailer" of the whole file. 0 when there is none.
@@ -25,6 +24,10 @@ public:
   /// Moves the stream from its position to the next line that begins with the word "trailer", or to
   /// its end.
   static int MoveNextTrailer(CIOStream *stream);
+
+  /// As these two, but throw `std::bad_alloc` when memory is short.
+  static bool moveToLast(CIOStream &stream);
+  static bool moveToNext(CIOStream &stream);
 
   /// 0 when no /Size was read, or `size` is null.
   int GetXRefKeySize(int *size) const noexcept;
@@ -38,10 +41,10 @@ public:
   [[nodiscard]] int GetXRefOffset() const noexcept { return xrefOffset_; }
 
 private:
-  bool hasSize_ = false;
-  std::int32_t size_ = 0;
-  bool hasRoot_ = false;
-  tagOBJECTRECORD root_;
+  int takeTokens(CParamArray &tokens, char &goOn) override;
+
+  std::optional<std::int32_t> size_;
+  std::optional<tagOBJECTRECORD> root_;
   std::int32_t xrefOffset_ = 0;
 };
 

@@ -1,89 +1,80 @@
 #include "pdf_reader/CPDFXRefTable.h"
 
-#include "pdf_reader/TokenNumber.h"
-#include "pdf_reader/ZeroWithoutMemory.h"
+#include "streams/ZeroWithoutMemory.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
+#include <utility>
 
 namespace searchsystem {
 
-int CPDFXRefTable::ParseLine(CParamArray *tokens, char *goOn, void * /*context*/) {
-  if (tokens == nullptr || goOn == nullptr)
-    return 0;
-  while (tokens->GetCount() > 0) {
+int CPDFXRefTable::takeTokens(CParamArray &tokens, char &goOn) {
+  while (tokens.GetCount() > 0) {
     if (!isInside_) {
-      isInside_ = tokens->token(0) == "xref";
-      tokens->dropFront(1);
+      isInside_ = tokens.token(0) == "xref";
+      tokens.dropFront(1);
     } else if (expectsHeader_) {
-      if (tokens->GetCount() != 2)
+      if (tokens.GetCount() != 2)
         return 1;
-      firstNumber_ = numberOf(tokens->token(0));
-      sectionCount_ = numberOf(tokens->token(1));
-      if (sectionCount_ == 0 || firstNumber_ < 0 || firstNumber_ >= size_) {
-        *goOn = 0;
+      const std::int32_t first = numberOf(tokens.token(0));
+      const std::int32_t count = numberOf(tokens.token(1));
+      if (count == 0 || first < 0 || first >= size_) {
+        goOn = 0;
         return 1;
       }
-      nextNumber_ = firstNumber_;
+      nextNumber_ = first;
+      endNumber_ = std::int64_t{first} + count;
       expectsHeader_ = false;
-      tokens->dropFront(2);
+      tokens.dropFront(2);
     } else {
-      if (tokens->GetCount() < 3)
+      if (tokens.GetCount() < 3)
         return 1;
-      if (SetRefTable(nextNumber_, offsetOf(tokens->token(0)), generationOf(tokens->token(1)),
-                      letterOf(tokens->token(2))) != 1)
+      if (!set({nextNumber_, offsetOf(tokens.token(0)), generationOf(tokens.token(1))}))
         return 0;
       ++nextNumber_;
-      expectsHeader_ = nextNumber_ == std::int64_t{firstNumber_} + sectionCount_;
-      tokens->dropFront(3);
+      expectsHeader_ = nextNumber_ == endNumber_;
+      tokens.dropFront(3);
     }
   }
   return 1;
 }
 
-int CPDFXRefTable::Parse(CIOStream *stream) {
+int CPDFXRefTable::read(CIOStream &stream) {
   ReleaseParse();
-  if (stream == nullptr)
-    return 0;
-  return zeroWithoutMemory([&] { return parseSection(*stream); });
-}
-
-int CPDFXRefTable::parseSection(CIOStream &stream) {
   TokenReader reader(stream, TokenReader::Comments::cut);
   tokens_.Reset();
   char goOn = 1;
+  int result = 1;
   unsigned long handedOver = 0;
-  while (reader.next(tokens_)) {
+  while (result == 1 && goOn != 0 && reader.next(tokens_)) {
     const bool isTrailer = tokens_.token(reader.lineIndex()).starts_with("trailer");
     if (isTrailer) {
       // An entry may wait here whose line end the edge of a block has cut off.
       tokens_.DeleteParam(reader.lineIndex(), CParamArray::notFound);
-      if (tokens_.GetCount() > handedOver && ParseLine(&tokens_, &goOn, nullptr) != 1)
+      if (tokens_.GetCount() > handedOver && handOver(goOn) != 1)
         return 0;
       return stream.Seek(reader.linePosition(), streamSeekBegin) == 1 ? 1 : 0;
     }
     if (!reader.isGroupComplete())
       continue;
-    const int result = ParseLine(&tokens_, &goOn, nullptr);
-    if (result != 1 || goOn == 0)
-      return result;
+    result = handOver(goOn);
     handedOver = tokens_.GetCount();
   }
-  return reader.result();
+  return goOn != 0 && result == 1 ? reader.result() : result;
 }
 
 int CPDFXRefTable::Release() {
-  CPDFSection::Release();
   entries_.clear();
   size_ = 0;
-  return 1;
+  return CPDFSection::Release();
 }
 
 int CPDFXRefTable::ReleaseParse() {
-  CPDFSection::ReleaseParse();
   expectsHeader_ = true;
-  nextNumber_ = firstNumber_ = sectionCount_ = 0;
-  return 1;
+  nextNumber_ = 0;
+  endNumber_ = 0;
+  return CPDFSection::ReleaseParse();
 }
 
 int CPDFXRefTable::SetTableSize(int count) {
@@ -93,21 +84,37 @@ int CPDFXRefTable::SetTableSize(int count) {
 }
 
 int CPDFXRefTable::SetRefTable(int index, unsigned long offset, unsigned short generation,
-                               unsigned char type) {
-  if (index < 0 || index == std::numeric_limits<std::int32_t>::max())
-    return 0;
+                               unsigned char /*type*/) {
   return zeroWithoutMemory([&] {
-    entries_.set(index, {static_cast<std::uint32_t>(offset), generation, type});
-    size_ = std::max(size_, index + 1);
-    return 1;
+    return set({index, static_cast<std::uint32_t>(offset), generation}) ? 1 : 0;
   });
 }
 
+bool CPDFXRefTable::set(Entry entry) {
+  if (entry.number < 0 || entry.number == std::numeric_limits<std::int32_t>::max())
+    return false;
+  isSorted_ = isSorted_ && (entries_.empty() || entries_.back().number <= entry.number);
+  entries_.push_back(entry);
+  size_ = std::max(size_, entry.number + 1);
+  return true;
+}
+
 unsigned long CPDFXRefTable::GetOffset(tagOBJECTRECORD ref) const noexcept {
-  if (ref.number < 0 || ref.number >= size_)
+  const auto isBefore = [](const Entry &a, const Entry &b) { return a.number < b.number; };
+  if (!std::exchange(isSorted_, true))
+    std::stable_sort(entries_.begin(), entries_.end(), isBefore);
+  // The last entry of a number counts. In most tables it stands at the place of that number.
+  auto place = static_cast<std::size_t>(ref.number);
+  if (place + 1 >= entries_.size() || entries_[place].number != ref.number ||
+      entries_[place + 1].number == ref.number)
+    place = static_cast<std::size_t>(
+                std::upper_bound(entries_.begin(), entries_.end(), Entry{ref.number}, isBefore) -
+                entries_.begin()) -
+            1;
+  if (place >= entries_.size())
     return 0;
-  const XRefEntry entry = entries_.at(ref.number);
-  return entry.generation == ref.generation ? entry.offset : 0;
+  const Entry &entry = entries_[place];
+  return entry.number == ref.number && entry.generation == ref.generation ? entry.offset : 0;
 }
 
 } // namespace searchsystem

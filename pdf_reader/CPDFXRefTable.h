@@ -1,10 +1,10 @@
 #pragma once
 
 #include "pdf_reader/CPDFSection.h"
-#include "pdf_reader/XRefEntries.h"
 #include "pdf_reader/tagOBJECTRECORD.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace searchsystem {
 
@@ -16,11 +16,9 @@ class CPDFXRefTable : public CPDFSection {
 public:
   CPDFXRefTable() noexcept = default;
 
-  int ParseLine(CParamArray *tokens, char *goOn, void *context) override;
-
   /// Reads one section. Where it ended with a "trailer" line, the stream is at that keyword
   /// afterwards.
-  int Parse(CIOStream *stream) override;
+  int read(CIOStream &stream) override;
 
   int Release() override;
   int ReleaseParse() override;
@@ -37,14 +35,23 @@ public:
   [[nodiscard]] unsigned long GetOffset(tagOBJECTRECORD ref) const noexcept;
 
 private:
-  int parseSection(CIOStream &stream);
+  struct Entry {
+    std::int32_t number;
+    std::uint32_t offset = 0;
+    std::uint16_t generation = 0;
+  };
+
+  int takeTokens(CParamArray &tokens, char &goOn) override;
+  bool set(Entry entry);
 
   std::int32_t size_ = 0;
-  XRefEntries entries_;
+  /// Those that were set, all of them: a few bytes of a document can name object 2,000,000,000.
+  /// They are sorted by number when that is first asked for.
+  mutable std::vector<Entry> entries_;
+  mutable bool isSorted_ = true;
 
   std::int32_t nextNumber_ = 0;
-  std::int32_t firstNumber_ = 0;
-  std::int32_t sectionCount_ = 0;
+  std::int64_t endNumber_ = 0;
   bool expectsHeader_ = true;
 };
 

@@ -1,99 +1,83 @@
 #include "pdf_reader/CParamArray.h"
 
 #include "pdf_reader/LineUtility.h"
+#include "streams/ZeroWithoutMemory.h"
 
-#include <functional>
+#include <algorithm>
 #include <limits>
-#include <memory>
+#include <string>
 #include <utility>
 
 namespace searchsystem {
 
 namespace {
 
-constexpr std::size_t mostCount = std::numeric_limits<std::uint32_t>::max();
+/// Follows a token in place of its NUL where `CopyParam` found no text.
+constexpr char emptyPlace = '\1';
 
 const unsigned char *bytesOf(const char *buf) noexcept {
   return reinterpret_cast<const unsigned char *>(buf);
 }
 
-/// Calls `take` with where each token starts and how long it is.
-template <class Take> void forEachToken(std::string_view line, Take take) {
-  std::size_t i = 0;
-  while (i < line.size()) {
-    while (i < line.size() && classOf(line[i]) == ByteClass::trim)
-      ++i;
-    const std::size_t start = i;
-    while (i < line.size() && classOf(line[i]) != ByteClass::trim)
-      ++i;
-    if (i > start)
-      take(line.substr(start, i - start));
-  }
+/// Calls `take` with each token of the first line, or of the part of it that `getInfo` selects.
+template <class Take>
+void forEachToken(const char *buf, unsigned long len, decltype(GetLineInfo) *getInfo, Take take) {
+  unsigned long start = 0;
+  unsigned long length = 0;
+  if (getInfo(bytesOf(buf), len, &start, &length) == 1)
+    forEachWord(
+        {buf + start, length}, [](char c) { return classOf(c) == ByteClass::trim; }, take);
+}
+
+/// 1 if `work` succeeds; otherwise 0, and the array is released.
+template <class Work> int succeedOrRelease(CParamArray &array, const Work &work) noexcept {
+  const int result = zeroWithoutMemory([&] { return work() ? 1 : 0; });
+  if (result != 1)
+    array.Release();
+  return result;
 }
 
 } // namespace
 
-bool CParamArray::grow(std::size_t count, std::size_t bytes) noexcept {
-  if (count > mostCount - end_ || bytes > mostCount - textEnd_)
-    return false;
-  if (end_ + count > slots_.capacity() && begin_ > end_ / 2) {
-    std::memmove(slots_.data(), slots_.data() + begin_, (end_ - begin_) * sizeof(Slot));
-    end_ -= std::exchange(begin_, 0);
-  }
-  if (!slots_.reserve(end_ + count))
-    return false;
-  return textEnd_ + bytes <= texts_.capacity() || dropDeletedText(bytes) ||
-         texts_.reserve(textEnd_ + bytes);
-}
-
-/// When at least half of the text belongs to no token any more, moves the rest to a block of its
-/// own with room for `bytes` more; false otherwise.
-bool CParamArray::dropDeletedText(std::size_t bytes) noexcept {
+void CParamArray::grow(std::size_t count, std::size_t bytes) {
+  constexpr std::size_t most = std::numeric_limits<std::uint32_t>::max();
+  if (count > most - end_ || bytes > most - textEnd_)
+    throw std::bad_alloc();
   std::size_t size = 0;
   for (std::uint32_t i = begin_; i < end_; ++i)
     size += slots_.data()[i].length + std::size_t{1};
-  PlainArray<char> texts;
-  if (size > textEnd_ / 2 || !texts.reserve(size + size / 2 + bytes))
-    return false;
-  std::uint32_t position = 0;
-  for (std::uint32_t i = begin_; i < end_; ++i) {
-    Slot &slot = slots_.data()[i];
-    std::memcpy(texts.data() + position, texts_.data() + slot.offset, slot.length + std::size_t{1});
-    slot.offset = position;
-    position += slot.length + 1;
+  if (size < textEnd_ / 2) {
+    // Most of the text belongs to no token any more.
+    PlainArray<char> texts;
+    texts.reserve(size + size / 2 + bytes);
+    textEnd_ = 0;
+    for (std::uint32_t i = begin_; i < end_; ++i) {
+      const auto [offset, length] = slots_.data()[i];
+      std::memcpy(texts.data() + textEnd_, texts_.data() + offset, length + std::size_t{1});
+      slots_.data()[i - begin_] = {textEnd_, length};
+      textEnd_ += length + 1;
+    }
+    texts_ = std::move(texts);
+    end_ -= std::exchange(begin_, 0);
   }
-  texts_ = std::move(texts);
-  textEnd_ = position;
-  return true;
+  slots_.reserve(end_ + count);
+  texts_.reserve(textEnd_ + bytes);
 }
 
-/// Takes the tokens of the first line, or of the part of it that `getInfo` selects. False when
-/// memory is short.
-bool CParamArray::parseLine(const char *buf, unsigned long len, LineInfo *getInfo) noexcept {
+int CParamArray::parseLine(const char *buf, unsigned long len, LineInfo *getInfo) noexcept {
   Reset();
-  unsigned long start = 0;
-  unsigned long length = 0;
-  if (getInfo(bytesOf(buf), len, &start, &length) != 1)
-    return true;
-  const std::string_view line(buf + start, length);
-  std::size_t count = 0;
-  std::size_t bytes = 0;
-  forEachToken(line, [&](std::string_view text) {
-    ++count;
-    bytes += text.size() + 1;
+  return succeedOrRelease(*this, [&] {
+    forEachToken(buf, len, getInfo, [this](std::string_view token) { return append(token), true; });
+    return GetCount() > 0;
   });
-  if (!makeRoom(count, bytes))
-    return false;
-  forEachToken(line, [this](std::string_view text) { appendInRoom(text); });
-  return true;
 }
 
 int CParamArray::Parse(const char *buf, unsigned long len) noexcept {
-  return parseLine(buf, len, GetLineInfo) && GetCount() > 0 ? 1 : 0;
+  return parseLine(buf, len, GetLineInfo);
 }
 
 int CParamArray::Parse_WithComment(const char *buf, unsigned long len) noexcept {
-  return parseLine(buf, len, GetLineInfo_WithComment) && GetCount() > 0 ? 1 : 0;
+  return parseLine(buf, len, GetLineInfo_WithComment);
 }
 
 int CParamArray::ParseObject(const char *buf, unsigned long len, const char *begin,
@@ -101,99 +85,59 @@ int CParamArray::ParseObject(const char *buf, unsigned long len, const char *beg
   Reset();
   if (buf == nullptr || begin == nullptr || end == nullptr)
     return 0;
-  bool hasBegun = false;
-  bool hasEnded = false;
-  CParamArray line;
-  for (unsigned long position = 0; position < len && !hasEnded;) {
+  return succeedOrRelease(*this, [&] {
+    bool hasBegun = false;
+    bool hasEnded = false;
     unsigned long size = 0;
-    GetLineSize(bytesOf(buf) + position, len - position, &size);
-    if (!line.parseLine(buf + position, size, GetLineInfo)) {
-      Release();
-      return 0;
+    for (unsigned long position = 0; position < len && !hasEnded; position += size + 1) {
+      GetLineSize(bytesOf(buf) + position, len - position, &size);
+      const unsigned long first = GetCount();
+      forEachToken(buf + position, size, GetLineInfo, [&](std::string_view token) {
+        append(token);
+        hasEnded = hasBegun && token == end;
+        if (!hasBegun && token == begin) {
+          hasBegun = true;
+          DeleteParam(first, GetCount() - 1 - first);
+        }
+        return !hasEnded;
+      });
     }
-    position += size + 1;
-
-    unsigned long first = 0;
-    unsigned long count = line.GetCount();
-    for (unsigned long i = 0; i < count; ++i) {
-      if (!hasBegun && line.Compare(i, begin) == 1) {
-        hasBegun = true;
-        first = i;
-      } else if (hasBegun && line.Compare(i, end) == 1) {
-        hasEnded = true;
-        count = i + 1;
-      }
-    }
-    for (unsigned long i = first; i < count; ++i)
-      if (!append(line.token(i))) {
-        Release();
-        return 0;
-      }
-  }
-  return 1;
-}
-
-bool CParamArray::appendText(const char *text) noexcept {
-  const std::size_t length = std::strlen(text);
-  const bool isOwn = !std::less<>()(text, texts_.data()) &&
-                     std::less<>()(text, static_cast<const char *>(texts_.data()) + textEnd_);
-  if (!isOwn)
-    return append({text, length});
-  // Growing may move the text, so copy it first.
-  PlainArray<char> copy;
-  if (!copy.reserve(length + 1))
-    return false;
-  std::memcpy(copy.data(), text, length);
-  return append({copy.data(), length});
-}
-
-/// The text of a place without a token. A token without text begins with its NUL.
-constexpr char emptyPlace = '\1';
-
-/// Appends a place that holds no token.
-bool CParamArray::appendPlace() noexcept {
-  if (!append(""))
-    return false;
-  texts_.data()[textEnd_ - 1] = emptyPlace;
-  return true;
-}
-
-bool CParamArray::isEmptyPlace(unsigned long index) const noexcept {
-  const std::string_view text = token(index);
-  return text.empty() && *text.data() == emptyPlace;
+    return true;
+  });
 }
 
 int CParamArray::AddParam(const char *text) noexcept {
-  return text != nullptr && appendText(text) ? 1 : 0;
+  if (text == nullptr)
+    return 0;
+  return zeroWithoutMemory([&] {
+    // It may be one of these, which growing moves.
+    append(std::string(text));
+    return 1;
+  });
 }
 
 int CParamArray::AddParam(const CParamArray *other) noexcept {
   if (other == nullptr)
     return 0;
   const unsigned long count = other->GetCount();
-  for (unsigned long i = 0; i < count; ++i) {
-    // When the other is this array, growing may move the text.
-    const std::size_t length = other->token(i).size();
-    if (length == 0 || !makeRoom(1, length + 1))
-      return 0;
-    appendInRoom(other->token(i));
-  }
-  return 1;
+  unsigned long i = 0;
+  while (i < count && AddParam(other->GetParam(i)) == 1)
+    ++i;
+  return i == count ? 1 : 0;
 }
 
 int CParamArray::InsertParam(unsigned long index, const char *text) noexcept {
-  if (text == nullptr || index > GetCount() || !appendText(text))
+  if (index > GetCount() || AddParam(text) != 1)
     return 0;
-  Slot *const slots = slots_.data() + begin_;
-  const unsigned long last = GetCount() - 1;
-  const Slot inserted = slots[last];
-  std::memmove(slots + index + 1, slots + index, (last - index) * sizeof(Slot));
-  slots[index] = inserted;
+  Slot *const end = slots_.data() + end_;
+  std::rotate(slots_.data() + begin_ + index, end - 1, end);
   return 1;
 }
 
 int CParamArray::SetParam(unsigned long index, const char *text) noexcept {
-  if (text == nullptr || index >= GetCount() || isEmptyPlace(index) || !appendText(text))
+  const bool isPlace =
+      index < GetCount() && token(index).empty() && *token(index).data() == emptyPlace;
+  if (index >= GetCount() || isPlace || AddParam(text) != 1)
     return 0;
   --end_;
   slots_.data()[begin_ + index] = slots_.data()[end_];
@@ -210,7 +154,7 @@ int CParamArray::DeleteParam(unsigned long index, unsigned long n) noexcept {
     return 1;
   }
   Slot *const slots = slots_.data() + begin_;
-  std::memmove(slots + index, slots + index + n, (count - index - n) * sizeof(Slot));
+  std::copy(slots + index + n, slots + count, slots + index);
   end_ -= static_cast<std::uint32_t>(n);
   return 1;
 }
@@ -224,20 +168,19 @@ int CParamArray::CopyParam(const CParamArray *src, unsigned long start, int n) n
   unsigned long count = src->GetCount() - start;
   if (n > 0)
     count = std::min(count, static_cast<unsigned long>(n));
-  for (unsigned long i = start; i < start + count; ++i)
-    if (!(src->token(i).empty() ? appendPlace() : append(src->token(i)))) {
-      Release();
-      return 0;
+  return succeedOrRelease(*this, [&] {
+    for (unsigned long i = start; i < start + count; ++i) {
+      append(src->token(i));
+      if (src->token(i).empty())
+        texts_.data()[textEnd_ - 1] = emptyPlace;
     }
-  return 1;
+    return true;
+  });
 }
 
 unsigned long CParamArray::FindParam(const char *text, unsigned long from) const noexcept {
-  if (text == nullptr || *text == '\0')
-    return notFound;
-  const std::string_view sought(text);
   for (unsigned long i = from; i < GetCount(); ++i)
-    if (token(i) == sought)
+    if (Compare(i, text) == 1)
       return i;
   return notFound;
 }
@@ -261,8 +204,8 @@ int CParamArray::Reset() noexcept {
 
 int CParamArray::Release() noexcept {
   Reset();
-  slots_.release();
-  texts_.release();
+  slots_ = {};
+  texts_ = {};
   return 1;
 }
 

@@ -92,33 +92,24 @@ public:
     return {texts_.data() + slot.offset, slot.length};
   }
 
-  /// Appends a token that may hold anything but NUL.
-  [[nodiscard]] bool append(std::string_view text) noexcept {
-    if (!makeRoom(1, text.size() + 1))
-      return false;
+  /// Appends a token that may hold anything but NUL. Throws `std::bad_alloc`.
+  void append(std::string_view text) {
+    makeRoom(1, text.size() + 1);
     appendInRoom(text);
-    return true;
   }
 
-  /// Makes room for `count` tokens with `bytes` bytes of text in all, NULs included.
-  [[nodiscard]] bool makeRoom(std::size_t count, std::size_t bytes) noexcept {
-    return (end_ + count <= slots_.capacity() && textEnd_ + bytes <= texts_.capacity()) ||
-           grow(count, bytes);
+  /// Makes room for `count` tokens with `bytes` bytes of text in all, NULs included. Throws
+  /// `std::bad_alloc`.
+  void makeRoom(std::size_t count, std::size_t bytes) {
+    if (end_ + count > slots_.capacity() || textEnd_ + bytes > texts_.capacity())
+      grow(count, bytes);
   }
 
   /// Appends a token for which room was made.
   void appendInRoom(std::string_view text) noexcept {
-    std::memcpy(textRoom(), text.data(), text.size());
-    takeTextRoom(text.size());
-  }
-
-  /// Where the next token's text goes; room must have been made.
-  [[nodiscard]] char *textRoom() noexcept { return texts_.data() + textEnd_; }
-
-  /// Makes the first `length` bytes of `textRoom` a token.
-  void takeTextRoom(std::size_t length) noexcept {
-    slots_.data()[end_++] = {textEnd_, static_cast<std::uint32_t>(length)};
-    textEnd_ += static_cast<std::uint32_t>(length);
+    std::memcpy(texts_.data() + textEnd_, text.data(), text.size());
+    slots_.data()[end_++] = {textEnd_, static_cast<std::uint32_t>(text.size())};
+    textEnd_ += static_cast<std::uint32_t>(text.size());
     texts_.data()[textEnd_++] = '\0';
   }
 
@@ -135,14 +126,10 @@ private:
     std::uint32_t length;
   };
 
-  bool grow(std::size_t count, std::size_t bytes) noexcept;
-  bool dropDeletedText(std::size_t bytes) noexcept;
-  bool appendText(const char *text) noexcept;
-  bool appendPlace() noexcept;
-  [[nodiscard]] bool isEmptyPlace(unsigned long index) const noexcept;
+  void grow(std::size_t count, std::size_t bytes);
   using LineInfo = int(const unsigned char *buf, unsigned long len, unsigned long *outStart,
                        unsigned long *outLength) noexcept;
-  bool parseLine(const char *buf, unsigned long len, LineInfo *getInfo) noexcept;
+  int parseLine(const char *buf, unsigned long len, LineInfo *getInfo) noexcept;
 
   PlainArray<Slot> slots_;
   PlainArray<char> texts_;

@@ -5,24 +5,43 @@
 #include "pdf_reader/PlainArray.h"
 #include "pdf_reader/VectorBytes.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace searchsystem {
+
+/// What contents have behind them that boarded a reading together.
+struct ContentPast {
+  /// The end of their text when they boarded, and where the reading's text ended then.
+  std::string text;
+  std::size_t boarded;
+  /// A bit for each encoding: the text is invalid in it, the keyword was found.
+  std::uint8_t invalid, found;
+  /// The past that replaces this one, if any.
+  std::shared_ptr<ContentPast> same;
+  /// What the last change made of this past, and which change that was.
+  std::weak_ptr<ContentPast> changed;
+  std::uint64_t change = 0;
+};
 
 /// A content stream: where it begins, and whether its text holds the keyword.
 struct SearchedContent {
   enum class Result : std::uint8_t { unknown, absent, found, failed };
 
+  explicit SearchedContent(long position) noexcept : start(position) {}
+
   long start;
   Result result = Result::unknown;
-  /// The next one of the same riders.
-  std::int32_t next = -1;
+  /// The past that it shares with the contents linked here, which have the same edges.
+  std::shared_ptr<ContentPast> past;
+  SearchedContent *next = nullptr, *last = nullptr;
+  /// Others with these edges.
+  SearchedContent *others = nullptr;
 };
 
 /// One way to read the lines of a file. All contents whose parses are in the same state ride on it.
@@ -34,41 +53,23 @@ struct SearchedContent {
 class ContentReading {
 public:
   static constexpr long blockSize = 1024;
-  static constexpr std::int32_t none = -1;
-
-  /// Contents with the same edges and the same past.
-  struct Riders {
-    std::int32_t first, last; ///< contents, linked
-    std::int32_t past;
-    std::int32_t next; ///< others with these edges
-  };
-
-  ContentReading() { heads_.fill(unused); }
-
-  [[nodiscard]] bool isEmpty() const noexcept { return count_ == 0; }
 
   /// Whether a rider meets the edge of a block at a position.
-  [[nodiscard]] bool hasEdgeAt(long position) const noexcept {
-    return heads_[placeOf(position)] >= 0;
+  [[nodiscard]] bool hasEdgeAt(long position) const {
+    return riders_.contains(position % blockSize);
   }
 
   /// Room for `size` more bytes of text, for `ContentReadings::show`. Throws `std::bad_alloc`.
   [[nodiscard]] char *room(std::size_t size) {
-    if (!text_.reserve(textSize_ + size + vectorBytes::guardSize))
-      throw std::bad_alloc();
+    text_.reserve(textSize_ + size + vectorBytes::guardSize);
     return text_.data() + textSize_;
   }
+
   ContentState state;
 
 private:
   friend class ContentReadings;
 
-  /// A head that has not been used.
-  static constexpr std::int32_t unused = -2;
-
-  [[nodiscard]] static std::size_t placeOf(long position) noexcept {
-    return static_cast<std::size_t>(position % blockSize);
-  }
   [[nodiscard]] std::string_view text() const noexcept { return {text_.data(), wholeSize_}; }
   /// The bytes of a character whose rest is missing.
   [[nodiscard]] std::string_view cut() const noexcept {
@@ -76,8 +77,9 @@ private:
   }
   /// The end of the text, counted from where the reading began.
   [[nodiscard]] std::size_t end() const noexcept { return dropped_ + wholeSize_; }
-  [[nodiscard]] std::string_view textFrom(std::size_t place) const noexcept {
-    return text().substr(place > dropped_ ? place - dropped_ : 0);
+  /// The text since riders with a past boarded, or what is left of it.
+  [[nodiscard]] std::string_view textSince(const ContentPast &past) const noexcept {
+    return text().substr(past.boarded > dropped_ ? past.boarded - dropped_ : 0);
   }
 
   PlainArray<char> text_;
@@ -89,11 +91,12 @@ private:
   /// Where the search stopped, counted like `end`.
   std::size_t searched_ = 0;
   /// Pasts of riders that boarded recently, oldest first: an occurrence may begin before that.
-  std::vector<std::int32_t> recent_;
+  std::vector<std::shared_ptr<ContentPast>> recent_;
   /// All other pasts, which differ only in their marks.
-  std::vector<std::int32_t> settled_;
-  std::array<std::int32_t, blockSize> heads_;
-  std::vector<std::uint16_t> usedHeads_;
+  std::vector<std::shared_ptr<ContentPast>> settled_;
+  /// The first content of each edge.
+  std::unordered_map<long, SearchedContent *> riders_;
+  /// How many contents differ in edge or past.
   std::size_t count_ = 0;
   /// The last change of riders to it.
   std::uint64_t change_ = 0;
@@ -108,17 +111,16 @@ public:
   using Result = SearchedContent::Result;
   using Effect = ContentState::Effect;
 
-  ContentReadings(const KeywordSearch &search, std::vector<SearchedContent> &contents)
-      : search_(search), contents_(contents),
-        keptText_(search.overlap() > 0 ? search.overlap() - 1 : 0) {}
+  explicit ContentReadings(const KeywordSearch &search)
+      : search_(search), keptText_(search.overlap() > 0 ? search.overlap() - 1 : 0) {}
 
   [[nodiscard]] bool isEmpty() const noexcept { return live_.empty(); }
   [[nodiscard]] std::size_t count() const noexcept { return live_.size(); }
   [[nodiscard]] ContentReading &operator[](std::size_t i) noexcept { return *live_[i]; }
 
   /// Adds a content that begins here, to a reading in the first state or to a new one.
-  void board(std::size_t content);
-  ContentReading &boardAlone(std::size_t content);
+  void board(SearchedContent &content);
+  ContentReading &boardAlone(SearchedContent &content);
 
   /// Hands a reading the next token, or the end of the group. False when that ends the reading.
   bool take(ContentReading &reading, std::string_view token);
@@ -152,51 +154,28 @@ public:
   }
 
 private:
-  using Index = std::int32_t;
-  using Riders = ContentReading::Riders;
-  static constexpr Index none = ContentReading::none;
+  using PastPointer = std::shared_ptr<ContentPast>;
   static constexpr std::size_t textAtOnce = 1 << 13;
 
-  /// What riders of a reading share, whatever their edges.
-  struct Past {
-    /// The end of their text when they boarded, and where the reading's text ended then.
-    std::string text;
-    std::size_t boarded = 0;
-    /// A bit for each encoding: the text is invalid in it, the keyword was found.
-    std::uint8_t invalid = 0, found = 0;
-    Index riders = 0;
-    /// The past that replaces this one, or none.
-    Index same = none;
-    /// What the last change made of this past, and which change that was.
-    Index changed = none;
-    std::uint64_t change = 0;
-  };
-
   ContentReading &newReading();
-  Index newPast(ContentReading &reading, std::string text, const Past *marks);
-  void releasePast(Index past) noexcept;
-  Index resolve(Index past) noexcept;
-  void addContent(ContentReading &reading, std::size_t content, Index past);
-  void add(ContentReading &reading, std::size_t place, Index riders);
-  void changePlace(ContentReading &from, ContentReading &to, std::size_t place);
-  Index changedPast(ContentReading &from, ContentReading &to, Index past);
+  void add(ContentReading &reading, SearchedContent &added, PastPointer past);
+  static PastPointer newPast(ContentReading &reading, std::string text = {},
+                             std::uint8_t invalid = 0, std::uint8_t found = 0);
+  static void resolve(PastPointer &past) noexcept;
+  PastPointer changedPast(const ContentReading &from, ContentReading &to, PastPointer past);
   bool end(ContentReading &reading, Result result);
-  void endPlace(ContentReading &reading, std::size_t place, Result result);
-  [[nodiscard]] Result resultOf(const ContentReading &reading, const Past &past) const noexcept;
+  void endRiders(ContentReading &reading, SearchedContent *first, Result result);
+  [[nodiscard]] Result resultOf(const ContentReading &reading,
+                                const ContentPast &past) const noexcept;
   void search(ContentReading &reading);
   void searchIn(ContentReading &reading, std::size_t encoding);
-  void searchAcross(const ContentReading &reading, Past &past);
+  void searchAcross(const ContentReading &reading, ContentPast &past);
   void settle(ContentReading &reading);
   void dropText(ContentReading &reading) noexcept;
-  void remove(ContentReading &reading) noexcept;
 
   const KeywordSearch &search_;
-  std::vector<SearchedContent> &contents_;
   const std::size_t keptText_;
-  std::vector<std::unique_ptr<ContentReading>> live_, spare_;
-  std::vector<Riders> riders_;
-  std::vector<Past> pasts_;
-  std::vector<Index> freeRiders_, freePasts_;
+  std::vector<std::unique_ptr<ContentReading>> live_;
   std::uint64_t changes_ = 0;
 };
 

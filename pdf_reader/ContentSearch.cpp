@@ -70,14 +70,14 @@ std::string_view ContentSearch::Line::next() noexcept {
   return {token, static_cast<std::size_t>(i - token)};
 }
 
-ContentSearch::ContentSearch(CIOStream &stream, const KeywordSearch &search, ReadBounds &bounds,
+ContentSearch::ContentSearch(CIOStream &stream, const KeywordSearch &search, ReadBound &bound,
                              const std::vector<long> &starts)
-    : bounds_(bounds), window_(stream), readings_(search, contents_) {
+    : bound_(bound), window_(stream), readings_(search) {
   std::vector<long> sorted = starts;
   std::sort(sorted.begin(), sorted.end());
   sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
   for (const long start : sorted)
-    contents_.push_back({start});
+    contents_.emplace_back(start);
   order_.reserve(starts.size());
   for (const long start : starts)
     order_.push_back(static_cast<std::size_t>(
@@ -146,12 +146,10 @@ const char *ContentSearch::readPlainLines(const char *line) {
     if (isText && *line == '<') {
       char *const room = reading.room(static_cast<std::size_t>(limit - line) / 2);
       const char *end = line + 1;
-      std::size_t size = vectorBytes::decodePairs(end, room);
+      const std::size_t size = vectorBytes::decodePairs(end, room);
       if (std::memcmp(end, "> Tj", 4) == 0 && end + 4 < limit &&
           classOf(end[4]) == ByteClass::lineEnd) {
-        if (const void *const zero = std::memchr(room, 0, size); zero != nullptr)
-          size = static_cast<std::size_t>(static_cast<const char *>(zero) - room);
-        readings_.show(reading, size);
+        readings_.show(reading, sizeBeforeNUL(room, size));
         line = end + 5;
         continue;
       }
@@ -177,8 +175,7 @@ bool ContentSearch::readLine(const char *begin) {
   nextLine_ += end - begin + 1;
   line_ = {begin, std::min(end, window_.dataEnd())};
   if (readings_.count() > 1 &&
-      !bounds_.take(ReadBounds::Kind::contents,
-                    (end - begin) * static_cast<long>(readings_.count() - 1)))
+      !bound_.take((end - begin) * static_cast<long>(readings_.count() - 1)))
     readings_.keepLargest();
   takeTokens();
   takeEdges();
@@ -205,7 +202,7 @@ void ContentSearch::takeTokens() {
       if (rest.find('%') != std::string_view::npos)
         apart_.push_back(next_);
       else
-        readings_.take(readings_.boardAlone(next_), rest);
+        readings_.take(readings_.boardAlone(contents_[next_]), rest);
       readings_.join();
     }
     if (readings_.count() > 1)
@@ -279,7 +276,7 @@ void ContentSearch::takeRemark(ContentReading &reading, std::size_t firstFork) {
 /// Reads the line from `from` on, for riders with the same edges.
 void ContentSearch::readAlone(ContentReading &reading, const char *from) {
   for (bool isOpen = false;;) {
-    if (!bounds_.take(ReadBounds::Kind::contents, line_.end - from)) {
+    if (!bound_.take(line_.end - from)) {
       readings_.giveUp(reading);
       return;
     }
@@ -303,7 +300,7 @@ void ContentSearch::boardInTail() {
   if (apart_.empty() && !(hasNext() && nextStart() <= line_.end))
     return;
   const auto boardApart = [this](std::size_t content) {
-    readAlone(readings_.boardAlone(content), window_.placeOf(contents_[content].start));
+    readAlone(readings_.boardAlone(contents_[content]), window_.placeOf(contents_[content].start));
     readings_.join();
   };
   std::for_each(apart_.begin(), apart_.end(), boardApart);
@@ -317,7 +314,7 @@ void ContentSearch::boardInTail() {
 void ContentSearch::boardUpTo(const char *place) {
   for (; hasNext() && nextStart() <= place; ++next_)
     if (!isNextEmpty())
-      readings_.board(next_);
+      readings_.board(contents_[next_]);
 }
 
 /// Whether the next content begins in a group that the end of the file leaves open.
@@ -346,28 +343,19 @@ bool ContentSearch::findOpenEnds() {
     while (window_.at(from) == nullptr || window_.end() < size)
       if (!window_.more(from))
         return false;
-    // Most files end with a line without a tail, which decides at once.
     const char *const begin = window_.at(from);
-    const char *last = nullptr;
     std::vector<OpenEnd> open;
     long first = -1;
-    for (const bool isForAll : {false, true}) {
-      for (const char *i = begin, *end = nullptr; i < window_.dataEnd(); i = end + 1) {
-        end = vectorBytes::scanLine(i, '\n', '\n').end;
-        if (from != 0 && i == begin)
-          continue;
-        line_ = {i, end};
-        while (!line_.next().empty())
-          ;
-        if (isForAll)
-          noteOpenEnds(open);
-        else if (line_.hasTokens())
-          last = line_.tokensEnd == line_.end ? nullptr : i;
-        if (first < 0 && line_.hasTokens())
-          first = window_.positionOf(i);
-      }
-      if (last == nullptr && first >= 0)
-        return true;
+    for (const char *i = begin, *end = nullptr; i < window_.dataEnd(); i = end + 1) {
+      end = vectorBytes::scanLine(i, '\n', '\n').end;
+      if (from != 0 && i == begin)
+        continue;
+      line_ = {i, end};
+      while (!line_.next().empty())
+        ;
+      noteOpenEnds(open);
+      if (first < 0 && line_.hasTokens())
+        first = window_.positionOf(i);
     }
     openEnds_.clear();
     std::copy_if(open.begin(), open.end(), std::back_inserter(openEnds_),

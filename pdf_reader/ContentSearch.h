@@ -21,12 +21,12 @@ namespace searchsystem {
 /// from its own start: an edge there joins the next line to the group, and one in a remark makes
 /// the rest of the remark text.
 ///
-/// Ownership: the stream, the keyword's search and the bounds live longer. Threads: one at a time.
+/// Ownership: the stream, the keyword's search and the bound live longer. Threads: one at a time.
 /// Throws `std::bad_alloc`.
 class ContentSearch {
 public:
   /// `starts` are the positions of the contents, in the order of pages.
-  ContentSearch(CIOStream &stream, const KeywordSearch &search, ReadBounds &bounds,
+  ContentSearch(CIOStream &stream, const KeywordSearch &search, ReadBound &bound,
                 const std::vector<long> &starts);
 
   /// Whether a content holds the keyword and none before it fails. Call it once.
@@ -75,7 +75,7 @@ private:
     return hasNext() ? contents_[next_].start : window_.size();
   }
 
-  ReadBounds &bounds_;
+  ReadBound &bound_;
   LineWindow window_;
   std::vector<SearchedContent> contents_;
   /// The contents in the order of pages, and how many of the first are known to be absent.

@@ -26,6 +26,8 @@ public:
   enum class Place : std::uint8_t { outside, object, stream, text, stopped };
   enum class Effect : std::uint8_t { none, show, fail, stop };
 
+  explicit ContentState(Place place = Place::outside) noexcept : place_(place) {}
+
   [[nodiscard]] Place place() const noexcept { return place_; }
   [[nodiscard]] bool isWaiting() const noexcept { return waiting_ != Waiting::none; }
 
@@ -84,7 +86,7 @@ private:
     }
   }
 
-  Place place_ = Place::outside;
+  Place place_;
   Waiting waiting_ = Waiting::none;
   /// The token that waits alone; empty if that is no hexadecimal string.
   std::string string_;

@@ -1,45 +1,34 @@
 #include "pdf_reader/FileChunks.h"
 
-#include "streams/MemoryShortage.h"
-
 #include <algorithm>
-#include <new>
 
 namespace searchsystem {
 
+FileChunks::FileChunks(long fileSize)
+    : chunks_(std::min<std::size_t>(static_cast<std::size_t>(fileSize) / chunkSize + 1, 32)),
+      bytes_(std::make_unique_for_overwrite<char[]>(chunks_.size() * chunkSize)) {}
+
 const char *FileChunks::find(std::size_t number) noexcept {
-  if (current_ == nullptr || current_->lastUse == 0 || current_->number != number) {
-    const auto found = std::find_if(chunks_.begin(), chunks_.end(), [number](const Chunk &chunk) {
-      return chunk.lastUse != 0 && chunk.number == number;
-    });
+  const auto holds = [number](const Chunk &chunk) {
+    return chunk.lastUse != 0 && chunk.number == number;
+  };
+  if (!holds(chunks_[current_])) {
+    const auto found = std::find_if(chunks_.begin(), chunks_.end(), holds);
     if (found == chunks_.end())
       return nullptr;
     found->lastUse = ++uses_;
-    current_ = &*found;
+    current_ = static_cast<std::size_t>(found - chunks_.begin());
   }
-  return current_->bytes.get();
+  return bytes_.get() + current_ * chunkSize;
 }
 
 char *FileChunks::replaceOldest(std::size_t number) noexcept {
-  current_ = &*std::min_element(chunks_.begin(), chunks_.end(), [](const Chunk &a, const Chunk &b) {
-    return a.lastUse < b.lastUse;
-  });
-  if (current_->bytes == nullptr)
-    current_->bytes.reset(new (std::nothrow) char[chunkSize]);
-  if (current_->bytes == nullptr)
-    MemoryShortage::note();
-  current_->lastUse = 0;
-  current_->number = number;
-  return current_->bytes.get();
-}
-
-void FileChunks::keep() noexcept { current_->lastUse = ++uses_; }
-
-void FileChunks::clear() noexcept {
-  for (Chunk &chunk : chunks_)
-    chunk = {};
-  current_ = nullptr;
-  uses_ = 0;
+  const auto oldest =
+      std::min_element(chunks_.begin(), chunks_.end(),
+                       [](const Chunk &a, const Chunk &b) { return a.lastUse < b.lastUse; });
+  *oldest = {number};
+  current_ = static_cast<std::size_t>(oldest - chunks_.begin());
+  return bytes_.get() + current_ * chunkSize;
 }
 
 } // namespace searchsystem

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace searchsystem {
 
@@ -14,25 +14,27 @@ class FileChunks {
 public:
   static constexpr std::size_t chunkSize = 1 << 15;
 
+  FileChunks() noexcept = default;
+
+  /// Has room for the chunks of a file of `fileSize` bytes, or for 32. Throws `std::bad_alloc`.
+  explicit FileChunks(long fileSize);
+
   /// The chunk of a number; null when it is not in memory.
   [[nodiscard]] const char *find(std::size_t number) noexcept;
 
   /// Room for the chunk of a number, in place of the one unused for longest. `keep` makes it valid.
-  /// Null when memory is short.
   [[nodiscard]] char *replaceOldest(std::size_t number) noexcept;
-  void keep() noexcept;
-
-  void clear() noexcept;
+  void keep() noexcept { chunks_[current_].lastUse = ++uses_; }
 
 private:
   struct Chunk {
     std::size_t number = 0;
     std::uint64_t lastUse = 0; ///< 0 for one that holds nothing
-    std::unique_ptr<char[]> bytes;
   };
 
-  std::array<Chunk, 32> chunks_;
-  Chunk *current_ = nullptr;
+  std::vector<Chunk> chunks_;
+  std::unique_ptr<char[]> bytes_;
+  std::size_t current_ = 0;
   std::uint64_t uses_ = 0;
 };
 

@@ -2,13 +2,6 @@
 
 namespace searchsystem {
 
-std::size_t countHexDigits(std::string_view digits) noexcept {
-  std::size_t count = 0;
-  for (const char c : digits)
-    count += hexDigitValue(c) != noHexDigit ? 1 : 0;
-  return count;
-}
-
 std::size_t decodeHexDigits(std::string_view digits, char *out, std::size_t capacity) noexcept {
   std::size_t size = 0;
   bool isHigh = true;

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace searchsystem {
@@ -33,12 +34,14 @@ inline constexpr std::array<std::uint8_t, 256> hexDigitValues = [] {
   return token.substr(1, token.size() - 2);
 }
 
-/// How many hexadecimal digits there are; whatever else stands between them is no part of the
-/// string.
-[[nodiscard]] std::size_t countHexDigits(std::string_view digits) noexcept;
-
 /// Decodes two digits to a byte, and a last single one as if 0 followed, until `capacity` bytes are
-/// written. Returns how many were.
+/// written. Skips other bytes. Returns how many bytes were written.
 std::size_t decodeHexDigits(std::string_view digits, char *out, std::size_t capacity) noexcept;
+
+/// The size of a text up to its first NUL.
+[[nodiscard]] inline std::size_t sizeBeforeNUL(const char *text, std::size_t size) noexcept {
+  const void *const end = std::memchr(text, 0, size);
+  return end == nullptr ? size : static_cast<std::size_t>(static_cast<const char *>(end) - text);
+}
 
 } // namespace searchsystem

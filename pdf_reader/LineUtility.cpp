@@ -1,8 +1,8 @@
 #include "pdf_reader/LineUtility.h"
 
 #include "pdf_reader/HexString.h"
-#include "streams/MemoryShortage.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -12,24 +12,21 @@ namespace searchsystem {
 
 namespace {
 
-unsigned long lineSize(const unsigned char *buf, unsigned long len) noexcept {
-  unsigned long size = 0;
-  while (size < len && IsCRLF(buf[size]) == 0)
-    ++size;
-  return size;
+std::string_view firstLine(const unsigned char *buf, unsigned long len) noexcept {
+  const auto *const end =
+      std::find_if(buf, buf + len, [](unsigned char c) { return IsCRLF(c) != 0; });
+  return {reinterpret_cast<const char *>(buf), static_cast<std::size_t>(end - buf)};
 }
 
-void trim(const unsigned char *line, unsigned long size, unsigned long *outStart,
-          unsigned long *outLength) noexcept {
-  while (size > 0 && IsTrim(line[size - 1]) != 0)
-    --size;
-  unsigned long start = 0;
-  while (start < size && IsTrim(line[start]) != 0)
-    ++start;
+int trim(std::string_view line, unsigned long *outStart, unsigned long *outLength) noexcept {
+  constexpr std::string_view trimmed("\0\t ", 3);
+  const std::size_t size = line.find_last_not_of(trimmed) + 1;
+  const std::size_t start = std::min(line.find_first_not_of(trimmed), size);
   if (outStart != nullptr)
     *outStart = start;
   if (outLength != nullptr)
     *outLength = size - start;
+  return 1;
 }
 
 // NOLINTNEXTLINE(readability-non-const-parameter): kept as what it is
@@ -40,11 +37,7 @@ char **newIterator(unsigned char *buf, unsigned long len, unsigned long position
   auto *const iterator = new (std::nothrow)
       tagFINDLINE{reinterpret_cast<char *>(buf), static_cast<std::uint32_t>(len),
                   static_cast<std::uint32_t>(position), static_cast<std::uint8_t>(isReverse)};
-  if (iterator == nullptr) {
-    MemoryShortage::note();
-    return nullptr;
-  }
-  return &iterator->buffer;
+  return iterator == nullptr ? nullptr : &iterator->buffer;
 }
 
 tagFINDLINE *recordOf(char **iter) noexcept { return reinterpret_cast<tagFINDLINE *>(iter); }
@@ -85,37 +78,18 @@ std::uint32_t nextBackward(tagFINDLINE &lines) noexcept {
   return end == 0 || end == last ? end : end + 1;
 }
 
-bool separatesWords(unsigned char byte) noexcept { return IsTrim(byte) != 0 || byte == '\f'; }
+bool separatesWords(char c) noexcept { return classOf(c) == ByteClass::trim || c == '\f'; }
 
-/// Calls `take` with each word of a line, until it answers false.
-template <class Take> void forEachWord(unsigned char *line, unsigned long len, Take take) {
-  const unsigned long size = lineSize(line, len);
-  unsigned long i = 0;
-  while (i < size) {
-    while (i < size && separatesWords(line[i]))
+/// Where a comment begins, or the size of the text. A percent sign that ends it begins one if
+/// `isAtEnd`; a doubled one is text.
+std::size_t commentIn(std::string_view text, bool isAtEnd) noexcept {
+  for (std::size_t i = 0; i < text.size(); ++i)
+    if (text[i] == '%') {
+      if (i + 1 == text.size() ? isAtEnd : text[i + 1] != '%')
+        return i;
       ++i;
-    const unsigned long start = i;
-    while (i < size && !separatesWords(line[i]))
-      ++i;
-    if (i > start && !take(line + start, i - start))
-      return;
-  }
-}
-
-std::string_view viewOf(const unsigned char *bytes, unsigned long len) noexcept {
-  return {reinterpret_cast<const char *>(bytes), len};
-}
-
-/// Where a comment begins in a word, or its size. A percent sign at the end begins one here.
-std::size_t commentIn(std::string_view word) noexcept {
-  for (std::size_t i = 0; i < word.size(); ++i) {
-    if (classOf(word[i]) != ByteClass::comment)
-      continue;
-    if (i + 1 == word.size() || classOf(word[i + 1]) != ByteClass::comment)
-      return i;
-    ++i;
-  }
-  return word.size();
+    }
+  return text.size();
 }
 
 } // namespace
@@ -123,7 +97,7 @@ std::size_t commentIn(std::string_view word) noexcept {
 int GetLineSize(const unsigned char *buf, unsigned long len, unsigned long *outSize) noexcept {
   if (buf == nullptr || outSize == nullptr)
     return 0;
-  *outSize = lineSize(buf, len);
+  *outSize = firstLine(buf, len).size();
   return 1;
 }
 
@@ -131,24 +105,13 @@ int GetLineInfo(const unsigned char *buf, unsigned long len, unsigned long *outS
                 unsigned long *outLength) noexcept {
   if (buf == nullptr)
     return 0;
-  unsigned long size = lineSize(buf, len);
-  for (unsigned long i = 0; i + 1 < size; ++i) {
-    if (IsComment(buf[i]) == 0)
-      continue;
-    if (IsComment(buf[i + 1]) == 0)
-      size = i;
-    ++i;
-  }
-  trim(buf, size, outStart, outLength);
-  return 1;
+  const std::string_view line = firstLine(buf, len);
+  return trim(line.substr(0, commentIn(line, false)), outStart, outLength);
 }
 
 int GetLineInfo_WithComment(const unsigned char *buf, unsigned long len, unsigned long *outStart,
                             unsigned long *outLength) noexcept {
-  if (buf == nullptr)
-    return 0;
-  trim(buf, lineSize(buf, len), outStart, outLength);
-  return 1;
+  return buf == nullptr ? 0 : trim(firstLine(buf, len), outStart, outLength);
 }
 
 char **FindLine(unsigned char *buf, unsigned long len) noexcept {
@@ -178,9 +141,11 @@ int ParseKeyWordItem(unsigned char *line, unsigned long len, tagFINDINFOLIST *li
   if (line == nullptr || list == nullptr)
     return 1;
   list->count = 0;
-  forEachWord(line, len, [list](unsigned char *word, unsigned long length) {
-    tagFINDINFO *const words = list->words;
-    words[list->count++] = {word, static_cast<std::uint32_t>(length)};
+  tagFINDINFO *next = list->words;
+  const std::string_view text = firstLine(line, len);
+  forEachWord(text, separatesWords, [&](std::string_view word) {
+    *next++ = {line + (word.data() - text.data()), static_cast<std::uint32_t>(word.size())};
+    ++list->count;
     return true;
   });
   return 1;
@@ -193,12 +158,12 @@ int FindKeyWordLineRev(unsigned char *line, unsigned long len, const unsigned ch
   if (line == nullptr || keyword == nullptr || out == nullptr)
     return 0;
   const std::string_view sought(reinterpret_cast<const char *>(keyword));
-  forEachWord(line, len, [&](unsigned char *word, unsigned long length) {
-    const std::string_view text = viewOf(word, length);
-    const std::size_t size = commentIn(text);
-    if (size > 0 && text.substr(0, size) == sought)
-      *out = word;
-    return *out == nullptr && size == text.size();
+  const std::string_view text = firstLine(line, len);
+  forEachWord(text, separatesWords, [&](std::string_view word) {
+    const std::size_t size = commentIn(word, true);
+    if (size > 0 && word.substr(0, size) == sought)
+      *out = line + (word.data() - text.data());
+    return *out == nullptr && size == word.size();
   });
   return 1;
 }
@@ -210,7 +175,8 @@ int FindKeyWordRev(unsigned char *buf, unsigned long len, const unsigned char *k
   *out = nullptr;
   const std::string_view sought(reinterpret_cast<const char *>(keyword));
   // Few blocks of a file hold the keyword at all, and to look for its bytes is quick.
-  if (sought.empty() || viewOf(buf, len).find(sought) == std::string_view::npos)
+  if (sought.empty() || std::string_view(reinterpret_cast<const char *>(buf), len).find(sought) ==
+                            std::string_view::npos)
     return 1;
   while (len > 0 && *out == nullptr) {
     unsigned long start = len;
@@ -231,7 +197,9 @@ int ConvertStringObjectToString(const unsigned char *token, unsigned char *out,
     return 0;
   const std::string_view digits = digitsOfHexString(text);
   if (out == nullptr) {
-    *ioSize = (countHexDigits(digits) + 1) / 2 + 1;
+    const auto count = std::count_if(digits.begin(), digits.end(),
+                                     [](char c) { return hexDigitValue(c) != noHexDigit; });
+    *ioSize = static_cast<unsigned long>(count + 1) / 2 + 1;
     return 1;
   }
   std::memset(out, 0, *ioSize);

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 
 namespace searchsystem {
 
@@ -43,8 +42,7 @@ public:
     const long count = std::min(wanted, size_ - end());
     if (count <= 0)
       return false;
-    if (!bytes_.reserve(static_cast<std::size_t>(kept + count) + vectorBytes::guardSize))
-      throw std::bad_alloc();
+    bytes_.reserve(static_cast<std::size_t>(kept + count) + vectorBytes::guardSize);
     if (stream_.Seek(end(), streamSeekBegin) != 1 ||
         stream_.Read(bytes_.data() + length_, count, nullptr) != 1)
       return false;

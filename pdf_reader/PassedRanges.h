@@ -6,8 +6,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
-#include <utility>
-#include <vector>
+#include <unordered_map>
 
 namespace searchsystem {
 
@@ -15,40 +14,38 @@ namespace searchsystem {
 /// thousands may begin within what one has read and would run to the same end, nearly always for
 /// nothing. Once their bound is spent, such parses are skipped.
 ///
-/// Ownership: the bounds live longer. Threads: one at a time. Throws `std::bad_alloc`.
+/// Ownership: the bound lives longer. Threads: one at a time. Throws `std::bad_alloc`.
 class PassedRanges {
 public:
-  explicit PassedRanges(ReadBounds &bounds) noexcept : bounds_(bounds) {}
+  explicit PassedRanges(ReadBound &bound) noexcept : bound_(bound) {}
 
-  /// Notes a parse that has read from `start` to `end`.
-  void note(long start, long end) {
-    bounds_.note(ReadBounds::Kind::nodes, end - start);
-    if (!isSpent()) {
-      // Sound documents never need them as ranges.
-      noted_.emplace_back(start, end);
+  /// Whether a parse from `start` on may find anything new. Ends it where it would meet a range
+  /// that can be skipped.
+  [[nodiscard]] bool admits(long start, CPDFSection &section) {
+    if (!parses_.try_emplace(start, start).second)
+      return false;
+    if (!bound_.isSpent())
+      return true;
+    const auto next = ranges_.upper_bound(start);
+    section.EndAt(next != ranges_.end() ? next->first : CPDFSection::noEnd);
+    return next == ranges_.begin() || std::prev(next)->second <= start;
+  }
+
+  /// Notes the parse that has read from `start` on.
+  void note(long start, const CPDFSection &section) {
+    const long end = section.parsedTo();
+    bound_.note(end - start);
+    parses_[start] = end;
+    if (!bound_.isSpent())
       return;
-    }
-    for (const auto &[earlierStart, earlierEnd] : std::exchange(noted_, {}))
-      add(earlierStart, earlierEnd);
+    // Sound documents never need ranges.
+    if (ranges_.empty())
+      for (const auto &[earlierStart, earlierEnd] : parses_)
+        add(earlierStart, earlierEnd);
     add(start, end);
   }
 
-  /// Whether a parse that begins at `start` can be skipped.
-  [[nodiscard]] bool holds(long start) const noexcept {
-    return isSpent() && isPassed(start, ranges_.upper_bound(start));
-  }
-
-  /// Where a parse that begins at `start` meets a range that can be skipped.
-  [[nodiscard]] long nextFrom(long start) const noexcept {
-    const auto next = ranges_.upper_bound(start);
-    const bool isMet = isSpent() && next != ranges_.end() && !isPassed(start, next);
-    return isMet ? next->first : CPDFSection::noEnd;
-  }
-
 private:
-  /// Where each range begins and ends.
-  using Ranges = std::map<long, long>;
-
   void add(long start, long end) {
     auto range = ranges_.upper_bound(start);
     if (range != ranges_.begin() && std::prev(range)->second >= start)
@@ -58,16 +55,11 @@ private:
     ranges_[start] = end;
   }
 
-  [[nodiscard]] bool isSpent() const noexcept { return bounds_.isSpent(ReadBounds::Kind::nodes); }
-
-  /// `next` is the first range behind `start`.
-  [[nodiscard]] bool isPassed(long start, Ranges::const_iterator next) const noexcept {
-    return next != ranges_.begin() && std::prev(next)->second > start;
-  }
-
-  ReadBounds &bounds_;
-  std::vector<std::pair<long, long>> noted_;
-  Ranges ranges_;
+  ReadBound &bound_;
+  /// Where each parse began and ended.
+  std::unordered_map<long, long> parses_;
+  /// The same, joined where they meet.
+  std::map<long, long> ranges_;
 };
 
 } // namespace searchsystem

@@ -1,18 +1,17 @@
 #pragma once
 
-#include "streams/MemoryShortage.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <type_traits>
 
 namespace searchsystem {
 
 /// An array of plain values that grows in place where possible and leaves new values unset.
 ///
-/// Ownership: owns the room. Threads: one at a time. Failure: false, and the room is as it was.
+/// Ownership: owns the room. Threads: one at a time.
 template <class T> class PlainArray {
   static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
 
@@ -20,27 +19,19 @@ public:
   [[nodiscard]] T *data() const noexcept { return values_.get(); }
   [[nodiscard]] std::size_t capacity() const noexcept { return capacity_; }
 
-  /// Makes room for `count` values, growing by at least half.
-  [[nodiscard]] bool reserve(std::size_t count) noexcept {
+  /// Makes room for `count` values, growing by at least half. Throws `std::bad_alloc`; the room is
+  /// unchanged then.
+  void reserve(std::size_t count) {
     if (count <= capacity_)
-      return true;
+      return;
     const std::size_t capacity = std::max(count, capacity_ + capacity_ / 2);
-    if (capacity > static_cast<std::size_t>(-1) / sizeof(T))
-      return false;
-    void *const grown = std::realloc(values_.get(), capacity * sizeof(T));
-    if (grown == nullptr) {
-      MemoryShortage::note();
-      return false;
-    }
+    const bool fits = capacity <= static_cast<std::size_t>(-1) / sizeof(T);
+    void *const grown = fits ? std::realloc(values_.get(), capacity * sizeof(T)) : nullptr;
+    if (grown == nullptr)
+      throw std::bad_alloc();
     static_cast<void>(values_.release());
     values_.reset(static_cast<T *>(grown));
     capacity_ = capacity;
-    return true;
-  }
-
-  void release() noexcept {
-    values_.reset();
-    capacity_ = 0;
   }
 
 private:

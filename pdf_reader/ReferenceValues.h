@@ -14,19 +14,18 @@ class ReferenceValues {
 public:
   explicit ReferenceValues(const CParamArray &tokens) noexcept : tokens_(tokens) {}
 
-  /// Appends to `list` the references that begin at `index`, where there must be a token. Gives how
-  /// many tokens they take, at most all that there are; 0 when fewer than three are there, or
-  /// memory is short. Of an array without an end, or with fewer than three tokens in it, three
+  /// Appends to `list` the references that follow the key at `index`. Returns how many tokens key
+  /// and value take: 0 when the value is still to come, `CPDFSection::failed` when it has fewer
+  /// than three tokens. Of an array without an end, or with fewer than three tokens in it, three
   /// tokens are taken. Throws `std::bad_alloc`.
-  unsigned long read(unsigned long index, CObjectList &list);
+  unsigned long readBehind(unsigned long index, CObjectList &list);
 
 private:
-  [[nodiscard]] int arrayLengthAt(unsigned long index);
-  void findUnclosed();
+  [[nodiscard]] unsigned long arrayLengthAt(unsigned long index);
 
   const CParamArray &tokens_;
-  /// Whether the token at an index is a bracket without an end; empty as long as none was met.
-  /// It spares a scan to the last token for each of them.
+  /// Whether the token at an index is a bracket without an end; empty until one is met. It saves a
+  /// scan to the last token for each of them.
   std::vector<bool> isUnclosed_;
 };
 

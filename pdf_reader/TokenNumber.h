@@ -17,9 +17,4 @@ namespace searchsystem {
   return static_cast<std::uint16_t>(numberOf(token));
 }
 
-/// The first byte of a token, 0 without one.
-[[nodiscard]] inline std::uint8_t letterOf(std::string_view token) noexcept {
-  return token.empty() ? 0 : static_cast<std::uint8_t>(token.front());
-}
-
 } // namespace searchsystem

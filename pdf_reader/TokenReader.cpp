@@ -52,16 +52,6 @@ bool TokenReader::readBlock() {
   return true;
 }
 
-/// Makes room for all tokens that the rest of the block can hold.
-bool TokenReader::makeRoom(CParamArray &tokens) {
-  const auto rest = static_cast<std::size_t>(end_ - cursor_);
-  const std::size_t count = rest / 2 + 2;
-  if (tokens.makeRoom(count, carried_.size() + rest + count))
-    return true;
-  hasFailed_ = true;
-  return false;
-}
-
 bool TokenReader::next(CParamArray &tokens) {
   isGroupComplete_ = false;
   do {
@@ -69,8 +59,9 @@ bool TokenReader::next(CParamArray &tokens) {
       return false;
     if (telling_ && tokens.GetCount() == 0 && !isCarrying_)
       passLines();
-    if (!makeRoom(tokens))
-      return false;
+    // Room for all tokens that the rest of the block can hold.
+    const auto rest = static_cast<std::size_t>(end_ - cursor_);
+    tokens.makeRoom(rest / 2 + 2, carried_.size() + rest + rest / 2 + 2);
     lineIndex_ = tokens.GetCount();
     readLine(tokens);
   } while (tokens.GetCount() == lineIndex_);

@@ -39,8 +39,7 @@ public:
               std::optional<Telling> telling = std::nullopt);
 
   /// Appends the tokens of the next line that has any, or of a part of it that ends with a block.
-  /// False at the end of the stream, and when the stream fails or memory is short. Throws
-  /// `std::bad_alloc`.
+  /// False at the end of the stream, and when the stream fails. Throws `std::bad_alloc`.
   bool next(CParamArray &tokens);
 
   /// Whether the tokens appended last end their group.
@@ -64,7 +63,6 @@ private:
 
   bool readBlock();
   void passLines() noexcept;
-  bool makeRoom(CParamArray &tokens);
   const char *passBlanks() noexcept;
   void readLine(CParamArray &tokens);
   const char *readCarried(CParamArray &tokens);

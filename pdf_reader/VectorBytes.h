@@ -25,8 +25,10 @@ struct LineScan {
   bool hasEither;  ///< one of two bytes
 };
 
+namespace plain {
+
 /// Scans the line that begins at `line`; a CR or LF has to end it.
-[[nodiscard]] inline LineScan scanLinePlainly(const char *line, char one, char other) noexcept {
+[[nodiscard]] inline LineScan scanLine(const char *line, char one, char other) noexcept {
   LineScan scan{line, false, false};
   for (; classOf(*scan.end) != ByteClass::lineEnd; ++scan.end) {
     scan.hasComment |= *scan.end == '%';
@@ -37,7 +39,7 @@ struct LineScan {
 
 /// Decodes pairs of hexadecimal digits up to the first other byte, of which there must be one, and
 /// moves `digits` behind the last pair. Gives how many bytes were decoded.
-inline std::size_t decodePairsPlainly(const char *&digits, char *out) noexcept {
+inline std::size_t decodePairs(const char *&digits, char *out) noexcept {
   std::size_t size = 0;
   for (;; digits += 2) {
     const unsigned high = hexDigitValue(digits[0]);
@@ -49,6 +51,8 @@ inline std::size_t decodePairsPlainly(const char *&digits, char *out) noexcept {
     out[size++] = static_cast<char>(high * 16 + low);
   }
 }
+
+} // namespace plain
 
 #ifdef __SSE2__
 
@@ -129,15 +133,8 @@ inline std::size_t decodePairs(const char *&digits, char *out) noexcept {
 }
 
 #else
-
-inline LineScan scanLine(const char *line, char one, char other) noexcept {
-  return scanLinePlainly(line, one, other);
-}
-
-inline std::size_t decodePairs(const char *&digits, char *out) noexcept {
-  return decodePairsPlainly(digits, out);
-}
-
+using plain::decodePairs;
+using plain::scanLine;
 #endif
 
 } // namespace vectorBytes

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "pdf_reader/CParamArray.h"
+#include "pdf_reader/TokenNumber.h"
+
 #include <cstdint>
 
 namespace searchsystem {
@@ -11,5 +14,13 @@ struct tagOBJECTRECORD {
   /// The letter that stood with it: R of a reference, n or f of a table entry.
   std::uint8_t flag = 0;
 };
+
+/// The reference whose three tokens begin at `index`, as `7 0 R`; they must exist.
+[[nodiscard]] inline tagOBJECTRECORD referenceAt(const CParamArray &tokens,
+                                                 unsigned long index) noexcept {
+  const std::string_view letter = tokens.token(index + 2);
+  return {numberOf(tokens.token(index)), generationOf(tokens.token(index + 1)),
+          letter.empty() ? std::uint8_t{0} : static_cast<std::uint8_t>(letter[0])};
+}
 
 } // namespace searchsystem

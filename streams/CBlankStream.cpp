@@ -33,20 +33,19 @@ int CBlankStream::CreateBlankStream(CIOStream *target, long width, long height, 
     return 0;
   const std::int64_t rowBytes = canvasWidth * bytesPerPixel;
   const std::int64_t innerRowBytes = width * bytesPerPixel;
-  const std::int64_t leftPadding = (std::int64_t{canvasWidth} - width) / 2 * bytesPerPixel;
   const std::int64_t blankRows = std::int64_t{canvasHeight} - height;
-  if (!allFit(rowBytes, innerRowBytes, leftPadding, blankRows))
+  if (!allFit(rowBytes, innerRowBytes, blankRows))
     return 0;
   rowBuffer_ = makeBytes(rowBytes);
   if (rowBuffer_ == nullptr)
     return 0;
   target_ = target;
-  rowBytes_ = static_cast<std::int32_t>(rowBytes);
-  topRows_ = static_cast<std::int32_t>(blankRows / 2);
-  bottomRows_ = static_cast<std::int32_t>(blankRows - topRows_);
-  innerRowBytes_ = static_cast<std::int32_t>(innerRowBytes);
-  height_ = static_cast<std::int32_t>(height);
-  leftPadding_ = static_cast<std::int32_t>(leftPadding);
+  rowBytes_ = rowBytes;
+  topRows_ = blankRows / 2;
+  bottomRows_ = blankRows - topRows_;
+  innerRowBytes_ = innerRowBytes;
+  height_ = height;
+  leftPadding_ = (std::int64_t{canvasWidth} - width) / 2 * bytesPerPixel;
   return 1;
 }
 
@@ -74,13 +73,13 @@ int CBlankStream::Close() {
 
 int CBlankStream::writeRow() {
   long done = 0;
-  return target_->Write(rowBuffer_.get(), rowBytes_, &done);
+  return target_->Write(rowBuffer_.get(), static_cast<long>(rowBytes_), &done);
 }
 
-int CBlankStream::writeBlankRows(std::int32_t count) {
+int CBlankStream::writeBlankRows(std::int64_t count) {
   std::memset(rowBuffer_.get(), 0, static_cast<std::size_t>(rowBytes_));
   int result = 1;
-  for (std::int32_t row = 0; row < count && result == 1; ++row)
+  for (std::int64_t row = 0; row < count && result == 1; ++row)
     result = writeRow();
   return result;
 }
@@ -99,11 +98,11 @@ int CBlankStream::Write(void *data, long count, long * /*done*/) {
     return 0;
   const auto *bytes = static_cast<const unsigned char *>(data);
   while (count > 0) {
-    const long part = std::min<long>(count, innerRowBytes_ - position_);
+    const long part = std::min(count, static_cast<long>(innerRowBytes_ - position_));
     std::memcpy(rowBuffer_.get() + leftPadding_ + position_, bytes, static_cast<std::size_t>(part));
     bytes += part;
     count -= part;
-    position_ += static_cast<std::int32_t>(part);
+    position_ += part;
     if (position_ == innerRowBytes_) {
       if (const int result = writeRow(); result != 1)
         return result;

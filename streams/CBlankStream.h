@@ -42,19 +42,19 @@ public:
 private:
   int restarted(int result) noexcept;
   int writeRow();
-  int writeBlankRows(std::int32_t count);
+  int writeBlankRows(std::int64_t count);
 
   CIOStream *target_ = nullptr;
   std::unique_ptr<unsigned char[]> rowBuffer_;
-  std::int32_t rowBytes_ = 0;
+  std::int64_t rowBytes_ = 0;
   bool isTopWritten_ = false;
-  std::int32_t topRows_ = 0;
+  std::int64_t topRows_ = 0;
   bool isBottomWritten_ = false;
-  std::int32_t bottomRows_ = 0;
-  std::int32_t innerRowBytes_ = 0;
-  std::int32_t position_ = 0; ///< bytes of the current row received so far
-  std::int32_t height_ = 0;
-  std::int32_t leftPadding_ = 0; ///< in bytes
+  std::int64_t bottomRows_ = 0;
+  std::int64_t innerRowBytes_ = 0;
+  std::int64_t position_ = 0; ///< bytes of the current row received so far
+  std::int64_t height_ = 0;
+  std::int64_t leftPadding_ = 0; ///< in bytes
 };
 
 /// Copies all of `src` to `dst`, at most `blockSize` bytes at a time. Opens and closes both. 1 if

@@ -1,10 +1,8 @@
 #include "streams/CFileStream.h"
 
-#include "streams/MemoryShortage.h"
+#include "streams/ZeroWithoutMemory.h"
 
 #include <algorithm>
-#include <cstring>
-#include <new>
 
 namespace searchsystem {
 
@@ -25,28 +23,28 @@ int CFileStream::CreateFileStream(const char *path, unsigned short progressMode,
   Release();
   if (path == nullptr || *path == 0)
     return 0;
-  const std::size_t size = std::strlen(path) + 1;
-  path_.reset(new (std::nothrow) char[size]);
-  if (path_ == nullptr) {
-    MemoryShortage::note();
-    return 0;
-  }
-  std::memcpy(path_.get(), path, size);
-  progressCallback_ = callback;
-  progressMode_ = progressMode;
-  return 1;
+  return zeroWithoutMemory([&] {
+    path_ = path;
+    progressCallback_ = callback;
+    progressMode_ = progressMode;
+    return 1;
+  });
 }
 
 int CFileStream::Open(unsigned short mode) {
-  if (path_ == nullptr)
-    return 0;
+  return zeroWithoutMemory([&] { return reopen(mode) ? 1 : 0; });
+}
+
+bool CFileStream::reopen(unsigned short mode) {
+  if (path_.empty())
+    return false;
   Close();
-  file_ = openFile(path_.get(), mode & modeBits);
+  file_ = openFile(path_.c_str(), mode & modeBits);
   if (file_ == nullptr)
-    return 0;
+    return false;
   openMode_ = mode;
   knownSize_ = sizeOfFile(file_.get()).value_or(0);
-  return 1;
+  return true;
 }
 
 int CFileStream::Close() {
@@ -123,7 +121,7 @@ int CFileStream::Release() {
   CIOStream::Release();
   if (file_ != nullptr)
     Close();
-  path_.reset();
+  path_.clear();
   return 1;
 }
 

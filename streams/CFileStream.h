@@ -3,7 +3,7 @@
 #include "streams/CIOStream.h"
 #include "streams/FileFunctions.h"
 
-#include <memory>
+#include <string>
 
 namespace searchsystem {
 
@@ -48,11 +48,15 @@ public:
 
   int Release() override;
 
+protected:
+  /// As `Open`, but throws `std::bad_alloc` if memory is short.
+  bool reopen(unsigned short mode);
+
 private:
   int seekTo(long position);
 
   CFilePointer file_;
-  std::unique_ptr<char[]> path_;
+  std::string path_; ///< empty while there is none
   /// The last size from the system, enough for a seek that ignores the size: a system call before
   /// each read of a few bytes would cost far more than the read.
   long knownSize_ = 0;

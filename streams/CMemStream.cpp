@@ -41,7 +41,7 @@ int CMemStream::CreateMemStream(long initialSize, long growthUnit, unsigned shor
 }
 
 int CMemStream::ReleaseBuffer() {
-  own_.free();
+  own_ = {};
   buffer_ = nullptr;
   capacity_ = dataSize_ = position_ = 0;
   return 1;

@@ -77,7 +77,7 @@ char *CResizeBuffer::GetData(unsigned long *outSize) const noexcept {
 }
 
 void CResizeBuffer::Release() noexcept {
-  data_.free();
+  data_ = {};
   size_ = capacity_ = step_ = 0;
 }
 

@@ -1,7 +1,7 @@
 #include "streams/FileFunctions.h"
 
 #include "streams/CIOStream.h"
-#include "streams/MemoryShortage.h"
+#include "streams/ZeroWithoutMemory.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -41,42 +41,19 @@ int openRegularFile(const char *path, int access) noexcept {
   return -1;
 }
 
-CFilePointer fileOfDescriptor(int descriptor, const char *mode) noexcept {
+CFilePointer fileOfDescriptor(int descriptor, const char *mode) {
   if (descriptor < 0)
     return nullptr;
   CFilePointer file(fdopen(descriptor, mode));
   if (file == nullptr) {
-    MemoryShortage::note();
     close(descriptor);
+    throw std::bad_alloc();
   }
   return file;
 }
 
 bool isRegular(std::FILE *file, struct stat &status) noexcept {
   return fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode);
-}
-
-/// Extends a file with zeros that have space on the disk, unlike a hole, where a later write could
-/// fail.
-bool reserve(int descriptor, off_t size, off_t count) noexcept {
-  int result = -1;
-  do
-    result = fallocate(descriptor, 0, size, count);
-  while (result != 0 && errno == EINTR);
-  return result == 0;
-}
-
-bool writeZeros(std::FILE *file, long count) noexcept {
-  constexpr char zeros[4096] = {};
-  if (std::fseek(file, 0, SEEK_END) != 0)
-    return false;
-  for (auto left = static_cast<std::size_t>(count); left > 0;) {
-    const std::size_t part = std::min(left, sizeof zeros);
-    if (std::fwrite(zeros, 1, part, file) != part)
-      return false;
-    left -= part;
-  }
-  return std::fflush(file) == 0;
 }
 
 /// The first byte of a two-byte character of the Mac.
@@ -86,7 +63,7 @@ bool isLeadByte(unsigned char byte) noexcept {
 
 } // namespace
 
-CFilePointer openFile(const char *path, unsigned short mode) noexcept {
+CFilePointer openFile(const char *path, unsigned short mode) {
   constexpr mode_t permissions = 0666;
   switch (mode) {
   case streamReadMode:
@@ -136,16 +113,20 @@ bool appendZeros(std::FILE *file, long count) noexcept {
   struct stat status;
   if (std::fflush(file) != 0)
     return false;
-  if (!isRegular(file, status))
-    return writeZeros(file, count);
-  const int descriptor = fileno(file);
-  if (reserve(descriptor, status.st_size, count))
+  if (!isRegular(file, status)) {
+    bool isWritten = std::fseek(file, 0, SEEK_END) == 0;
+    for (; isWritten && count > 0; --count)
+      isWritten = std::putc(0, file) == 0;
+    return isWritten && std::fflush(file) == 0;
+  }
+  // Zeros with space on the disk, unlike a hole, where a later write could fail.
+  int error = EINTR;
+  while (error == EINTR)
+    error = posix_fallocate(fileno(file), status.st_size, count);
+  if (error == 0)
     return std::fseek(file, 0, SEEK_END) == 0;
-  if ((errno == EOPNOTSUPP || errno == ENOSYS) && writeZeros(file, count))
-    return true;
-  // A part of the zeros may have been written.
-  __fpurge(file);
-  [[maybe_unused]] const int isCut = ftruncate(descriptor, status.st_size);
+  // A part may have been written where the system cannot reserve space.
+  [[maybe_unused]] const int isCut = ftruncate(fileno(file), status.st_size);
   std::fseek(file, position, SEEK_SET);
   return false;
 }
@@ -163,16 +144,10 @@ void turnToWriting(std::FILE *file) noexcept {
 FileHandle *CreateFile(const char *path, std::uint32_t access, ...) noexcept {
   if (path == nullptr || access != fileAccessRead)
     return nullptr;
-  CFilePointer file = openFile(path, streamReadMode);
-  if (file == nullptr)
-    return nullptr;
-  auto *const handle = new (std::nothrow) FileHandle;
-  if (handle == nullptr) {
-    MemoryShortage::note();
-    return nullptr;
-  }
-  handle->file = file.release();
-  return handle;
+  return zeroWithoutMemory([path]() -> FileHandle * {
+    CFilePointer file = openFile(path, streamReadMode);
+    return file == nullptr ? nullptr : new FileHandle{file.release()};
+  });
 }
 
 int ReadFile(FileHandle *handle, void *buffer, unsigned long count, unsigned long * /*done*/,

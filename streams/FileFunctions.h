@@ -18,8 +18,8 @@ using CFilePointer = std::unique_ptr<std::FILE, CFileCloser>;
 ///
 /// For reading, or reading and writing, the file must exist and be a regular file; anything else
 /// fails at once, even a pipe without a writer. For writing alone any kind of file is opened, as
-/// the C library does. Null on failure and for any other mode.
-CFilePointer openFile(const char *path, unsigned short mode) noexcept;
+/// the C library does. Null on failure and for any other mode. Throws `std::bad_alloc`.
+CFilePointer openFile(const char *path, unsigned short mode);
 
 /// Reads up to `count` bytes at the file's position and returns their number. A signal that the
 /// host handles does not end the read. (It may fail a write: the C library does not report how much

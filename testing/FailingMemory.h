@@ -7,13 +7,14 @@
 
 namespace searchsystem {
 
-/// Whether the request at hand fails. To be defined by the file that includes this; any thread.
-bool memoryFails() noexcept;
+/// Whether a request for `size` bytes fails. To be defined by the file that includes this; any
+/// thread.
+bool memoryFails(std::size_t size) noexcept;
 
 } // namespace searchsystem
 
 void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
-  return searchsystem::memoryFails() ? nullptr : std::malloc(size > 0 ? size : 1);
+  return searchsystem::memoryFails(size) ? nullptr : std::malloc(size > 0 ? size : 1);
 }
 void *operator new(std::size_t size) {
   if (void *const block = operator new(size, std::nothrow))

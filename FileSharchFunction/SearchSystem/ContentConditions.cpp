@@ -10,10 +10,8 @@
 #include "platform/foundation/TextPattern.h"
 #include "platform/foundation/TryTwice.h"
 #include "platform/imagetag/TagInfo.h"
-#include "streams/MemoryShortage.h"
 
 #include <algorithm>
-#include <new>
 
 namespace searchsystem {
 
@@ -121,13 +119,10 @@ bool ContentConditions::hasTextInPDF(const NSString &path, const NSString *keywo
     return false;
   bool isFound = false;
   tryTwice([&] {
-    const unsigned shortages = MemoryShortage::count();
     CPDFFile document;
     document.StopWhen(&search_._bCancel);
-    isFound = document.Open(path.UTF8String()) == 1 &&
-              document.FindText(keyword, isDistinct, encodingForLocale(GetCurrentLocaleID())) == 1;
-    if (!isFound && MemoryShortage::count() != shortages)
-      throw std::bad_alloc();
+    isFound = document.open(path.UTF8String()) &&
+              document.findText(keyword, isDistinct != 0, encodingForLocale(GetCurrentLocaleID()));
   });
   return isFound;
 }

@@ -179,7 +179,7 @@ bool isFoundIn(const std::string &text, const KeywordSearch &search,
                const std::vector<long> &starts) {
   TextStream stream(text);
   ReadBounds bounds(static_cast<long>(text.size()));
-  return ContentSearch(stream, search, bounds, starts).isFound();
+  return ContentSearch(stream, search, bounds.contents, starts).isFound();
 }
 
 TEST(ContentSearch, AnswersAsIfEachContentWereParsedForItself) {

@@ -28,7 +28,7 @@ TEST(VectorBytes, GiveWhatPlainLoopsGive) {
     for (int i = 0; i < 20'000; ++i) {
       const std::string bytes = randomBytes(random, choice) + std::string(guardSize, '\n');
       const LineScan scan = scanLine(bytes.data(), 'j', 'E');
-      const LineScan plainScan = scanLinePlainly(bytes.data(), 'j', 'E');
+      const LineScan plainScan = plain::scanLine(bytes.data(), 'j', 'E');
       ASSERT_EQ(scan.end, plainScan.end);
       ASSERT_EQ(scan.hasComment, plainScan.hasComment);
       ASSERT_EQ(scan.hasEither, plainScan.hasEither);
@@ -38,7 +38,7 @@ TEST(VectorBytes, GiveWhatPlainLoopsGive) {
       const char *digits = bytes.data();
       const char *plainDigits = bytes.data();
       const std::size_t size = decodePairs(digits, out.data());
-      ASSERT_EQ(size, decodePairsPlainly(plainDigits, plainOut.data())) << bytes;
+      ASSERT_EQ(size, plain::decodePairs(plainDigits, plainOut.data())) << bytes;
       ASSERT_EQ(digits, plainDigits) << bytes;
       ASSERT_EQ(out.substr(0, size), plainOut.substr(0, size)) << bytes;
     }
@@ -50,7 +50,7 @@ TEST(VectorBytes, DecodeEveryPairOfDigits) {
     const std::string text =
         std::string(1, digits[value / 16]) + digits[value % 16] + std::string(guardSize, '\n');
     char out[guardSize + 1];
-    for (auto *const decode : {decodePairs, decodePairsPlainly}) {
+    for (auto *const decode : {decodePairs, plain::decodePairs}) {
       const char *position = text.data();
       ASSERT_EQ(decode(position, out), 1U);
       ASSERT_EQ(out[0], static_cast<char>(value));

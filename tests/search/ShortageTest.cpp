@@ -14,7 +14,7 @@ namespace searchsystem {
 static Shortage memory, threads, descriptors;
 static const SystemCalls &real = realSystemCalls();
 
-bool memoryFails() noexcept { return memory.fails(); }
+bool memoryFails(std::size_t /*size*/) noexcept { return memory.fails(); }
 
 namespace {
 

@@ -2,9 +2,9 @@
 #include "streams/CFileStream.h"
 #include "streams/CMemStream.h"
 #include "streams/CStringBuffer.h"
+#include "testing/FailingMemory.h"
 
 #include <gtest/gtest.h>
-#include <new>
 
 namespace searchsystem {
 
@@ -23,15 +23,7 @@ template <typename Call> auto shortOfMemory(const Call &call, std::size_t limit 
 
 } // namespace
 
-} // namespace searchsystem
-
-using namespace searchsystem;
-
-void *operator new[](std::size_t size, const std::nothrow_t &) noexcept {
-  return size > largestBlock ? nullptr : operator new[](size);
-}
-
-namespace searchsystem {
+bool memoryFails(std::size_t size) noexcept { return size > largestBlock; }
 
 namespace {
 
@@ -59,7 +51,8 @@ TEST(Shortage, OfRoomToSpareDoesNotStopABuffer) {
 
 TEST(Shortage, LeavesStreamsAsTheyWere) {
   CFileStream file;
-  EXPECT_EQ(shortOfMemory([&] { return file.CreateFileStream("/dev/null", 0, nullptr); }), 0);
+  const std::string path = "/dev" + std::string(100, '/') + "null";
+  EXPECT_EQ(shortOfMemory([&] { return file.CreateFileStream(path.c_str(), 0, nullptr); }), 0);
   EXPECT_EQ(file.Open(2), 0);
 
   CMemStream memory, target;
