@@ -14,7 +14,7 @@ public:
 
   int ReleaseParse() override;
 
-  /// Gives the reference, zeros when none was read; a null `out` is ignored.
+  /// Copies the reference to `out`, unless null; zeros if none was read.
   void GetPagesInfo(tagOBJECTRECORD *out) const noexcept;
 
 private:

@@ -20,7 +20,7 @@ int CPDFContents::takeTokens(CParamArray &tokens, char &goOn) {
     stop = state_.place() != ContentState::Place::stopped ? count : std::min(stop, i);
   }
   if (effect == Effect::fail) {
-    // The operand is left, too.
+    // Leaves the operand, too.
     tokens.dropFront(i - 2);
     return 0;
   }

@@ -9,10 +9,10 @@
 namespace searchsystem {
 
 /// The text that a page's content stream shows with hexadecimal strings and the operator Tj (PDF
-/// standard, 9.4.3). Compressed streams give none.
+/// standard, 9.4.3). Compressed streams have none.
 ///
-/// The parse ends at the first stream that begins with something else than BT, and otherwise goes
-/// on through the objects that follow, to the end of the file.
+/// The parse ends at the first stream that does not begin with BT. Until then it continues through
+/// the following objects, to the end of the file.
 ///
 /// Ownership, threads and failure as `CPDFSection`.
 class CPDFContents : public CPDFSection {
@@ -24,8 +24,8 @@ public:
   /// The length of all text with room for a NUL; 0 without text.
   [[nodiscard]] int GetTextLength() const noexcept;
 
-  /// Copies the strings, one behind the other, into `buf` with zeros behind them. `*ioSize` is the
-  /// room there and receives how many bytes were copied. 0 when a pointer is null.
+  /// Copies the text to `buf` and fills the rest with zeros. `*ioSize` is the size of `buf` and
+  /// receives the number of bytes copied. 0 if a pointer is null.
   int GetTextString(unsigned char *buf, unsigned long *ioSize) const noexcept;
 
   /// All text, valid until the next change.

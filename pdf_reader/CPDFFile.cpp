@@ -23,7 +23,7 @@ namespace searchsystem {
 
 namespace {
 
-/// Gives `last` the root of `other` if it has none.
+/// Copies the root of `other` to `last` if that has none.
 void completeRoot(CPDFTrailer &last, const CPDFTrailer &other) noexcept {
   tagOBJECTRECORD root;
   if (last.GetRootInfo(&root) != 1 && other.GetRootInfo(&root) == 1)
@@ -69,8 +69,8 @@ bool CPDFFile::openDocument() {
          readPages(last);
 }
 
-/// Reads the last trailer of the file, and completes it from the one that follows the
-/// cross-reference section it names.
+/// Reads the last trailer of the file, and completes it from the one after the cross-reference
+/// section that it names.
 bool CPDFFile::findTrailers(CPDFTrailer &last, CPDFTrailer &other, long &lastPosition) {
   if (!CPDFTrailer::moveToLast(*this))
     return false;
@@ -91,8 +91,8 @@ bool CPDFFile::findTrailers(CPDFTrailer &last, CPDFTrailer &other, long &lastPos
   return true;
 }
 
-/// Reads the cross-reference sections, from the one that the last trailer names to the one before
-/// that trailer.
+/// Reads the cross-reference sections, from the one that the last trailer names to the one just
+/// before that trailer.
 bool CPDFFile::readTables(CPDFTrailer &last, CPDFTrailer &other, long lastPosition) {
   int size = 0;
   if (last.GetXRefKeySize(&size) != 1 || xrefTable_.SetTableSize(size) != 1)
@@ -141,7 +141,7 @@ bool CPDFFile::findText(const NSString *keyword, bool isCaseSensitive, unsigned 
                            : findInEach(starts, search);
 }
 
-/// Where the contents begin, in the order of pages, up to the first page that cannot be read.
+/// The positions of the contents in the order of pages, up to the first unreadable page.
 std::vector<long> CPDFFile::startsOfContents() {
   std::vector<long> starts;
   PassedRanges passed(bounds_.nodes);
@@ -163,8 +163,7 @@ std::vector<long> CPDFFile::startsOfContents() {
   return starts;
 }
 
-/// Looks for a keyword in each text as a whole, for encodings whose texts cannot be cut into pieces
-/// (`KeywordSearch::canBeCut`).
+/// Looks for a keyword in each text as a whole, if texts cannot be cut (`KeywordSearch::canBeCut`).
 bool CPDFFile::findInEach(const std::vector<long> &starts, const KeywordSearch &search) {
   CPDFContents contents;
   std::unordered_set<long> visited;

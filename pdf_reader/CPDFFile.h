@@ -18,11 +18,11 @@ class NSString;
 
 /// A PDF document, and whether a keyword occurs in the text of its pages.
 ///
-/// It reads what documents of the classic layout hold: cross-reference sections and trailers, a
-/// page tree of one level, and content streams without compression. Anything else is not opened, or
-/// nothing is found in it.
+/// It reads documents of the classic layout: cross-reference sections and trailers, a page tree of
+/// one level, and content streams without compression. Others do not open, or nothing is found in
+/// them.
 ///
-/// How much of a damaged document is read is bounded (`ReadBounds.h`).
+/// Reading of damaged documents is bounded (`ReadBounds.h`).
 ///
 /// Ownership: owns the open file. Threads: one at a time.
 class CPDFFile : public CFileStream {
@@ -30,29 +30,29 @@ public:
   CPDFFile() noexcept = default;
   ~CPDFFile() { CPDFFile::Release(); }
 
-  /// Opens the document at a path. 1 when `FindText` can be asked; otherwise 0, and the object is
+  /// Opens the document at a path. 1 if `FindText` can be called; otherwise 0, and the object is
   /// released.
   int Open(const char *path);
   using CFileStream::Open;
 
   /// Whether a keyword (an `NSString`) occurs in the text of the pages, whose bytes are in a Core
-  /// Foundation encoding: 1 or 0, also 0 when a part of the document cannot be read that comes
-  /// before. A `caseSensitive` of 0 ignores case.
+  /// Foundation encoding: 1 or 0. 0 also if an earlier part of the document cannot be read. A
+  /// `caseSensitive` of 0 ignores case.
   int FindText(const void *keyword, int caseSensitive, unsigned long encoding);
 
-  /// As `Open` and `FindText`, but these throw `std::bad_alloc` when memory is short, and `open`
-  /// leaves it to the caller to release an object that could not be opened.
+  /// Like `Open` and `FindText`, but throw `std::bad_alloc` if memory is short. After a failed
+  /// `open` the caller must release the object.
   bool open(const char *path);
   bool findText(const NSString *keyword, bool isCaseSensitive, unsigned long encoding);
 
   /// Whether a content stream of the first page bears the mark of `CPDFStrmObjVorda`: 1 or 0.
   int IsVordaPDF();
 
-  /// Once `*isStopped` is not 0, which any thread may set, all reads of the open document fail. The
-  /// flag has to outlive the document; null forgets it.
+  /// Once `*isStopped` is not 0, all reads of the open document fail. Any thread may set the flag,
+  /// which must outlive the document; null forgets it.
   void StopWhen(const std::atomic<char> *isStopped) noexcept { isStopped_ = isStopped; }
 
-  /// 1 also when nothing is open.
+  /// 1 also if nothing is open.
   int Close() override;
 
   int Release() override;
@@ -84,7 +84,7 @@ private:
   long position_ = 0;
   FileChunks chunks_;
   ReadBounds bounds_;
-  /// What was left when the document was open: each search may read as much.
+  /// As the opening left them: each search may read as much.
   ReadBounds boundsForSearch_;
   const std::atomic<char> *isStopped_ = nullptr;
 };

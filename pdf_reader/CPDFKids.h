@@ -10,14 +10,14 @@ namespace searchsystem {
 /// Ownership, threads and failure as `CPDFSection`.
 class CPDFKids : public CPDFSection {
 public:
-  /// Only "obj", "endobj" and "/Contents" mean anything.
-  CPDFKids() noexcept { telling_ = {'j', 'C'}; }
+  /// Only "obj", "endobj" and "/Contents" matter.
+  CPDFKids() noexcept { marks_ = {'j', 'C'}; }
 
   int ReleaseParse() override;
 
   [[nodiscard]] int GeContentsCount() const noexcept { return contents_.GetCount(); }
 
-  /// Valid until the next parse; null when there is none at `index`.
+  /// Valid until the next parse; null if `index` is out of range.
   [[nodiscard]] const tagOBJECTRECORD *GetContentsInfo(int index) const noexcept {
     return contents_.GetObject(index);
   }

@@ -16,10 +16,10 @@ public:
 
   int ReleaseParse() override;
 
-  /// "/Count" as the document says it, whatever number of kids was read.
+  /// The document's "/Count", which may differ from the number of kids read.
   [[nodiscard]] unsigned int GetKidsCount() const noexcept { return count_; }
 
-  /// Valid until the next parse; null when fewer kids were read.
+  /// Valid until the next parse; null if `index` is out of range.
   [[nodiscard]] const tagOBJECTRECORD *GetKidsInfo(int index) const noexcept {
     return kids_.GetObject(index);
   }

@@ -33,7 +33,7 @@ int CPDFSection::takeTokens(CParamArray &tokens, char &goOn) {
 
 int CPDFSection::read(CIOStream &stream) {
   ReleaseParse();
-  TokenReader reader(stream, comments_, endAt_, telling_);
+  TokenReader reader(stream, comments_, endAt_, marks_);
   tokens_.Reset();
   char goOn = 1;
   int result = 1;
@@ -73,8 +73,8 @@ int CPDFSection::findBackwards(CIOStream &stream, long length, const unsigned ch
   const long blockSize = std::max(1024L, keywordSize + 1);
   std::vector<unsigned char> block(static_cast<std::size_t>(blockSize));
   const long base = stream.Tell();
-  // The loop never ends if the same number of bytes is left twice. `leftBefore` is renewed after 1,
-  // 2, 4, 8... rounds, so that it meets any such circle.
+  // If the same number of bytes is left twice, it is left again and again. `leftBefore` is renewed
+  // after 1, 2, 4, 8... rounds, which detects any such cycle.
   long leftBefore = -1;
   long rounds = 0;
   for (long left = length; left > 0 && left != leftBefore;) {

@@ -9,12 +9,12 @@
 
 namespace searchsystem {
 
-/// Base of what reads one section of a document: `Parse` reads lines from the stream's position on
-/// and hands their tokens to `ParseLine`, until that has seen enough.
+/// Base of the parsers of a document's sections: `Parse` reads lines from the stream's position on
+/// and hands their tokens to `ParseLine`, until that ends the parse.
 ///
-/// The operations answer 1 for success and 0 for failure; a section keeps what it read before a
-/// failure. Ownership: a section owns what it read, never the stream, and must not be deleted
-/// through a pointer to its base. Threads: one at a time.
+/// The operations return 1 for success and 0 for failure; a section keeps what it read before a
+/// failure. Ownership: a section owns what it read, never the stream. Never delete one through a
+/// pointer to this base. Threads: one at a time.
 class CPDFSection {
 public:
   CPDFSection() noexcept = default;
@@ -22,28 +22,28 @@ public:
   CPDFSection(const CPDFSection &) = delete;
   CPDFSection &operator=(const CPDFSection &) = delete;
 
-  /// Consumes tokens from the front of the array; those that it leaves come back with the next
-  /// line's behind them. Sets `*goOn` to 0 when the section is complete. This one reads over an
-  /// object, up to "endobj".
+  /// Consumes tokens from the front of the array; the others come back, followed by the next
+  /// line's. Sets `*goOn` to 0 when the section is complete. The base skips an object, up to
+  /// "endobj".
   virtual int ParseLine(CParamArray *tokens, char *goOn, void *context);
 
-  /// Forgets what was read before and reads from the stream's position on. The stream is left at
-  /// the end of the last block of 1,024 bytes that was read.
+  /// Forgets earlier results and reads from the stream's position on. Leaves the stream at the end
+  /// of the last block of 1,024 bytes.
   virtual int Parse(CIOStream *stream);
 
-  /// Returns the section to the state in which it was made. Always 1.
+  /// Returns the section to its initial state. Always 1.
   virtual int Release();
 
   /// Forgets what was read. Always 1.
   virtual int ReleaseParse();
 
-  /// Looks for a keyword in the `length` bytes from the stream's position on, backwards and in
-  /// blocks. `*found` receives where it stands after that position, or -1. 0 when a pointer is null
-  /// or the stream fails, as it does when the rest of the bytes is less than half a block.
+  /// Looks for a keyword in the `length` bytes from the stream's position on, backwards in blocks.
+  /// `*found` receives its offset from that position, or -1. 0 if a pointer is null or the stream
+  /// fails, as it does if less than half a block is left.
   static int FindKeyWordRev(CIOStream *stream, long length, const unsigned char *keyword,
                             long *found);
 
-  /// As `Parse`, but throws `std::bad_alloc` when memory is short.
+  /// Like `Parse`, but throws `std::bad_alloc` if memory is short.
   virtual int read(CIOStream &stream);
 
   /// Later parses end at `position` if the stream is longer.
@@ -53,12 +53,12 @@ public:
   /// The end of the last line that the last parse read.
   [[nodiscard]] long parsedTo() const noexcept { return parsedTo_; }
 
-  /// Ends a walk with 0.
+  /// A result of `take` in `walkObject`: ends the walk with 0.
   static constexpr unsigned long failed = static_cast<unsigned long>(-1);
 
 protected:
-  /// The walk of `ParseLine` over an object, from "obj" to "endobj". For each other token in it,
-  /// `take(index)` returns how many tokens are used: none when the value of a key is still to come.
+  /// Walks over an object, from "obj" to "endobj". For each other token in it, `take(index)`
+  /// returns the number of tokens it used: none if the value of a key is yet to come.
   template <class Take> int walkObject(CParamArray &tokens, char &goOn, Take take) {
     unsigned long i = 0;
     unsigned long used = 1;
@@ -84,21 +84,21 @@ protected:
     return used == failed ? 0 : 1;
   }
 
-  /// What `ParseLine` does; its arguments are not null. Throws `std::bad_alloc`.
+  /// `ParseLine` without null pointers. Throws `std::bad_alloc`.
   virtual int takeTokens(CParamArray &tokens, char &goOn);
 
-  /// Hands `tokens_` to `ParseLine`. Throws `std::bad_alloc` when that fails for lack of memory.
+  /// Hands `tokens_` to `ParseLine`. Throws `std::bad_alloc` if that fails for lack of memory.
   int handOver(char &goOn);
 
   /// `FindKeyWordRev` without null pointers. Throws `std::bad_alloc`.
   static int findBackwards(CIOStream &stream, long length, const unsigned char *keyword,
                            long &found);
 
-  /// Whether the section's first word was read: "obj", for some sections another.
+  /// Whether the section's first word was read: "obj" in most sections.
   bool isInside_ = false;
 
   /// Which lines matter to `ParseLine`; by default all.
-  std::optional<TokenReader::Telling> telling_;
+  std::optional<TokenReader::Marks> marks_;
 
   /// Whether comments are read as tokens.
   TokenReader::Comments comments_ = TokenReader::Comments::cut;

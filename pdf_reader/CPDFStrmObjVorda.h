@@ -4,13 +4,13 @@
 
 namespace searchsystem {
 
-/// A stream object whose data may begin with the maker's mark: a comment line of a percent sign and
-/// the word VORDA_PFINF_TYPE.
+/// A stream object whose data may begin with the maker's mark: a comment with the word
+/// VORDA_PFINF_TYPE on a line of its own.
 ///
 /// Ownership, threads and failure as `CPDFSection`.
 class CPDFStrmObjVorda : public CPDFSection {
 public:
-  /// Comments are read as tokens.
+  /// Reads comments as tokens.
   CPDFStrmObjVorda() noexcept { comments_ = TokenReader::Comments::keep; }
 
   int ReleaseParse() override;

@@ -52,7 +52,7 @@ int CPDFTrailer::MoveNextTrailer(CIOStream *stream) {
 
 bool CPDFTrailer::moveToNext(CIOStream &stream) {
   TokenReader reader(stream, TokenReader::Comments::cut, TokenReader::noEnd,
-                     TokenReader::Telling{'t', 't'});
+                     TokenReader::Marks{'t', 't'});
   CParamArray tokens;
   while (reader.next(tokens)) {
     if (!reader.isGroupComplete())

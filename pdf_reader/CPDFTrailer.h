@@ -7,9 +7,8 @@
 
 namespace searchsystem {
 
-/// A trailer (PDF standard, 7.5.5): how many objects there are, which one is the catalog, and the
-/// number that follows "startxref". /Prev is ignored: sections are followed through
-/// "startxref".
+/// A trailer (PDF standard, 7.5.5): the number of objects, the reference of the catalog, and the
+/// offset after "startxref", which leads to other sections. /Prev is ignored.
 ///
 /// Ownership, threads and failure as `CPDFSection`.
 class CPDFTrailer : public CPDFSection {
@@ -18,26 +17,25 @@ public:
 
   int ReleaseParse() override;
 
-  /// Moves the stream to the last "trailer" of the whole file. 0 when there is none.
+  /// Moves the stream to the last "trailer" of the file. 0 if there is none.
   static int Move1stTrailer(CIOStream *stream);
 
-  /// Moves the stream from its position to the next line that begins with the word "trailer", or to
-  /// its end.
+  /// Moves the stream forward to the next line that begins with the word "trailer", or to its end.
   static int MoveNextTrailer(CIOStream *stream);
 
-  /// As these two, but throw `std::bad_alloc` when memory is short.
+  /// Like these two, but throw `std::bad_alloc` if memory is short.
   static bool moveToLast(CIOStream &stream);
   static bool moveToNext(CIOStream &stream);
 
-  /// 0 when no /Size was read, or `size` is null.
+  /// 0 if no /Size was read, or `size` is null.
   int GetXRefKeySize(int *size) const noexcept;
   int SetXRefKeySize(int size) noexcept;
 
-  /// 0 when no /Root was read, or `root` is null.
+  /// 0 if no /Root was read, or `root` is null.
   int GetRootInfo(tagOBJECTRECORD *root) const noexcept;
   int SetRootInfo(const tagOBJECTRECORD *root) noexcept;
 
-  /// Where the cross-reference section begins; 0 when unknown.
+  /// The offset of the cross-reference section; 0 if unknown.
   [[nodiscard]] int GetXRefOffset() const noexcept { return xrefOffset_; }
 
 private:

@@ -50,7 +50,7 @@ int CPDFXRefTable::read(CIOStream &stream) {
   while (result == 1 && goOn != 0 && reader.next(tokens_)) {
     const bool isTrailer = tokens_.token(reader.lineIndex()).starts_with("trailer");
     if (isTrailer) {
-      // An entry may wait here whose line end the edge of a block has cut off.
+      // An entry whose line end is in the next block may wait.
       tokens_.DeleteParam(reader.lineIndex(), CParamArray::notFound);
       if (tokens_.GetCount() > handedOver && handOver(goOn) != 1)
         return 0;
@@ -103,7 +103,7 @@ unsigned long CPDFXRefTable::GetOffset(tagOBJECTRECORD ref) const noexcept {
   const auto isBefore = [](const Entry &a, const Entry &b) { return a.number < b.number; };
   if (!std::exchange(isSorted_, true))
     std::stable_sort(entries_.begin(), entries_.end(), isBefore);
-  // The last entry of a number counts. In most tables it stands at the place of that number.
+  // The last entry of a number counts. In most tables its index is that number.
   auto place = static_cast<std::size_t>(ref.number);
   if (place + 1 >= entries_.size() || entries_[place].number != ref.number ||
       entries_[place + 1].number == ref.number)

@@ -9,29 +9,28 @@
 namespace searchsystem {
 
 /// The positions of a document's objects, from its cross-reference sections (PDF standard, 7.5.4).
-/// Each section that is parsed adds to the table and overwrites what earlier ones said.
+/// Each parse of a section adds entries to the table and overwrites earlier ones.
 ///
 /// Cross-reference streams are not read. Ownership, threads and failure as `CPDFSection`.
 class CPDFXRefTable : public CPDFSection {
 public:
   CPDFXRefTable() noexcept = default;
 
-  /// Reads one section. Where it ended with a "trailer" line, the stream is at that keyword
-  /// afterwards.
+  /// Reads one section. If a "trailer" line ends it, leaves the stream at that keyword.
   int read(CIOStream &stream) override;
 
   int Release() override;
   int ReleaseParse() override;
 
-  /// Empties the table and sets how many entries it has; below 1 is none. Always 1: memory is used
-  /// when entries are set.
+  /// Empties the table and sets its size; none if below 1. Always 1: only entries that are set take
+  /// memory.
   virtual int SetTableSize(int count);
 
-  /// Sets an entry and enlarges the table if it has to. 0 when `index` is negative, is the greatest
-  /// number that there is, or memory is short.
+  /// Sets an entry and enlarges the table as needed. 0 if `index` is negative or the largest `int`,
+  /// or memory is short.
   int SetRefTable(int index, unsigned long offset, unsigned short generation, unsigned char type);
 
-  /// Where an object stands in the file, free or in use; 0 when unknown.
+  /// The offset of an object in the file, whether free or in use; 0 if unknown.
   [[nodiscard]] unsigned long GetOffset(tagOBJECTRECORD ref) const noexcept;
 
 private:
@@ -45,8 +44,8 @@ private:
   bool set(Entry entry);
 
   std::int32_t size_ = 0;
-  /// Those that were set, all of them: a few bytes of a document can name object 2,000,000,000.
-  /// They are sorted by number when that is first asked for.
+  /// Only those that were set: a few bytes of a document can name object 2,000,000,000. Sorted by
+  /// number before the first lookup.
   mutable std::vector<Entry> entries_;
   mutable bool isSorted_ = true;
 

@@ -12,7 +12,7 @@ namespace searchsystem {
 
 namespace {
 
-/// Follows a token in place of its NUL where `CopyParam` found no text.
+/// Stands in place of the NUL where `CopyParam` found no text.
 constexpr char emptyPlace = '\1';
 
 const unsigned char *bytesOf(const char *buf) noexcept {
@@ -110,7 +110,7 @@ int CParamArray::AddParam(const char *text) noexcept {
   if (text == nullptr)
     return 0;
   return zeroWithoutMemory([&] {
-    // It may be one of these, which growing moves.
+    // The copy is for texts of the array, which move as it grows.
     append(std::string(text));
     return 1;
   });

@@ -10,14 +10,13 @@
 
 namespace searchsystem {
 
-/// The tokens of one line of a document, or of several. A token is what stands between NUL, tab and
-/// space; brackets and the like are no separators.
+/// The tokens of one line of a document, or of several. Only NUL, tab and space separate tokens,
+/// not brackets.
 ///
-/// Ownership: owns the texts; a text that is passed in may be one of them. They share
-/// one block, each ended by a NUL, so that a token costs no allocation. Threads: one at a time.
-/// Failure: the operations answer 1 for success and 0 for failure. When memory is short (or 4 GiB
-/// of text are reached), `Parse`, `ParseObject` and `CopyParam` leave the array empty, the others
-/// as it was.
+/// Ownership: owns the texts, which share one block, so that a token costs no allocation. Copies
+/// its arguments, which may be texts of its own. Threads: one at a time. Failure: the operations
+/// return 1 for success and 0 for failure. If memory is short (or there are 4 GiB of text),
+/// `Parse`, `ParseObject` and `CopyParam` leave the array empty, the others as it was.
 class CParamArray {
 public:
   static constexpr unsigned long notFound = static_cast<unsigned long>(-1);
@@ -27,45 +26,43 @@ public:
   CParamArray(const CParamArray &) = delete;
   CParamArray &operator=(const CParamArray &) = delete;
 
-  /// Takes the tokens of the first line of `buf`, without its comment. 0 when there are none.
+  /// Takes the tokens of the first line of `buf`, without its comment. 0 if there are none.
   int Parse(const char *buf, unsigned long len) noexcept;
 
   /// The same, with a comment's tokens.
   int Parse_WithComment(const char *buf, unsigned long len) noexcept;
 
-  /// Takes the tokens of all lines up to the first `end` that follows a `begin`. In the line of
-  /// `begin` the tokens before it are left out, in that of `end` those after it. 0 when a pointer
-  /// is null.
+  /// Takes the tokens of all lines up to the first `end` after a `begin`. Leaves out the tokens
+  /// before `begin` in its line, and those after `end`. 0 if a pointer is null.
   int ParseObject(const char *buf, unsigned long len, const char *begin, const char *end) noexcept;
 
-  /// Appends a token. 0 also when `text` is null.
+  /// Appends a token. 0 also if `text` is null.
   int AddParam(const char *text) noexcept;
 
-  /// Appends the tokens of another array, up to one without text. 0 also when there is one, or the
-  /// array is null.
+  /// Appends the tokens of another array. 0 also if the array is null, or at the first token
+  /// without text.
   int AddParam(const CParamArray *other) noexcept;
 
-  /// Inserts a token before that at `index`, or behind the last. 0 also when `text` is null or
-  /// `index` is beyond the count.
+  /// Inserts a token at `index`. 0 also if `text` is null or `index` is beyond the count.
   int InsertParam(unsigned long index, const char *text) noexcept;
 
-  /// Replaces a token. 0 also when `text` is null, there is no token at `index`, or `CopyParam`
-  /// left its place empty.
+  /// Replaces a token. 0 also if `text` is null, `index` is not below the count, or `CopyParam`
+  /// left the place empty.
   int SetParam(unsigned long index, const char *text) noexcept;
 
-  /// Deletes `n` tokens, or all that there are from `index` on. 0 when there is none at `index`.
+  /// Deletes `n` tokens from `index` on, or as many as there are. 0 if there is none.
   int DeleteParam(unsigned long index, unsigned long n) noexcept;
 
-  /// Takes `n` tokens of another array, all from `start` on when `n` is negative or too many. The
-  /// place of a token without text stays empty. 0 when `src` is null or has no token at `start`;
-  /// the array is empty then.
+  /// Takes `n` tokens of another array from `start` on; all of them if `n` is negative or too
+  /// large. The place of a token without text stays empty. 0, and the array is empty, if `src` is
+  /// null or has no token at `start`.
   int CopyParam(const CParamArray *src, unsigned long start, int n) noexcept;
 
-  /// The index of the first token at or after `from` that equals `text`, or `notFound`. A token
-  /// without text equals nothing.
+  /// The index of the first token from `from` on that equals `text`, or `notFound`. A token without
+  /// text equals nothing.
   unsigned long FindParam(const char *text, unsigned long from) const noexcept;
 
-  /// Whether there is a token with text at `index` and it equals `text`: 1 or 0.
+  /// Whether the token at `index` exists, has text, and equals `text`: 1 or 0.
   int Compare(unsigned long index, const char *text) const noexcept;
   template <std::integral Index> int Compare(Index index, const char *text) const noexcept {
     return Compare(static_cast<unsigned long>(index), text);
@@ -76,14 +73,14 @@ public:
 
   [[nodiscard]] unsigned long GetCount() const noexcept { return end_ - begin_; }
 
-  /// A token's text, valid until the next change; null when there is no token at `index`, and for
-  /// one without text.
+  /// A token's text, valid until the next change; null for a token without text, and if `index` is
+  /// not below the count.
   [[nodiscard]] const char *GetParam(unsigned long index) const noexcept;
 
-  /// Deletes all tokens and keeps the room for others. Always 1.
+  /// Deletes all tokens and keeps the memory. Always 1.
   int Reset() noexcept;
 
-  /// Deletes all tokens and frees everything. Always 1.
+  /// Deletes all tokens and frees the memory. Always 1.
   int Release() noexcept;
 
   /// The text of the token at `index`, which must be below the count.
@@ -92,20 +89,20 @@ public:
     return {texts_.data() + slot.offset, slot.length};
   }
 
-  /// Appends a token that may hold anything but NUL. Throws `std::bad_alloc`.
+  /// Appends a token, which must not contain NUL. Throws `std::bad_alloc`.
   void append(std::string_view text) {
     makeRoom(1, text.size() + 1);
     appendInRoom(text);
   }
 
-  /// Makes room for `count` tokens with `bytes` bytes of text in all, NULs included. Throws
+  /// Makes room for `count` tokens with a total of `bytes` bytes, NULs included. Throws
   /// `std::bad_alloc`.
   void makeRoom(std::size_t count, std::size_t bytes) {
     if (end_ + count > slots_.capacity() || textEnd_ + bytes > texts_.capacity())
       grow(count, bytes);
   }
 
-  /// Appends a token for which room was made.
+  /// Appends a token that has room.
   void appendInRoom(std::string_view text) noexcept {
     std::memcpy(texts_.data() + textEnd_, text.data(), text.size());
     slots_.data()[end_++] = {textEnd_, static_cast<std::uint32_t>(text.size())};

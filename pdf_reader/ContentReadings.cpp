@@ -46,7 +46,7 @@ ContentReadings::PastPointer ContentReadings::newPast(ContentReading &reading, s
       ContentPast{std::move(text), reading.end(), invalid, found, {}, {}}));
 }
 
-/// Replaces a past by the one that took its place, if any.
+/// Replaces a past by the one that replaced it, if any.
 void ContentReadings::resolve(PastPointer &past) noexcept {
   while (past->same)
     past = PastPointer(past->same);

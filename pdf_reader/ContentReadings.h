@@ -15,7 +15,7 @@
 
 namespace searchsystem {
 
-/// What contents have behind them that boarded a reading together.
+/// What contents share that boarded a reading with the same text.
 struct ContentPast {
   /// The end of their text when they boarded, and where the reading's text ended then.
   std::string text;
@@ -45,11 +45,11 @@ struct SearchedContent {
 };
 
 /// One way to read the lines of a file. All contents whose parses are in the same state ride on it.
-/// It keeps the text that it showed until that is searched.
+/// It keeps its text until that is searched.
 ///
 /// Contents whose starts are equal modulo the size of a block share all edges of blocks. Riders of
-/// a reading differ only in their edges and in the text before they boarded, of which no more
-/// counts than an occurrence of the keyword can take.
+/// a reading differ only in their edges and in the end of their text before they boarded, as long
+/// as an occurrence of the keyword.
 class ContentReading {
 public:
   static constexpr long blockSize = 1024;
@@ -71,13 +71,13 @@ private:
   friend class ContentReadings;
 
   [[nodiscard]] std::string_view text() const noexcept { return {text_.data(), wholeSize_}; }
-  /// The bytes of a character whose rest is missing.
+  /// The first bytes of an incomplete character.
   [[nodiscard]] std::string_view cut() const noexcept {
     return {text_.data() + wholeSize_, textSize_ - wholeSize_};
   }
-  /// The end of the text, counted from where the reading began.
+  /// The size of all text since the reading began.
   [[nodiscard]] std::size_t end() const noexcept { return dropped_ + wholeSize_; }
-  /// The text since riders with a past boarded, or what is left of it.
+  /// The text since riders with this past boarded, as far as it was kept.
   [[nodiscard]] std::string_view textSince(const ContentPast &past) const noexcept {
     return text().substr(past.boarded > dropped_ ? past.boarded - dropped_ : 0);
   }
@@ -86,17 +86,17 @@ private:
   std::size_t textSize_ = 0;
   /// The size of its whole characters.
   std::size_t wholeSize_ = 0;
-  /// How much text was dropped before it.
+  /// The size of the text dropped before it.
   std::size_t dropped_ = 0;
   /// Where the search stopped, counted like `end`.
   std::size_t searched_ = 0;
-  /// Pasts of riders that boarded recently, oldest first: an occurrence may begin before that.
+  /// Pasts of riders that boarded recently, oldest first: occurrences may begin before that.
   std::vector<std::shared_ptr<ContentPast>> recent_;
   /// All other pasts, which differ only in their marks.
   std::vector<std::shared_ptr<ContentPast>> settled_;
   /// The first content of each edge.
   std::unordered_map<long, SearchedContent *> riders_;
-  /// How many contents differ in edge or past.
+  /// The number of contents that differ in edge or past.
   std::size_t count_ = 0;
   /// The last change of riders to it.
   std::uint64_t change_ = 0;
@@ -122,7 +122,7 @@ public:
   void board(SearchedContent &content);
   ContentReading &boardAlone(SearchedContent &content);
 
-  /// Hands a reading the next token, or the end of the group. False when that ends the reading.
+  /// Hands a reading the next token, or the end of the group. False if that ends the reading.
   bool take(ContentReading &reading, std::string_view token);
   bool endGroup(ContentReading &reading) {
     return reading.state.endGroup() != Effect::stop || end(reading, Result::unknown);

@@ -105,7 +105,7 @@ bool ContentSearch::isAnswered() {
   return answered_ == order_.size() || contents_[order_[answered_]].result != Result::unknown;
 }
 
-/// False when the stream fails.
+/// False if the stream fails.
 bool ContentSearch::readAll() {
   long position = 0;
   while (!isAnswered()) {
@@ -129,8 +129,8 @@ bool ContentSearch::readAll() {
   return true;
 }
 
-/// Reads lines that do nothing or show a string, while there is one reading. Gives the first line
-/// that may do more.
+/// Reads lines that have no effect or show a string, while there is one reading. Returns the first
+/// line that may do more.
 const char *ContentSearch::readPlainLines(const char *line) {
   if (readings_.count() != 1 || readings_[0].state.isWaiting() ||
       readings_[0].state.place() == Place::stream)
@@ -166,7 +166,7 @@ const char *ContentSearch::readPlainLines(const char *line) {
   return line;
 }
 
-/// Reads any line; false when the stream fails.
+/// Reads any line; false if the stream fails.
 bool ContentSearch::readLine(const char *begin) {
   const char *const end = vectorBytes::scanLine(begin, '\n', '\n').end;
   nextLine_ = window_.positionOf(begin);
@@ -233,7 +233,7 @@ void ContentSearch::takeEdges() {
   }
 }
 
-/// Reads a remark for riders with an edge in it, to whom the rest is text.
+/// Reads a remark for riders with an edge in it, for which the rest is text.
 void ContentSearch::takeRemark(ContentReading &reading, std::size_t firstFork) {
   const Remark remark(line_.remark + 1, line_.end);
   const Place place = reading.state.place();
@@ -332,7 +332,7 @@ bool ContentSearch::isEdge(const ContentReading &reading, const char *place) con
   return reading.hasEdgeAt(window_.positionOf(place));
 }
 
-/// Finds the groups that the end of the file leaves open. False when the stream fails.
+/// Finds the groups that the end of the file leaves open. False if the stream fails.
 bool ContentSearch::findOpenEnds() {
   const long size = window_.size();
   constexpr long atFirst = 256;
@@ -368,8 +368,8 @@ bool ContentSearch::findOpenEnds() {
   }
 }
 
-/// Updates the groups that are open before a line to those behind it. `open` has an entry for each
-/// edge modulo the size of a block, or none when no group is open.
+/// Updates the open groups from before a line to behind it. `open` has an entry for each edge
+/// modulo the size of a block, or none if no group is open.
 void ContentSearch::noteOpenEnds(std::vector<OpenEnd> &open) const {
   const bool hasTokens = line_.hasTokens();
   const char *const first = hasTokens ? line_.tokensEnd + 1 : line_.remark + 2;

@@ -14,8 +14,8 @@ namespace searchsystem {
 
 /// Looks for a keyword in the content streams of a document.
 ///
-/// The answers are those of `CPDFContents` for each content stream alone, whose parse runs on
-/// through the objects behind it, mostly to the end of the file. But the file is read only once,
+/// The answers are those of `CPDFContents` for each content stream alone, whose parse continues
+/// through the following objects, mostly to the end of the file. But the file is read only once,
 /// line by line, from the first content on. A line means the same to all parses in the same state.
 /// Only its tail, behind the last token, depends on the edges of blocks, which each parse counts
 /// from its own start: an edge there joins the next line to the group, and one in a remark makes

@@ -15,12 +15,11 @@ namespace searchsystem {
          std::string_view("cwzLfrsmjJ").find(token[1]) != std::string_view::npos;
 }
 
-/// The state of a content stream's parse between two tokens. Token by token it acts as
-/// `CPDFContents` does on whole groups.
+/// The state of a content stream's parse between two tokens.
 ///
-/// An operator consumes all tokens that wait before it in the group, even an ET that leaves the
-/// text if no operator follows. So while tokens wait, others move the state on, and an operator
-/// returns it to the text. The end of the group drops what waits.
+/// An operator consumes all tokens that wait before it in the group, even an ET, which ends the
+/// text only if no operator follows. So while tokens wait, others change the state, and an operator
+/// returns it to the text. The end of the group drops the waiting tokens.
 class ContentState {
 public:
   enum class Place : std::uint8_t { outside, object, stream, text, stopped };
@@ -88,7 +87,7 @@ private:
 
   Place place_;
   Waiting waiting_ = Waiting::none;
-  /// The token that waits alone; empty if that is no hexadecimal string.
+  /// The only waiting token if that is a hexadecimal string, else empty.
   std::string string_;
 };
 

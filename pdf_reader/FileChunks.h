@@ -7,7 +7,7 @@
 
 namespace searchsystem {
 
-/// The chunks of a file that were used last: all of a small file.
+/// The most recently used chunks of a file: all chunks of a small one.
 ///
 /// Ownership: owns its memory. Threads: one at a time.
 class FileChunks {
@@ -16,20 +16,20 @@ public:
 
   FileChunks() noexcept = default;
 
-  /// Has room for the chunks of a file of `fileSize` bytes, or for 32. Throws `std::bad_alloc`.
+  /// Room for all chunks of a file of `fileSize` bytes, at most 32. Throws `std::bad_alloc`.
   explicit FileChunks(long fileSize);
 
-  /// The chunk of a number; null when it is not in memory.
+  /// The chunk of that number; null if it is not in memory.
   [[nodiscard]] const char *find(std::size_t number) noexcept;
 
-  /// Room for the chunk of a number, in place of the one unused for longest. `keep` makes it valid.
+  /// Memory for the chunk of that number, of the least recently used one. `keep` makes it valid.
   [[nodiscard]] char *replaceOldest(std::size_t number) noexcept;
   void keep() noexcept { chunks_[current_].lastUse = ++uses_; }
 
 private:
   struct Chunk {
     std::size_t number = 0;
-    std::uint64_t lastUse = 0; ///< 0 for one that holds nothing
+    std::uint64_t lastUse = 0; ///< 0 if empty
   };
 
   std::vector<Chunk> chunks_;

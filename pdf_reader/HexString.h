@@ -29,13 +29,13 @@ inline constexpr std::array<std::uint8_t, 256> hexDigitValues = [] {
   return token.size() >= 2 && token.front() == '<' && token.back() == '>';
 }
 
-/// What stands between the angle brackets.
+/// The text between the angle brackets.
 [[nodiscard]] inline std::string_view digitsOfHexString(std::string_view token) noexcept {
   return token.substr(1, token.size() - 2);
 }
 
-/// Decodes two digits to a byte, and a last single one as if 0 followed, until `capacity` bytes are
-/// written. Skips other bytes. Returns how many bytes were written.
+/// Decodes two digits to a byte, a last single one as if 0 followed, and skips other bytes. Writes
+/// at most `capacity` bytes and returns their number.
 std::size_t decodeHexDigits(std::string_view digits, char *out, std::size_t capacity) noexcept;
 
 /// The size of a text up to its first NUL.

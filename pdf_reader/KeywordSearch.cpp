@@ -20,7 +20,7 @@ unsigned optionsFor(bool isCaseSensitive) noexcept {
   return isCaseSensitive ? NSLiteralSearch : NSLiteralSearch | NSCaseInsensitiveSearch;
 }
 
-/// Whether a byte is the first of two in Shift-JIS, also in the Mac's.
+/// Whether a byte is the first of two in Shift-JIS or Mac Japanese.
 bool isLead(char c) noexcept {
   const auto byte = static_cast<unsigned char>(c);
   return (byte > 0x80 && byte < 0xA0) || (byte >= 0xE0 && byte < 0xFD);
@@ -62,7 +62,7 @@ std::size_t KeywordSearch::wholeCharacters(std::string_view text,
 }
 
 std::optional<bool> KeywordSearch::occursIn(std::string_view text, std::size_t index) const {
-  // Most texts are ASCII, which reads alike in encodings that can be cut, but for a backslash.
+  // Most texts are ASCII, which is the same in encodings that can be cut, but for a backslash.
   if (canBeCut() && isASCII(text) && (isSingleByte_ || text.find('\\') == std::string_view::npos))
     return pattern_.find(text).length != 0;
   const auto converted = decodeText(text, encodings_[index]);

@@ -11,9 +11,8 @@
 
 namespace searchsystem {
 
-/// Looks for a keyword in texts that are given as bytes of an encoding, literally and with or
-/// without regard to case. Texts in Mac Japanese are taken for Shift-JIS X0213 when they are not
-/// valid in it.
+/// Looks for a keyword, literally, in texts of an encoding. Texts that are not valid Mac Japanese
+/// are tried as Shift-JIS X0213.
 ///
 /// Threads: one at a time. Throws `std::bad_alloc`.
 class KeywordSearch {
@@ -22,25 +21,25 @@ public:
 
   KeywordSearch(const NSString &keyword, bool isCaseSensitive, unsigned long encoding);
 
-  /// How many encodings a text may be in; it is in the first in which it is valid.
+  /// How many encodings to try: a text is in the first in which it is valid.
   [[nodiscard]] std::size_t encodingCount() const noexcept { return encodingCount_; }
 
   /// Whether a text can be searched in pieces, cut where `wholeCharacters` says.
   [[nodiscard]] bool canBeCut() const noexcept { return isSingleByte_ || isShiftJIS_; }
 
-  /// Whether any bytes are valid.
+  /// Whether all texts are valid.
   [[nodiscard]] bool isAlwaysValid() const noexcept { return isAlwaysValid_; }
 
-  /// The size of the shortest beginning of whole characters that has at least `least` bytes, or of
-  /// all whole characters. The text has to begin with a character.
+  /// The size of the fewest whole characters that have at least `least` bytes, or of all. The text
+  /// must begin with a whole character.
   [[nodiscard]] std::size_t
   wholeCharacters(std::string_view text, std::size_t least = std::string_view::npos) const noexcept;
 
-  /// The most bytes that an occurrence takes, in any of the encodings.
+  /// The largest size of an occurrence in bytes, in any encoding.
   [[nodiscard]] std::size_t overlap() const noexcept { return overlap_; }
 
-  /// Whether the keyword occurs in a text in the encoding of that index; none when the text is not
-  /// valid in it.
+  /// Whether the keyword occurs in a text in the encoding of that index; none if the text is not
+  /// valid.
   [[nodiscard]] std::optional<bool> occursIn(std::string_view text, std::size_t index) const;
 
 private:

@@ -29,7 +29,7 @@ int trim(std::string_view line, unsigned long *outStart, unsigned long *outLengt
   return 1;
 }
 
-// NOLINTNEXTLINE(readability-non-const-parameter): kept as what it is
+// NOLINTNEXTLINE(readability-non-const-parameter): the record has it
 char **newIterator(unsigned char *buf, unsigned long len, unsigned long position,
                    bool isReverse) noexcept {
   if (buf == nullptr || len > std::numeric_limits<std::uint32_t>::max())
@@ -80,8 +80,8 @@ std::uint32_t nextBackward(tagFINDLINE &lines) noexcept {
 
 bool separatesWords(char c) noexcept { return classOf(c) == ByteClass::trim || c == '\f'; }
 
-/// Where a comment begins, or the size of the text. A percent sign that ends it begins one if
-/// `isAtEnd`; a doubled one is text.
+/// The offset of the comment, or the size of the text. A doubled percent sign is text; one at the
+/// end is, too, unless `isAtEnd`.
 std::size_t commentIn(std::string_view text, bool isAtEnd) noexcept {
   for (std::size_t i = 0; i < text.size(); ++i)
     if (text[i] == '%') {
@@ -174,7 +174,7 @@ int FindKeyWordRev(unsigned char *buf, unsigned long len, const unsigned char *k
     return 0;
   *out = nullptr;
   const std::string_view sought(reinterpret_cast<const char *>(keyword));
-  // Few blocks of a file hold the keyword at all, and to look for its bytes is quick.
+  // Few blocks contain the keyword at all, which is quick to find out.
   if (sought.empty() || std::string_view(reinterpret_cast<const char *>(buf), len).find(sought) ==
                             std::string_view::npos)
     return 1;

@@ -9,7 +9,7 @@
 
 namespace searchsystem {
 
-/// A part of a stream in memory. Moved forwards only, it reads each byte once.
+/// A part of a stream in memory. If it only moves forward, it reads each byte once.
 ///
 /// Line ends follow its last byte, so that loops over a line always stop.
 /// Ownership: the stream lives longer. Threads: one at a time. Throws `std::bad_alloc`.
@@ -17,8 +17,8 @@ class LineWindow {
 public:
   explicit LineWindow(CIOStream &stream) : stream_(stream), size_(stream.GetSize()) {}
 
-  /// The byte at a position within the stream; null when the stream fails. Earlier pointers become
-  /// invalid.
+  /// The byte at a position within the stream; null if the stream fails. Invalidates earlier
+  /// pointers.
   [[nodiscard]] const char *at(long position) {
     if (position < position_ || position > end()) {
       position_ = position;
@@ -37,7 +37,7 @@ public:
                    static_cast<std::size_t>(kept));
     position_ = position;
     length_ = kept;
-    // Little enough for the fastest cache, but more for a long line.
+    // Small enough for the fastest cache; larger for a long line.
     const long wanted = std::max(readAtOnce - end() % readAtOnce, kept / readAtOnce * readAtOnce);
     const long count = std::min(wanted, size_ - end());
     if (count <= 0)
@@ -55,12 +55,12 @@ public:
     return position_ + (byte - bytes_.data());
   }
 
-  /// The byte at a position that is not before the window, or the window's end.
+  /// The byte at a position, which is not before the window, or the window's end.
   [[nodiscard]] const char *placeOf(long position) const noexcept {
     return bytes_.data() + (std::min(position, end()) - position_);
   }
 
-  /// Behind the last byte in memory.
+  /// The end of the bytes in memory.
   [[nodiscard]] const char *dataEnd() const noexcept { return bytes_.data() + length_; }
   [[nodiscard]] long end() const noexcept { return position_ + length_; }
 

@@ -11,16 +11,15 @@
 namespace searchsystem {
 
 /// The ranges of a file that parses of pages, or of the mark, have read. In a damaged document
-/// thousands may begin within what one has read and would run to the same end, nearly always for
-/// nothing. Once their bound is spent, such parses are skipped.
+/// thousands of parses may begin within such a range and run to the same end, nearly always in
+/// vain. Once the bound is spent, they are skipped.
 ///
 /// Ownership: the bound lives longer. Threads: one at a time. Throws `std::bad_alloc`.
 class PassedRanges {
 public:
   explicit PassedRanges(ReadBound &bound) noexcept : bound_(bound) {}
 
-  /// Whether a parse from `start` on may find anything new. Ends it where it would meet a range
-  /// that can be skipped.
+  /// Whether to parse from `start` on. Ends the parse where it would meet a range to be skipped.
   [[nodiscard]] bool admits(long start, CPDFSection &section) {
     if (!parses_.try_emplace(start, start).second)
       return false;
@@ -58,7 +57,7 @@ private:
   ReadBound &bound_;
   /// Where each parse began and ended.
   std::unordered_map<long, long> parses_;
-  /// The same, joined where they meet.
+  /// The same ranges, joined where they meet.
   std::map<long, long> ranges_;
 };
 

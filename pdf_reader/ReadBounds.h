@@ -8,18 +8,18 @@ namespace searchsystem {
 /// How many bytes may still be read for some purpose. Threads: one at a time.
 class ReadBound {
 public:
-  /// So many times the size of the file, and some more.
+  /// `times` the size of the file, and `more` bytes.
   ReadBound(long fileSize, long times, long more) noexcept
       : left_(times * std::clamp(fileSize, 0L, std::numeric_limits<long>::max() / 64) + more) {}
 
-  /// Counts bytes as read; false if the bound does not allow them.
+  /// Counts bytes as read; false if they exceed the bound.
   bool take(long bytes) noexcept {
     const bool isAllowed = bytes <= left_;
     left_ -= isAllowed ? bytes : 0;
     return isAllowed;
   }
 
-  /// Counts bytes that were read, even beyond the bound.
+  /// Counts bytes that were read, even if they exceed the bound.
   void note(long bytes) noexcept { left_ = std::max(left_ - bytes, 0L); }
 
   [[nodiscard]] bool isSpent() const noexcept { return left_ == 0; }
@@ -37,9 +37,9 @@ struct ReadBounds {
 
   /// All bytes read from the file: past it reads fail.
   ReadBound file;
-  /// What parses of pages and of the mark read: past it they skip what others have read.
+  /// All bytes that parses of pages and of the mark read: past it they skip what others have read.
   ReadBound nodes;
-  /// What is read of contents more than once: past it contents count as without the keyword.
+  /// Bytes of contents that are read again: past it the keyword counts as absent.
   ReadBound contents;
 };
 

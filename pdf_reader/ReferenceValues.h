@@ -14,18 +14,18 @@ class ReferenceValues {
 public:
   explicit ReferenceValues(const CParamArray &tokens) noexcept : tokens_(tokens) {}
 
-  /// Appends to `list` the references that follow the key at `index`. Returns how many tokens key
-  /// and value take: 0 when the value is still to come, `CPDFSection::failed` when it has fewer
-  /// than three tokens. Of an array without an end, or with fewer than three tokens in it, three
-  /// tokens are taken. Throws `std::bad_alloc`.
+  /// Appends the references after the key at `index` to `list`. Returns the number of tokens of key
+  /// and value: 0 if the value is yet to come, `CPDFSection::failed` if it has fewer than three.
+  /// Takes three tokens of an array without an end, or with fewer than three in it. Throws
+  /// `std::bad_alloc`.
   unsigned long readBehind(unsigned long index, CObjectList &list);
 
 private:
   [[nodiscard]] unsigned long arrayLengthAt(unsigned long index);
 
   const CParamArray &tokens_;
-  /// Whether the token at an index is a bracket without an end; empty until one is met. It saves a
-  /// scan to the last token for each of them.
+  /// Whether the token at an index is a bracket without an end; empty before the first one. It
+  /// saves a scan to the last token for each of them.
   std::vector<bool> isUnclosed_;
 };
 

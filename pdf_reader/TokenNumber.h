@@ -5,8 +5,7 @@
 
 namespace searchsystem {
 
-/// The decimal number that a token begins with, 0 without one; beyond 32 bits the nearest number
-/// that fits.
+/// The decimal number at the beginning of a token, else 0; beyond 32 bits the nearest that fits.
 [[nodiscard]] std::int32_t numberOf(std::string_view token) noexcept;
 
 /// The same for a position in a file; beyond 32 bits modulo 2^32.

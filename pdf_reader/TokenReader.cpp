@@ -10,7 +10,7 @@ namespace searchsystem {
 
 namespace {
 
-/// The first byte from `position` on that ends a token, or may. Line ends stand behind the bytes.
+/// The first byte from `position` on that may end a token. Line ends follow the bytes.
 const char *firstSpecial(const char *position) noexcept {
   while (classOf(*position) == ByteClass::text)
     ++position;
@@ -27,9 +27,8 @@ const char *firstLineEnd(const char *position) noexcept {
 
 // The block and its guard are written before they are read.
 // NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject)
-TokenReader::TokenReader(CIOStream &stream, Comments comments, long end,
-                         std::optional<Telling> telling)
-    : stream_(stream), cutsComments_(comments == Comments::cut), telling_(telling),
+TokenReader::TokenReader(CIOStream &stream, Comments comments, long end, std::optional<Marks> marks)
+    : stream_(stream), cutsComments_(comments == Comments::cut), marks_(marks),
       blockPosition_(stream.Tell()) {
   size_ = std::min(stream.GetSize(), end);
   isLastBlock_ = blockPosition_ >= size_;
@@ -57,7 +56,7 @@ bool TokenReader::next(CParamArray &tokens) {
   do {
     if (cursor_ == end_ && !readBlock())
       return false;
-    if (telling_ && tokens.GetCount() == 0 && !isCarrying_)
+    if (marks_ && tokens.GetCount() == 0 && !isCarrying_)
       passLines();
     // Room for all tokens that the rest of the block can hold.
     const auto rest = static_cast<std::size_t>(end_ - cursor_);
@@ -71,10 +70,10 @@ bool TokenReader::next(CParamArray &tokens) {
   return true;
 }
 
-/// Skips lines that do not matter, up to the line that the edge of the block cuts.
+/// Skips lines that do not matter, up to the one that the edge of the block cuts.
 void TokenReader::passLines() noexcept {
   for (;;) {
-    const auto scan = vectorBytes::scanLine(cursor_, telling_->one, telling_->other);
+    const auto scan = vectorBytes::scanLine(cursor_, marks_->one, marks_->other);
     if (scan.end >= end_ || scan.hasEither)
       return;
     lineEnd_ = positionOf(scan.end);
@@ -133,7 +132,7 @@ const char *TokenReader::readCarried(CParamArray &tokens) {
   return isComment_ ? firstLineEnd(position) : position;
 }
 
-/// Reads tokens up to the line's end, which may be the block's. Gives where that is.
+/// Reads tokens up to the end of the line or block, and returns that.
 const char *TokenReader::readTokens(const char *position, CParamArray &tokens) {
   for (;;) {
     while (classOf(*position) == ByteClass::trim)

@@ -18,8 +18,8 @@ namespace searchsystem {
 /// Reads a stream from its position on, in blocks of 1,024 bytes, and cuts the lines into tokens.
 ///
 /// The tokens of a line form a group, also if the edge of a block cuts the line or a token. But if
-/// the edge stands behind the line's last token, the next line with tokens joins the group. What
-/// follows an edge inside a comment is text. What is found in a document depends on this.
+/// an edge follows the line's last token, the next line with tokens joins the group. Text follows
+/// an edge inside a comment. Search results depend on this.
 ///
 /// Ownership: the stream and the token array live longer. Threads: one at a time.
 class TokenReader {
@@ -28,30 +28,29 @@ public:
 
   static constexpr long noEnd = std::numeric_limits<long>::max();
 
-  /// Each line that matters contains one of two bytes.
-  struct Telling {
+  /// Two bytes, one of which each line that matters contains.
+  struct Marks {
     char one, other;
   };
 
-  /// Reads nothing from `end` on. With `telling`, `next` may skip lines that do not matter while no
-  /// tokens wait.
+  /// Reads nothing from `end` on. With `marks`, `next` may skip other lines while no tokens wait.
   TokenReader(CIOStream &stream, Comments comments, long end = noEnd,
-              std::optional<Telling> telling = std::nullopt);
+              std::optional<Marks> marks = std::nullopt);
 
-  /// Appends the tokens of the next line that has any, or of a part of it that ends with a block.
-  /// False at the end of the stream, and when the stream fails. Throws `std::bad_alloc`.
+  /// Appends the tokens of the next line that has any, or of its part before the edge of a block.
+  /// False at the end of the stream, and if the stream fails. Throws `std::bad_alloc`.
   bool next(CParamArray &tokens);
 
-  /// Whether the tokens appended last end their group.
+  /// Whether the group of the tokens appended last is complete.
   [[nodiscard]] bool isGroupComplete() const noexcept { return isGroupComplete_; }
 
-  /// 1, or 0 when `next` has failed.
+  /// 1, or 0 if the stream has failed.
   [[nodiscard]] int result() const noexcept { return hasFailed_ ? 0 : 1; }
 
-  /// Where in the stream the first token of the group stands.
+  /// The position of the group's first token.
   [[nodiscard]] long groupPosition() const noexcept { return groupPosition_; }
 
-  /// Where in the stream, and at which index of the array, the tokens appended last begin.
+  /// The position of the tokens appended last, and their index in the array.
   [[nodiscard]] long linePosition() const noexcept { return linePosition_; }
   [[nodiscard]] unsigned long lineIndex() const noexcept { return lineIndex_; }
 
@@ -75,7 +74,7 @@ private:
 
   CIOStream &stream_;
   const bool cutsComments_;
-  const std::optional<Telling> telling_;
+  const std::optional<Marks> marks_;
 
   long size_;
   long blockPosition_;
@@ -100,7 +99,7 @@ private:
   unsigned long lineIndex_ = 0;
   long lineEnd_ = 0;
 
-  /// Line ends stand behind a block, so that no loop over a token has to look for the block's end.
+  /// Line ends follow a block, so that loops over a token need not check for its end.
   std::array<char, blockSize + vectorBytes::guardSize> block_;
 };
 

@@ -27,7 +27,7 @@ struct LineScan {
 
 namespace plain {
 
-/// Scans the line that begins at `line`; a CR or LF has to end it.
+/// Scans the line that begins at `line`; a CR or LF must end it.
 [[nodiscard]] inline LineScan scanLine(const char *line, char one, char other) noexcept {
   LineScan scan{line, false, false};
   for (; classOf(*scan.end) != ByteClass::lineEnd; ++scan.end) {
@@ -37,8 +37,8 @@ namespace plain {
   return scan;
 }
 
-/// Decodes pairs of hexadecimal digits up to the first other byte, of which there must be one, and
-/// moves `digits` behind the last pair. Gives how many bytes were decoded.
+/// Decodes pairs of hexadecimal digits up to the first other byte, which must exist, and moves
+/// `digits` behind the last pair. Returns the number of bytes decoded.
 inline std::size_t decodePairs(const char *&digits, char *out) noexcept {
   std::size_t size = 0;
   for (;; digits += 2) {

@@ -11,11 +11,11 @@ namespace searchsystem {
 struct tagOBJECTRECORD {
   std::int32_t number = 0;
   std::uint16_t generation = 0;
-  /// The letter that stood with it: R of a reference, n or f of a table entry.
+  /// The first letter of the third token: R in a sound document.
   std::uint8_t flag = 0;
 };
 
-/// The reference whose three tokens begin at `index`, as `7 0 R`; they must exist.
+/// The reference in the three tokens from `index` on, as `7 0 R`; they must exist.
 [[nodiscard]] inline tagOBJECTRECORD referenceAt(const CParamArray &tokens,
                                                  unsigned long index) noexcept {
   const std::string_view letter = tokens.token(index + 2);

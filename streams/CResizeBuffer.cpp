@@ -47,7 +47,7 @@ int CResizeBuffer::InsertData(unsigned long pos, const char *src, unsigned long 
       !makeRoom(size_ + std::uint64_t{len}, former))
     return 0;
   char *const place = data_.bytes() + pos;
-  // What moves may end behind the size, but not behind the block.
+  // The moved bytes may end beyond the size, but not beyond the block.
   copyBytes(place + len, place, std::min(len, capacity_ - pos - len));
   copyBytes(place, src, len);
   size_ += static_cast<std::uint32_t>(len);

@@ -23,7 +23,7 @@ CFilePointer openFile(const char *path, unsigned short mode);
 
 /// Reads up to `count` bytes at the file's position and returns their number. A signal that the
 /// host handles does not end the read. (It may fail a write: the C library does not report how much
-/// of its buffer was written, so there is nothing to resume.)
+/// of its buffer was written.)
 std::size_t readFile(std::FILE *file, void *buffer, std::size_t count) noexcept;
 
 /// The size of an open file in bytes, buffered ones included; none on failure. Keeps the position
