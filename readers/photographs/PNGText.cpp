@@ -112,6 +112,9 @@ void readPNGText(std::string_view kind, std::string_view chunk, PhotographReadin
   if (!text)
     return;
   const std::string_view keyword = text->keyword;
+  constexpr std::size_t longestKeyword = 79;
+  if (keyword.empty() || keyword.size() > longestKeyword)
+    return;
   constexpr std::string_view profile = "Raw profile type ";
   if (keyword == "XML:com.adobe.xmp") {
     readXMPPacket(text->value, reading, XMPPlace::file);

@@ -44,6 +44,7 @@ TEST(HostilePhotographTest, PassesOverWhatLies) {
        jpegXLFile("\0\0\0\1xml \xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s + titlePacket("sea")),
        "XMP dc:title=sea"},
       {"a heap in itself", crwFile("\1\0\0\x30\xFF\0\0\0\0\0\0\0\0\0\0\0"s), ""},
+      {"a keyword without an end", pngFile({pngChunk("tEXt", std::string(5000, 'k'))}), ""},
       {"no stream of zlib", pngFile({pngChunk("zTXt", "Title\0\0no"s)}), ""},
       {"a resource beyond the end",
        photoshopFile("8BIM\x04\x04\0\0\xFF\xFF\xFF\xFF"s + iptcDataSet(2, 90, "x")), "IPTC City=x"},
