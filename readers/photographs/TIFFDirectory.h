@@ -49,7 +49,8 @@ private:
   const TIFFLayout layout_;
   std::uint64_t position_;
   std::uint64_t left_ = 0;
-  std::uint64_t end_ = 0;
+  /// Of the entries; nowhere if there is no directory.
+  std::uint64_t end_ = UINT64_MAX;
 };
 
 } // namespace searchsystem

@@ -31,6 +31,11 @@ TEST(HostilePhotographTest, PassesOverWhatLies) {
       {"a directory in itself", photo().fieldAt(0, 0x8769, 4, 1, 8).text(0, 0x013B, "me").tiff(),
        "Exif Artist=me"},
       {"the first directory beyond the end", "II*\0\xFF\xFF\xFF\xFF"s, ""},
+      // The file's beginning, taken for an offset, leads to another one.
+      {"the first directory beyond the end of a large file",
+       "II*\0\xFF\xFF\xFF\xFF"s + std::string(0x2A4949 - 8, '\0') +
+           "\1\0\x0E\1\2\0\2\0\0\0x\0\0\0\0\0\0\0"s,
+       ""},
       {"the first directory in the header", "II*\0\0\0\0\0"s, ""},
       {"a count beyond the end", "II*\0\x08\0\0\0\xFF\xFF\x0E\1\2\0\2\0\0\0x\0\0\0"s,
        "Exif ImageDescription=x"},
