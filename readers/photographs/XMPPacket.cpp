@@ -7,6 +7,7 @@
 #include <expat.h>
 #include <sys/auxv.h>
 
+#include <bit>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -26,7 +27,7 @@ using Parser = std::unique_ptr<XML_ParserStruct, FreeParser>;
 /// process may not.
 unsigned long hashSalt() noexcept {
   unsigned long salt = 0;
-  if (const auto *const random = reinterpret_cast<const char *>(getauxval(AT_RANDOM)))
+  if (const auto *const random = std::bit_cast<const char *>(getauxval(AT_RANDOM)))
     std::memcpy(&salt, random, sizeof salt);
   // With 0 the parser would choose one itself.
   return salt | 1;
