@@ -312,7 +312,7 @@ def fields_of(entry):
 
 
 def date_of(text):
-    """A date's first moment; None if it is none."""
+    """A date, of which missing parts are their least; None if it is none."""
     match = re.match(r"(\d{4})(?:[:-](\d\d))?(?:[:-](\d\d))?(?:[ T](\d\d):(\d\d)(?::(\d\d))?)?",
                      str(text))
     if not match or match.group(1) == "0000":
