@@ -25,6 +25,7 @@ public:
 class FileSource final : public ByteSource {
 public:
   explicit FileSource(int descriptor) noexcept;
+  FileSource(int descriptor, std::uint64_t size) noexcept : descriptor_(descriptor), size_(size) {}
 
   [[nodiscard]] std::uint64_t size() const noexcept override { return size_; }
   [[nodiscard]] std::size_t read(std::uint64_t offset, char *room,

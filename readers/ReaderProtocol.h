@@ -7,8 +7,17 @@
 /// numbers are the machine's own.
 ///
 /// The program is started with two descriptors: a socket, and a pidfd of the process that it
-/// serves. Over the socket come requests, each with two descriptors: a socket for the answer, and
-/// the document. The answer is a sequence of records: any number with text, then one that ends it.
+/// serves. Over the socket come requests for workers, each with a socket for the answer.
+///
+/// A request to read a document comes with a second descriptor, the document. The answer is a
+/// sequence of records: any number with text, then one that ends it.
+///
+/// A request to read photographs comes with the socket alone. Over that the worker gets photographs
+/// (`PhotographBatch`), again and again, until the socket ends. It answers in their order. A
+/// photograph's answer is a sequence of records that hold parts: fields, date, camera, then one
+/// that ends it. A record that ends a document's answer says here that the worker itself has ended,
+/// over the photograph at hand.
+///
 /// All sockets keep the bounds of messages (SOCK_SEQPACKET), so that no process that dies can leave
 /// half a record.
 ///
@@ -17,30 +26,45 @@
 namespace searchsystem {
 
 /// Raised with every change of what is written here, or of what the texts mean.
-constexpr std::uint32_t readerVersion = 1;
+constexpr std::uint32_t readerVersion = 2;
 constexpr std::uint32_t requestMark = 0x51525353;
 
 /// Where the program finds what it is started with.
 constexpr int requestSocketDescriptor = 3;
 constexpr int servedProcessDescriptor = 4;
 
-/// What one document may cost, and how long the program waits for the next.
+/// What a worker may cost, and how long the program waits for the next request.
 struct ReaderLimits {
   /// In bytes. Where a sanitizer needs the address space for itself, resident memory is meant.
   std::uint64_t memory = 512ULL << 20;
   std::uint64_t text = 32ULL << 20;
   std::uint32_t processorSeconds = 10;
-  /// By the clock.
+  /// By the clock, for one document or photograph. The host watches over photographs.
   std::uint32_t milliseconds = 30'000;
   std::uint32_t idleMilliseconds = 10'000;
 };
+
+enum class ReaderTask : std::uint32_t { document, photographs };
 
 struct ReaderRequest {
   std::uint32_t mark = requestMark;
   std::uint32_t version = readerVersion;
   ReaderLimits limits;
   /// Whether the answer is to begin with `ReaderRecord::alive`.
-  std::uint64_t wantsSignOfLife = 1;
+  std::uint32_t wantsSignOfLife = 1;
+  ReaderTask task = ReaderTask::document;
+};
+
+/// Photographs that are read one after another. With it come their descriptors, each followed by
+/// that of its sidecar if it has one.
+struct PhotographBatch {
+  static constexpr std::size_t mostPhotographs = 16;
+
+  std::uint32_t count = 0;
+  /// A bit for each photograph that has a sidecar, the lowest for the first.
+  std::uint32_t sidecars = 0;
+  /// Of the files, in bytes, in the order of their descriptors.
+  std::uint64_t sizes[2 * mostPhotographs] = {};
 };
 
 /// The first byte of a record.
@@ -53,9 +77,28 @@ enum class ReaderRecord : std::uint8_t {
   text = 2,
   /// Followed by an `UnreadReason`, one byte.
   end = 3,
+  /// Followed by parts of a photograph's answer, together no longer than `longestPiece`.
+  photograph = 4,
+};
+
+/// The first byte of a part. The length of its content follows as a number of 32 bits, then the
+/// content.
+enum class PhotographPart : std::uint8_t {
+  /// The name of a field, whose text follows.
+  name = 1,
+  /// Some of the text of the field, in the form of `ReaderRecord::text`.
+  text = 2,
+  /// When it was taken, by the camera's clock: `2004/05/06 07:08:09`.
+  date = 3,
+  /// The camera's, in UTF-8, at most `longestCameraText` bytes.
+  maker = 4,
+  model = 5,
+  /// An `UnreadReason`. Nothing of the photograph follows.
+  end = 6,
 };
 
 constexpr std::size_t longestPiece = std::size_t{64} << 10;
+constexpr std::size_t longestCameraText = 255;
 
 /// In a text: a hyphen at the end of a line, which may belong to the word or only divide it. It
 /// stands for a hyphen or for nothing, and white space behind it for nothing.
@@ -63,7 +106,8 @@ constexpr char lineEndHyphen = '\x01';
 /// In a text: the end of a page. It is white space.
 constexpr char pageEnd = '\x0C';
 
-/// No more workers live at once than this; further requests wait.
-constexpr std::size_t mostWorkers = 6;
+/// No more workers live at once than this; further requests wait. Five may read documents, as many
+/// wait for photographs, and one serves the host itself.
+constexpr std::size_t mostReaderWorkers = 11;
 
 } // namespace searchsystem

@@ -1,6 +1,7 @@
 #include "platform/content/ContentService.h"
 
 #include "platform/content/DocumentReading.h"
+#include "platform/content/OpenedPhotograph.h"
 #include "platform/content/ReaderConnection.h"
 #include "platform/content/TextComparison.h"
 #include "platform/content/WorkerSlots.h"
@@ -10,8 +11,11 @@
 #include "platform/foundation/NeverDestroyed.h"
 #include "platform/foundation/TryTwice.h"
 
+#include <algorithm>
 #include <cassert>
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace searchsystem {
 
@@ -30,6 +34,10 @@ WorkerSlots &workerSlots() noexcept {
   static NeverDestroyed<WorkerSlots> slots;
   return slots.get();
 }
+
+struct ReleaseOfPlace {
+  ~ReleaseOfPlace() { workerSlots().release(); }
+};
 
 } // namespace
 
@@ -60,14 +68,82 @@ ContentAnswer ContentService::read(const NSString &path, const NSString &keyword
     return {false, UnreadReason::noReader};
   if (!workerSlots().acquire(cancellation_.flag()))
     return {};
-  struct Place {
-    ~Place() { workerSlots().release(); }
-  } const place;
+  const ReleaseOfPlace place;
   FileItem item(path);
   const FileDescriptor document = item.openRegularFile();
   if (!document)
     return {false, UnreadReason::cannotBeOpened};
   return DocumentReading(cancellation_, comparison).read(document.number());
+}
+
+void ContentService::readPhotographs(std::span<const NSString *const> paths,
+                                     const PhotographQuestion &question,
+                                     const PhotographReading::Taker &take) noexcept {
+  std::size_t taken = 0;
+  const auto finish = [&](std::size_t place, const PhotographContent &content) {
+    ++taken;
+    const bool isAnswered = (question.keyword == nullptr || content.holds) &&
+                            (!question.wantsDate || content.date.has_value());
+    if (!isAnswered && content.reason != UnreadReason::none && !cancellation_.isCancelled())
+      noteUnread(*paths[place], content.reason);
+    take(place, content);
+  };
+  const auto finishAll = [&](UnreadReason reason) {
+    PhotographContent content;
+    content.reason = reason;
+    while (taken < paths.size())
+      finish(taken, content);
+  };
+  try {
+    std::optional<TextComparison> comparison;
+    if (question.keyword != nullptr)
+      comparison.emplace(question.keyword->view(), question.isDistinct);
+    const bool hasKeyword = comparison && !comparison->isEmpty();
+    if (!hasKeyword && !question.wantsDate)
+      finishAll(UnreadReason::none);
+    else
+      readPhotographs(paths, hasKeyword ? &*comparison : nullptr, finish);
+  } catch (...) {
+    finishAll(UnreadReason::tooLarge);
+  }
+}
+
+void ContentService::readPhotographs(std::span<const NSString *const> paths,
+                                     TextComparison *comparison,
+                                     const PhotographReading::Taker &take) {
+  std::size_t next = 0;
+  const auto giveUpNext = [&](UnreadReason reason) {
+    PhotographContent content;
+    content.reason = reason;
+    take(next++, content);
+  };
+  const bool isOnMainThread = MainRunLoop::shared().isMainThread();
+  if (isOnMainThread || !workerSlots().acquire(cancellation_.flag())) {
+    while (next < paths.size())
+      giveUpNext(isOnMainThread ? UnreadReason::noReader : UnreadReason::none);
+    return;
+  }
+  const ReleaseOfPlace place;
+  PhotographReading reading(photographWorkers_, comparison);
+  std::vector<OpenPhotograph> files;
+  while (next < paths.size()) {
+    files.clear();
+    while (files.size() < std::min(paths.size() - next, PhotographBatch::mostPhotographs)) {
+      OpenPhotograph file = openedPhotograph(*paths[next + files.size()]);
+      if (!file.photograph)
+        break;
+      files.push_back(std::move(file));
+    }
+    if (files.empty()) {
+      giveUpNext(UnreadReason::cannotBeOpened);
+      continue;
+    }
+    // Where descriptors are few, the next may be opened once these are closed.
+    reading.read(files, [&, first = next](std::size_t number, const PhotographContent &content) {
+      take(first + number, content);
+    });
+    next += files.size();
+  }
 }
 
 void ContentService::noteUnread(const NSString &path, UnreadReason reason) noexcept {

@@ -3,16 +3,19 @@
 #include "platform/content/Cancellation.h"
 #include "platform/content/ContentAnswer.h"
 #include "platform/content/ContentSettings.h"
+#include "platform/content/PhotographReading.h"
+#include "platform/content/PhotographWorkers.h"
 #include "platform/foundation/NSLock.h"
 #include "platform/foundation/NSString.h"
 
+#include <span>
 #include <string>
 #include <unordered_map>
 
 namespace searchsystem {
 
 /// The deep reading of one search. It says which kinds of files the search looks at, has documents
-/// read by the reader program, and collects which could not be read.
+/// and photographs read by the reader program, and collects which could not be read.
 ///
 /// Ownership: one per search, made and destroyed on the main thread, after the last call of a
 /// worker has returned. Threads: as said.
@@ -33,6 +36,12 @@ public:
   [[nodiscard]] ContentAnswer documentHolds(const NSString &path, const NSString &keyword,
                                             bool isDistinct) noexcept;
 
+  /// Has photographs read one after another, and hands on what is known of each, in their order, to
+  /// `take`, which does not throw. A keyword is found in the text of a single field, by the rules
+  /// of `TextComparison`. Otherwise as `documentHolds`.
+  void readPhotographs(std::span<const NSString *const> paths, const PhotographQuestion &question,
+                       const PhotographReading::Taker &take) noexcept;
+
   /// Ends what is being read, and has nothing read any more. Main thread.
   void cancel() noexcept;
 
@@ -42,12 +51,15 @@ public:
 
 private:
   [[nodiscard]] ContentAnswer read(const NSString &path, const NSString &keyword, bool isDistinct);
+  void readPhotographs(std::span<const NSString *const> paths, TextComparison *comparison,
+                       const PhotographReading::Taker &take);
   void noteUnread(const NSString &path, UnreadReason reason) noexcept;
 
   const FileKinds kinds_;
   const PFContentUnreadCallback unreadCallback_;
   void *const unreadContext_;
   Cancellation cancellation_;
+  PhotographWorkers photographWorkers_{cancellation_};
   NSLock lock_;
   std::unordered_map<std::string, UnreadReason> unread_ PF_GUARDED_BY(lock_);
 };

@@ -2,14 +2,10 @@
 
 #include "platform/content/Cancellation.h"
 #include "platform/content/ContentAnswer.h"
-#include "platform/content/ReaderAnswer.h"
-#include "platform/content/ReaderConnection.h"
 #include "platform/content/TextComparison.h"
 
-#include <chrono>
-#include <cstddef>
-#include <memory>
-#include <string_view>
+#include <cstdint>
+#include <optional>
 
 namespace searchsystem {
 
@@ -26,23 +22,12 @@ public:
   [[nodiscard]] ContentAnswer read(int document);
 
 private:
-  using Clock = std::chrono::steady_clock;
-  enum class Progress { GoesOn, Ended, Lost };
-
-  [[nodiscard]] Progress readOnce(int document);
-  [[nodiscard]] Progress receive(int socket, ReaderAnswer &records);
-  [[nodiscard]] Progress wait(int socket);
-  Progress endWith(ContentAnswer answer) noexcept;
+  /// None when worker and program were lost.
+  [[nodiscard]] std::optional<ContentAnswer> readOnce(int document);
 
   Cancellation &cancellation_;
   TextComparison &comparison_;
-  ContentAnswer answer_;
-  ReaderLimits limits_;
   std::uint64_t start_ = 0;
-  Clock::time_point deadline_;
-  Clock::time_point firstAnswerDeadline_;
-  bool hasAnswered_ = false;
-  std::unique_ptr<char[]> room_;
 };
 
 } // namespace searchsystem

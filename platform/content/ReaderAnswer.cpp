@@ -26,6 +26,8 @@ std::optional<ContentAnswer> ReaderAnswer::take(std::string_view record) {
         content.front() > static_cast<char>(UnreadReason::noReader))
       return lie;
     return ContentAnswer{false, static_cast<UnreadReason>(content.front())};
+  case ReaderRecord::photograph:
+    break;
   }
   return lie;
 }

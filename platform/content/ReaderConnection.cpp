@@ -1,12 +1,11 @@
 #include "platform/content/ReaderConnection.h"
 
 #include "platform/content/ReaderProcess.h"
+#include "platform/content/SendDescriptors.h"
 #include "platform/foundation/NeverDestroyed.h"
 #include "platform/foundation/TryTwice.h"
 
 #include <cassert>
-#include <cerrno>
-#include <cstring>
 #include <sys/socket.h>
 #include <utility>
 
@@ -16,28 +15,6 @@ namespace {
 
 constexpr std::chrono::seconds timeBetweenAttempts{10};
 
-/// Hands the program a socket for its answer, and the document.
-bool sendRequest(int socket, ReaderRequest request, int answer, int document) noexcept {
-  iovec content{&request, sizeof request};
-  const int descriptors[] = {answer, document};
-  alignas(cmsghdr) char control[CMSG_SPACE(sizeof descriptors)] = {};
-  msghdr message{};
-  message.msg_iov = &content;
-  message.msg_iovlen = 1;
-  message.msg_control = control;
-  message.msg_controllen = sizeof control;
-  cmsghdr *const part = CMSG_FIRSTHDR(&message);
-  part->cmsg_level = SOL_SOCKET;
-  part->cmsg_type = SCM_RIGHTS;
-  part->cmsg_len = CMSG_LEN(sizeof descriptors);
-  std::memcpy(CMSG_DATA(part), descriptors, sizeof descriptors);
-  ssize_t sent = 0;
-  do
-    sent = sendmsg(socket, &message, MSG_NOSIGNAL | MSG_DONTWAIT);
-  while (sent < 0 && errno == EINTR);
-  return sent == sizeof request;
-}
-
 } // namespace
 
 ReaderConnection &ReaderConnection::shared() noexcept {
@@ -45,7 +22,8 @@ ReaderConnection &ReaderConnection::shared() noexcept {
   return connection.get();
 }
 
-std::optional<ReaderConnection::Lent> ReaderConnection::lend(int document) noexcept {
+std::optional<ReaderConnection::Lent> ReaderConnection::ask(ReaderTask task,
+                                                            int document) noexcept {
   int ends[2] = {-1, -1};
   if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
     return std::nullopt;
@@ -57,8 +35,11 @@ std::optional<ReaderConnection::Lent> ReaderConnection::lend(int document) noexc
   for (int i = 0; i < mostStarts; ++i) {
     if (!socket_ && !start())
       return std::nullopt;
-    const ReaderRequest request{.limits = limits_, .wantsSignOfLife = !hasAnswered_};
-    if (sendRequest(socket_.number(), request, theirs.number(), document))
+    const ReaderRequest request{
+        .limits = limits_, .wantsSignOfLife = hasAnswered_ ? 0U : 1U, .task = task};
+    const int descriptors[] = {theirs.number(), document};
+    if (sendDescriptors(socket_.number(), &request, sizeof request,
+                        {descriptors, document == noDocument ? 1U : 2U}))
       return Lent{std::move(ours), start_};
     drop();
   }

@@ -21,7 +21,7 @@ class ReaderConnection {
 public:
   [[nodiscard]] static ReaderConnection &shared() noexcept;
 
-  /// Where the answer about one document comes from.
+  /// Where the answers of one worker come from.
   struct Lent {
     FileDescriptor answer;
     /// Which start of the program has been asked.
@@ -29,7 +29,13 @@ public:
   };
 
   /// Asks for the text of an open file; none when there is no reader program.
-  [[nodiscard]] std::optional<Lent> lend(int document) noexcept;
+  [[nodiscard]] std::optional<Lent> lend(int document) noexcept {
+    return ask(ReaderTask::document, document);
+  }
+  /// Asks for a worker that reads photographs; none when there is no reader program.
+  [[nodiscard]] std::optional<Lent> startPhotographWorker() noexcept {
+    return ask(ReaderTask::photographs, noDocument);
+  }
 
   /// The program has answered something.
   void noteAnswer(std::uint64_t start) noexcept;
@@ -63,6 +69,9 @@ private:
   friend class NeverDestroyed<ReaderConnection>;
   ReaderConnection() noexcept = default;
 
+  static constexpr int noDocument = -1;
+
+  [[nodiscard]] std::optional<Lent> ask(ReaderTask task, int document) noexcept;
   [[nodiscard]] bool start() noexcept PF_REQUIRES(lock_);
   void drop() noexcept PF_REQUIRES(lock_);
   void closeIfUnused() noexcept;

@@ -1,25 +1,11 @@
 #include "readers/process/AnswerSink.h"
 
-#include "readers/process/Seal.h"
+#include "readers/process/SendRecord.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <sys/socket.h>
 
 namespace searchsystem {
-
-namespace {
-
-bool sendRecord(const char *record, std::size_t size) noexcept {
-  ssize_t sent = 0;
-  do
-    sent = send(answerDescriptor, record, size, MSG_NOSIGNAL);
-  while (sent < 0 && errno == EINTR);
-  return sent == static_cast<ssize_t>(size);
-}
-
-} // namespace
 
 bool AnswerSink::take(std::string_view utf8) {
   if (utf8.size() > longestText_ - taken_) {
@@ -50,7 +36,7 @@ void AnswerSink::end(UnreadReason reason) noexcept {
     return;
   const char record[] = {static_cast<char>(ReaderRecord::end),
                          static_cast<char>(isTooLong_ ? UnreadReason::tooLarge : reason)};
-  sendRecord(record, sizeof record);
+  static_cast<void>(sendRecord(record, sizeof record));
 }
 
 } // namespace searchsystem

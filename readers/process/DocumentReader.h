@@ -3,10 +3,11 @@
 #include "readers/ByteSource.h"
 #include "readers/ReadResult.h"
 #include "readers/documents/TextSink.h"
+#include "readers/photographs/PhotographSink.h"
 
 namespace searchsystem {
 
-/// What a reader program does with a document.
+/// What a reader program does with documents and photographs. Their bytes are hostile.
 class DocumentReader {
 public:
   DocumentReader() = default;
@@ -19,8 +20,13 @@ public:
 
   /// Gives the text of `document`, as `ReaderRecord::text` wants it, to `sink`. Called once in a
   /// sealed process: nothing can be opened, and a call to the system that is not allowed ends the
-  /// process. What throws `std::bad_alloc` counts as too large. Bytes are hostile.
+  /// process. What throws `std::bad_alloc` counts as too large.
   virtual UnreadReason read(ByteSource &document, TextSink &sink) = 0;
+
+  /// Gives the fields of a photograph to `sink`. `sidecar`, a file beside it, may be null. Called
+  /// for one photograph after another in a sealed process.
+  virtual UnreadReason readPhotograph(ByteSource &photograph, ByteSource *sidecar,
+                                      PhotographSink &sink) = 0;
 };
 
 } // namespace searchsystem

@@ -40,7 +40,9 @@ ReceivedRequest::Result ReceivedRequest::receive(int requests) noexcept {
   }
   if (size == 0 && socket_ < 0)
     return Result::Ended;
-  const bool isKnown = size == sizeof request_ && document_ >= 0 &&
+  const bool wantsDocument = request_.task == ReaderTask::document;
+  const bool isKnown = size == sizeof request_ && request_.task <= ReaderTask::photographs &&
+                       socket_ >= 0 && wantsDocument == (document_ >= 0) &&
                        (message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) == 0 &&
                        request_.mark == requestMark && request_.version == readerVersion;
   return isKnown ? Result::Known : Result::Unknown;

@@ -42,7 +42,13 @@ bool allowSanitizer(const Filter &filter) noexcept {
          allow(filter, SCMP_SYS(gettid)) && allow(filter, SCMP_SYS(sigaltstack));
 }
 
-Filter makeFilter() noexcept {
+/// Files come over the socket, and are closed once they are read.
+bool allowReceiving(const Filter &filter) noexcept {
+  return allow(filter, SCMP_SYS(recvmsg), SCMP_A0(SCMP_CMP_EQ, answerDescriptor, 0)) &&
+         allow(filter, SCMP_SYS(close));
+}
+
+Filter makeFilter(ReaderTask task) noexcept {
   Filter filter(seccomp_init(SCMP_ACT_KILL_PROCESS));
   if (filter == nullptr || !allowMemory(filter))
     return nullptr;
@@ -51,6 +57,7 @@ Filter makeFilter() noexcept {
                        allow(filter, SCMP_SYS(exit_group)) && allow(filter, SCMP_SYS(futex)) &&
                        allow(filter, SCMP_SYS(clock_gettime)) &&
                        allow(filter, SCMP_SYS(restart_syscall)) &&
+                       (task == ReaderTask::document || allowReceiving(filter)) &&
                        (!isSanitized || allowSanitizer(filter));
   return isWhole ? std::move(filter) : nullptr;
 }
@@ -78,24 +85,28 @@ bool limit(__rlimit_resource resource, rlim_t most, rlim_t utmost) noexcept {
 
 } // namespace
 
-std::optional<Seal> Seal::prepare() {
+std::optional<Seal> Seal::prepare(ReaderTask task) {
   const std::uint32_t action = SECCOMP_RET_KILL_PROCESS;
   if (syscall(SYS_seccomp, SECCOMP_GET_ACTION_AVAIL, 0, &action) != 0)
     return std::nullopt;
-  const Filter filter = makeFilter();
+  const Filter filter = makeFilter(task);
   if (filter == nullptr)
     return std::nullopt;
   std::vector<sock_filter> program = compiled(filter);
   if (program.empty() || program.size() > BPF_MAXINSNS)
     return std::nullopt;
-  return Seal(std::move(program));
+  return Seal(task, std::move(program));
 }
 
 bool Seal::apply(const ReaderLimits &limits) const noexcept {
-  // Descriptors that are open stay so: no further one can be had.
+  // Descriptors that are open stay so: no further one can be had, but what is lent.
+  const rlim_t descriptors = task_ == ReaderTask::document
+                                 ? 0
+                                 : answerDescriptor + 1 + 2 * PhotographBatch::mostPhotographs;
   const bool isLimited = limit(RLIMIT_CPU, limits.processorSeconds, limits.processorSeconds + 1) &&
-                         limit(RLIMIT_NOFILE, 0, 0) && limit(RLIMIT_NPROC, 0, 0) &&
-                         limit(RLIMIT_FSIZE, 0, 0) && limit(RLIMIT_CORE, 0, 0) &&
+                         limit(RLIMIT_NOFILE, descriptors, descriptors) &&
+                         limit(RLIMIT_NPROC, 0, 0) && limit(RLIMIT_FSIZE, 0, 0) &&
+                         limit(RLIMIT_CORE, 0, 0) &&
                          (isSanitized || limit(RLIMIT_AS, limits.memory, limits.memory));
   if (!isLimited || prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0)
     return false;

@@ -91,7 +91,8 @@ private:
   static void report(Worker &worker) noexcept;
 
   DocumentReader &reader_;
-  const std::optional<Seal> seal_;
+  const std::optional<Seal> documentSeal_ = Seal::prepare(ReaderTask::document);
+  const std::optional<Seal> photographSeal_ = Seal::prepare(ReaderTask::photographs);
   const pid_t process_ = getpid();
   int firstForeignDescriptor_ = INT_MAX;
   sigset_t signalsWhileWaiting_{};
@@ -101,9 +102,9 @@ private:
   Clock::time_point lastWork_ = Clock::now();
 };
 
-Starter::Starter(DocumentReader &reader) : reader_(reader), seal_(Seal::prepare()) {
-  workers_.reserve(mostWorkers);
-  polled_.reserve(2 + mostWorkers);
+Starter::Starter(DocumentReader &reader) : reader_(reader) {
+  workers_.reserve(mostReaderWorkers);
+  polled_.reserve(2 + mostReaderWorkers);
   sigset_t childEnds;
   sigemptyset(&childEnds);
   sigaddset(&childEnds, SIGCHLD);
@@ -142,7 +143,7 @@ timespec Starter::timeToWait() const noexcept {
 
 void Starter::collectDescriptors() {
   // Who has answered may still be on its way out: the next request waits for it.
-  const short requests = workers_.size() < mostWorkers ? POLLIN : 0;
+  const short requests = workers_.size() < mostReaderWorkers ? POLLIN : 0;
   polled_.assign({{requestSocketDescriptor, requests, 0}, {servedProcessDescriptor, POLLIN, 0}});
   // Of a worker that lives, only the end of interest in it matters; the end of one that is gone
   // waits for room.
@@ -193,7 +194,7 @@ bool Starter::receive() {
   case ReceivedRequest::Result::Known:
     break;
   }
-  if (seal_)
+  if (documentSeal_ && photographSeal_)
     lend(received);
   else
     refuse(received);
@@ -211,17 +212,21 @@ void Starter::lend(ReceivedRequest &received) {
   lastWork_ = Clock::now();
   if (received.request().wantsSignOfLife != 0)
     sendRecord(received.socket(), ReaderRecord::alive, UnreadReason::none);
+  const bool readsDocument = received.request().task == ReaderTask::document;
   const pid_t process = fork();
   if (process == 0) {
     sigprocmask(SIG_SETMASK, &signalsWhileWaiting_, nullptr);
-    work({reader_, *seal_, limits, received.socket(), received.document(), firstForeignDescriptor_,
-          process_});
+    work({reader_, readsDocument ? *documentSeal_ : *photographSeal_, limits, received.socket(),
+          received.document(), firstForeignDescriptor_, process_});
   }
   if (process < 0)
     refuse(received);
   else
-    workers_.push_back({process, received.takeSocket(),
-                        lastWork_ + milliseconds(limits.milliseconds), limits.memory});
+    workers_.push_back(
+        {process, received.takeSocket(),
+         // Over photographs the host watches.
+         readsDocument ? lastWork_ + milliseconds(limits.milliseconds) : Clock::time_point::max(),
+         limits.memory});
 }
 
 void Starter::reapWorkers() noexcept {

@@ -1,6 +1,8 @@
 #include "readers/process/Worker.h"
 
 #include "readers/process/AnswerSink.h"
+#include "readers/process/PhotographAnswer.h"
+#include "readers/process/ReceivedPhotographs.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -18,8 +20,11 @@ bool closeFrom(int first, int last) noexcept {
          0;
 }
 
-/// Leaves the socket, the document and what the program keeps open for all.
+/// Leaves the socket, and with a document that and what the program keeps open for all.
 bool keepOnlyOwnDescriptors(const WorkerParts &parts) noexcept {
+  if (parts.document < 0)
+    return dup2(parts.socket, answerDescriptor) >= 0 && closeFrom(answerDescriptor + 1, ~0) &&
+           closeFrom(0, answerDescriptor - 1);
   // Both numbers lie above those that they are given.
   return dup2(parts.socket, answerDescriptor) >= 0 &&
          dup2(parts.document, documentDescriptor) >= 0 &&
@@ -31,13 +36,49 @@ bool dieWith(pid_t starter) noexcept {
   return prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && getppid() == starter;
 }
 
-UnreadReason readDocument(DocumentReader &reader, TextSink &sink, ByteSource &document) noexcept {
+template <class Read> UnreadReason reasonOf(Read read) noexcept {
   try {
-    return reader.read(document, sink);
+    return read();
   } catch (const std::bad_alloc &) {
     return UnreadReason::tooLarge;
   } catch (...) {
     return UnreadReason::readerCrashed;
+  }
+}
+
+void readDocument(const WorkerParts &parts) noexcept {
+  AnswerSink answer(parts.limits.text);
+  FileSource document(documentDescriptor);
+  UnreadReason reason = UnreadReason::noReader;
+  if (dieWith(parts.starter) && parts.seal.apply(parts.limits))
+    reason = reasonOf([&] { return parts.reader.read(document, answer); });
+  answer.end(reason);
+}
+
+UnreadReason readNext(DocumentReader &reader, ReceivedPhotographs &photographs,
+                      PhotographAnswer &answer) noexcept {
+  const ReceivedPhotographs::Next lent = photographs.next();
+  FileSource file(lent.photograph.descriptor, lent.photograph.size);
+  FileSource sidecar(lent.sidecar.descriptor, lent.sidecar.size);
+  return reasonOf([&] {
+    return reader.readPhotograph(file, lent.sidecar.descriptor >= 0 ? &sidecar : nullptr, answer);
+  });
+}
+
+/// Until the host has no more, or nobody listens.
+void readPhotographs(const WorkerParts &parts) {
+  PhotographAnswer answer;
+  if (!dieWith(parts.starter) || !parts.seal.apply(parts.limits)) {
+    AnswerSink(0).end(UnreadReason::noReader);
+    return;
+  }
+  while (true) {
+    ReceivedPhotographs photographs;
+    if (!photographs.receive(answerDescriptor))
+      return;
+    for (std::size_t i = 0; i < photographs.count(); ++i)
+      if (!answer.end(readNext(parts.reader, photographs, answer)))
+        return;
   }
 }
 
@@ -46,12 +87,10 @@ UnreadReason readDocument(DocumentReader &reader, TextSink &sink, ByteSource &do
 void work(const WorkerParts &parts) noexcept {
   if (!keepOnlyOwnDescriptors(parts))
     _exit(1);
-  AnswerSink answer(parts.limits.text);
-  FileSource document(documentDescriptor);
-  if (dieWith(parts.starter) && parts.seal.apply(parts.limits))
-    answer.end(readDocument(parts.reader, answer, document));
+  if (parts.document >= 0)
+    readDocument(parts);
   else
-    answer.end(UnreadReason::noReader);
+    readPhotographs(parts);
   // Directly: a sanitizer looks for leaks in _exit.
   while (true)
     syscall(SYS_exit_group, 0);

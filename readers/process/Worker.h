@@ -8,7 +8,7 @@
 
 namespace searchsystem {
 
-/// What a worker is made of.
+/// What a worker is made of. `document` is -1 for photographs.
 struct WorkerParts {
   DocumentReader &reader;
   const Seal &seal;
@@ -20,7 +20,8 @@ struct WorkerParts {
   pid_t starter;
 };
 
-/// The life of a worker: gives up all but what it needs, reads the document, answers, ends.
+/// The life of a worker: gives up all but what it needs, reads the document, or one photograph
+/// after another, answers, ends.
 [[noreturn]] void work(const WorkerParts &parts) noexcept;
 
 } // namespace searchsystem

@@ -1,7 +1,8 @@
-// searchsystem-reader: reads documents for a process that searches. It is started by the library
-// only; see readers/ReaderProtocol.h.
+// searchsystem-reader: reads documents and photographs for a process that searches. It is started
+// by the library only; see readers/ReaderProtocol.h.
 
 #include "readers/documents/DocumentText.h"
+#include "readers/photographs/PhotographFields.h"
 #include "readers/process/Starter.h"
 #include "readers/program/CharacterMapFiles.h"
 
@@ -9,12 +10,17 @@ namespace searchsystem {
 
 namespace {
 
-class PDFReader final : public DocumentReader {
+class Reader final : public DocumentReader {
 public:
   void prepare() override { maps_.open(); }
 
   UnreadReason read(ByteSource &document, TextSink &sink) override {
     return readDocumentText(document, maps_, sink);
+  }
+
+  UnreadReason readPhotograph(ByteSource &photograph, ByteSource *sidecar,
+                              PhotographSink &sink) override {
+    return searchsystem::readPhotograph(photograph, sidecar, sink);
   }
 
 private:
@@ -26,6 +32,6 @@ private:
 } // namespace searchsystem
 
 int main() {
-  searchsystem::PDFReader reader;
+  searchsystem::Reader reader;
   searchsystem::serve(reader);
 }

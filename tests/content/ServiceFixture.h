@@ -60,6 +60,29 @@ protected:
     return answer;
   }
 
+  /// Photographs, on a thread of their own.
+  std::vector<PhotographContent> askPhotographs(ContentService &service,
+                                                const std::vector<std::string> &paths,
+                                                std::string_view keyword = "x",
+                                                bool wantsDate = false) {
+    std::vector<PhotographContent> found;
+    onThread([&] {
+      std::vector<Ref<const NSString>> strings;
+      std::vector<const NSString *> pointers;
+      for (const std::string &path : paths)
+        pointers.push_back(strings.emplace_back(string(path)).get());
+      const Ref<const NSString> text = string(keyword);
+      service.readPhotographs(pointers, {.keyword = text.get(), .wantsDate = wantsDate},
+                              [&](std::size_t place, const PhotographContent &content) {
+                                EXPECT_EQ(place, found.size());
+                                found.push_back(content);
+                              });
+    });
+    EXPECT_EQ(found.size(), paths.size());
+    found.resize(paths.size());
+    return found;
+  }
+
   ContentAnswer ask(std::string_view content, std::string_view keyword = "x",
                     bool isDistinct = false) {
     ContentService service;

@@ -11,6 +11,8 @@ struct BehaviourCase {
   const char *name;
   const char *content;
   UnreadReason reason;
+  /// What it means for photographs, if something else.
+  UnreadReason photographReason = reason;
 
   friend void PrintTo(const BehaviourCase &row, std::ostream *out) { *out << row.name; }
 };
@@ -23,6 +25,21 @@ TEST_P(BehaviourTest, EndsWithItsReason) {
   EXPECT_EQ(static_cast<int>(answer.reason), static_cast<int>(GetParam().reason));
   // And the next one is read as usual.
   EXPECT_TRUE(ask("text\nWhat follows", "FOLLOWS").holds);
+}
+
+/// Only the photograph at hand is blamed.
+TEST_P(BehaviourTest, EndsOnePhotograph) {
+  std::vector<std::string> paths;
+  for (int i = 0; i < 19; ++i)
+    paths.push_back(tree_.file(std::to_string(i), i % 8 == 1 ? GetParam().content : "text\nx"));
+  ContentService service;
+  const std::vector<PhotographContent> found = askPhotographs(service, paths);
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    const bool isGood = i % 8 != 1;
+    const UnreadReason reason = isGood ? UnreadReason::none : GetParam().photographReason;
+    EXPECT_EQ(found[i].holds, isGood) << i;
+    EXPECT_EQ(static_cast<int>(found[i].reason), static_cast<int>(reason)) << i;
+  }
 }
 
 constexpr auto crashed = UnreadReason::readerCrashed;
@@ -54,7 +71,19 @@ constexpr BehaviourCase behaviourCases[] = {
     {"HugeRecord", "huge record", crashed},
     {"UnknownReason", "unknown reason", crashed},
     {"EndWithoutReason", "end without reason", crashed},
-    {"EndlessText", "endless text", UnreadReason::tooLarge},
+    {"EndlessText", "endless text", UnreadReason::tooLarge, crashed},
+    {"NoParts", "no parts", crashed},
+    {"CutPart", "cut part", crashed},
+    {"LongPart", "long part", crashed},
+    {"HugePart", "huge part", crashed},
+    {"UnknownPart", "unknown part", crashed},
+    {"TextWithoutName", "text without name", crashed},
+    {"PartsBehindTheEnd", "parts behind the end", crashed},
+    {"TwoEnds", "two ends", crashed},
+    {"EndOfUnknownReason", "end of unknown reason", crashed},
+    {"LongCamera", "long camera", crashed},
+    {"WorkersEndWithoutReason", "worker's end without reason", UnreadReason::none, crashed},
+    {"EndlessFields", "endless fields", crashed, UnreadReason::tooLarge},
 };
 
 INSTANTIATE_TEST_SUITE_P(Behaviours, BehaviourTest, testing::ValuesIn(behaviourCases),
@@ -73,6 +102,38 @@ TEST_F(ServiceTest, TheMainThreadHasNothingRead) {
   const std::string path = tree_.file("document", "text\nA word");
   EXPECT_EQ(service.documentHolds(*string(path), *string("word"), false).reason,
             UnreadReason::noReader);
+  const auto keyword = string("word"), photograph = string(path);
+  const NSString *const paths[] = {photograph.get()};
+  UnreadReason reason{};
+  service.readPhotographs(
+      paths, {.keyword = keyword.get()},
+      [&](std::size_t, const PhotographContent &content) { reason = content.reason; });
+  EXPECT_EQ(reason, UnreadReason::noReader);
+}
+
+TEST_F(ServiceTest, WhatIsAskedAboutPhotographs) {
+  ContentService service;
+  tree_.file("a.jpg", "sidecar");
+  tree_.file("b.jpg", "sidecar");
+  tree_.file("b.xmp", "\nbeside it");
+  tree_.file("c.jpg", "sidecar");
+  tree_.file("c.xmp", "\nnot this");
+  tree_.file("c.jpg.xmp", "\nbeside it");
+  tree_.file("d.jpg", "date\n6");
+  tree_.file("e.jpg", "date\n31");
+  tree_.file("f.jpg", "date\n32");
+  std::vector<std::string> paths;
+  for (const char c : {'a', 'b', 'c', 'd', 'e', 'f', 'g'})
+    paths.push_back(tree_.path(std::string(1, c) + ".jpg"));
+  const auto found = askPhotographs(service, paths, "BESIDE it", true);
+  std::string shown;
+  for (const PhotographContent &content : found)
+    shown += (content.holds  ? "holds "
+              : content.date ? "date "
+                             : "nothing ") +
+             std::to_string(static_cast<int>(content.reason)) + ", ";
+  EXPECT_EQ(shown, "nothing 0, holds 0, holds 0, date 0, date 0, nothing 0, nothing 7, ");
+  EXPECT_EQ(*found[4].date - *found[3].date, 25 * 86400);
 }
 
 TEST_F(ServiceTest, OnlyRegularFilesAreOpened) {

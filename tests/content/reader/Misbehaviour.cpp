@@ -1,5 +1,5 @@
-// A reader program for the tests. The first line of a document says what its worker does; the rest
-// is what it does it with.
+// A reader program for the tests. The first line of a document or photograph says what its worker
+// does; the rest is what it does it with.
 
 #include "readers/ReaderProtocol.h"
 #include "readers/process/Seal.h"
@@ -26,6 +26,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -40,6 +41,21 @@ void sendRecord(std::string_view record) {
 std::string record(ReaderRecord kind, std::string_view content) {
   return std::string(1, static_cast<char>(kind)).append(content);
 }
+
+/// A part of a photograph's answer that says that it has `length` bytes.
+std::string part(PhotographPart kind, std::string_view content, std::uint32_t length) {
+  std::string bytes(1, static_cast<char>(kind));
+  bytes.append(reinterpret_cast<const char *>(&length), sizeof length);
+  return bytes.append(content);
+}
+
+std::string part(PhotographPart kind, std::string_view content) {
+  return part(kind, content, static_cast<std::uint32_t>(content.size()));
+}
+
+void sendParts(const std::string &parts) { sendRecord(record(ReaderRecord::photograph, parts)); }
+
+const std::string endPart = part(PhotographPart::end, std::string(1, '\0'));
 
 std::atomic<int> word{0};
 
@@ -129,6 +145,24 @@ const std::map<std::string, std::function<void()>, std::less<>> behaviours{
        while (true)
          sendRecord(record(ReaderRecord::text, std::string(longestPiece, 'x')));
      }},
+    {"no parts", [] { sendParts(""); }},
+    {"cut part", [] { sendParts(part(PhotographPart::name, "a").substr(0, 4)); }},
+    {"long part", [] { sendParts(part(PhotographPart::name, "a", 2)); }},
+    {"huge part", [] { sendParts(part(PhotographPart::name, "a", UINT32_MAX)); }},
+    {"unknown part", [] { sendParts(part(PhotographPart(7), "a")); }},
+    {"text without name", [] { sendParts(part(PhotographPart::text, "a")); }},
+    {"parts behind the end", [] { sendParts(endPart + part(PhotographPart::name, "a")); }},
+    {"two ends", [] { sendParts(endPart + endPart); }},
+    {"end of unknown reason", [] { sendParts(part(PhotographPart::end, "\x7F")); }},
+    {"long camera", [] { sendParts(part(PhotographPart::maker, std::string(256, 'a'))); }},
+    {"worker's end without reason",
+     [] { sendRecord(record(ReaderRecord::end, std::string(1, '\0'))); }},
+    {"endless fields",
+     [] {
+       while (true)
+         sendParts(part(PhotographPart::name, "a") +
+                   part(PhotographPart::text, std::string(longestPiece / 2, 'y')));
+     }},
     {"slow text",
      [] {
        while (true) {
@@ -183,11 +217,7 @@ public:
   void prepare() override { surroundings_ = surroundings(); }
 
   UnreadReason read(ByteSource &document, TextSink &sink) override {
-    std::string bytes(document.size(), '\0');
-    bytes.resize(document.read(0, bytes.data(), bytes.size()));
-    const std::size_t line = std::min(bytes.find('\n'), bytes.size());
-    const std::string command = bytes.substr(0, line);
-    bytes.erase(0, line + 1);
+    const auto [command, bytes] = scriptIn(document);
     if (command == "look")
       sink.take(surroundings_ + " " + ownDescriptors());
     else if (command == "text")
@@ -199,7 +229,35 @@ public:
     return UnreadReason::none;
   }
 
+  UnreadReason readPhotograph(ByteSource &photograph, ByteSource *sidecar,
+                              PhotographSink &sink) override {
+    const auto [command, bytes] = scriptIn(photograph);
+    if (command == "look")
+      sink.takeField("Surroundings", ownDescriptors());
+    else if (command == "text")
+      sink.takeField("Text", bytes);
+    else if (command == "sidecar")
+      sink.takeField("Text", sidecar != nullptr ? scriptIn(*sidecar).second : "none");
+    else if (command == "date")
+      sink.takeDate({.year = 2004, .month = 5, .day = std::atoi(bytes.c_str())});
+    else if (command == "reason")
+      return static_cast<UnreadReason>(std::atoi(bytes.c_str()));
+    else if (const auto found = behaviours.find(command); found != behaviours.end())
+      found->second();
+    return UnreadReason::none;
+  }
+
 private:
+  /// Its first line, and the rest.
+  static std::pair<std::string, std::string> scriptIn(ByteSource &file) {
+    std::string bytes(file.size(), '\0');
+    bytes.resize(file.read(0, bytes.data(), bytes.size()));
+    const std::size_t line = std::min(bytes.find('\n'), bytes.size());
+    const std::string command = bytes.substr(0, line);
+    bytes.erase(0, line + 1);
+    return {command, bytes};
+  }
+
   std::string surroundings_;
 };
 
