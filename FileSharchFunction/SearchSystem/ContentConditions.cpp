@@ -31,44 +31,110 @@ bool ContentConditions::wantsExifKeyword() const noexcept {
   return search_._searchPredicate->searchExifText != 0 && hasKeyword();
 }
 
-bool ContentConditions::meetsAll(SearchItem &item, bool testsPDF, ContentAnswers &answers) const {
-  const auto exif = [&]() -> const ExifAnswers & {
-    if (!answers.exif)
-      answers.exif = readExif(item.file);
-    return *answers.exif;
-  };
-  const auto hasPDFText = [&] {
-    // The status before the file is read.
-    static_cast<void>(item.file.status());
-    if (!answers.hasPDFText)
-      answers.hasPDFText = hasTextInPDF(item);
-    return *answers.hasPDFText;
-  };
-  if (search_.isPDFSearch() != 0 && search_.isExifSearch() != 0) {
-    if (!exif().hasKeyword && !hasPDFText())
-      return false;
-  } else {
-    if (testsPDF && !hasPDFText())
-      return false;
-    if (wantsExifKeyword() && !exif().hasKeyword)
-      return false;
+bool ContentConditions::meets(SearchItem &item, ContentTest test, ContentAnswers &answers) const {
+  ContentVerdict verdict = judge(item, test, answers);
+  if (verdict == ContentVerdict::PhotographDecides) {
+    readPhotograph(item, answers);
+    verdict = judge(item, test, answers);
   }
-  if (search_.isTokenDateSearch() != 0 && !exif().hasDate)
-    return false;
+  return verdict == ContentVerdict::Meets;
+}
+
+ContentVerdict ContentConditions::judgeAll(SearchItem &item, bool testsPDF,
+                                           ContentAnswers &answers) const {
+  if (search_.isPDFSearch() != 0 && search_.isExifSearch() != 0) {
+    if (!tagsOf(item, answers).hasKeyword) {
+      const ContentVerdict verdict = verdictWithoutExif(item, answers);
+      if (verdict != ContentVerdict::Fails || !hasTextInPDF(item, answers))
+        return verdict;
+    }
+  } else {
+    if (testsPDF && !hasTextInPDF(item, answers))
+      return ContentVerdict::Fails;
+    if (wantsExifKeyword() && !tagsOf(item, answers).hasKeyword)
+      return verdictWithoutExif(item, answers);
+  }
+  if (search_.isTokenDateSearch() != 0 && !tagsOf(item, answers).hasDate)
+    return verdictWithoutExif(item, answers);
   answers.file = item.file.status();
-  return true;
+  return ContentVerdict::Meets;
 }
 
-bool ContentConditions::meetsAny(SearchItem &item) const {
-  if (search_.isPDFSearch() != 0 && hasTextInPDF(item))
-    return true;
+ContentVerdict ContentConditions::judgeAny(SearchItem &item, ContentAnswers &answers) const {
+  if (search_.isPDFSearch() != 0 && hasTextInPDF(item, answers))
+    return ContentVerdict::Meets;
   if (search_.isExifSearch() == 0 && search_.isTokenDateSearch() == 0)
-    return false;
-  const ExifAnswers exif = readExif(item.file);
-  return exif.hasKeyword || exif.hasDate;
+    return ContentVerdict::Fails;
+  const ExifAnswers &found = tagsOf(item, answers);
+  return found.hasKeyword || found.hasDate ? ContentVerdict::Meets
+                                           : verdictWithoutExif(item, answers);
 }
 
-ExifAnswers ContentConditions::readExif(FileItem &item) const {
+const ExifAnswers &ContentConditions::tagsOf(SearchItem &item, ContentAnswers &answers) const {
+  if (!answers.exif)
+    answers.exif = readTags(item.file);
+  return *answers.exif;
+}
+
+bool ContentConditions::hasTextInPDF(SearchItem &item, ContentAnswers &answers) const {
+  // The status before the file is read.
+  static_cast<void>(item.file.status());
+  if (!answers.hasPDFText)
+    answers.hasPDFText = hasTextInPDF(item);
+  return *answers.hasPDFText;
+}
+
+ContentVerdict ContentConditions::verdictWithoutExif(const SearchItem &item,
+                                                     const ContentAnswers &answers) const noexcept {
+  const bool mayBeRead = search_.contentService() != nullptr && !answers.isPhotographRead &&
+                         FileKinds::isPhotograph(extensionOfName(item.file.name()));
+  return mayBeRead ? ContentVerdict::PhotographDecides : ContentVerdict::Fails;
+}
+
+void ContentConditions::readPhotograph(SearchItem &item, ContentAnswers &answers) const {
+  const NSString *const path = item.path().get();
+  readPhotographs({&path, 1}, [&](std::size_t, ExifAnswers deep) { addDeep(answers, deep); });
+}
+
+void ContentConditions::readPhotographs(
+    std::span<const NSString *const> paths,
+    const std::function<void(std::size_t, ExifAnswers)> &take) const noexcept {
+  const SearchPredicate &record = *search_._searchPredicate;
+  PhotographQuestion question;
+  if (wantsExifKeyword())
+    question.keyword = record.contentKeyword;
+  question.isDistinct = record.isDistinct != 0;
+  question.wantsDate = search_.isTokenDateSearch() != 0;
+  search_.contentService()->readPhotographs(
+      paths, question, [&](std::size_t place, const PhotographContent &content) {
+        ExifAnswers found;
+        found.hasKeyword = content.holds;
+        found.hasDate =
+            question.wantsDate && content.date &&
+            EntryFilters::isInRange(*content.date, record.exifDateStart, record.exifDateEnd);
+        take(place, found);
+      });
+}
+
+void ContentConditions::addDeep(ContentAnswers &answers, ExifAnswers deep) noexcept {
+  answers.isPhotographRead = true;
+  if (answers.exif) {
+    answers.exif->hasKeyword |= deep.hasKeyword;
+    answers.exif->hasDate |= deep.hasDate;
+  }
+}
+
+ExifAnswers ContentConditions::readExif(SearchItem &item) const {
+  ContentAnswers answers;
+  const ExifAnswers &found = tagsOf(item, answers);
+  const bool isAnswered = (!wantsExifKeyword() || found.hasKeyword) &&
+                          (search_.isTokenDateSearch() == 0 || found.hasDate);
+  if (!isAnswered && verdictWithoutExif(item, answers) == ContentVerdict::PhotographDecides)
+    readPhotograph(item, answers);
+  return found;
+}
+
+ExifAnswers ContentConditions::readTags(FileItem &item) const {
   const Ref<ExifAnalysis> analysis = ExifAnalysis::startExifAnalysisAtPath(item, &search_._bCancel);
   if (!analysis)
     return {};

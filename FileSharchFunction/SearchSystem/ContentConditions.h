@@ -4,7 +4,10 @@
 #include "FileSharchFunction/SearchSystem/SearchItem.h"
 #include "platform/foundation/FileStatus.h"
 
+#include <cstddef>
+#include <functional>
 #include <optional>
+#include <span>
 
 namespace searchsystem {
 
@@ -20,6 +23,8 @@ struct ContentAnswers {
   /// The file as it was before it was tested.
   std::optional<FileStatus> file;
   std::optional<ExifAnswers> exif;
+  /// Whether they are the deep reader's, too.
+  bool isPhotographRead = false;
   std::optional<bool> hasPDFText;
 };
 
@@ -29,6 +34,9 @@ struct ContentTest {
   /// Where all must be met: whether a sole condition on PDF text counts.
   bool testsPDF = false;
 };
+
+/// What answers say about a file: they may leave the decision to a deep reading of a photograph.
+enum class ContentVerdict { Fails, Meets, PhotographDecides };
 
 /// A request's conditions on the content of files: a keyword in their EXIF text or PDF text, a
 /// range of shooting dates. In a deep search a condition also holds if the deep reader says so: it
@@ -42,20 +50,26 @@ public:
 
   [[nodiscard]] bool hasKeyword() const noexcept;
 
-  /// Throws `std::bad_alloc`.
-  [[nodiscard]] bool meets(SearchItem &item, ContentTest test, ContentAnswers &answers) const {
-    return test.mustMeetAll ? meetsAll(item, test.testsPDF, answers) : meetsAny(item);
+  /// Whether a file meets its conditions: all, or any. Throws `std::bad_alloc`.
+  [[nodiscard]] bool meets(SearchItem &item, ContentTest test, ContentAnswers &answers) const;
+
+  /// The same, but has no photograph read deep: `readPhotographs` does that for several at once,
+  /// and then this decides. Throws `std::bad_alloc`.
+  [[nodiscard]] ContentVerdict judge(SearchItem &item, ContentTest test,
+                                     ContentAnswers &answers) const {
+    return test.mustMeetAll ? judgeAll(item, test.testsPDF, answers) : judgeAny(item, answers);
   }
 
-  /// Whether a file meets all conditions. A sole condition on PDF text counts only if `testsPDF`.
-  /// Throws `std::bad_alloc`.
-  [[nodiscard]] bool meetsAll(SearchItem &item, bool testsPDF, ContentAnswers &answers) const;
+  /// Has photographs read deep. What is found in each is handed to `take` with its place among the
+  /// paths, one after another.
+  void readPhotographs(std::span<const NSString *const> paths,
+                       const std::function<void(std::size_t, ExifAnswers)> &take) const noexcept;
+  /// Adds what a deep reading has found.
+  static void addDeep(ContentAnswers &answers, ExifAnswers deep) noexcept;
 
-  /// Whether a file meets any condition. Throws `std::bad_alloc`.
-  [[nodiscard]] bool meetsAny(SearchItem &item) const;
-
-  /// Reads the EXIF tags of a file for what the request asks of them. Throws `std::bad_alloc`.
-  [[nodiscard]] ExifAnswers readExif(FileItem &item) const;
+  /// What the EXIF tags of a file hold of what the request asks, or in a deep search any field of a
+  /// photograph. Throws `std::bad_alloc`.
+  [[nodiscard]] ExifAnswers readExif(SearchItem &item) const;
 
   /// Whether the content keyword occurs in the text of a PDF file. Throws `std::bad_alloc`.
   [[nodiscard]] bool hasTextInPDF(SearchItem &item) const;
@@ -64,6 +78,16 @@ public:
                                   char isDistinct) const;
 
 private:
+  [[nodiscard]] ContentVerdict judgeAll(SearchItem &item, bool testsPDF,
+                                        ContentAnswers &answers) const;
+  [[nodiscard]] ContentVerdict judgeAny(SearchItem &item, ContentAnswers &answers) const;
+  [[nodiscard]] const ExifAnswers &tagsOf(SearchItem &item, ContentAnswers &answers) const;
+  [[nodiscard]] ExifAnswers readTags(FileItem &item) const;
+  [[nodiscard]] bool hasTextInPDF(SearchItem &item, ContentAnswers &answers) const;
+  /// What is said of a file that the EXIF conditions have failed so far.
+  [[nodiscard]] ContentVerdict verdictWithoutExif(const SearchItem &item,
+                                                  const ContentAnswers &answers) const noexcept;
+  void readPhotograph(SearchItem &item, ContentAnswers &answers) const;
   [[nodiscard]] bool wantsExifKeyword() const noexcept;
   [[nodiscard]] bool hasTextDeepInDocument(SearchItem &item) const;
   [[nodiscard]] bool isShotInRange(ExifAnalysis &analysis) const;

@@ -123,7 +123,8 @@ bool Distribution::shouldDeliver(const NSString *path, const ContentAnswers *kno
                         isSameUnchangedFile(*known->file, *item.file.status()));
     if (known != nullptr && holds)
       answers = *known;
-    meets = content_.meetsAll(item, search_.isPDFSearch() != 0, answers);
+    meets = content_.meets(item, {.mustMeetAll = true, .testsPDF = search_.isPDFSearch() != 0},
+                           answers);
   });
   return meets;
 }

@@ -7,7 +7,10 @@
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
 
+#include <array>
 #include <atomic>
+#include <cstddef>
+#include <span>
 #include <utility>
 
 namespace searchsystem {
@@ -20,13 +23,18 @@ class FileAhead final : public NSObject {
 public:
   /// One that `matches` already needs no test.
   FileAhead(Ref<const NSString> path, const ContentConditions &conditions, ContentTest test,
-            bool matches) noexcept
-      : path_(std::move(path)), conditions_(conditions), test_(test), isTaken_(matches),
-        isTested_(matches), matches_(matches) {}
+            bool matches) noexcept;
 
   /// Whether the caller is the first to ask, and so the one to call `test`.
   [[nodiscard]] bool take() noexcept { return !isTaken_.exchange(true); }
-  void test() noexcept;
+  /// Tests files that the caller has taken, each as soon as those before it are tested.
+  static void test(std::span<const Ref<FileAhead>> files) noexcept;
+
+  /// The most files that are tested together: a photograph that is read deep with others costs less
+  /// than one by itself.
+  static constexpr std::size_t mostTogether = 16;
+  /// Whether it pays to test others with it.
+  [[nodiscard]] bool isPhotograph() const noexcept { return isPhotograph_; }
 
   [[nodiscard]] bool isTested() const noexcept { return isTested_.load(); }
   /// Returns once it is tested.
@@ -38,9 +46,14 @@ public:
   [[nodiscard]] const ContentAnswers &answers() const noexcept { return answers_; }
 
 private:
+  /// Leaves a file to a deep reading if that decides.
+  [[nodiscard]] ContentVerdict judge() noexcept;
+  void end(bool matches) noexcept;
+
   const Ref<const NSString> path_;
   const ContentConditions &conditions_;
   const ContentTest test_;
+  const bool isPhotograph_;
   std::atomic<bool> isTaken_;
   std::atomic<bool> isTested_;
   /// Written before `isTested_`, as are the answers.

@@ -145,7 +145,8 @@ void FolderScan::takeFirstAhead() noexcept {
   const Ref<FileAhead> file = std::move(ahead_.front());
   ahead_.pop_front();
   if (file->take())
-    file->test();
+    // Alone, so that it is handed over before others are tested.
+    FileAhead::test({&file, 1});
   else
     file->wait();
   if (file->matches())

@@ -4,6 +4,7 @@
 #include "platform/foundation/TryTwice.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <utility>
 
@@ -61,8 +62,13 @@ bool ReadAhead::work() noexcept {
       return true;
   }
   // The main thread leaves files to their workers: only other threads may have them read deep.
-  while (const Ref<FileAhead> file = isOnMainThread ? nullptr : takeUntested())
-    file->test();
+  while (!isOnMainThread) {
+    std::array<Ref<FileAhead>, FileAhead::mostTogether> files;
+    const std::size_t count = takeUntested(files);
+    if (count == 0)
+      break;
+    FileAhead::test({files.data(), count});
+  }
   return false;
 }
 
@@ -77,15 +83,19 @@ void ReadAhead::add(const Ref<FileAhead> &file) noexcept {
   call(1);
 }
 
-Ref<FileAhead> ReadAhead::takeUntested() noexcept {
+std::size_t ReadAhead::takeUntested(std::span<Ref<FileAhead>> files) noexcept {
   const LockGuard guard(lock_);
-  while (!untested_.empty()) {
+  // The others get their share.
+  const std::size_t most = std::min(files.size(), untested_.size() / mostThreads + 1);
+  std::size_t count = 0;
+  while (!untested_.empty() && count < most &&
+         (count == 0 || (files[0]->isPhotograph() && untested_.front()->isPhotograph()))) {
     Ref<FileAhead> file = std::move(untested_.front());
     untested_.pop_front();
     if (file->take())
-      return file;
+      files[count++] = std::move(file);
   }
-  return nullptr;
+  return count;
 }
 
 Ref<FolderAhead> ReadAhead::takeUnread() noexcept {

@@ -9,7 +9,9 @@
 #include "platform/foundation/ThreadTeam.h"
 
 #include <atomic>
+#include <cstddef>
 #include <deque>
+#include <span>
 
 namespace searchsystem {
 
@@ -59,7 +61,8 @@ public:
 private:
   [[nodiscard]] bool work() noexcept override;
   [[nodiscard]] Ref<FolderAhead> takeUnread() noexcept;
-  [[nodiscard]] Ref<FileAhead> takeUntested() noexcept;
+  /// Takes the next file, with others behind it if that pays; how many they are.
+  [[nodiscard]] std::size_t takeUntested(std::span<Ref<FileAhead>> files) noexcept;
   void read(FolderAhead &folder) noexcept;
   void readEntry(const FolderAhead &folder, DirectoryListing &listing, const DirectoryEntry &entry,
                  FolderFindings &findings) const;

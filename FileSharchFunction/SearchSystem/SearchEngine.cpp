@@ -151,7 +151,7 @@ void SearchEngine::exifSearch(const NSString *path, char *outKeywordResult,
   *outKeywordResult = *outTokenDateResult = 0;
   if (path == nullptr)
     return;
-  FileItem item(*path);
+  SearchItem item(*path);
   const ExifAnswers answers = ContentConditions(*this).readExif(item);
   *outKeywordResult = answers.hasKeyword ? 1 : 0;
   *outTokenDateResult = answers.hasDate ? 1 : 0;

@@ -99,7 +99,8 @@ public:
   void exifSearchWithSpotlight(const NSString *folder, int type) noexcept;
 
   /// Looks for the content keyword in the EXIF text of a file, and for its shooting date in the
-  /// range. Both results are always written. Throws `std::bad_alloc`. Any thread.
+  /// range; in a deep search in all that a photograph says about itself. Both results are always
+  /// written. Throws `std::bad_alloc`. Any thread.
   void exifSearch(const NSString *path, char *outKeywordResult, char *outTokenDateResult) const;
   /// Whether the content keyword occurs in the text of a PDF file, or, in a deep search, of a
   /// document of any make. Throws `std::bad_alloc`. Any thread.

@@ -127,7 +127,7 @@ TEST_F(DeepTest, WhatCouldNotBeReadIsToldOnceBeforeTheEnd) {
   tree.file("4.pdf", "text\nThe Harbour");
   tree.file("5.pdf", "crash");
   tree.file("6.pdf", documentShowing({"the harbour"}));
-  tree.file("7.tif", "reason\n1");
+  tree.file("7.eps", "reason\n1");
   const char *const rows[] = {"c=harbour p", "c=harbour p o", "c=harbour x p", "c=harbour x p o"};
   for (const char *const words : rows) {
     EXPECT_EQ(found(words), "1.pdf:1 2.pdf:2 3.pdf:3 4.pdf 5.pdf:6 6.pdf") << words;
@@ -136,6 +136,40 @@ TEST_F(DeepTest, WhatCouldNotBeReadIsToldOnceBeforeTheEnd) {
   EXPECT_EQ(found("n=1 c=none p o"), "1.pdf 2.pdf:2 3.pdf:3 5.pdf:6") << "known by its name";
   EXPECT_EQ(found("n=1"), "1.pdf");
   EXPECT_EQ(found("c= p"), "");
+}
+
+TEST_F(DeepTest, Photographs) {
+  useScriptedReader();
+  tree.file("a.jpg", "text\nThe Harbour");
+  tree.file("b.tiff", "crash");
+  tree.file("c.heic", "date\n6");
+  tree.file("d.png", "reason\n2");
+  tree.file("e.eps", "text\nharbour");
+  tree.file("f.pdf", "text\nharbour");
+  tree.file("g.cr3", "text\n");
+  tree.file("h.jpg", jpegFile({PhotoTags::photo()
+                                   .comment("ASCII", "harbour")
+                                   .taken("2004:05:06 12:00:00")
+                                   .exifSegment()}));
+  const std::string inMay = " S=105300000 E=105700000", inApril = " S=102700000 E=105000000";
+  const struct {
+    std::string words, found;
+  } rows[] = {
+      {"c=harbour x", "a.jpg b.tiff:6 d.png:2 h.jpg"},
+      {"c=harbour x d", "b.tiff:6 d.png:2 h.jpg"},
+      {"c=harbour x p", "a.jpg b.tiff:6 d.png:2 f.pdf h.jpg"},
+      {"c=harbour x p o", "a.jpg b.tiff:6 d.png:2 f.pdf h.jpg"},
+      {"c=harbour p o", "f.pdf"},
+      {inMay, "b.tiff:6 c.heic d.png:2 h.jpg"},
+      {inApril, "b.tiff:6 d.png:2"},
+      {"c=harbour x" + inMay, "b.tiff:6 d.png:2 h.jpg"},
+      {"c=harbour x o" + inMay, "a.jpg b.tiff:6 c.heic d.png:2 h.jpg"},
+      {"c=harbour p" + inMay, ""},
+      {"n=a c=harbour x", "a.jpg"},
+      {"c= x", ""},
+  };
+  for (const auto &row : rows)
+    EXPECT_EQ(found(row.words), row.found) << row.words;
 }
 
 TEST_F(DeepTest, WhatAHostMayDoWhenToldOfAFile) {
@@ -167,12 +201,14 @@ TEST_F(DeepTest, WhatAHostMayDoWhenToldOfAFile) {
 /// A list, and one folder, of more files than are tested ahead.
 TEST_F(DeepTest, FilesThatAreTestedAheadAreReportedInOrder) {
   useScriptedReader();
-  Words names, matches, byNameToo;
+  Words names, matches, byNameToo, withPhotos;
   for (int i = 0; i < 400; ++i) {
     const std::string number = std::to_string(i);
     const bool isPhoto = i % 8 != 0, holds = i % 3 == 0;
     names.push_back((i % 7 == 0 ? "seven" : "") + number + (isPhoto ? ".jpg" : ".pdf"));
     tree.file(names.back(), holds ? "text\nharbour" : "text\n");
+    if (holds)
+      withPhotos.push_back(names.back());
     if (holds && !isPhoto)
       matches.push_back(names.back());
     if ((holds && !isPhoto) || i % 7 == 0)
@@ -180,6 +216,8 @@ TEST_F(DeepTest, FilesThatAreTestedAheadAreReportedInOrder) {
   }
   EXPECT_EQ(searchList("c=harbour p", names), join(matches) + " !");
   EXPECT_EQ(searchList("c=harbour p o n=seven", names), join(byNameToo) + " !");
+  EXPECT_EQ(searchList("c=harbour x p", names), join(withPhotos) + " !");
+  EXPECT_EQ(searchList("c=harbour x p o", names), join(withPhotos) + " !");
   std::sort(matches.begin(), matches.end());
   EXPECT_EQ(found("c=harbour p"), join(matches));
 }
@@ -315,11 +353,17 @@ TEST_F(DeepTest, WithoutThreadsNothingIsReadDeep) {
   useScriptedReader();
   tree.file("1.pdf", "text\nharbour");
   tree.file("2.pdf", documentShowing({"harbour"}));
+  tree.file("3.png", "text\nharbour");
   const auto fail = [](pthread_t *, const pthread_attr_t *, void *(*)(void *), void *) {
     return EAGAIN;
   };
   const SystemCallsGuard guard({.startThread = fail});
-  for (const char *const words : {"c=harbour p", "c=harbour p o"}) {
+  const struct {
+    const char *words, *found;
+  } rows[] = {{"c=harbour p", "1.pdf:8 2.pdf"},
+              {"c=harbour p o", "1.pdf:8 2.pdf"},
+              {"c=harbour x p", "1.pdf:8 2.pdf 3.png:8"}};
+  for (const auto &row : rows) {
     reset();
     guard.resetCounts();
     BusyThreads threads;
@@ -327,10 +371,10 @@ TEST_F(DeepTest, WithoutThreadsNothingIsReadDeep) {
       threads.takeOne();
     // Until then they hold the clock.
     hosts[0].onResult = [&] { threads.letGo(); };
-    Request request = makeRequest(words);
+    Request request = makeRequest(row.words);
     SS_SearchStart(&request);
     finish();
-    EXPECT_EQ(told(), "2.pdf 1.pdf:8 !") << words;
+    EXPECT_EQ(sortedResults(), row.found) << row.words;
   }
 }
 
