@@ -1,5 +1,6 @@
 #include "hosts/ssfind/Application.h"
 
+#include "hosts/ssfind/CFObject.h"
 #include "hosts/ssfind/IndexTasks.h"
 #include "hosts/ssfind/Interrupt.h"
 #include "hosts/ssfind/OptionParser.h"
@@ -18,6 +19,7 @@
 #include <string>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace searchsystem::ssfind {
 
@@ -93,9 +95,25 @@ ExitCode runIndexTask(IndexTask task) {
   return status ? show(*status) : ExitCode::Trouble;
 }
 
+void setDepth(const Options &options) {
+  PFContentSetDepth(options.isDeep ? PFContentDeep : PFContentPlain);
+  if (options.extensions.empty())
+    return;
+  std::vector<CFObject<CFStringRef>> strings;
+  std::vector<const void *> values;
+  for (const std::string &extension : options.extensions) {
+    strings.push_back(own(CFStringCreateWithFileSystemRepresentation(nullptr, extension.c_str())));
+    values.push_back(strings.back().get());
+  }
+  const auto extensions = own(CFArrayCreate(
+      nullptr, values.data(), static_cast<CFIndex>(values.size()), &kCFTypeArrayCallBacks));
+  if (PFContentSetExtensions(extensions.get()) != 1)
+    throw std::bad_alloc();
+}
+
 ExitCode runSearches(const Options &options) {
   watchForInterrupts();
-  PFContentSetDepth(options.isDeep ? PFContentDeep : PFContentPlain);
+  setDepth(options);
   StandardError errors(options.output.report != Report::Nothing);
   Output output(STDOUT_FILENO);
   const SearchPlan plan = planSearch(options, errors);

@@ -3,9 +3,12 @@
 namespace searchsystem::ssfind {
 
 const char *const helpHeader =
-    R"(Finds images and documents by their extension, in any case: photographs (jpg,
-tif, png, webp, heic, avif, jxl, psd, and the raw files of cameras), PDF
-documents, and other images (gif, bmp, svg, eps, ai, pct, jp2, tga, exr, hdr).
+    R"(Finds images and documents by their extension, in any case:
+
+photographs: jpg jpeg jpe jfif tif tiff png webp heic heif hif avif jxl psd, raw
+             dng cr2 cr3 crw nef nrw arw sr2 orf rw2 raf pef srw 3fr fff iiq rwl
+documents:   pdf
+others:      gif bmp psb svg eps ai pct pict jp2 tga exr hdr
 
 Usage: ssfind [OPTION...] [FOLDER...])";
 
@@ -20,16 +23,20 @@ year, month, day, minute or second (2024, 2024-05, 2024-05-17, 2024-05-17T10:30
 or 2024-05-17T10:30:15) and means all of it: TO includes its last second.
 
 A keyword is looked for in the text that a PDF document shows, forms and
-annotations included, and in four EXIF texts of a photograph: description,
-camera maker, camera model and comment. Words and phrases are found across
-lines. Not found is text in scans that nobody has had recognised, and in
-documents that need a password; document information, bookmarks, comments and
-attachments are not searched. Standard error says at the end how many documents
-could not be read. Where all conditions must hold, --taken finds photographs
-only.
+annotations included, and in what a photograph says of itself in Exif, IPTC, XMP
+and texts of its container, or in an XMP file beside it (of a.jpg a.jpg.xmp or
+a.xmp): titles, captions, keywords, people, places, authors, rights, comments,
+camera and lens. Words and phrases are found across lines. Not found is text in
+scans that nobody has had recognised, and in documents that need a password;
+document information, bookmarks, comments and attachments are not searched.
+Standard error says at the end how many files could not be read. Where all
+conditions must hold, --taken finds photographs only. A photograph is dated by
+Exif, or else XMP, IPTC or PNG.
 
-With --plain the files are those with the extension tif, jpg, pdf or pct, and
-PDF text is found only where it is written uncompressed, which it seldom is.
+With --plain the files are those with the extension tif, jpg, pdf or pct, PDF
+text is found only where it is written uncompressed, which it seldom is, and of
+photographs four EXIF texts (description, maker, model, comment) and the EXIF
+date, where they stand in the first 65,535 bytes.
 
 Names are escaped on a terminal, and written as they are to a file or pipe.
 

@@ -76,6 +76,7 @@ private:
   void readConditions(Conditions &conditions) const;
   void readKeyword(Conditions &conditions) const;
   std::optional<DateRange> dateRange(const CLI::Option *option) const;
+  [[nodiscard]] std::vector<std::string> extensions() const;
   void readOutput(OutputOptions &output) const;
   template <class Value>
   Value choice(const CLI::Option *option, const std::map<std::string_view, Value> &choices) const;
@@ -98,6 +99,7 @@ private:
   CLI::Option *any_ = nullptr;
   CLI::Option *caseSensitive_ = nullptr;
   CLI::Option *plain_ = nullptr;
+  CLI::Option *extensions_ = nullptr;
   CLI::Option *noSubfolders_ = nullptr;
   CLI::Option *mounts_ = nullptr;
   CLI::Option *filesFrom_ = nullptr;
@@ -141,12 +143,18 @@ void OptionTable::addConditions() {
   modified_ = addValue("-m,--modified", "RANGE", "last changed in RANGE (see below)");
   keyword_ = addValue("-k,--keyword", "TEXT", "TEXT occurs in the file, where --in says");
   in_ = addValue("--in", "KINDS",
-                 "pdf: the text of documents; exif: the tags of\n"
-                 "photographs; default: pdf,exif");
-  taken_ = addValue("-t,--taken", "RANGE", "photographed in RANGE, as the camera noted (EXIF)");
+                 "pdf: the text of documents; exif: what photographs\n"
+                 "say of themselves; default: pdf,exif");
+  taken_ = addValue("-t,--taken", "RANGE", "photographed in RANGE, by the camera's clock");
   in_->needs(keyword_);
   any_ = addFlag("--any", "one condition is enough (default: all must hold)");
   caseSensitive_ = addFlag("-s,--case-sensitive", "texts must agree to the letter");
+  extensions_ =
+      app_.add_option("-e,--extension", "only files with this extension; may be repeated, and\n"
+                                        "name others than those above, for searches by name\n"
+                                        "and date")
+          ->option_text("EXT")
+          ->take_all();
   plain_ = addFlag("--plain", "four kinds of files only, and PDF files of the simplest\n"
                               "make: as the library searches by itself (see below)");
 }
@@ -168,20 +176,21 @@ void OptionTable::addOutput() {
                                 "the output and in the list of --files-from");
   json_ = addFlag("--json", "a JSON object a line: path, size, modified; a path\n"
                             "that is not UTF-8 is {\"bytes\":\"<base64>\"};\n"
-                            "with --taken also taken, or null");
+                            "with --taken also taken, maker and model, or null");
   long_ = addFlag("-l,--long", "size, date of change and, with --taken, shooting date\n"
-                               "before each path");
+                               "and camera before each path");
   sort_ = addValue("--sort", "ORDER",
                    "path (byte by byte) or modified (newest first);\n"
                    "default: as found");
   count_ = addFlag("--count", "only the number of matches");
   quiet_ = addFlag("-q,--quiet", "nothing; end with code 0 at the first match");
-  unread_ = addFlag("--unread", "in place of the matches the documents that could not\n"
+  unread_ = addFlag("--unread", "in place of the matches the files that could not\n"
                                 "be read, and why; the exit code is that of the matches");
   limit_ = addValue("--limit", "N", "at most N matches; with --sort the first N of all");
   color_ = addValue("--color", "WHEN",
                     "always, never or auto (default: on a terminal,\n"
                     "unless NO_COLOR is set)");
+  extensions_->excludes(plain_);
   json_->excludes(long_);
   count_->excludes(json_)->excludes(long_);
   quiet_->excludes(json_)->excludes(long_)->excludes(count_);
@@ -276,7 +285,8 @@ Options OptionTable::options() const {
   readOutput(options.output);
   options.output.hasShootingDate = options.conditions.taken.has_value();
   options.searchesMounts = mounts_->count() != 0;
-  options.isDeep = plain_->count() == 0;
+  options.isDeep = options.output.isDeep = plain_->count() == 0;
+  options.extensions = extensions();
   if (nul_->count() != 0)
     options.listSeparator = options.output.separator = '\0';
   if (filesFrom_->count() != 0)
@@ -341,6 +351,17 @@ std::optional<DateRange> OptionTable::dateRange(const CLI::Option *option) const
                      MarkedText::withMarkAt(text, error->column).text() + tryHelp};
   }
   return std::get<DateRange>(range);
+}
+
+std::vector<std::string> OptionTable::extensions() const {
+  std::vector<std::string> extensions = extensions_->results();
+  for (std::string &extension : extensions) {
+    if (extension.starts_with('.'))
+      extension.erase(0, 1);
+    if (extension.empty() || extension.find_first_of("./") != std::string::npos)
+      failValue(extensions_, "--extension is the end of a name behind its last dot, as in jpg");
+  }
+  return extensions;
 }
 
 void OptionTable::readOutput(OutputOptions &output) const {

@@ -38,8 +38,10 @@ struct OutputOptions {
   Coloring coloring = Coloring::Auto;
   Report report = Report::All;
   std::optional<std::uint64_t> limit;
-  /// Whether formats with details have the shooting date among them.
+  /// Whether formats with details have the shooting date among them, in a deep search with the
+  /// camera.
   bool hasShootingDate = false;
+  bool isDeep = true;
   char separator = '\n';
 };
 
@@ -49,8 +51,10 @@ struct Options {
   std::optional<std::string> list;
   char listSeparator = '\n';
   bool searchesMounts = false;
-  /// Whether all kinds of files are looked at, and documents of any make read.
+  /// Whether all kinds of files are looked at, and documents and photographs of any make read.
   bool isDeep = true;
+  /// Only files with these extensions; empty for no such choice.
+  std::vector<std::string> extensions;
   Conditions conditions;
   OutputOptions output;
 };

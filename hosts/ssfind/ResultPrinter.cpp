@@ -28,6 +28,31 @@ void appendTimeColumn(std::string &out, const std::optional<std::timespec> &time
   out += "  ";
 }
 
+void appendJsonText(std::string &out, const std::optional<std::string> &text) {
+  if (text)
+    appendJsonName(out, *text);
+  else
+    out += "null";
+}
+
+/// Maker and model in one, as makers often begin the model with their name.
+std::string cameraOf(const PhotographDetails &photograph) {
+  const std::string maker = photograph.maker.value_or("");
+  std::string model = photograph.model.value_or("");
+  if (model.starts_with(maker.substr(0, maker.find(' '))))
+    return model.empty() ? "-" : model;
+  return model.empty() ? maker : maker + ' ' + model;
+}
+
+/// A longer one shifts the rest of its line.
+void appendCameraColumn(std::string &out, const PhotographDetails &photograph) {
+  constexpr std::size_t width = 24;
+  const std::string text = visible(cameraOf(photograph));
+  const auto isCharacter = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+  const auto length = static_cast<std::size_t>(std::ranges::count_if(text, isCharacter));
+  out.append(text).append(width - std::min(width, length) + 2, ' ');
+}
+
 std::optional<std::timespec> modificationTime(const MatchDetails &details) {
   return details.status ? std::optional(details.status->modified) : std::nullopt;
 }
@@ -64,7 +89,13 @@ void ResultPrinter::appendJson(std::string &out, std::string_view path,
   appendJsonTime(out, modificationTime(details));
   if (hasShootingDate_) {
     out += ",\"taken\":";
-    appendJsonTime(out, details.taken);
+    appendJsonTime(out, details.photograph.taken);
+  }
+  if (hasCamera_) {
+    out += ",\"maker\":";
+    appendJsonText(out, details.photograph.maker);
+    out += ",\"model\":";
+    appendJsonText(out, details.photograph.model);
   }
   out += "}\n";
 }
@@ -76,7 +107,9 @@ void ResultPrinter::appendColumns(std::string &out, const MatchDetails &details)
   out.append(sizeWidth - std::min(sizeWidth, size.size()), ' ').append(size).append("  ");
   appendTimeColumn(out, modificationTime(details));
   if (hasShootingDate_)
-    appendTimeColumn(out, details.taken);
+    appendTimeColumn(out, details.photograph.taken);
+  if (hasCamera_)
+    appendCameraColumn(out, details.photograph);
 }
 
 void ResultPrinter::appendPath(std::string &out, std::string_view path) const {

@@ -2,7 +2,7 @@
 
 #include "hosts/ssfind/EntryStatus.h"
 #include "hosts/ssfind/Options.h"
-#include "hosts/ssfind/ShootingDate.h"
+#include "hosts/ssfind/PhotographDetails.h"
 
 #include <optional>
 #include <string>
@@ -13,7 +13,7 @@ namespace searchsystem::ssfind {
 /// Details of a match besides its path, as far as they can be read.
 struct MatchDetails {
   std::optional<EntryStatus> status;
-  std::optional<std::timespec> taken;
+  PhotographDetails photograph;
 };
 
 /// Writes matches in the requested format.
@@ -22,12 +22,13 @@ public:
   /// With `isForTerminal` names are escaped; otherwise their bytes are written as they are.
   ResultPrinter(const OutputOptions &options, bool hasColors, bool isForTerminal)
       : format_(options.format), separator_(options.separator),
-        hasShootingDate_(options.hasShootingDate), hasColors_(hasColors),
+        hasShootingDate_(options.hasShootingDate),
+        hasCamera_(options.hasShootingDate && options.isDeep), hasColors_(hasColors),
         isForTerminal_(isForTerminal) {}
 
   /// Whether print() needs these details.
   [[nodiscard]] bool needsStatus() const noexcept { return format_ != Format::Path; }
-  [[nodiscard]] bool needsShootingDate() const noexcept {
+  [[nodiscard]] bool needsPhotograph() const noexcept {
     return hasShootingDate_ && format_ != Format::Path;
   }
 
@@ -45,6 +46,7 @@ private:
   const Format format_;
   const char separator_;
   const bool hasShootingDate_;
+  const bool hasCamera_;
   const bool hasColors_;
   const bool isForTerminal_;
 };

@@ -85,8 +85,8 @@ MatchDetails Results::detailsOf(const std::string &path) const {
   MatchDetails details;
   if (printer_.needsStatus() || options_.order == Order::NewestFirst)
     details.status = statusOf(path.c_str());
-  if (printer_.needsShootingDate())
-    details.taken = shootingDateOf(path);
+  if (printer_.needsPhotograph())
+    details.photograph = photographDetailsOf(path, options_.isDeep);
   return details;
 }
 

@@ -4,12 +4,18 @@
 /* How deep a search looks into files, for hosts in C.
  *
  * A plain search knows four extensions and reads PDF documents of one layout and the first bytes of
- * photographs. A deep one knows many kinds of files and finds text in documents of any make. It has
- * them read by a program of its own, searchsystem-reader, in processes that can do nothing but read
- * what they were lent; no file is looked into in the host's process. The host sees no child and no
- * signal of theirs. (Where the host adopts orphans, as the first process of a container does or one
- * that has asked for it with PR_SET_CHILD_SUBREAPER, it gets SIGCHLD when the program ends, some
- * ten seconds after the last search, and has to reap it like the others.)
+ * photographs. A deep one knows many kinds of files and finds text in documents of any make, and in
+ * photographs what Exif, IPTC, XMP and the container's own texts say, wherever in the file they
+ * stand, or an XMP file beside it (of a.jpg a.jpg.xmp, or else a.xmp): titles, captions, keywords,
+ * people, places, authors, rights, comments, camera and lens. They are photographs taken at the
+ * first date of these: Exif original, Exif digitized, XMP exif:DateTimeOriginal,
+ * photoshop:DateCreated, xmp:CreateDate, IPTC created, PNG creation; as the camera's clock said.
+ *
+ * It has them read by a program of its own, searchsystem-reader, in processes that can do nothing
+ * but read what they were lent: one for each document, or for some dozens of photographs. The host
+ * sees no child and no signal of theirs. (Where the host adopts orphans, as the first process of a
+ * container does or one that has asked for it with PR_SET_CHILD_SUBREAPER, it gets SIGCHLD when the
+ * program ends, some ten seconds after the last search, and has to reap it like the others.)
  *
  * A condition on content holds if the plain reading says so or the deep one does, so a deep search
  * finds all that a plain one does. With such a condition it walks through the folder, or the list,
@@ -37,9 +43,10 @@ void PFContentSetDepth(int depth);
  * changed. */
 int PFContentSetExtensions(CFArrayRef extensions);
 
-/* Why the content of a file could not be tested. */
+/* Why the content of a file could not be tested. A photograph without descriptions was read. */
 enum {
   PFContentNeedsPassword = 1,
+  /* Or something else than its extension says. */
   PFContentDamaged = 2,
   /* A document that shows pages and not a letter, as a scan does. */
   PFContentNoText = 3,
@@ -57,6 +64,22 @@ typedef void (*PFContentUnreadCallback)(CFStringRef path, int32_t reason, void *
 /* Names who is told of the files that a deep search could not read: each at most once in a search,
  * on the main thread, before its end is reported. NULL, as at the start, for nobody. */
 void PFContentSetUnreadCallback(PFContentUnreadCallback callback, void *context);
+
+/* What a photograph says of itself in a deep reading. */
+typedef struct {
+  /* 1 if `date` is when it was taken, by the camera's clock as local time; else 0. */
+  int hasDate;
+  CFAbsoluteTime date;
+  /* Of the camera; NULL where it is not said. The caller releases them. */
+  CFStringRef maker;
+  CFStringRef model;
+} PFPhotograph;
+
+/* Has the photograph at `path` read as deep searches read it. 1, or 0 if not all of it could be
+ * read; `photograph` is written in any case, with what was found. Waits for the disk and the
+ * reader: some 0.1 ms, but as long as a photograph made to take long may, 30 seconds at most. May
+ * be called in a search's callback. */
+int PFContentCopyPhotograph(CFStringRef path, PFPhotograph *photograph);
 
 #ifdef __cplusplus
 }

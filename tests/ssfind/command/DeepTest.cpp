@@ -1,4 +1,5 @@
 #include "testing/CompressedDocument.h"
+#include "testing/PhotoFile.h"
 #include "tests/ssfind/command/Command.h"
 
 namespace searchsystem {
@@ -25,7 +26,7 @@ TEST_F(DeepTest, DocumentsAndKinds) {
   tree.file("letter.pdf", document("BT /F 12 Tf 10 700 Td (The har-) Tj 0 -14 Td (bour) Tj ET"));
   tree.file("in/scan.pdf", document("10 10 50 50 re f"));
   tree.file("broken.PDF", "broken");
-  tree.file("photo.jpeg");
+  tree.file("photo.jpeg", jpegFile({}));
   tree.file("note.txt");
   const std::string two =
       "ssfind: 2 files could not be read: damaged (1), no text (1) (--unread lists them)\n";
@@ -55,6 +56,38 @@ TEST_F(DeepTest, DocumentsAndKinds) {
   });
   EXPECT_EQ(run({"in", "-k", "nothing", "--unread", "-0"}).out,
             std::string("no text             in/scan.pdf\0", 32));
+}
+
+TEST_F(DeepTest, Photographs) {
+  const auto described = [](const std::string &text) {
+    return jpegFile({jpegSegment(0xFE, text)});
+  };
+  tree.file("plain.jpg", jpegFile({PhotoTags::photo()
+                                       .text(0, 0x010E, "the harbour")
+                                       .taken("2020:02:03 04:05:06")
+                                       .exifSegment()}));
+  tree.file("comment.JPEG", described("The  harbour\nat night"));
+  tree.file("beside.heic", jpegFile({}));
+  tree.file("beside.xmp", R"(<x:xmpmeta xmlns:x="adobe:ns:meta/"><rdf:RDF
+      xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#"><rdf:Description
+      xmlns:photoshop="http://ns.adobe.com/photoshop/1.0/"
+      photoshop:Headline="A harbour" photoshop:DateCreated="2021-02"/></rdf:RDF></x:xmpmeta>)");
+  tree.file("broken.jpg", "broken");
+  tree.file("drawing.sketch");
+  const std::string one = "ssfind: 1 file could not be read: damaged (1) (--unread lists them)\n";
+  expect({
+      {{"-k", "harbour"}, "./beside.heic\n./comment.JPEG\n./plain.jpg\n", one},
+      {{"-k", "HARBOUR AT", "--in", "exif"}, "./comment.JPEG\n", one},
+      {{"-k", "harbour", "-s", "--in", "exif", "-n", "comment"}, "./comment.JPEG\n"},
+      {{"-k", "harbour", "--plain"}, "./plain.jpg\n"},
+      {{"-k", "harbour", "--in", "pdf"}, "", "", 1},
+      {{"-t", "2020..2021"}, "./beside.heic\n./plain.jpg\n", one},
+      {{"-t", "2021-02-01T00:00", "-k", "harbour"}, "./beside.heic\n", one},
+      {{"-t", "2020", "-k", "night", "--any"}, "./comment.JPEG\n./plain.jpg\n", one},
+      {{"-k", "nothing", "--unread"}, "damaged             ./broken.jpg\n", "", 1},
+      {{"-e", "sketch", "-e", ".JPEG"}, "./comment.JPEG\n./drawing.sketch\n"},
+      {{"-e", "sketch", "-e", "jpeg", "-k", "harbour"}, "./comment.JPEG\n"},
+  });
 }
 
 } // namespace

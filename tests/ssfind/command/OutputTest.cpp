@@ -72,13 +72,17 @@ TEST_F(OutputTest, FormatsOrderAndLimit) {
             (Outcome{0, "./old.jpg\n./new-b.jpg\n./new/a.tif\n./new/b.pdf\n"}));
 }
 
-TEST_F(OutputTest, ShootingDates) {
+TEST_F(OutputTest, ShootingDatesAndCameras) {
   const auto photo = [] { return PhotoTags::photo(); };
-  tree.file("a.jpg", jpegFile({photo().taken("2024:01:02 03:04:05").exifSegment()}));
+  const auto shotWith = [&](const char *maker, const char *model) {
+    return photo().taken("2024:01:02 03:04:05").text(0, 0x010F, maker).text(0, 0x0110, model);
+  };
+  tree.file("a.jpg", jpegFile({shotWith("Canon Inc.", "Canon \u00D6").exifSegment()}));
   tree.file("b.tif", photo().text(1, 0x9004, "2024:07:31 23:59:59").tiff());
   tree.file("c.jpg", jpegFile({photo().taken("2024:02:30 00:00:00").exifSegment()}));
   tree.file("d.tif", photo().taken("2023:12:31 23:59:59").tiff());
   tree.file("e.pdf", "2024:01:02 03:04:05");
+  tree.file("f.JPEG", jpegFile({shotWith("Maker", "Model of twenty-four").exifSegment()}));
   const auto shown = [this](const std::string &format) {
     std::istringstream lines(run({"-t", "2024", "-n", "e", "--any", "--sort", "path", format}).out);
     std::string dates;
@@ -86,12 +90,20 @@ TEST_F(OutputTest, ShootingDates) {
       dates += format == "--json" ? line.substr(line.find(",\"taken\"")) : line.substr(33);
     return dates;
   };
-  for (const char *const name : {"a.jpg", "b.tif", "c.jpg", "d.tif", "e.pdf"})
+  for (const char *const name : {"a.jpg", "b.tif", "c.jpg", "d.tif", "e.pdf", "f.JPEG"})
     tree.setModified(name, 0);
-  EXPECT_EQ(shown("--json"), R"(,"taken":"2024-01-02T03:04:05.000000+01:00"})"
-                             R"(,"taken":"2024-07-31T23:59:59.000000+02:00"},"taken":null})");
-  EXPECT_EQ(shown("--long"), "  2024-01-02 03:04:05  ./a.jpg  2024-07-31 23:59:59  ./b.tif"
-                             "                    -  ./e.pdf");
+  EXPECT_EQ(shown("--json"),
+            R"(,"taken":"2024-01-02T03:04:05.000000+01:00","maker":"Canon Inc.","model":"Canon Ö"})"
+            R"(,"taken":"2024-07-31T23:59:59.000000+02:00","maker":null,"model":null})"
+            R"(,"taken":null,"maker":null,"model":null})"
+            R"(,"taken":"2024-01-02T03:04:05.000000+01:00","maker":"Maker",)"
+            R"("model":"Model of twenty-four"})");
+  EXPECT_EQ(shown("--long"), "  2024-01-02 03:04:05  Canon Ö                   ./a.jpg"
+                             "  2024-07-31 23:59:59  -                         ./b.tif"
+                             "                    -  -                         ./e.pdf"
+                             "  2024-01-02 03:04:05  Maker Model of twenty-four  ./f.JPEG");
+  EXPECT_EQ(run({"-t", "2024", "--sort", "path", "--json", "--plain"}).out.find("maker"),
+            std::string::npos);
   EXPECT_EQ(run({"--json", "-n", "e"}).out.find("taken"), std::string::npos);
 }
 
