@@ -1,8 +1,10 @@
-// Gives the host any answer of a reader process, and compares any text.
+// Gives the host any answer of a reader process about a document, and about photographs, and
+// compares any text.
 //
 // The first byte says whether case counts; the second is the length of the keyword, which follows;
 // then come records, each behind its length in one byte.
 
+#include "platform/content/PhotographRecords.h"
 #include "platform/content/ReaderAnswer.h"
 #include "platform/content/TextComparison.h"
 #include "readers/ReaderProtocol.h"
@@ -60,6 +62,23 @@ std::string_view cut(std::string_view &rest) {
   return part;
 }
 
+/// Whatever comes is taken or refused, and an answer that is whole has a reason that there is.
+void checkPhotographs(std::string_view rest, std::string_view keyword, bool isDistinct) {
+  TextComparison comparison(keyword, isDistinct);
+  PhotographRecords records(&comparison, longestText);
+  while (!rest.empty()) {
+    const auto state = records.take(cut(rest));
+    require(records.content().reason <= UnreadReason::noReader);
+    require(!records.content().holds || !comparison.isEmpty());
+    if (state == PhotographRecords::State::WorkerEnded) {
+      require(records.content().reason != UnreadReason::none);
+      return;
+    }
+    if (state == PhotographRecords::State::Complete)
+      records.restart();
+  }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
@@ -69,6 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
   const bool isDistinct = (rest.front() & 1) != 0;
   rest.remove_prefix(1);
   const std::string_view keyword = cut(rest);
+  checkPhotographs(rest, keyword, isDistinct);
   TextComparison comparison(keyword, isDistinct);
   ReaderAnswer records(comparison, longestText);
   std::string text;

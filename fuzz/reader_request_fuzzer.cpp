@@ -1,12 +1,14 @@
-// Sends a reader program any request, with any number of descriptors: only whole ones of this
-// version are known, and no descriptor is left behind.
+// Sends a reader program any request, and a photograph worker any photographs, with any number of
+// descriptors: only whole ones of this version are known, and no descriptor is left behind.
 //
 // The first byte is the number of descriptors; the rest is the request, laid over a good one if the
 // byte's highest bit is set.
 
+#include "readers/process/ReceivedPhotographs.h"
 #include "readers/process/ReceivedRequest.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -52,36 +54,59 @@ int nextDescriptor() {
   return descriptor;
 }
 
+template <class Message> std::string laidOver(const Message &good, const std::string &bytes) {
+  std::string base(reinterpret_cast<const char *>(&good), sizeof good);
+  return base.replace(0, std::min(bytes.size(), base.size()), bytes, 0, base.size());
+}
+
+void sendRequestTo(int sender, int receiver, const std::string &bytes, std::size_t count) {
+  sendTo(sender, bytes, count);
+  ReceivedRequest received;
+  const auto result = received.receive(receiver);
+  const ReaderRequest &request = received.request();
+  const bool fits = (request.task == ReaderTask::document && count == 2) ||
+                    (request.task == ReaderTask::photographs && count == 1);
+  const bool isKnown = bytes.size() == sizeof(ReaderRequest) && fits &&
+                       request.mark == requestMark && request.version == readerVersion;
+  require(isKnown == (result == ReceivedRequest::Result::Known));
+  require((received.socket() >= 0) == (count > 0));
+  require(isKnown || result == ReceivedRequest::Result::Unknown || bytes.empty());
+  ReceivedRequest another;
+  require(another.receive(receiver) == ReceivedRequest::Result::Nothing);
+}
+
+void sendPhotographsTo(int sender, int receiver, const std::string &bytes, std::size_t count) {
+  sendTo(sender, bytes, count);
+  ReceivedPhotographs received;
+  if (!received.receive(receiver))
+    return;
+  PhotographBatch batch;
+  require(bytes.size() == sizeof batch);
+  std::memcpy(&batch, bytes.data(), sizeof batch);
+  require(received.count() + static_cast<std::size_t>(std::popcount(batch.sidecars)) == count);
+  for (std::size_t i = 0; i < received.count(); ++i) {
+    const ReceivedPhotographs::Next next = received.next();
+    require(next.photograph.descriptor >= 0);
+    require((next.sidecar.descriptor >= 0) == ((batch.sidecars >> i & 1) != 0));
+  }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   if (size == 0)
     return 0;
   const std::size_t count = (data[0] & 0x7FU) % (mostDescriptors + 1);
-  std::string bytes(reinterpret_cast<const char *>(data) + 1, size - 1);
-  if ((data[0] & 0x80U) != 0) {
-    const ReaderRequest good;
-    std::string base(reinterpret_cast<const char *>(&good), sizeof good);
-    base.replace(0, std::min(bytes.size(), base.size()), bytes);
-    bytes = base;
-  }
+  const std::string bytes(reinterpret_cast<const char *>(data) + 1, size - 1);
+  const bool isLaidOver = (data[0] & 0x80U) != 0;
 
   int ends[2];
   require(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) == 0);
   const int next = nextDescriptor();
-  {
-    sendTo(ends[0], bytes, count);
-    ReceivedRequest received;
-    const auto result = received.receive(ends[1]);
-    const bool isKnown = bytes.size() == sizeof(ReaderRequest) && count == 2 &&
-                         received.request().mark == requestMark &&
-                         received.request().version == readerVersion;
-    require(isKnown == (result == ReceivedRequest::Result::Known));
-    require((received.socket() >= 0) == (count > 0));
-    require(isKnown || result == ReceivedRequest::Result::Unknown || bytes.empty());
-    ReceivedRequest another;
-    require(another.receive(ends[1]) == ReceivedRequest::Result::Nothing);
-  }
+  sendRequestTo(ends[0], ends[1], isLaidOver ? laidOver(ReaderRequest(), bytes) : bytes, count);
+  PhotographBatch batch;
+  batch.count = static_cast<std::uint32_t>(count);
+  sendPhotographsTo(ends[0], ends[1], isLaidOver ? laidOver(batch, bytes) : bytes, count);
   require(nextDescriptor() == next);
   close(ends[0]);
   ReceivedRequest last;
