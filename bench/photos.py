@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Measures searches in the EXIF data of photographs side by side with exiftool, exiv2 and a bare
-loop that opens each file, reads its beginning and closes it.
+"""Measures searches in the EXIF data of photographs, plain and deep, side by side with exiftool, exiv2
+and a bare loop that opens each file, reads its beginning and closes it.
 
 Prints tables in Markdown. The exit code shows whether all programs gave the same answers; no limit
 on time makes it fail, since the machine may be busy.
@@ -105,6 +105,37 @@ def limit(report, what, series, floor, most_of_floor, peers=None):
                       f"4 KiB alone take {calls.minimum() / series[floor].minimum():.2f}")
 
 
+def measure_deep(report, options, tools, photos, folder, files):
+    """Deep searches, whose processor time is that of the reader's processes, too."""
+    for title, by_keyword in (("EXIF keyword", True), ("Shooting date", False)):
+        plain, *others = searches(tools, by_keyword)
+        deep = Program("ssfind", [part for part in plain.command if part != "--plain"])
+        peers = [peer for peer in others if peer.label == "exiv2"]
+        title = f"{title}, deep"
+        series, _ = compare(report, title, tools, photos.scratch,
+                            [deep, Program("ssfind --plain", plain.command), *peers], folder,
+                            options.rounds)
+        if "exiv2" in series:
+            report.limit(f"{title}: of exiv2's time", 1 / 4,
+                         series["ssfind"].median() / series["exiv2"].median())
+        report.limit(f"{title}: processor time a file, all processes", 60,
+                     series["ssfind"].minimum("cpu_ms") * 1e3 / files, "µs")
+
+
+def measure_names(report, options, tools, photos, folder):
+    """What the many kinds of a deep search cost a search by name."""
+    os.environ["XDG_CACHE_HOME"] = str(photos.scratch / "cache")
+    for title, how, most in (("walk", ["--no-index"], 1.1), ("index", [], 1.2)):
+        command = [tools["ssfind"], *how, "--name", "1", FOLDER]
+        programs = [Program("ssfind", command),
+                    Program("ssfind --plain", [*command[:1], "--plain", *command[1:]])]
+        series, _ = compare(report, f"Names by the {title}", tools, photos.scratch, programs, folder,
+                            4 * options.rounds)
+        deep, plain = (series[program.label] for program in programs)
+        report.limit(f"Names by the {title}: deep of plain", most, deep.median() / plain.median(),
+                     note=f"by the least times {deep.minimum() / plain.minimum():.2f}")
+
+
 def measure(options, tools, photos):
     report = Report()
     peers = {"exiftool": 50, "exiv2": 5}
@@ -118,6 +149,10 @@ def measure(options, tools, photos):
                        per_folder=options.jpegs)
     for folder in (few, half, flat):
         warm(tools, folder)
+    measure_deep(report, options, tools, photos, few, options.jpegs + options.jpegs // 10)
+    measure_names(report, options, tools, photos, few)
+    if options.deep:
+        return report.finish()
     by_keyword, by_date = searches(tools, True), searches(tools, False)
     floor = f"floor, {THREADS} threads"
     for title, programs, folder, most in (
@@ -145,6 +180,8 @@ def measure(options, tools, photos):
 def main():
     parser = option_parser(__doc__)
     parser.add_argument("--jpegs", type=int, default=20_000, help="and a tenth as many TIFF files")
+    parser.add_argument("--deep", action="store_true",
+                        help="only deep searches, and what their many kinds of files cost")
     add_scratch_options(parser, "files", "searchsystem-photos", rounds=5)
     return measure_in_scratch(parser.parse_args(), PROGRAMS, "make_photos", measure,
                               takes_existing=True)
