@@ -145,6 +145,19 @@ TEST_F(HostTest, HandsNothingDown) {
   close(inheritable);
 }
 
+/// What it was lent, of which it closes each file once that is read.
+TEST_F(HostTest, HandsAPhotographWorkerNothingElse) {
+  std::vector<std::string> paths;
+  for (const char name : {'a', 'b', 'c'})
+    paths.push_back(tree_.file(std::string(1, name), "look"));
+  const char *const expected[] = {"own descriptors 3 4 5 6 end", "own descriptors 3 5 6 end",
+                                  "own descriptors 3 6 end"};
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    ContentService service;
+    EXPECT_TRUE(askPhotographs(service, paths, expected[i])[i].holds) << i;
+  }
+}
+
 TEST_F(HostTest, SeesNoChildAndNoSignal) {
   static std::atomic<int> signals{0};
   for (const auto handler : {static_cast<sighandler_t>([](int) { ++signals; }), SIG_IGN}) {
@@ -273,6 +286,50 @@ TEST_F(HostTest, AKilledWorkerHasCrashed) {
   EXPECT_EQ(starter(), process);
 }
 
+TEST_F(HostTest, APhotographWorkerThatWaitedMayBeGone) {
+  ContentService service;
+  const std::vector<std::string> paths{tree_.file("photograph", "text\nx")};
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_TRUE(askPhotographs(service, paths)[0].holds);
+    const pid_t program = starter();
+    const pid_t worker = sleepingWorkerOf(program);
+    end(program);
+    EXPECT_TRUE(eventually([&] { return !isAlive(program) && !isAlive(worker); }));
+    EXPECT_TRUE(askPhotographs(service, paths)[0].holds);
+  }
+}
+
+TEST_F(HostTest, PhotographWorkersEndWithTheirSearch) {
+  pid_t program = 0;
+  {
+    ContentService service;
+    // More than one worker reads.
+    std::vector<std::string> paths(200, tree_.file("photograph", "text\nx"));
+    for (const PhotographContent &content : askPhotographs(service, paths))
+      EXPECT_TRUE(content.holds);
+    program = starter();
+    EXPECT_GT(sleepingWorkerOf(program), 0);
+  }
+  EXPECT_TRUE(eventually([&] { return childrenOf(program).empty(); }));
+}
+
+TEST_F(HostTest, CancelEndsPhotographsToo) {
+  ContentService service;
+  const std::vector<std::string> paths(20, tree_.file("sleeping", "sleep"));
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i)
+    threads.emplace_back([&] {
+      for (const PhotographContent &content : askPhotographs(service, paths))
+        EXPECT_EQ(content.reason, UnreadReason::none);
+    });
+  const pid_t process = starter();
+  EXPECT_GT(sleepingWorkerOf(process), 0);
+  service.cancel();
+  for (std::thread &thread : threads)
+    thread.join();
+  EXPECT_TRUE(eventually([&] { return childrenOf(process).empty(); }));
+}
+
 TEST_F(HostTest, CancelEndsWhatIsReadAndWhatWaits) {
   ContentService service;
   const std::string path = tree_.file("sleeping", "sleep");
@@ -306,6 +363,12 @@ TEST_F(HostTest, TheClockLimitsAReading) {
     const UnreadReason reason = ask(content, "y").reason;
     EXPECT_EQ(reason, UnreadReason::tookTooLong) << content;
   }
+  ContentService service;
+  const auto found = askPhotographs(
+      service, {tree_.file("a", "sleep"), tree_.file("b", "text\nx"), tree_.file("c", "sleep")});
+  EXPECT_EQ(found[0].reason, UnreadReason::tookTooLong);
+  EXPECT_TRUE(found[1].holds);
+  EXPECT_EQ(found[2].reason, UnreadReason::tookTooLong);
   EXPECT_TRUE(eventually([process = starter()] { return childrenOf(process).empty(); }));
 }
 
