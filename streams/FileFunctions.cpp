@@ -146,6 +146,7 @@ FileHandle *CreateFile(const char *path, std::uint32_t access, ...) noexcept {
     return nullptr;
   return zeroWithoutMemory([path]() -> FileHandle * {
     CFilePointer file = openFile(path, streamReadMode);
+    // NOLINTNEXTLINE(bugprone-unhandled-exception-at-new): caught above
     return file == nullptr ? nullptr : new FileHandle{file.release()};
   });
 }
