@@ -79,7 +79,9 @@ void checkFirstLine(const std::string &text) {
     const auto length = static_cast<unsigned long>(GetArrayLength(&array, static_cast<int>(i)));
     const unsigned long used = values.readBehind(i - 1, list);
     const unsigned long rest = array.GetCount() - i;
-    require(used == (rest < 3 ? CPDFSection::failed : length < 5 ? 4 : length + 1),
+    require(used == (rest < 3     ? CPDFSection::failed
+                     : length < 5 ? 4
+                                  : length + 1),
             "other references");
   }
 }
