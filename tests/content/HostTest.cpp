@@ -150,8 +150,8 @@ TEST_F(HostTest, HandsAPhotographWorkerNothingElse) {
   std::vector<std::string> paths;
   for (const char name : {'a', 'b', 'c'})
     paths.push_back(tree_.file(std::string(1, name), "look"));
-  const char *const expected[] = {"own descriptors 3 4 5 6 end", "own descriptors 3 5 6 end",
-                                  "own descriptors 3 6 end"};
+  const char *const expected[] = {"own descriptors 0 1 2 3 end", "own descriptors 1 2 3 end",
+                                  "own descriptors 2 3 end"};
   for (std::size_t i = 0; i < paths.size(); ++i) {
     ContentService service;
     EXPECT_TRUE(askPhotographs(service, paths, expected[i])[i].holds) << i;
