@@ -26,7 +26,7 @@ bool ReceivedPhotographs::receive(int socket) noexcept {
   do
     size = recvmsg(socket, &message, 0);
   while (size < 0 && errno == EINTR);
-  if (size <= 0)
+  if (size < 0)
     return false;
   for (cmsghdr *part = CMSG_FIRSTHDR(&message); part != nullptr;
        part = CMSG_NXTHDR(&message, part)) {
