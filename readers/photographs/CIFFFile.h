@@ -7,7 +7,7 @@ namespace searchsystem {
 
 [[nodiscard]] bool isCIFF(const ByteRange &range);
 
-/// Reads a CRW file (CIFF specification 1.0, revision 4): its description, maker and model, and
+/// Reads a CRW file (CIFF 1.0, revision 4): its description, maker and model, and
 /// when it was captured.
 void readCIFF(const ByteRange &file, PhotographReading &reading);
 

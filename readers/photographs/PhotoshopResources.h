@@ -7,7 +7,7 @@ namespace searchsystem {
 
 [[nodiscard]] bool isPhotoshopFile(const ByteRange &range);
 
-/// Reads a Photoshop document (Photoshop file formats specification, file header and image
+/// Reads a Photoshop document (Photoshop file formats, file header and image
 /// resources section).
 void readPhotoshopFile(const ByteRange &file, PhotographReading &reading);
 
