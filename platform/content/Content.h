@@ -7,9 +7,9 @@
  * photographs. A deep one knows many kinds of files and finds text in documents of any make, and in
  * photographs what Exif, IPTC, XMP and the container's own texts say, wherever in the file they
  * stand, or an XMP file beside it (of a.jpg a.jpg.xmp, or else a.xmp): titles, captions, keywords,
- * people, places, authors, rights, comments, camera and lens. They are photographs taken at the
- * first date of these: Exif original, Exif digitized, XMP exif:DateTimeOriginal,
- * photoshop:DateCreated, xmp:CreateDate, IPTC created, PNG creation; as the camera's clock said.
+ * people, places, authors, rights, comments, camera and lens. A photograph was taken at the first
+ * of these dates that it has, by the camera's clock: Exif original, Exif digitized, XMP
+ * exif:DateTimeOriginal, photoshop:DateCreated, xmp:CreateDate, IPTC created, PNG creation.
  *
  * It has them read by a program of its own, searchsystem-reader, in processes that can do nothing
  * but read what they were lent: one for each document, or for some dozens of photographs. The host
