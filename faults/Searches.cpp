@@ -4,6 +4,7 @@
 #include "testing/CompressedDocument.h"
 #include "testing/DocumentWriter.h"
 #include "testing/PhotoFile.h"
+#include "testing/PhotographContainers.h"
 
 #include <memory>
 
@@ -28,7 +29,8 @@ void makeSmallTree(TemporaryTree &tree) {
     tree.setModified(name, ++time);
 }
 
-void addDeepDocuments(TemporaryTree &tree) {
+void addDeepFiles(TemporaryTree &tree) {
+  tree.file("in/7titled.png", pngFile({pngChunk("tEXt", std::string("Title\0the beach", 15))}));
   tree.file("in/8packed.pdf", CompressedDocument::showing("the beach"));
   tree.file("in/9broken.pdf", "no document");
 }
@@ -42,7 +44,9 @@ const std::vector<Way> &allWays() {
   Wanted anything = anyContent;
   anything.name = "beach";
   const std::string deep =
-      "1beach.jpg 2Beach.pdf 3other.jpg in/4beach.tif in/5other.pdf in/8packed.pdf";
+      "1beach.jpg 2Beach.pdf 3other.jpg in/4beach.tif in/5other.pdf in/7titled.png in/8packed.pdf";
+  const std::string deepWithLink = deep + " in/deep/link beach.jpg";
+  const std::string unread = "in/9broken.pdf shelf.doc/7beach.jpg";
   const Wanted shot{.content = "beach", .isInExif = true, .shotFrom = 284'000'000};
   static const std::vector<Way> ways{
       {"walk", {.name = "beach"}, false, false, named},
@@ -74,8 +78,8 @@ const std::vector<Way> &allWays() {
       {"index and content walk", anything, true, false,
        "1beach.jpg 2Beach.pdf 3other.jpg in/4beach.tif in/5other.pdf in/deep/6beach.pct "
        "in/deep/link beach.jpg shelf.doc/7beach.jpg"},
-      {"deep, content", content, false, false, deep, true, "in/9broken.pdf"},
-      {"deep, any content", anyContent, false, false, deep, true, "in/9broken.pdf"},
+      {"deep, content", content, false, false, deepWithLink, true, unread},
+      {"deep, any content", anyContent, false, false, deepWithLink, true, unread},
       {"deep list, content", content, false, true, deep, true, "in/9broken.pdf"},
       {"deep index", {.name = "beach"}, true, false, named, true},
   };
@@ -88,9 +92,9 @@ std::unique_ptr<Record> makeRecord(const Way &way, const std::string &tree,
   if (!way.isList)
     return record;
   Paths list;
-  for (const char *const name :
-       {"1beach.jpg", "2Beach.pdf", "3other.jpg", "in/4beach.tif", "in/5other.pdf",
-        "in/deep/6beach.pct", "in/beach.txt", "missing", "in/8packed.pdf", "in/9broken.pdf"})
+  for (const char *const name : {"1beach.jpg", "2Beach.pdf", "3other.jpg", "in/4beach.tif",
+                                 "in/5other.pdf", "in/deep/6beach.pct", "in/beach.txt", "missing",
+                                 "in/7titled.png", "in/8packed.pdf", "in/9broken.pdf"})
     list.push_back(tree + "/" + name);
   record->setList(list);
   return record;

@@ -20,16 +20,16 @@ namespace searchsystem {
 /// before.
 void makeSmallTree(TemporaryTree &tree);
 
-/// Adds in/8packed.pdf, in which only a deep search finds "beach", and in/9broken.pdf, which
-/// nothing can read.
-void addDeepDocuments(TemporaryTree &tree);
+/// Adds in/7titled.png and in/8packed.pdf, in which only a deep search finds "beach", and
+/// in/9broken.pdf, which nothing can read, no more than the empty shelf.doc/7beach.jpg.
+void addDeepFiles(TemporaryTree &tree);
 
 /// One way through the library.
 struct Way {
   const char *name;
   Wanted wanted;
   bool usesIndex, isList;
-  /// The paths found in the small tree with its deep documents, relative to it, in alphabetical
+  /// The paths found in the small tree with its deep files, relative to it, in alphabetical
   /// order.
   std::string found;
   /// A deep search, and the paths of what it cannot read.

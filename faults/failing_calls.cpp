@@ -200,7 +200,7 @@ class FailingCalls {
 public:
   explicit FailingCalls(bool isQuick) : isQuick_(isQuick) {
     makeSmallTree(tree_);
-    addDeepDocuments(tree_);
+    addDeepFiles(tree_);
     IndexPlace::setCacheFolderForTesting(cache_.path());
     setSystemCallsForTesting(&calls_);
   }

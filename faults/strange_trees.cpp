@@ -342,7 +342,7 @@ void noDescriptors() {
 #else
   TemporaryTree tree;
   makeSmallTree(tree);
-  addDeepDocuments(tree);
+  addDeepFiles(tree);
   rlimit before{};
   getrlimit(RLIMIT_NOFILE, &before);
   for (const Way &way : allWays()) {

@@ -12,6 +12,7 @@
 #include "platform/imagetag/TagInfo.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace searchsystem {
 
@@ -93,7 +94,8 @@ ContentVerdict ContentConditions::verdictWithoutExif(const SearchItem &item,
 
 void ContentConditions::readPhotograph(SearchItem &item, ContentAnswers &answers) const {
   const NSString *const path = item.path().get();
-  readPhotographs({&path, 1}, [&](std::size_t, ExifAnswers deep) { addDeep(answers, deep); });
+  const auto take = [&](std::size_t, ExifAnswers deep) { addDeep(answers, deep); };
+  readPhotographs({&path, 1}, std::ref(take));
 }
 
 void ContentConditions::readPhotographs(
@@ -105,15 +107,15 @@ void ContentConditions::readPhotographs(
     question.keyword = record.contentKeyword;
   question.isDistinct = record.isDistinct != 0;
   question.wantsDate = search_.isTokenDateSearch() != 0;
-  search_.contentService()->readPhotographs(
-      paths, question, [&](std::size_t place, const PhotographContent &content) {
-        ExifAnswers found;
-        found.hasKeyword = content.holds;
-        found.hasDate =
-            question.wantsDate && content.date &&
-            EntryFilters::isInRange(*content.date, record.exifDateStart, record.exifDateEnd);
-        take(place, found);
-      });
+  const auto takeContent = [&](std::size_t place, const PhotographContent &content) {
+    ExifAnswers found;
+    found.hasKeyword = content.holds;
+    found.hasDate =
+        question.wantsDate && content.date &&
+        EntryFilters::isInRange(*content.date, record.exifDateStart, record.exifDateEnd);
+    take(place, found);
+  };
+  search_.contentService()->readPhotographs(paths, question, std::ref(takeContent));
 }
 
 void ContentConditions::addDeep(ContentAnswers &answers, ExifAnswers deep) noexcept {

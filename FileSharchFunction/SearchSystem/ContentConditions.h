@@ -61,7 +61,8 @@ public:
   }
 
   /// Has photographs read deep. What is found in each is handed to `take` with its place among the
-  /// paths, one after another.
+  /// paths, one after another. `take` is to be made of a reference, `std::ref`, so that making it
+  /// takes no memory.
   void readPhotographs(std::span<const NSString *const> paths,
                        const std::function<void(std::size_t, ExifAnswers)> &take) const noexcept;
   /// Adds what a deep reading has found.

@@ -3,6 +3,8 @@
 #include "platform/foundation/PathComponents.h"
 #include "platform/foundation/TryTwice.h"
 
+#include <functional>
+
 namespace searchsystem {
 
 FileAhead::FileAhead(Ref<const NSString> path, const ContentConditions &conditions,
@@ -26,12 +28,12 @@ void FileAhead::test(std::span<const Ref<FileAhead>> files) noexcept {
   }
   if (count == 0)
     return;
-  undecided.front()->conditions_.readPhotographs({paths.data(), count},
-                                                 [&](std::size_t place, ExifAnswers deep) {
-                                                   FileAhead &file = *undecided[place];
-                                                   ContentConditions::addDeep(file.answers_, deep);
-                                                   file.end(file.judge() == ContentVerdict::Meets);
-                                                 });
+  const auto take = [&](std::size_t place, ExifAnswers deep) {
+    FileAhead &file = *undecided[place];
+    ContentConditions::addDeep(file.answers_, deep);
+    file.end(file.judge() == ContentVerdict::Meets);
+  };
+  undecided.front()->conditions_.readPhotographs({paths.data(), count}, std::ref(take));
 }
 
 ContentVerdict FileAhead::judge() noexcept {

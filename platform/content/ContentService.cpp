@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <functional>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -80,32 +81,31 @@ void ContentService::readPhotographs(std::span<const NSString *const> paths,
                                      const PhotographQuestion &question,
                                      const PhotographReading::Taker &take) noexcept {
   std::size_t taken = 0;
-  const auto finish = [&](std::size_t place, const PhotographContent &content) {
-    ++taken;
+  const auto takeNext = [&](std::size_t, const PhotographContent &content) {
+    const std::size_t place = taken++;
     const bool isAnswered = (question.keyword == nullptr || content.holds) &&
                             (!question.wantsDate || content.date.has_value());
     if (!isAnswered && content.reason != UnreadReason::none && !cancellation_.isCancelled())
       noteUnread(*paths[place], content.reason);
     take(place, content);
   };
-  const auto finishAll = [&](UnreadReason reason) {
+  const auto giveUpAll = [&](UnreadReason reason) {
     PhotographContent content;
     content.reason = reason;
     while (taken < paths.size())
-      finish(taken, content);
+      takeNext(taken, content);
   };
-  try {
+  // Where memory was short the rest is read again.
+  const bool hasMemory = tryTwice([&] {
     std::optional<TextComparison> comparison;
     if (question.keyword != nullptr)
       comparison.emplace(question.keyword->view(), question.isDistinct);
     const bool hasKeyword = comparison && !comparison->isEmpty();
-    if (!hasKeyword && !question.wantsDate)
-      finishAll(UnreadReason::none);
-    else
-      readPhotographs(paths, hasKeyword ? &*comparison : nullptr, finish);
-  } catch (...) {
-    finishAll(UnreadReason::tooLarge);
-  }
+    if (hasKeyword || question.wantsDate)
+      readPhotographs(paths.subspan(taken), hasKeyword ? &*comparison : nullptr,
+                      std::ref(takeNext));
+  });
+  giveUpAll(hasMemory ? UnreadReason::none : UnreadReason::tooLarge);
 }
 
 void ContentService::readPhotographs(std::span<const NSString *const> paths,
@@ -139,9 +139,7 @@ void ContentService::readPhotographs(std::span<const NSString *const> paths,
       continue;
     }
     // Where descriptors are few, the next may be opened once these are closed.
-    reading.read(files, [&, first = next](std::size_t number, const PhotographContent &content) {
-      take(first + number, content);
-    });
+    reading.read(files, take);
     next += files.size();
   }
 }

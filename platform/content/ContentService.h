@@ -51,6 +51,7 @@ public:
 
 private:
   [[nodiscard]] ContentAnswer read(const NSString &path, const NSString &keyword, bool isDistinct);
+  /// `take` is called in the order of the paths, whatever place it is told.
   void readPhotographs(std::span<const NSString *const> paths, TextComparison *comparison,
                        const PhotographReading::Taker &take);
   void noteUnread(const NSString &path, UnreadReason reason) noexcept;

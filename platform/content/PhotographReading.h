@@ -20,7 +20,8 @@ namespace searchsystem {
 class PhotographReading {
 public:
   /// Gets what is known of a photograph, which is named by its place among those that were asked
-  /// about. Called for each once, in their order.
+  /// about. Called for each once, in their order. To be made of a reference, `std::ref`, so that
+  /// making it takes no memory.
   using Taker = std::function<void(std::size_t, const PhotographContent &)>;
 
   /// `comparison` may be null.
