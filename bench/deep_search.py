@@ -1,6 +1,7 @@
 """Measures searches that read documents deep, side by side with one another, for deep.py."""
 
 import os
+import random
 import shutil
 import tempfile
 
@@ -40,6 +41,26 @@ def make_plain_kinds(scratch):
     return tree
 
 
+def beside_pdfgrep(tools, documents, options, scratch):
+    """A word that is hardly anywhere; pdfgrep gets a process for each document, as many at once as
+    there are processors. The processor time is that of all processes, the sealed ones included."""
+    folder = scratch / "chosen"
+    folder.mkdir()
+    chosen = random.Random(2).sample(documents, min(options.timed, len(documents)))
+    for i, path in enumerate(chosen):
+        shutil.copyfile(path, folder / f"{i:05}.pdf")
+    grep = (f"find '{folder}' -type f -print0 | xargs -0 -n 1 -P {os.cpu_count()} "
+            "pdfgrep -li lighthouses 2>/dev/null || true")
+    series = side_by_side(
+        {"ssfind": timed(tools, [tools["ssfind"], folder, "-k", "lighthouses", "--in", "pdf"]),
+         "pdfgrep": timed(tools, ["sh", "-c", grep])}, options.rounds)
+    ours, theirs = series.values()
+    return [[f"{len(chosen)} documents, {what}",
+             f"ssfind {ours.median(key):,.0f} ms, pdfgrep {theirs.median(key):,.0f} ms",
+             f"{ours.median(key) / theirs.median(key):.2f}", "0.20"]
+            for what, key in (("by the clock", "total_ms"), ("processor time", "cpu_ms"))]
+
+
 def first_match_ms(tools, one, rounds):
     """The time to the first result where one of the first ten files of a folder matches."""
     with os.scandir(one) as entries:
@@ -64,6 +85,7 @@ def measure_search(tools, documents, options):
 
     with tempfile.TemporaryDirectory(prefix="deep search ") as scratch:
         scratch = type(options.cache)(scratch)
+        rows += beside_pdfgrep(tools, documents, options, scratch)
         one, many = make_documents(scratch, documents)
         compare(f"{FILES:,} small documents, none matches", "1.1",
                 {"one folder": [one, "-k", KEYWORD, "--in", "pdf", "-q"],

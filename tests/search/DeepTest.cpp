@@ -44,8 +44,9 @@ protected:
   }
 
   /// Documents say what their reader does: see tests/content/reader.
-  static void useScriptedReader() {
-    ReaderConnection::shared().useForTesting(SCRIPTED_READER, {.processorSeconds = 1});
+  static void useScriptedReader(std::uint32_t processorSeconds = 1) {
+    ReaderConnection::shared().useForTesting(SCRIPTED_READER,
+                                             {.processorSeconds = processorSeconds});
   }
 
   std::string searchList(const std::string &words, const Words &names) {
@@ -225,7 +226,8 @@ TEST_F(DeepTest, FilesThatAreTestedAheadAreReportedInOrder) {
 
 /// A match does not wait for the files behind it, and a cancel for none that is being read.
 TEST_F(DeepTest, CancelWhileDocumentsAreRead) {
-  useScriptedReader();
+  // No document ends by itself before the cancel, however slow the machine.
+  useScriptedReader(30);
   Words names{"match.pdf"};
   tree.file("match.pdf", "text\nharbour");
   for (int i = 0; i < 300; ++i)
