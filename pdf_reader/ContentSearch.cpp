@@ -343,19 +343,28 @@ bool ContentSearch::findOpenEnds() {
     while (window_.at(from) == nullptr || window_.end() < size)
       if (!window_.more(from))
         return false;
+    // Most files end with a line without a tail, which decides at once.
     const char *const begin = window_.at(from);
+    const char *last = nullptr;
     std::vector<OpenEnd> open;
     long first = -1;
-    for (const char *i = begin, *end = nullptr; i < window_.dataEnd(); i = end + 1) {
-      end = vectorBytes::scanLine(i, '\n', '\n').end;
-      if (from != 0 && i == begin)
-        continue;
-      line_ = {i, end};
-      while (!line_.next().empty())
-        ;
-      noteOpenEnds(open);
-      if (first < 0 && line_.hasTokens())
-        first = window_.positionOf(i);
+    for (const bool isForAll : {false, true}) {
+      for (const char *i = begin, *end = nullptr; i < window_.dataEnd(); i = end + 1) {
+        end = vectorBytes::scanLine(i, '\n', '\n').end;
+        if (from != 0 && i == begin)
+          continue;
+        line_ = {i, end};
+        while (!line_.next().empty())
+          ;
+        if (isForAll)
+          noteOpenEnds(open);
+        else if (line_.hasTokens())
+          last = line_.tokensEnd == line_.end ? nullptr : i;
+        if (first < 0 && line_.hasTokens())
+          first = window_.positionOf(i);
+      }
+      if (last == nullptr && first >= 0)
+        return true;
     }
     openEnds_.clear();
     std::copy_if(open.begin(), open.end(), std::back_inserter(openEnds_),
