@@ -65,6 +65,8 @@ def measure_first(report, tools, cache, by_name, tree, rounds):
 
 
 def limit_second(report, what, series, most):
+    if "fd -uu" not in series:
+        return
     ours, peer = series["ssfind"], series["fd -uu"]
     report.limit(f"{what}: of the time of fd -uu", most, ours.median() / peer.median(),
                  note=f"by the least times {ours.minimum() / peer.minimum():.2f}")
