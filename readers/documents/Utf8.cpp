@@ -13,11 +13,13 @@ constexpr char16_t upper[] = {
 
 } // namespace
 
-void appendUtf16(std::string &text, std::string_view bytes) {
+void appendUtf16(std::string &text, std::string_view bytes, std::endian order) {
+  const std::size_t highByte = order == std::endian::big ? 0 : 1;
   char32_t high = 0;
   for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-    const char32_t unit = static_cast<char32_t>(static_cast<unsigned char>(bytes[i])) << 8 |
-                          static_cast<unsigned char>(bytes[i + 1]);
+    const char32_t unit = static_cast<char32_t>(static_cast<unsigned char>(bytes[i + highByte]))
+                              << 8 |
+                          static_cast<unsigned char>(bytes[i + 1 - highByte]);
     if (unit >= 0xDC00 && unit < 0xE000) {
       if (high != 0)
         appendUtf8(text, 0x10000 + ((high - 0xD800) << 10) + (unit - 0xDC00));
@@ -36,10 +38,7 @@ std::string textStringToUtf8(std::string_view bytes) {
   if (bytes.starts_with("\xFE\xFF")) {
     appendUtf16(text, bytes.substr(2));
   } else if (bytes.starts_with("\xFF\xFE")) {
-    std::string swapped;
-    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2)
-      swapped.append({bytes[i + 1], bytes[i]});
-    appendUtf16(text, swapped);
+    appendUtf16(text, bytes.substr(2), std::endian::little);
   } else if (bytes.starts_with("\xEF\xBB\xBF")) {
     text = bytes.substr(3);
   } else {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -50,9 +51,8 @@ inline char32_t takeUtf8(std::string_view text, std::size_t &position) noexcept 
   return character;
 }
 
-/// Appends text of UTF-16 with the high bytes first; a last odd byte and lone halves are passed
-/// over.
-void appendUtf16(std::string &text, std::string_view bytes);
+/// Appends text of UTF-16; a last odd byte and lone halves are passed over.
+void appendUtf16(std::string &text, std::string_view bytes, std::endian order = std::endian::big);
 
 /// The characters of a text string of a document (ISO 32000-2, 7.9.2.2): UTF-16 or UTF-8 with its
 /// mark, else the encoding for such strings.

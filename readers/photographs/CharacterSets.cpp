@@ -105,20 +105,7 @@ std::string repairedUtf8(std::string_view bytes) {
 
 std::string utf16ToUtf8(std::string_view bytes, std::endian order) {
   std::string text;
-  char32_t high = 0;
-  for (; bytes.size() >= 2; bytes.remove_prefix(2)) {
-    const auto unit = static_cast<char32_t>(numberOf(bytes, 2, order));
-    if (unit >= 0xDC00 && unit < 0xE000) {
-      if (high != 0)
-        appendUtf8(text, 0x10000 + ((high - 0xD800) << 10) + (unit - 0xDC00));
-      high = 0;
-    } else if (unit >= 0xD800 && unit < 0xDC00) {
-      high = unit;
-    } else {
-      appendUtf8(text, unit);
-      high = 0;
-    }
-  }
+  appendUtf16(text, bytes, order);
   return text;
 }
 
