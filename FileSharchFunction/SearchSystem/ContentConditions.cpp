@@ -43,14 +43,19 @@ bool ContentConditions::meets(SearchItem &item, ContentTest test, ContentAnswers
 
 ContentVerdict ContentConditions::judgeAll(SearchItem &item, bool testsPDF,
                                            ContentAnswers &answers) const {
+  const auto hasText = [&] {
+    // The status before the file is read.
+    static_cast<void>(item.file.status());
+    return hasTextInPDF(item, answers);
+  };
   if (search_.isPDFSearch() != 0 && search_.isExifSearch() != 0) {
     if (!tagsOf(item, answers).hasKeyword) {
       const ContentVerdict verdict = verdictWithoutExif(item, answers);
-      if (verdict != ContentVerdict::Fails || !hasTextInPDF(item, answers))
+      if (verdict != ContentVerdict::Fails || !hasText())
         return verdict;
     }
   } else {
-    if (testsPDF && !hasTextInPDF(item, answers))
+    if (testsPDF && !hasText())
       return ContentVerdict::Fails;
     if (wantsExifKeyword() && !tagsOf(item, answers).hasKeyword)
       return verdictWithoutExif(item, answers);
@@ -78,8 +83,6 @@ const ExifAnswers &ContentConditions::tagsOf(SearchItem &item, ContentAnswers &a
 }
 
 bool ContentConditions::hasTextInPDF(SearchItem &item, ContentAnswers &answers) const {
-  // The status before the file is read.
-  static_cast<void>(item.file.status());
   if (!answers.hasPDFText)
     answers.hasPDFText = hasTextInPDF(item);
   return *answers.hasPDFText;
