@@ -305,9 +305,9 @@ TEST_F(DeepTest, HostsWithProcessesOfTheirOwn) {
 TEST_F(DeepTest, TheWorkersAnswersHold) {
   useScriptedReader();
   const auto changing = [](int at, const char *path, int flags, struct statx *status) {
-    static std::atomic<std::uint32_t> moment{0};
+    static std::atomic<std::uint32_t> tick{0};
     const int result = realSystemCalls().statusAt(at, path, flags, status);
-    status->stx_ctime.tv_nsec = ++moment;
+    status->stx_ctime.tv_nsec = ++tick;
     return result;
   };
   std::string all;
