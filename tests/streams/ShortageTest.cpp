@@ -1,7 +1,9 @@
 #include "streams/CBlankStream.h"
 #include "streams/CFileStream.h"
 #include "streams/CMemStream.h"
+#include "streams/CReductionStream.h"
 #include "streams/CStringBuffer.h"
+#include "streams/CTransPixelStream.h"
 #include "testing/FailingMemory.h"
 
 #include <gtest/gtest.h>
@@ -57,6 +59,8 @@ TEST(Shortage, LeavesStreamsAsTheyWere) {
 
   CMemStream memory, target;
   CBlankStream blank;
+  CTransPixelStream conversion;
+  CReductionStream reduction;
   char bytes[] = "abcdefgh";
   long done = 9;
   ASSERT_EQ(memory.CreateMemStream(0, 4, 0, nullptr) + memory.Open(3), 2);
@@ -70,10 +74,16 @@ TEST(Shortage, LeavesStreamsAsTheyWere) {
   EXPECT_EQ(memory.Tell(), 2);
   EXPECT_EQ(std::string(reinterpret_cast<char *>(memory.GetMemory()), memory.GetSize()), bytes);
   EXPECT_EQ(shortOfMemory([&] {
-              return blank.CreateBlankStream(&memory, 1, 1, 2, 2) + CopyStream(&target, &memory, 4);
+              return blank.CreateBlankStream(&memory, 1, 1, 2, 2) +
+                     conversion.CreateTransPixelStream(&memory, 1, pixelGrey8, pixelGrey16) +
+                     reduction.CreateReductionStream(&memory, 1, 1, 1, 1, 1, reductionAverage) +
+                     CopyStream(&target, &memory, 4);
             }),
             0);
-  EXPECT_EQ(blank.Open(2) + target.Seek(0, 1) + memory.Seek(0, 1), 0) << "all are closed";
+  EXPECT_EQ(blank.Open(2) + conversion.Open(2) + reduction.Open(2) + target.Seek(0, 1) +
+                memory.Seek(0, 1),
+            0)
+      << "all are closed";
 }
 
 } // namespace
