@@ -47,9 +47,8 @@ bool findOccurrence(const Pattern &pattern, const std::vector<std::uint32_t> &fa
   return false;
 }
 
-constexpr char upperASCII(char c) noexcept {
-  return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-}
+/// The bit in which the cases of a letter from a to z differ; of other characters none.
+constexpr char caseBitOf(char c) noexcept { return c >= 'a' && c <= 'z' ? 'a' ^ 'A' : 0; }
 
 } // namespace
 
@@ -79,6 +78,11 @@ NSRange TextPattern::find(std::string_view text) const {
   return findFolded(text);
 }
 
+NSRange TextPattern::findInASCII(std::string_view text) const {
+  // Folded, other patterns may be ASCII, too: an sz is two letters s.
+  return isASCII_ && !units_.empty() ? findBytes(text) : find(text);
+}
+
 NSRange TextPattern::findBytes(std::string_view text) const noexcept {
   NSRange range;
   const auto accept = [&](std::size_t end) {
@@ -104,8 +108,8 @@ std::size_t TextPattern::findCandidate(std::string_view text) const noexcept {
   const bool foldCase = (options_ & NSCaseInsensitiveSearch) != 0;
   const auto first = static_cast<char>(units_.front());
   const auto final = static_cast<char>(units_.back());
-  const PatternEnds ends{first, foldCase ? upperASCII(first) : first, final,
-                         foldCase ? upperASCII(final) : final};
+  const PatternEnds ends{first, foldCase ? caseBitOf(first) : '\0', final,
+                         foldCase ? caseBitOf(final) : '\0'};
   const auto isCandidate = [&](const char *begin) {
     for (std::size_t i = 1; i < last; ++i)
       if (units_[i] != (foldCase ? lowerASCII(begin[i]) : begin[i]))

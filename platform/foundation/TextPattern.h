@@ -28,6 +28,9 @@ public:
   /// Throws `std::bad_alloc` when `text` is not ASCII, else nothing.
   [[nodiscard]] NSRange find(std::string_view text) const;
 
+  /// The same for a text that is known to be ASCII.
+  [[nodiscard]] NSRange findInASCII(std::string_view text) const;
+
   /// The most code points that an occurrence takes.
   [[nodiscard]] std::size_t longestOccurrence() const noexcept { return units_.size(); }
 

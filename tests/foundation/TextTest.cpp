@@ -104,7 +104,7 @@ TEST(TextPattern, AgreesWithTryingEveryPart) {
 
 TEST(PatternEnds, AreMetWhereAPlainLoopMeetsThem) {
   std::mt19937 random(1);
-  const PatternEnds ends{'a', 'A', '\xE9', 'z'};
+  const PatternEnds ends{'a', 'a' ^ 'A', '\xE9', 0};
   for (int round = 0; round < 1000; ++round) {
     std::string text(2 * PatternEnds::blockSize, ' ');
     for (char &byte : text)
