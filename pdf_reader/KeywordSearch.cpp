@@ -33,6 +33,8 @@ KeywordSearch::KeywordSearch(const NSString &keyword, bool isCaseSensitive, unsi
       isAlwaysValid_(isAnyOf(encoding, {StringEncoding::MacRoman, StringEncoding::ISOLatin1})),
       isSingleByte_(isAlwaysValid_ || isAnyOf(encoding, {StringEncoding::ASCII})),
       isShiftJIS_(isAnyOf(encoding, {StringEncoding::MacJapanese, StringEncoding::ShiftJIS_X0213})),
+      isSameInASCII_(isSingleByte_ || (isASCII(keyword.view()) &&
+                                       keyword.view().find('\\') == std::string_view::npos)),
       overlap_(pattern_.longestOccurrence() * (isSingleByte_ ? 1 : 4)) {
   if (encoding > std::numeric_limits<std::uint32_t>::max()) {
     encodingCount_ = 0;
@@ -63,7 +65,7 @@ std::size_t KeywordSearch::wholeCharacters(std::string_view text,
 
 std::optional<bool> KeywordSearch::occursIn(std::string_view text, std::size_t index) const {
   // Most texts are ASCII, which is the same in encodings that can be cut, but for a backslash.
-  if (canBeCut() && isASCII(text) && (isSingleByte_ || text.find('\\') == std::string_view::npos))
+  if (canBeCut() && isASCII(text) && (isSameInASCII_ || text.find('\\') == std::string_view::npos))
     return pattern_.findInASCII(text).length != 0;
   const auto converted = decodeText(text, encodings_[index]);
   if (!converted)

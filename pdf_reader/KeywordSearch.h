@@ -47,6 +47,8 @@ private:
   const bool isAlwaysValid_;
   const bool isSingleByte_;
   const bool isShiftJIS_;
+  /// Whether the keyword occurs in ASCII bytes as in the text that they are decoded to.
+  const bool isSameInASCII_;
   const std::size_t overlap_;
   std::array<std::uint32_t, mostEncodings> encodings_{};
   std::size_t encodingCount_ = 1;

@@ -116,22 +116,25 @@ std::size_t TextPattern::findCandidate(std::string_view text) const noexcept {
         return false;
     return true;
   };
-  // After too many failed candidates, leave the rest to the search that is always linear.
-  std::size_t position = 0;
+  const std::size_t whole = PatternEnds::blockSize + last;
   std::size_t failures = 0;
-  while (text.size() - position >= PatternEnds::blockSize + last &&
-         failures * units_.size() <= position + 1024) {
+  for (std::size_t position = 0;; position += PatternEnds::blockSize) {
+    if (text.size() - position < whole)
+      return position;
     const char *const block = text.data() + position;
-    for (std::uint32_t begins = ends.begins(block, block + last); begins != 0;
-         begins &= begins - 1) {
+    std::uint32_t begins = ends.begins(block, block + last);
+    if (begins == 0)
+      continue;
+    // After too many failed candidates, leave the rest to the search that is always linear.
+    if (failures * units_.size() > position + 1024)
+      return position;
+    for (; begins != 0; begins &= begins - 1) {
       const auto i = static_cast<std::size_t>(std::countr_zero(begins));
       if (isCandidate(block + i))
         return position + i;
       ++failures;
     }
-    position += PatternEnds::blockSize;
   }
-  return position;
 }
 
 NSRange TextPattern::findFolded(std::string_view text) const {
