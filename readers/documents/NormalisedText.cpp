@@ -28,6 +28,14 @@ bool isRightToLeft(char32_t c) noexcept {
   return direction == UTF8PROC_BIDI_CLASS_R || direction == UTF8PROC_BIDI_CLASS_AL;
 }
 
+/// Marks that follow a character. Normalisation sorts them, in quadratic time; no language has as
+/// many (Unicode Standard Annex 15, 12.1).
+constexpr int mostMarks = 30;
+
+bool isMark(char32_t c) noexcept {
+  return utf8proc_get_property(static_cast<utf8proc_int32_t>(c))->combining_class != 0;
+}
+
 /// In place of the text; what utf8proc refuses stays as it was.
 void normalise(std::string &text) {
   constexpr auto options =
@@ -54,11 +62,15 @@ std::string normalised(std::string_view text, TextTraits &traits) {
   std::string cleaned;
   cleaned.reserve(text.size());
   bool isPlain = true;
+  int marks = 0;
   for (std::size_t i = 0; i < text.size();) {
     const char32_t c = takeUtf8(text, i);
     if (isWhiteSpace(c)) {
       cleaned += ' ';
     } else if (!isDropped(c)) {
+      marks = !isInert(c) && isMark(c) ? marks + 1 : 0;
+      if (marks > mostMarks)
+        continue;
       appendUtf8(cleaned, c);
       isPlain = isPlain && c < 0x80;
       traits.mayCompose = traits.mayCompose || !isInert(c);

@@ -16,7 +16,8 @@ struct TextTraits {
 
 /// Text in the form in which it is compared: compatibility normalisation (NFKC), all white space as
 /// blanks, without control characters and those that only direct the layout. Soft hyphens stay,
-/// since the end of a line decides about them. The text need not be valid UTF-8; the result is.
+/// since the end of a line decides about them. Marks above the thirtieth of a character are left
+/// out. The text need not be valid UTF-8; the result is.
 [[nodiscard]] std::string normalised(std::string_view text, TextTraits &traits);
 
 /// The mark that an accent of its own (´) stands for on a letter; 0 if it is none.

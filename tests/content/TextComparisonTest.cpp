@@ -120,6 +120,16 @@ TEST(TextComparison, FindsWhatTheReaderMakesOfAnyCharacter) {
   }
 }
 
+TEST(TextComparison, TakesMarksWithoutEndInLinearTime) {
+  std::string text = "a";
+  for (int i = 0; i < 300'000; ++i)
+    appendUtf8(text, i % 2 == 0 ? U'\u0301' : U'\u0323');
+  TextTraits traits;
+  const std::string form = normalised(text + "b", traits);
+  EXPECT_LT(form.size(), 70) << "thirty marks of two bytes each";
+  EXPECT_EQ(form.back(), 'b');
+}
+
 /// Whether `text` from `at` on can be read as `keyword`.
 bool canBeRead(std::string_view text, std::string_view keyword) {
   if (keyword.empty())
