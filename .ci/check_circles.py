@@ -4,6 +4,7 @@
 A header and the sources of the same name count as one.
 """
 
+import os
 import pathlib
 import re
 import subprocess
@@ -18,6 +19,12 @@ def name_of(path):
     return str(pathlib.PurePath(path).with_suffix(""))
 
 
+def included_file(path, name):
+    """Public headers include each other by where they stand to one another."""
+    beside = os.path.normpath(os.path.join(os.path.dirname(path), name))
+    return beside if os.path.isfile(beside) else name
+
+
 def read_includes():
     """For each file the files that it includes, all by their names without the ending."""
     listed = subprocess.run(["git", "ls-files", "--", *FOLDERS], check=True, capture_output=True,
@@ -26,7 +33,8 @@ def read_includes():
     for path in listed:
         if path.endswith((".h", ".c", ".cpp")):
             names = INCLUDE.findall(pathlib.Path(path).read_text())
-            includes.setdefault(name_of(path), set()).update(name_of(name) for name in names)
+            includes.setdefault(name_of(path), set()).update(
+                name_of(included_file(path, name)) for name in names)
     return includes
 
 

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """The layers hold: what each folder may include, and where system headers may occur."""
 
+import os
 import pathlib
 import re
 import subprocess
@@ -15,6 +16,7 @@ ALLOWED = {
     "hosts": {SEARCH + "/SearchSystem.h", "platform/content/Content.h",
               "platform/foundation/CoreFoundation.h",
               "platform/foundation/LocalTime.h", "platform/foundation/MainLoop.h",
+              "platform/foundation/Version.h",
               "platform/imagetag/ShootingDate.h", "platform/metadata/MetadataIndex.h"},
     SEARCH: {"pdf_reader", "streams", "platform/foundation", "platform/metadata",
              "platform/imagetag", "platform/content"},
@@ -72,9 +74,14 @@ def faults_of(path):
         return
     if layer not in ALLOWED:
         return
-    for match in INCLUDE.finditer(pathlib.Path(path).read_text()):
+    text = pathlib.Path(path).read_text()
+    for match in INCLUDE.finditer(text):
         name = match.group(1)[1:-1]
         if match.group(1)[0] == '"':
+            # Public headers include each other by where they stand to one another.
+            beside = os.path.normpath(os.path.join(os.path.dirname(path), name))
+            if "extern \"C\" {" in text and os.path.isfile(beside):
+                name = beside
             if not pathlib.Path(name).is_file():
                 yield f"{path}: {name} is not a path from the project's root"
             elif not is_allowed(layer, name):

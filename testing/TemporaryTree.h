@@ -110,7 +110,7 @@ private:
   static void removeTree(int parent, const char *name) noexcept {
     if (unlinkat(parent, name, 0) == 0)
       return;
-    fchmodat(parent, name, 0700, 0);
+    [[maybe_unused]] const int isRefused = fchmodat(parent, name, 0700, 0);
     const int fd = openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (DIR *const entries = fd >= 0 ? fdopendir(fd) : nullptr) {
       while (const dirent *const entry = readdir(entries))

@@ -27,7 +27,7 @@
  * out with all they hold. What cannot be read is left out without notice, unless the host asks a
  * deep search for it. Results come in no order. */
 
-#include "platform/foundation/CoreFoundation.h"
+#include "../../platform/foundation/CoreFoundation.h"
 
 #include <stddef.h>
 #include <stdint.h>

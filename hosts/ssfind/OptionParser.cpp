@@ -5,6 +5,7 @@
 #include "hosts/ssfind/MarkedText.h"
 #include "hosts/ssfind/StandardError.h"
 #include "hosts/ssfind/VisibleText.h"
+#include "platform/foundation/Version.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -203,7 +204,7 @@ void OptionTable::addOthers() {
   indexStatus_ = addFlag("--index-status", "where the metadata index is, and what it holds");
   indexClear_ = addFlag("--index-clear", "remove the metadata index; searches make a new one");
   app_.set_help_flag("-h,--help", "show this help");
-  app_.set_version_flag("--version", "ssfind " SSFIND_VERSION, "show the version");
+  app_.set_version_flag("--version", std::string("ssfind ") + PFGetVersion(), "show the version");
 }
 
 ParsedOptions OptionTable::parse() {

@@ -24,7 +24,8 @@
  * All functions belong to the main thread. What they set is process-wide and in force from the next
  * start of a search on. */
 
-#include "platform/foundation/CoreFoundation.h"
+#include "../foundation/CoreFoundation.h"
+#include "../foundation/Symbol.h"
 
 #include <stdint.h>
 
@@ -35,13 +36,13 @@ extern "C" {
 enum { PFContentPlain = 0, PFContentDeep = 1 };
 
 /* PFContentPlain at the start; an unknown value means it, too. */
-void PFContentSetDepth(int depth);
+void PFContentSetDepth(int depth) SEARCHSYSTEM_SYMBOL(PFContentSetDepth);
 
 /* Narrows deep searches to files with these extensions: strings without a dot, in any case. An
  * extension that is not among those of a deep search is searched for by name and date. NULL, as at
  * the start, means all that a deep search knows. 0 when memory is short, and then nothing has
  * changed. */
-int PFContentSetExtensions(CFArrayRef extensions);
+int PFContentSetExtensions(CFArrayRef extensions) SEARCHSYSTEM_SYMBOL(PFContentSetExtensions);
 
 /* Why the content of a file could not be tested. A photograph without descriptions was read. */
 enum {
@@ -63,7 +64,8 @@ typedef void (*PFContentUnreadCallback)(CFStringRef path, int32_t reason, void *
 
 /* Names who is told of the files that a deep search could not read: each at most once in a search,
  * on the main thread, before its end is reported. NULL, as at the start, for nobody. */
-void PFContentSetUnreadCallback(PFContentUnreadCallback callback, void *context);
+void PFContentSetUnreadCallback(PFContentUnreadCallback callback, void *context)
+    SEARCHSYSTEM_SYMBOL(PFContentSetUnreadCallback);
 
 /* What a photograph says of itself in a deep reading. */
 typedef struct {
@@ -79,7 +81,8 @@ typedef struct {
  * read; `photograph` is written in any case, with what was found. Waits for the disk and the
  * reader: some 0.1 ms, but as long as a photograph made to take long may, 30 seconds at most. May
  * be called in a search's callback. */
-int PFContentCopyPhotograph(CFStringRef path, PFPhotograph *photograph);
+int PFContentCopyPhotograph(CFStringRef path, PFPhotograph *photograph)
+    SEARCHSYSTEM_SYMBOL(PFContentCopyPhotograph);
 
 #ifdef __cplusplus
 }

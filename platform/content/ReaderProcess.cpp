@@ -133,8 +133,7 @@ std::string pathOfReaderProgram() {
   if (realpath(library.dli_fname, path) == nullptr)
     return {};
   const std::string folder = folderOf(path);
-  // Libraries lie in lib, or one folder further down, lib/x86_64-linux-gnu.
-  for (const char *const place : {"/", "/../libexec/searchsystem/", "/../../libexec/searchsystem/"})
+  for (const char *const place : {"/", "/" SEARCHSYSTEM_READER_FOLDER "/"})
     if (std::string program = folder + place + programName; access(program.c_str(), X_OK) == 0)
       return program;
   return {};

@@ -73,8 +73,8 @@ CFStringRef CFStringCreateWithFileSystemRepresentation(CFAllocatorRef /*allocato
   return orNull([&] { return NSString::create(path); });
 }
 
-Boolean CFStringGetCString(CFStringRef string, char *buffer, CFIndex size,
-                           CFStringEncoding encoding) {
+unsigned char CFStringGetCString(CFStringRef string, char *buffer, CFIndex size,
+                                 CFStringEncoding encoding) {
   if (string == nullptr || buffer == nullptr || size <= 0)
     return 0;
   try {
@@ -137,7 +137,7 @@ CFRunLoopRef CFRunLoopGetMain(void) {
 void CFRunLoopRun(void) { MainRunLoop::shared().run(std::nullopt, false); }
 
 SInt32 CFRunLoopRunInMode(CFRunLoopMode /*mode*/, CFTimeInterval seconds,
-                          Boolean returnAfterSourceHandled) {
+                          unsigned char returnAfterSourceHandled) {
   return MainRunLoop::shared().run(timeAfter(seconds), returnAfterSourceHandled != 0);
 }
 

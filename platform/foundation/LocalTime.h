@@ -3,6 +3,8 @@
 
 /* Local time, for hosts that read dates as the library does, in the C library's time zone. */
 
+#include "Symbol.h"
+
 #include <stdint.h>
 
 #ifdef __cplusplus
@@ -25,7 +27,7 @@ typedef struct {
 } PFLocalTime;
 
 /* The meanings of the local time `time`, in seconds since 1970 as if it were UTC. Any thread. */
-PFLocalTime PFLocalTimeMake(int64_t time);
+PFLocalTime PFLocalTimeMake(int64_t time) SEARCHSYSTEM_SYMBOL(PFLocalTimeMake);
 
 #ifdef __cplusplus
 }

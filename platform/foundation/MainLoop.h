@@ -12,22 +12,24 @@
  * The main thread is the process's first thread, unless PFMainLoopBindToCurrentThread binds
  * another. */
 
+#include "Symbol.h"
+
 #ifdef __cplusplus
 extern "C" {
 #endif
 
 /* Makes the calling thread the main thread. Call once, before any other function of the library. */
-void PFMainLoopBindToCurrentThread(void);
+void PFMainLoopBindToCurrentThread(void) SEARCHSYSTEM_SYMBOL(PFMainLoopBindToCurrentThread);
 
 /* A descriptor that is readable while work or a timer is due, only for poll(2) and the like. It
  * belongs to the loop, is closed on exec, and stays the same for the life of the process. -1 if no
  * descriptor is available; a later call tries again. Main thread. */
-int PFMainLoopGetDescriptor(void);
+int PFMainLoopGetDescriptor(void) SEARCHSYSTEM_SYMBOL(PFMainLoopGetDescriptor);
 
 /* Runs what was due when the call began, for 8 milliseconds at most, without blocking. Remaining
  * and new work keeps the descriptor readable; otherwise it is reset. 1 if something was run, else
  * 0. May be called from inside work of the loop. Main thread. */
-int PFMainLoopDispatch(void);
+int PFMainLoopDispatch(void) SEARCHSYSTEM_SYMBOL(PFMainLoopDispatch);
 
 enum {
   /* Delays take real time. */
@@ -39,10 +41,10 @@ enum {
 
 /* Chooses the clock of delays; the default, also for unknown values, is PFMainLoopClockReal.
  * Pending delays keep their remaining time. Main thread. */
-void PFMainLoopSetClock(int clock);
+void PFMainLoopSetClock(int clock) SEARCHSYSTEM_SYMBOL(PFMainLoopSetClock);
 
 /* The time of the clock in use, in seconds since a fixed time. Main thread. */
-double PFMainLoopGetTime(void);
+double PFMainLoopGetTime(void) SEARCHSYSTEM_SYMBOL(PFMainLoopGetTime);
 
 #ifdef __cplusplus
 }

@@ -3,7 +3,8 @@
 
 /* When a photograph was taken, for hosts that show the dates that a search compares. */
 
-#include "platform/foundation/CoreFoundation.h"
+#include "../foundation/CoreFoundation.h"
+#include "../foundation/Symbol.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -12,7 +13,8 @@ extern "C" {
 /* Reads when the photograph in the JPEG or TIFF file at `path` was taken, or else digitized, taken
  * as local time. 1, or 0, with `date` unchanged, if the file cannot be read or holds no existing
  * date. Any thread. */
-int PFImageGetShootingDate(const char *path, CFAbsoluteTime *date);
+int PFImageGetShootingDate(const char *path, CFAbsoluteTime *date)
+    SEARCHSYSTEM_SYMBOL(PFImageGetShootingDate);
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,3 @@
+#include "platform/foundation/Version.h"
+
+const char *PFGetVersion(void) { return SEARCHSYSTEM_VERSION; }
