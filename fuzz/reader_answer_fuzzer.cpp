@@ -66,8 +66,8 @@ std::string_view cut(std::string_view &rest) {
 void checkPhotographs(std::string_view rest, std::string_view keyword, bool isDistinct) {
   TextComparison comparison(keyword, isDistinct);
   PhotographRecords records(&comparison, longestText);
-  while (!rest.empty()) {
-    const auto state = records.take(cut(rest));
+  while (records.isLeft() || !rest.empty()) {
+    const auto state = records.isLeft() ? records.takeRest() : records.take(cut(rest));
     require(records.content().reason <= UnreadReason::noReader);
     require(!records.content().holds || !comparison.isEmpty());
     if (state == PhotographRecords::State::WorkerEnded) {

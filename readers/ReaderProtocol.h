@@ -14,9 +14,10 @@
 ///
 /// A request to read photographs comes with the socket alone. Over that the worker gets photographs
 /// (`PhotographBatch`), again and again, until the socket ends. It answers in their order. A
-/// photograph's answer is a sequence of records that hold parts: fields, date, camera, then one
-/// that ends it. A record that ends a document's answer says here that the worker itself has ended,
-/// over the photograph at hand.
+/// photograph's answer is a sequence of parts: fields, date, camera, then one that ends it. They
+/// come in records, several answers in one if that was allowed. A record that ends a document's
+/// answer says here that the worker itself has ended; if each answer was to be sent alone, over the
+/// first photograph without one.
 ///
 /// All sockets keep the bounds of messages (SOCK_SEQPACKET), so that no process that dies can leave
 /// half a record.
@@ -26,7 +27,7 @@
 namespace searchsystem {
 
 /// Raised with every change of what is written here, or of what the texts mean.
-constexpr std::uint32_t readerVersion = 2;
+constexpr std::uint32_t readerVersion = 3;
 constexpr std::uint32_t requestMark = 0x51525353;
 
 /// Where the program finds what it is started with.
@@ -63,6 +64,9 @@ struct PhotographBatch {
   std::uint32_t count = 0;
   /// A bit for each photograph that has a sidecar, the lowest for the first.
   std::uint32_t sidecars = 0;
+  /// Whether an answer may wait for others, but not for the disk. Otherwise each is sent before the
+  /// next photograph is read.
+  std::uint64_t mayAnswerTogether = 0;
   /// Of the files, in bytes, in the order of their descriptors.
   std::uint64_t sizes[2 * mostPhotographs] = {};
 };
@@ -77,7 +81,7 @@ enum class ReaderRecord : std::uint8_t {
   text = 2,
   /// Followed by an `UnreadReason`, one byte.
   end = 3,
-  /// Followed by parts of a photograph's answer, together no longer than `longestPiece`.
+  /// Followed by parts of photographs' answers, together no longer than `longestPiece`.
   photograph = 4,
 };
 
@@ -93,7 +97,7 @@ enum class PhotographPart : std::uint8_t {
   /// The camera's, in UTF-8, at most `longestCameraText` bytes.
   maker = 4,
   model = 5,
-  /// An `UnreadReason`. Nothing of the photograph follows.
+  /// An `UnreadReason`. What follows is of the next photograph.
   end = 6,
 };
 

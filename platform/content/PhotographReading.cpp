@@ -13,6 +13,7 @@ void PhotographReading::read(std::span<const OpenPhotograph> photographs, const 
   constexpr int mostTries = 2;
   int tries = 0;
   read_ = 0;
+  isCareful_ = false;
   while (read_ < photographs.size()) {
     const std::size_t before = read_;
     const bool isLost = !askWorker(photographs, take);
@@ -31,19 +32,25 @@ void PhotographReading::read(std::span<const OpenPhotograph> photographs, const 
 }
 
 bool PhotographReading::askWorker(std::span<const OpenPhotograph> photographs, const Taker &take) {
-  std::unique_ptr<PhotographWorker> worker = workers_.take();
+  std::unique_ptr<PhotographWorker> worker = isCareful_ ? workers_.start() : workers_.take();
   if (!worker) {
     giveUpFirst(UnreadReason::noReader, take);
     return true;
   }
   start_ = worker->socket().start();
   const std::size_t end = std::min(photographs.size(), read_ + PhotographBatch::mostPhotographs);
-  if (!worker->lend(photographs.subspan(read_, end - read_)))
+  const bool areAlone = isCareful_ || end - read_ == 1;
+  const bool isCertain = worker->isNew() && areAlone;
+  if (!worker->lend(photographs.subspan(read_, end - read_), !areAlone))
     return false;
   while (read_ < end) {
-    const auto state = receive(worker->socket());
+    const auto state = receive(worker->socket(), areAlone || end - read_ == 1);
     if (!state)
       return false;
+    if (*state == PhotographRecords::State::WorkerEnded && !isCertain) {
+      isCareful_ = true;
+      return true;
+    }
     take(read_++, records_.content());
     if (*state == PhotographRecords::State::WorkerEnded)
       return true;
@@ -52,10 +59,11 @@ bool PhotographReading::askWorker(std::span<const OpenPhotograph> photographs, c
   return true;
 }
 
-std::optional<PhotographRecords::State> PhotographReading::receive(AnswerSocket &socket) {
+std::optional<PhotographRecords::State> PhotographReading::receive(AnswerSocket &socket,
+                                                                   bool isAlone) {
   records_.restart();
   socket.beginAnswer();
-  auto state = PhotographRecords::State::Incomplete;
+  auto state = records_.takeRest();
   while (state == PhotographRecords::State::Incomplete) {
     std::string_view record;
     switch (socket.receive(record)) {
@@ -73,6 +81,8 @@ std::optional<PhotographRecords::State> PhotographReading::receive(AnswerSocket 
       return std::nullopt;
     }
   }
+  if (state == PhotographRecords::State::Complete && isAlone && records_.isLeft())
+    return records_.endWorker(UnreadReason::readerCrashed);
   return state;
 }
 

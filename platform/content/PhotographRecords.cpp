@@ -32,7 +32,8 @@ PhotographRecords::State PhotographRecords::take(std::string_view record) {
   case ReaderRecord::alive:
     return State::Incomplete;
   case ReaderRecord::photograph:
-    return takeParts(record.substr(1));
+    rest_ = record.substr(1);
+    return rest_.empty() ? lie() : takeRest();
   case ReaderRecord::end: {
     const std::optional<UnreadReason> reason = reasonIn(record.substr(1));
     return reason && *reason != UnreadReason::none ? endWorker(*reason) : lie();
@@ -43,23 +44,20 @@ PhotographRecords::State PhotographRecords::take(std::string_view record) {
   return lie();
 }
 
-PhotographRecords::State PhotographRecords::takeParts(std::string_view parts) {
+PhotographRecords::State PhotographRecords::takeRest() {
   State state = State::Incomplete;
-  if (parts.empty())
-    return lie();
-  while (!parts.empty()) {
+  while (state == State::Incomplete && !rest_.empty()) {
     std::uint32_t length = 0;
     constexpr std::size_t header = 1 + sizeof length;
-    // Nothing of this photograph follows its end.
-    if (state != State::Incomplete || parts.size() < header)
+    if (rest_.size() < header)
       return lie();
-    std::memcpy(&length, parts.data() + 1, sizeof length);
-    if (length > parts.size() - header)
+    std::memcpy(&length, rest_.data() + 1, sizeof length);
+    if (length > rest_.size() - header)
       return lie();
-    state = takePart(parts.front(), parts.substr(header, length));
-    if (state == State::WorkerEnded)
-      return state;
-    parts.remove_prefix(header + length);
+    const char part = rest_.front();
+    const std::string_view content = rest_.substr(header, length);
+    rest_.remove_prefix(header + length);
+    state = takePart(part, content);
   }
   return state;
 }
@@ -104,6 +102,7 @@ PhotographRecords::State PhotographRecords::takeText(std::string_view text) {
 
 PhotographRecords::State PhotographRecords::endWorker(UnreadReason reason) noexcept {
   content_.reason = reason;
+  rest_ = {};
   return State::WorkerEnded;
 }
 

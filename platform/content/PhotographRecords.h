@@ -25,8 +25,13 @@ public:
     WorkerEnded,
   };
 
-  /// Takes the next record, of any length. Throws `std::bad_alloc`.
+  /// Takes the next record, of any length, as far as it is about one photograph. It must stay as
+  /// long as something `isLeft` of it. Throws `std::bad_alloc`.
   [[nodiscard]] State take(std::string_view record);
+  /// Whether the last record says something about the next photographs, which `takeRest` takes as
+  /// far as it is about one. Throws `std::bad_alloc`.
+  [[nodiscard]] bool isLeft() const noexcept { return !rest_.empty(); }
+  [[nodiscard]] State takeRest();
   /// The worker is not to be asked again, for this reason.
   State endWorker(UnreadReason reason) noexcept;
   /// What is known of the photograph; with a reason once its answer is complete.
@@ -35,13 +40,14 @@ public:
   void restart() noexcept;
 
 private:
-  [[nodiscard]] State takeParts(std::string_view parts);
   [[nodiscard]] State takePart(char part, std::string_view content);
   [[nodiscard]] State takeText(std::string_view text);
   State lie() noexcept { return endWorker(UnreadReason::readerCrashed); }
 
   TextComparison *const comparison_;
   const std::uint64_t longestText_;
+  /// Of the last record.
+  std::string_view rest_;
   std::uint64_t length_ = 0;
   bool isInField_ = false;
   PhotographContent content_;

@@ -10,9 +10,10 @@
 
 namespace searchsystem {
 
-bool PhotographWorker::lend(std::span<const OpenPhotograph> photographs) noexcept {
+bool PhotographWorker::lend(std::span<const OpenPhotograph> photographs,
+                            bool mayAnswerTogether) noexcept {
   assert(photographs.size() <= PhotographBatch::mostPhotographs);
-  PhotographBatch batch;
+  PhotographBatch batch{.mayAnswerTogether = mayAnswerTogether ? 1U : 0U};
   std::array<int, mostSentDescriptors> descriptors{};
   static_assert(mostSentDescriptors >= 2 * PhotographBatch::mostPhotographs);
   std::size_t count = 0;
@@ -46,6 +47,10 @@ std::unique_ptr<PhotographWorker> PhotographWorkers::take() {
     if (!worker->socket().hasNews())
       return worker;
   }
+  return start();
+}
+
+std::unique_ptr<PhotographWorker> PhotographWorkers::start() {
   std::optional<ReaderConnection::Lent> lent = ReaderConnection::shared().startPhotographWorker();
   return lent ? std::make_unique<PhotographWorker>(cancellation_, *std::move(lent)) : nullptr;
 }

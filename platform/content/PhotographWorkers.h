@@ -23,9 +23,12 @@ public:
 
   /// Asks about photographs, no more than one `PhotographBatch` may have; false when nobody is
   /// there to be asked.
-  [[nodiscard]] bool lend(std::span<const OpenPhotograph> photographs) noexcept;
+  [[nodiscard]] bool lend(std::span<const OpenPhotograph> photographs,
+                          bool mayAnswerTogether) noexcept;
   [[nodiscard]] AnswerSocket &socket() noexcept { return socket_; }
 
+  /// Whether it has not been asked yet.
+  [[nodiscard]] bool isNew() const noexcept { return lent_ == 0; }
   /// Whether it has read what one process is to read.
   [[nodiscard]] bool isUsedUp() const noexcept { return lent_ >= mostPhotographs; }
 
@@ -46,6 +49,8 @@ public:
   /// One that waits, or else a new one; null when there is no reader program. Throws
   /// `std::bad_alloc`.
   [[nodiscard]] std::unique_ptr<PhotographWorker> take();
+  /// A new one; null when there is no reader program. Throws `std::bad_alloc`.
+  [[nodiscard]] std::unique_ptr<PhotographWorker> start();
   [[nodiscard]] bool isCancelled() const noexcept { return cancellation_.isCancelled(); }
   /// Takes one back that has answered all.
   void giveBack(std::unique_ptr<PhotographWorker> worker) noexcept;

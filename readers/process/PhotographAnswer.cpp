@@ -15,6 +15,9 @@ namespace {
 constexpr std::size_t partHeader = 1 + sizeof(std::uint32_t);
 constexpr std::size_t longestContent = longestPiece - partHeader;
 
+/// How long an answer may wait for others.
+constexpr std::chrono::milliseconds longestWait{1};
+
 /// The beginning of a text in UTF-8, up to the end of a character.
 std::string_view cut(std::string_view text, std::size_t most) noexcept {
   std::size_t size = std::min(text.size(), most);
@@ -53,16 +56,19 @@ void PhotographAnswer::takeCamera(std::string_view maker, std::string_view model
     add(PhotographPart::model, cut(model, longestCameraText));
 }
 
-bool PhotographAnswer::end(UnreadReason reason) noexcept {
+bool PhotographAnswer::end(UnreadReason reason, bool mayWait) noexcept {
   const char byte = static_cast<char>(reason);
   add(PhotographPart::end, {&byte, 1});
-  send();
+  if (!mayWait || Clock::now() - waitsSince_ >= longestWait)
+    send();
   return isWanted_;
 }
 
 void PhotographAnswer::add(PhotographPart part, std::string_view content) noexcept {
   if (longestPiece - size_ < partHeader + content.size())
     send();
+  if (size_ == 0)
+    waitsSince_ = Clock::now();
   char *const place = record_.get() + 1 + size_;
   const auto length = static_cast<std::uint32_t>(content.size());
   *place = static_cast<char>(part);

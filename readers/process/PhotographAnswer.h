@@ -4,6 +4,7 @@
 #include "readers/ReaderProtocol.h"
 #include "readers/photographs/PhotographSink.h"
 
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <string_view>
@@ -11,7 +12,7 @@
 namespace searchsystem {
 
 /// Sends a worker's answers about photographs, one after another. What fits into one record is sent
-/// as one.
+/// as one; for that, answers may wait for each other, but no longer than a few photographs take.
 class PhotographAnswer final : public PhotographSink {
 public:
   /// Throws `std::bad_alloc`.
@@ -21,14 +22,22 @@ public:
   void takeDate(const PhotographDate &date) override;
   void takeCamera(std::string_view maker, std::string_view model) override;
 
-  /// Sends what is left of a photograph's answer, and its end. False when nobody listens any more.
-  [[nodiscard]] bool end(UnreadReason reason) noexcept;
+  /// Ends a photograph's answer, and sends it unless it may wait for the next one. False when
+  /// nobody listens any more.
+  [[nodiscard]] bool end(UnreadReason reason, bool mayWait) noexcept;
 
-private:
-  void add(PhotographPart part, std::string_view content) noexcept;
+  /// Whether something waits to be sent.
+  [[nodiscard]] bool waits() const noexcept { return size_ != 0; }
   void send() noexcept;
 
+private:
+  using Clock = std::chrono::steady_clock;
+
+  void add(PhotographPart part, std::string_view content) noexcept;
+
   bool isWanted_ = true;
+  /// Since when something waits.
+  Clock::time_point waitsSince_;
   std::size_t size_ = 0;
   /// A record: its kind and the parts.
   const std::unique_ptr<char[]> record_;

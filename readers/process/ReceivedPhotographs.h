@@ -29,6 +29,7 @@ public:
   [[nodiscard]] bool receive(int socket) noexcept;
 
   [[nodiscard]] std::size_t count() const noexcept { return batch_.count; }
+  [[nodiscard]] bool mayAnswerTogether() const noexcept { return batch_.mayAnswerTogether != 0; }
 
   /// Hands on the next photograph, and its sidecar, whose descriptor is -1 if there is none. They
   /// stay this object's until the next call.

@@ -4,11 +4,13 @@
 #include "readers/process/PhotographAnswer.h"
 #include "readers/process/ReceivedPhotographs.h"
 
+#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <new>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace searchsystem {
@@ -55,11 +57,41 @@ void readDocument(const WorkerParts &parts) noexcept {
   answer.end(reason);
 }
 
+/// A file of a photograph. Before the disk is waited for, the answers that are ready are sent.
+class PromptSource final : public ByteSource {
+public:
+  PromptSource(const LentFile &file, PhotographAnswer &answer) noexcept
+      : descriptor_(file.descriptor), file_(file.descriptor, file.size), answer_(answer) {}
+
+  [[nodiscard]] std::uint64_t size() const noexcept override { return file_.size(); }
+
+  [[nodiscard]] std::size_t read(std::uint64_t offset, char *room,
+                                 std::size_t count) noexcept override {
+    std::size_t done = 0;
+    if (answer_.waits() && offset < size()) {
+      count = static_cast<std::size_t>(std::min<std::uint64_t>(count, size() - offset));
+      const iovec inMemory{room, count};
+      const ssize_t got =
+          preadv2(descriptor_, &inMemory, 1, static_cast<off_t>(offset), RWF_NOWAIT);
+      done = static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+      if (done == count)
+        return done;
+      answer_.send();
+    }
+    return done + file_.read(offset + done, room + done, count - done);
+  }
+
+private:
+  int descriptor_;
+  FileSource file_;
+  PhotographAnswer &answer_;
+};
+
 UnreadReason readNext(DocumentReader &reader, ReceivedPhotographs &photographs,
                       PhotographAnswer &answer) noexcept {
   const ReceivedPhotographs::Next lent = photographs.next();
-  FileSource file(lent.photograph.descriptor, lent.photograph.size);
-  FileSource sidecar(lent.sidecar.descriptor, lent.sidecar.size);
+  PromptSource file(lent.photograph, answer);
+  PromptSource sidecar(lent.sidecar, answer);
   return reasonOf([&] {
     return reader.readPhotograph(file, lent.sidecar.descriptor >= 0 ? &sidecar : nullptr, answer);
   });
@@ -76,8 +108,9 @@ void readPhotographs(const WorkerParts &parts) {
     ReceivedPhotographs photographs;
     if (!photographs.receive(answerDescriptor))
       return;
-    for (std::size_t i = 0; i < photographs.count(); ++i)
-      if (!answer.end(readNext(parts.reader, photographs, answer)))
+    for (std::size_t left = photographs.count(); left > 0; --left)
+      if (!answer.end(readNext(parts.reader, photographs, answer),
+                      photographs.mayAnswerTogether() && left > 1))
         return;
   }
 }

@@ -299,6 +299,16 @@ TEST_F(HostTest, APhotographWorkerThatWaitedMayBeGone) {
   }
 }
 
+/// It is replaced without a word, as it may have been killed while it waited.
+TEST_F(HostTest, APhotographWorkerThatWaitedMayEndWhenItIsAsked) {
+  ContentService service;
+  askPhotographs(service, {tree_.file("first", "crash over the next")});
+  for (const std::size_t count : {1U, 20U})
+    for (const PhotographContent &content :
+         askPhotographs(service, std::vector(count, tree_.file("photograph", "text\nx"))))
+      EXPECT_TRUE(content.holds) << count;
+}
+
 TEST_F(HostTest, PhotographWorkersEndWithTheirSearch) {
   pid_t program = 0;
   {

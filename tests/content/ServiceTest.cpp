@@ -78,8 +78,6 @@ constexpr BehaviourCase behaviourCases[] = {
     {"HugePart", "huge part", crashed},
     {"UnknownPart", "unknown part", crashed},
     {"TextWithoutName", "text without name", crashed},
-    {"PartsBehindTheEnd", "parts behind the end", crashed},
-    {"TwoEnds", "two ends", crashed},
     {"EndOfUnknownReason", "end of unknown reason", crashed},
     {"LongCamera", "long camera", crashed},
     {"WorkersEndWithoutReason", "worker's end without reason", UnreadReason::none, crashed},
@@ -90,6 +88,15 @@ INSTANTIATE_TEST_SUITE_P(Behaviours, BehaviourTest, testing::ValuesIn(behaviourC
                          [](const auto &row) { return row.param.name; });
 
 class ServiceTest : public ServiceFixture {};
+
+/// What follows the end would be taken for the next photograph's, if there were one.
+TEST_F(ServiceTest, NothingFollowsTheLastPhotograph) {
+  ContentService service;
+  for (const char *const lie : {"parts behind the end", "two ends"}) {
+    EXPECT_EQ(askPhotographs(service, {tree_.file("lie", lie)})[0].reason, crashed) << lie;
+    EXPECT_TRUE(askPhotographs(service, {tree_.file("next", "text\nx")})[0].holds) << lie;
+  }
+}
 
 TEST_F(ServiceTest, NothingIsReadForAnEmptyKeyword) {
   useLimits(limits(), tree_.path("no program"));

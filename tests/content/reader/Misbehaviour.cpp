@@ -2,6 +2,7 @@
 // does; the rest is what it does it with.
 
 #include "readers/ReaderProtocol.h"
+#include "readers/process/PhotographAnswer.h"
 #include "readers/process/Seal.h"
 #include "readers/process/Starter.h"
 
@@ -53,7 +54,15 @@ std::string part(PhotographPart kind, std::string_view content) {
   return part(kind, content, static_cast<std::uint32_t>(content.size()));
 }
 
-void sendParts(const std::string &parts) { sendRecord(record(ReaderRecord::photograph, parts)); }
+/// That of the photograph at hand.
+PhotographAnswer *answer = nullptr;
+
+/// Behind what has been said of other photographs.
+void sendParts(const std::string &parts) {
+  if (answer != nullptr && answer->waits())
+    answer->send();
+  sendRecord(record(ReaderRecord::photograph, parts));
+}
 
 const std::string endPart = part(PhotographPart::end, std::string(1, '\0'));
 
@@ -231,7 +240,11 @@ public:
 
   UnreadReason readPhotograph(ByteSource &photograph, ByteSource *sidecar,
                               PhotographSink &sink) override {
+    answer = dynamic_cast<PhotographAnswer *>(&sink);
+    if (crashesOverNext_)
+      std::abort();
     const auto [command, bytes] = scriptIn(photograph);
+    crashesOverNext_ = command == "crash over the next";
     if (command == "look")
       sink.takeField("Surroundings", ownDescriptors());
     else if (command == "text")
@@ -259,6 +272,7 @@ private:
   }
 
   std::string surroundings_;
+  bool crashesOverNext_ = false;
 };
 
 } // namespace
