@@ -4,6 +4,7 @@
 #include "FileSharchFunction/SearchSystem/ExifAnalysis.h"
 #include "FileSharchFunction/SearchSystem/LocaleEncoding.h"
 #include "pdf_reader/CPDFFile.h"
+#include "platform/content/OpenedPhotograph.h"
 #include "platform/foundation/NSDate.h"
 #include "platform/foundation/NaturalLanguageDate.h"
 #include "platform/foundation/PathComponents.h"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 namespace searchsystem {
 
@@ -38,6 +40,7 @@ bool ContentConditions::meets(SearchItem &item, ContentTest test, ContentAnswers
     readPhotograph(item, answers);
     verdict = judge(item, test, answers);
   }
+  item.photograph = {};
   return verdict == ContentVerdict::Meets;
 }
 
@@ -78,7 +81,7 @@ ContentVerdict ContentConditions::judgeAny(SearchItem &item, ContentAnswers &ans
 
 const ExifAnswers &ContentConditions::tagsOf(SearchItem &item, ContentAnswers &answers) const {
   if (!answers.exif)
-    answers.exif = readTags(item.file);
+    answers.exif = readTags(item);
   return *answers.exif;
 }
 
@@ -90,19 +93,23 @@ bool ContentConditions::hasTextInPDF(SearchItem &item, ContentAnswers &answers) 
 
 ContentVerdict ContentConditions::verdictWithoutExif(const SearchItem &item,
                                                      const ContentAnswers &answers) const noexcept {
-  const bool mayBeRead = search_.contentService() != nullptr && !answers.isPhotographRead &&
-                         FileKinds::isPhotograph(extensionOfName(item.file.name()));
-  return mayBeRead ? ContentVerdict::PhotographDecides : ContentVerdict::Fails;
+  return mayBeRead(item) && !answers.isPhotographRead ? ContentVerdict::PhotographDecides
+                                                      : ContentVerdict::Fails;
+}
+
+bool ContentConditions::mayBeRead(const SearchItem &item) const noexcept {
+  return search_.contentService() != nullptr &&
+         FileKinds::isPhotograph(extensionOfName(item.file.name()));
 }
 
 void ContentConditions::readPhotograph(SearchItem &item, ContentAnswers &answers) const {
-  const NSString *const path = item.path().get();
+  PhotographToRead photograph{.path = item.path().get(), .file = std::move(item.photograph)};
   const auto take = [&](std::size_t, ExifAnswers deep) { addDeep(answers, deep); };
-  readPhotographs({&path, 1}, std::ref(take));
+  readPhotographs({&photograph, 1}, std::ref(take));
 }
 
 void ContentConditions::readPhotographs(
-    std::span<const NSString *const> paths,
+    std::span<PhotographToRead> photographs,
     const std::function<void(std::size_t, ExifAnswers)> &take) const noexcept {
   const SearchPredicate &record = *search_._searchPredicate;
   PhotographQuestion question;
@@ -118,7 +125,7 @@ void ContentConditions::readPhotographs(
         EntryFilters::isInRange(*content.date, record.exifDateStart, record.exifDateEnd);
     take(place, found);
   };
-  search_.contentService()->readPhotographs(paths, question, std::ref(takeContent));
+  search_.contentService()->readPhotographs(photographs, question, std::ref(takeContent));
 }
 
 void ContentConditions::addDeep(ContentAnswers &answers, ExifAnswers deep) noexcept {
@@ -139,8 +146,17 @@ ExifAnswers ContentConditions::readExif(SearchItem &item) const {
   return found;
 }
 
-ExifAnswers ContentConditions::readTags(FileItem &item) const {
-  const Ref<ExifAnalysis> analysis = ExifAnalysis::startExifAnalysisAtPath(item, &search_._bCancel);
+ExifAnswers ContentConditions::readTags(SearchItem &item) const {
+  Ref<ExifAnalysis> analysis;
+  if (!mayBeRead(item)) {
+    analysis = ExifAnalysis::startExifAnalysisAtPath(item.file, &search_._bCancel);
+  } else if (search_._bCancel == 0) {
+    item.photograph = openedFile(item.file);
+    const std::optional<FileStatus> &status = item.file.status();
+    if (item.photograph && status)
+      analysis = ExifAnalysis::startExifAnalysisOfFile(item.photograph.descriptor.number(),
+                                                       status->size, &search_._bCancel);
+  }
   if (!analysis)
     return {};
   ExifAnswers answers;

@@ -54,16 +54,16 @@ public:
   [[nodiscard]] bool meets(SearchItem &item, ContentTest test, ContentAnswers &answers) const;
 
   /// The same, but has no photograph read deep: `readPhotographs` does that for several at once,
-  /// and then this decides. Throws `std::bad_alloc`.
+  /// and then this decides; the item's file may be open for that. Throws `std::bad_alloc`.
   [[nodiscard]] ContentVerdict judge(SearchItem &item, ContentTest test,
                                      ContentAnswers &answers) const {
     return test.mustMeetAll ? judgeAll(item, test.testsPDF, answers) : judgeAny(item, answers);
   }
 
-  /// Has photographs read deep. What is found in each is handed to `take` with its place among the
-  /// paths, one after another. `take` is to be made of a reference, `std::ref`, so that making it
+  /// Has photographs read deep. What is found in each is handed to `take` with its place among
+  /// them, one after another. `take` is to be made of a reference, `std::ref`, so that making it
   /// takes no memory.
-  void readPhotographs(std::span<const NSString *const> paths,
+  void readPhotographs(std::span<PhotographToRead> photographs,
                        const std::function<void(std::size_t, ExifAnswers)> &take) const noexcept;
   /// Adds what a deep reading has found.
   static void addDeep(ContentAnswers &answers, ExifAnswers deep) noexcept;
@@ -83,12 +83,13 @@ private:
                                         ContentAnswers &answers) const;
   [[nodiscard]] ContentVerdict judgeAny(SearchItem &item, ContentAnswers &answers) const;
   [[nodiscard]] const ExifAnswers &tagsOf(SearchItem &item, ContentAnswers &answers) const;
-  [[nodiscard]] ExifAnswers readTags(FileItem &item) const;
+  [[nodiscard]] ExifAnswers readTags(SearchItem &item) const;
   [[nodiscard]] bool hasTextInPDF(SearchItem &item, ContentAnswers &answers) const;
   /// What is said of a file that the EXIF conditions have failed so far.
   [[nodiscard]] ContentVerdict verdictWithoutExif(const SearchItem &item,
                                                   const ContentAnswers &answers) const noexcept;
   void readPhotograph(SearchItem &item, ContentAnswers &answers) const;
+  [[nodiscard]] bool mayBeRead(const SearchItem &item) const noexcept;
   [[nodiscard]] bool wantsExifKeyword() const noexcept;
   [[nodiscard]] bool hasTextDeepInDocument(SearchItem &item) const;
   [[nodiscard]] bool isShotInRange(ExifAnalysis &analysis) const;

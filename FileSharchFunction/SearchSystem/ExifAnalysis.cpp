@@ -34,7 +34,16 @@ Ref<ExifAnalysis> ExifAnalysis::startExifAnalysisAtPath(const NSString *path) no
 
 Ref<ExifAnalysis>
 ExifAnalysis::startExifAnalysisAtPath(FileItem &item, const std::atomic<char> *isStopped) noexcept {
-  std::optional<FileBeginning> beginning = FileBeginning::open(item, isStopped);
+  return start(FileBeginning::open(item, isStopped));
+}
+
+Ref<ExifAnalysis>
+ExifAnalysis::startExifAnalysisOfFile(int file, std::uint64_t size,
+                                      const std::atomic<char> *isStopped) noexcept {
+  return start(FileBeginning::ofOpenFile(file, size, isStopped));
+}
+
+Ref<ExifAnalysis> ExifAnalysis::start(std::optional<FileBeginning> beginning) noexcept {
   Ref<ExifAnalysis> analysis;
   if (!beginning || !tryTwice([&] { analysis = create(); }))
     return nullptr;

@@ -37,6 +37,10 @@ public:
   static Ref<ExifAnalysis>
   startExifAnalysisAtPath(FileItem &item, const std::atomic<char> *isStopped = nullptr) noexcept;
 
+  /// The same for a file that is open, and stays so; `size` is the item's.
+  static Ref<ExifAnalysis> startExifAnalysisOfFile(int file, std::uint64_t size,
+                                                   const std::atomic<char> *isStopped) noexcept;
+
   /// Loads the first bytes of the file and opens its tags: 1, or 0 when that fails or there is no
   /// EXIF directory; the object is then unusable.
   char initCIMAGETAG(const NSString *path) noexcept;
@@ -64,6 +68,8 @@ public:
 private:
   ExifAnalysis();
   ~ExifAnalysis() override = default;
+
+  static Ref<ExifAnalysis> start(std::optional<FileBeginning> beginning) noexcept;
 
   /// Whether the opened tags have an EXIF directory; ends the analysis if not.
   bool hasExifDirectory() noexcept;

@@ -7,41 +7,59 @@
 
 namespace searchsystem {
 
-FileAhead::FileAhead(Ref<const NSString> path, const ContentConditions &conditions,
+FileAhead::FileAhead(Ref<const NSString> path, Listed listed, const ContentConditions &conditions,
                      ContentTest test, bool matches) noexcept
-    : path_(std::move(path)), conditions_(conditions), test_(test),
+    : path_(std::move(path)), listed_(listed), conditions_(conditions), test_(test),
       isPhotograph_(FileKinds::isPhotograph(extensionOfName(path_->view()))), isTaken_(matches),
       isTested_(matches), matches_(matches) {}
 
-void FileAhead::test(std::span<const Ref<FileAhead>> files) noexcept {
-  std::array<FileAhead *, mostTogether> undecided{};
-  std::array<const NSString *, mostTogether> paths{};
+struct FileAhead::Undecided {
+  std::array<FileAhead *, mostTogether> files{};
+  std::array<PhotographToRead, mostTogether> photographs{};
   std::size_t count = 0;
+
+  void read() noexcept {
+    if (count == 0)
+      return;
+    const auto take = [&](std::size_t place, ExifAnswers deep) {
+      FileAhead &file = *files[place];
+      ContentConditions::addDeep(file.answers_, deep);
+      PhotographToRead none;
+      file.end(file.judge(none) == ContentVerdict::Meets);
+    };
+    files.front()->conditions_.readPhotographs({photographs.data(), std::exchange(count, 0)},
+                                               std::ref(take));
+  }
+};
+
+void FileAhead::test(std::span<const Ref<FileAhead>> files) noexcept {
+  Undecided undecided;
   for (const Ref<FileAhead> &file : files) {
-    const ContentVerdict verdict = file->judge();
+    PhotographToRead photograph;
+    ContentVerdict verdict = file->judge(photograph);
+    if (verdict == ContentVerdict::PhotographDecides && !photograph.file && undecided.count > 0) {
+      // Where descriptors are few, it may be opened once the others are closed.
+      undecided.read();
+      file->answers_ = {};
+      verdict = file->judge(photograph);
+    }
     if (verdict == ContentVerdict::PhotographDecides) {
-      undecided[count] = file.get();
-      paths[count++] = file->path_.get();
+      undecided.files[undecided.count] = file.get();
+      undecided.photographs[undecided.count++] = std::move(photograph);
     } else {
       file->end(verdict == ContentVerdict::Meets);
     }
   }
-  if (count == 0)
-    return;
-  const auto take = [&](std::size_t place, ExifAnswers deep) {
-    FileAhead &file = *undecided[place];
-    ContentConditions::addDeep(file.answers_, deep);
-    file.end(file.judge() == ContentVerdict::Meets);
-  };
-  undecided.front()->conditions_.readPhotographs({paths.data(), count}, std::ref(take));
+  undecided.read();
 }
 
-ContentVerdict FileAhead::judge() noexcept {
+ContentVerdict FileAhead::judge(PhotographToRead &photograph) noexcept {
   // Where memory is short the file is passed over, and the next may fare better.
   auto verdict = ContentVerdict::Fails;
   tryTwice([&] {
-    SearchItem item(*path_);
+    SearchItem item(*path_, listed_.kind);
     verdict = conditions_.judge(item, test_, answers_);
+    photograph = {path_.get(), std::move(item.photograph), listed_.mayHaveSidecar};
   });
   return verdict;
 }

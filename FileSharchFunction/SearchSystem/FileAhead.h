@@ -21,9 +21,15 @@ namespace searchsystem {
 /// tested it. Threads: any.
 class FileAhead final : public NSObject {
 public:
+  /// What its folder's listing shows of a file.
+  struct Listed {
+    FileKind kind = FileKind::Unknown;
+    /// Whether an XMP file may lie beside it.
+    bool mayHaveSidecar = true;
+  };
   /// One that `matches` already needs no test.
-  FileAhead(Ref<const NSString> path, const ContentConditions &conditions, ContentTest test,
-            bool matches) noexcept;
+  FileAhead(Ref<const NSString> path, Listed listed, const ContentConditions &conditions,
+            ContentTest test, bool matches) noexcept;
 
   /// Whether the caller is the first to ask, and so the one to call `test`.
   [[nodiscard]] bool take() noexcept { return !isTaken_.exchange(true); }
@@ -46,11 +52,15 @@ public:
   [[nodiscard]] const ContentAnswers &answers() const noexcept { return answers_; }
 
 private:
-  /// Leaves a file to a deep reading if that decides.
-  [[nodiscard]] ContentVerdict judge() noexcept;
+  /// Photographs that a deep reading decides.
+  struct Undecided;
+
+  /// Leaves a file to a deep reading if that decides, and makes `photograph` ready for it.
+  [[nodiscard]] ContentVerdict judge(PhotographToRead &photograph) noexcept;
   void end(bool matches) noexcept;
 
   const Ref<const NSString> path_;
+  const Listed listed_;
   const ContentConditions &conditions_;
   const ContentTest test_;
   const bool isPhotograph_;

@@ -1,10 +1,13 @@
 #include "FileSharchFunction/SearchSystem/FolderScan.h"
 
+#include "platform/content/OpenedPhotograph.h"
 #include "platform/foundation/MainRunLoop.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/PathComponents.h"
 #include "platform/foundation/TryTwice.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 namespace searchsystem {
@@ -59,6 +62,8 @@ void FolderScan::searchFolder(const NSString &folder) noexcept {
     if (std::optional<DirectoryListing> opened = DirectoryListing::open(folder.view()))
       listing.emplace(*std::move(opened));
   });
+  if (listing && testsAhead_)
+    mayHoldSidecars_ = listing->mayHoldNameEndingIn(sidecarEnding);
   while (listing && search_._bCancel == 0) {
     const std::optional<DirectoryEntry> entry = listing->next();
     if (!entry)
@@ -131,8 +136,9 @@ void FolderScan::addFound(const Ref<const NSString> &path, const ContentAnswers 
 void FolderScan::testAhead(SearchItem &item, Judgement judgement) {
   if (ahead_.size() >= mostFilesAhead)
     takeFirstAhead();
-  const auto file = Ref<FileAhead>::adopt(
-      new FileAhead(item.path(), content_, contentTest_, judgement == Judgement::Matches));
+  const auto file =
+      Ref<FileAhead>::adopt(new FileAhead(item.path(), {item.file.listedKind(), mayHoldSidecars_},
+                                          content_, contentTest_, judgement == Judgement::Matches));
   ahead_.push_back(file);
   if (!file->isTested())
     pool_.testAhead(file);
@@ -145,14 +151,28 @@ void FolderScan::takeFirstAhead() noexcept {
   const Ref<FileAhead> file = std::move(ahead_.front());
   ahead_.pop_front();
   if (file->take())
-    // Alone, so that it is handed over before others are tested.
-    FileAhead::test({&file, 1});
+    test(file);
   else
     file->wait();
   if (file->matches())
     tryTwice([&] { addFound(file->path(), file->answers()); });
   if (found_.size() >= mostFound)
     handOver();
+}
+
+void FolderScan::test(const Ref<FileAhead> &file) noexcept {
+  std::array<Ref<FileAhead>, FileAhead::mostTogether> files{file};
+  std::size_t count = 1;
+  for (const Ref<FileAhead> &next : ahead_) {
+    if (count >= together_ || !file->isPhotograph() || !next->isPhotograph() || !next->take())
+      break;
+    files[count++] = next;
+  }
+  const Clock::time_point start = Clock::now();
+  FileAhead::test({files.data(), count});
+  // What is found among them waits for all.
+  together_ =
+      Clock::now() - start < longestDelay ? std::min(2 * together_, FileAhead::mostTogether) : 1;
 }
 
 void FolderScan::takeTestedAhead() noexcept {

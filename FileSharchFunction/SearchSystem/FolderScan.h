@@ -49,6 +49,8 @@ private:
   void addFound(const Ref<const NSString> &path, const ContentAnswers &answers);
 
   void testAhead(SearchItem &item, Judgement judgement);
+  /// Tests a file that this has taken, and others behind it if that is quick.
+  void test(const Ref<FileAhead> &file) noexcept;
   /// Takes the first of the files that are tested ahead, once that is done.
   void takeFirstAhead() noexcept;
   /// Takes those at the front that have been tested.
@@ -79,6 +81,10 @@ private:
   std::vector<ContentAnswers> foundAnswers_;
   /// Files that are tested ahead, in the order of the listing.
   std::list<Ref<FileAhead>> ahead_;
+  /// Whether the folder may hold XMP files.
+  bool mayHoldSidecars_ = true;
+  /// How many files it tests together: more after a quick test, one after a slow one.
+  std::size_t together_ = 1;
 };
 
 } // namespace searchsystem

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/content/PhotographContent.h"
 #include "platform/foundation/FileItem.h"
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
@@ -12,7 +13,8 @@ namespace searchsystem {
 /// Ownership: borrows what it is made from. Threads: one at a time.
 class SearchItem {
 public:
-  explicit SearchItem(const NSString &path) noexcept : file(path), pathOrFolder_(path) {}
+  explicit SearchItem(const NSString &path, FileKind listedKind = FileKind::Unknown) noexcept
+      : file(path, listedKind), pathOrFolder_(path) {}
 
   SearchItem(const NSString &folder, DirectoryListing &listing,
              const DirectoryEntry &entry) noexcept
@@ -27,6 +29,8 @@ public:
   }
 
   FileItem file;
+  /// The file, where a deep reading may follow.
+  OpenFile photograph;
 
 private:
   const NSString &pathOrFolder_;

@@ -77,7 +77,7 @@ ContentAnswer ContentService::read(const NSString &path, const NSString &keyword
   return DocumentReading(cancellation_, comparison).read(document.number());
 }
 
-void ContentService::readPhotographs(std::span<const NSString *const> paths,
+void ContentService::readPhotographs(std::span<PhotographToRead> photographs,
                                      const PhotographQuestion &question,
                                      const PhotographReading::Taker &take) noexcept {
   std::size_t taken = 0;
@@ -86,13 +86,13 @@ void ContentService::readPhotographs(std::span<const NSString *const> paths,
     const bool isAnswered = (question.keyword == nullptr || content.holds) &&
                             (!question.wantsDate || content.date.has_value());
     if (!isAnswered && content.reason != UnreadReason::none && !cancellation_.isCancelled())
-      noteUnread(*paths[place], content.reason);
+      noteUnread(*photographs[place].path, content.reason);
     take(place, content);
   };
   const auto giveUpAll = [&](UnreadReason reason) {
     PhotographContent content;
     content.reason = reason;
-    while (taken < paths.size())
+    while (taken < photographs.size())
       takeNext(taken, content);
   };
   // Where memory was short the rest is read again.
@@ -102,13 +102,13 @@ void ContentService::readPhotographs(std::span<const NSString *const> paths,
       comparison.emplace(question.keyword->view(), question.isDistinct);
     const bool hasKeyword = comparison && !comparison->isEmpty();
     if (hasKeyword || question.wantsDate)
-      readPhotographs(paths.subspan(taken), hasKeyword ? &*comparison : nullptr,
+      readPhotographs(photographs.subspan(taken), hasKeyword ? &*comparison : nullptr,
                       std::ref(takeNext));
   });
   giveUpAll(hasMemory ? UnreadReason::none : UnreadReason::tooLarge);
 }
 
-void ContentService::readPhotographs(std::span<const NSString *const> paths,
+void ContentService::readPhotographs(std::span<PhotographToRead> photographs,
                                      TextComparison *comparison,
                                      const PhotographReading::Taker &take) {
   std::size_t next = 0;
@@ -119,17 +119,17 @@ void ContentService::readPhotographs(std::span<const NSString *const> paths,
   };
   const bool isOnMainThread = MainRunLoop::shared().isMainThread();
   if (isOnMainThread || !workerSlots().acquire(cancellation_.flag())) {
-    while (next < paths.size())
+    while (next < photographs.size())
       giveUpNext(isOnMainThread ? UnreadReason::noReader : UnreadReason::none);
     return;
   }
   const ReleaseOfPlace place;
   PhotographReading reading(photographWorkers_, comparison);
   std::vector<OpenPhotograph> files;
-  while (next < paths.size()) {
+  while (next < photographs.size()) {
     files.clear();
-    while (files.size() < std::min(paths.size() - next, PhotographBatch::mostPhotographs)) {
-      OpenPhotograph file = openedPhotograph(*paths[next + files.size()]);
+    while (files.size() < std::min(photographs.size() - next, PhotographBatch::mostPhotographs)) {
+      OpenPhotograph file = openedPhotograph(std::move(photographs[next + files.size()]));
       if (!file.photograph)
         break;
       files.push_back(std::move(file));

@@ -37,9 +37,9 @@ public:
                                             bool isDistinct) noexcept;
 
   /// Has photographs read one after another, and hands on what is known of each, in their order, to
-  /// `take`, which does not throw. A keyword is found in the text of a single field, by the rules
-  /// of `TextComparison`. Otherwise as `documentHolds`.
-  void readPhotographs(std::span<const NSString *const> paths, const PhotographQuestion &question,
+  /// `take`, which does not throw. Closes those that are open. A keyword is found in the text of a
+  /// single field, by the rules of `TextComparison`. Otherwise as `documentHolds`.
+  void readPhotographs(std::span<PhotographToRead> photographs, const PhotographQuestion &question,
                        const PhotographReading::Taker &take) noexcept;
 
   /// Ends what is being read, and has nothing read any more. Main thread.
@@ -51,8 +51,8 @@ public:
 
 private:
   [[nodiscard]] ContentAnswer read(const NSString &path, const NSString &keyword, bool isDistinct);
-  /// `take` is called in the order of the paths, whatever place it is told.
-  void readPhotographs(std::span<const NSString *const> paths, TextComparison *comparison,
+  /// `take` is called in the order of the photographs, whatever place it is told.
+  void readPhotographs(std::span<PhotographToRead> photographs, TextComparison *comparison,
                        const PhotographReading::Taker &take);
   void noteUnread(const NSString &path, UnreadReason reason) noexcept;
 

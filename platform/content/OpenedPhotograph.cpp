@@ -1,38 +1,51 @@
 #include "platform/content/OpenedPhotograph.h"
 
-#include "platform/foundation/FileItem.h"
 #include "platform/foundation/PathComponents.h"
 
+#include <optional>
 #include <string>
-#include <string_view>
+#include <utility>
 
 namespace searchsystem {
 
 namespace {
 
-FileDescriptor openedFile(const NSString &path) noexcept {
+OpenFile openedFileAt(const NSString &path) noexcept {
   FileItem item(path);
-  return item.openRegularFile();
+  return openedFile(item);
 }
 
-FileDescriptor openedSidecar(std::string_view path) {
-  FileDescriptor sidecar = openedFile(*NSString::create(std::string(path).append(".xmp")));
+OpenFile openedSidecar(std::string_view path) {
+  OpenFile sidecar = openedFileAt(*NSString::create(std::string(path).append(sidecarEnding)));
   if (sidecar)
     return sidecar;
   const std::string_view extension = extensionOfName(lastPathComponent(path));
   if (extension.empty())
     return sidecar;
-  return openedFile(
-      *NSString::create(std::string(path, 0, path.size() - extension.size()).append("xmp")));
+  const std::size_t size = path.size() - extension.size() - 1;
+  return openedFileAt(*NSString::create(std::string(path, 0, size).append(sidecarEnding)));
 }
 
 } // namespace
 
-OpenPhotograph openedPhotograph(const NSString &path) {
+OpenFile openedFile(FileItem &item) noexcept {
+  OpenFile file;
+  file.descriptor = item.openRegularFile();
+  if (file) {
+    // The item's status may be a link's.
+    const std::optional<FileStatus> &status = item.status();
+    const std::optional<FileStatus> own =
+        status && status->kind == FileKind::Regular ? status : fileStatus(file.descriptor.number());
+    file.size = own ? own->size : 0;
+  }
+  return file;
+}
+
+OpenPhotograph openedPhotograph(PhotographToRead photograph) {
   OpenPhotograph open;
-  open.photograph = openedFile(path);
-  if (open.photograph)
-    open.sidecar = openedSidecar(path.view());
+  open.photograph = photograph.file ? std::move(photograph.file) : openedFileAt(*photograph.path);
+  if (open.photograph && photograph.mayHaveSidecar)
+    open.sidecar = openedSidecar(photograph.path->view());
   return open;
 }
 

@@ -1,12 +1,21 @@
 #pragma once
 
 #include "platform/content/PhotographContent.h"
+#include "platform/foundation/FileItem.h"
+
+#include <string_view>
 
 namespace searchsystem {
 
-/// Opens the photograph at `path`, and the XMP file beside it: of `a.jpg` that is `a.jpg.xmp`, or
-/// else `a.xmp`. What is no regular file, or cannot be opened, is left out. Throws
+/// What XMP files end in.
+constexpr std::string_view sidecarEnding = ".xmp";
+
+/// Opens a file; none if it is no regular file, or cannot be opened. Any thread.
+[[nodiscard]] OpenFile openedFile(FileItem &item) noexcept;
+
+/// Opens a photograph, or takes it where it is open, and opens the XMP file beside it: of `a.jpg`
+/// that is `a.jpg.xmp`, or else `a.xmp`. What cannot be opened is left out. Throws
 /// `std::bad_alloc`. Any thread.
-[[nodiscard]] OpenPhotograph openedPhotograph(const NSString &path);
+[[nodiscard]] OpenPhotograph openedPhotograph(PhotographToRead photograph);
 
 } // namespace searchsystem

@@ -4,6 +4,7 @@
 #include "platform/foundation/NSString.h"
 #include "readers/ReadResult.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -29,9 +30,26 @@ struct PhotographContent {
   UnreadReason reason = UnreadReason::none;
 };
 
+/// A file that is open for reading, or none.
+struct OpenFile {
+  FileDescriptor descriptor;
+  std::uint64_t size = 0;
+
+  explicit operator bool() const noexcept { return static_cast<bool>(descriptor); }
+};
+
+/// A photograph that is to be read.
+struct PhotographToRead {
+  const NSString *path = nullptr;
+  /// Where it is open already. Else it is opened when its turn comes.
+  OpenFile file = {};
+  /// False where its folder is known to hold no XMP file.
+  bool mayHaveSidecar = true;
+};
+
 /// A photograph, with the XMP file beside it if there is one.
 struct OpenPhotograph {
-  FileDescriptor photograph, sidecar;
+  OpenFile photograph, sidecar;
 };
 
 } // namespace searchsystem

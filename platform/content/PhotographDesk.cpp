@@ -35,7 +35,7 @@ PhotographContent contentOf(const NSString &path) {
   found.reason = UnreadReason::cannotBeOpened;
   if (!FileKinds::isPhotograph(extensionOfName(path.view())))
     return found;
-  const OpenPhotograph open = openedPhotograph(path);
+  const OpenPhotograph open = openedPhotograph({.path = &path});
   if (open.photograph) {
     const UseOfReader use;
     PhotographReading(desk.get().workers, nullptr)

@@ -1,7 +1,6 @@
 #include "platform/content/PhotographWorkers.h"
 
 #include "platform/content/SendDescriptors.h"
-#include "platform/foundation/FileStatus.h"
 
 #include <array>
 #include <cassert>
@@ -17,10 +16,9 @@ bool PhotographWorker::lend(std::span<const OpenPhotograph> photographs,
   std::array<int, mostSentDescriptors> descriptors{};
   static_assert(mostSentDescriptors >= 2 * PhotographBatch::mostPhotographs);
   std::size_t count = 0;
-  const auto add = [&](const FileDescriptor &file) {
-    const std::optional<FileStatus> status = fileStatus(file.number());
-    batch.sizes[count] = status ? status->size : 0;
-    descriptors[count++] = file.number();
+  const auto add = [&](const OpenFile &file) {
+    batch.sizes[count] = file.size;
+    descriptors[count++] = file.descriptor.number();
   };
   for (const OpenPhotograph &open : photographs) {
     add(open.photograph);

@@ -7,6 +7,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <string>
+#include <unistd.h>
 
 namespace searchsystem {
 
@@ -70,22 +71,50 @@ std::optional<std::string_view> DirectoryListing::nextRegularFile() const noexce
   return entry->d_type == DT_REG ? std::optional<std::string_view>(entry->d_name) : std::nullopt;
 }
 
+bool DirectoryListing::fill() noexcept {
+  const ssize_t size =
+      uninterrupted(&SystemCalls::listEntries, descriptor(), buffer_.get(), bufferSize);
+  hasBrokenOff_ = size < 0;
+  if (size <= 0)
+    return false;
+  position_ = 0;
+  filled_ = static_cast<std::size_t>(size);
+  return true;
+}
+
+DirectoryEntry DirectoryListing::takeEntry() noexcept {
+  const auto *entry = reinterpret_cast<const dirent64 *>(buffer_.get() + position_);
+  position_ += entry->d_reclen;
+  return {entry->d_name, kindOfEntryType(entry->d_type)};
+}
+
+bool DirectoryListing::mayHoldNameEndingIn(std::string_view ending) noexcept {
+  int fillings = 0;
+  bool isFound = false;
+  for (; !isFound && fill(); ++fillings) {
+    while (!isFound && position_ < filled_) {
+      const std::string_view name = takeEntry().name;
+      isFound = name.size() >= ending.size() &&
+                equalIgnoringASCIICase(name.substr(name.size() - ending.size()), ending);
+    }
+  }
+  isFound |= hasBrokenOff_;
+  position_ = 0;
+  // What fits into the buffer need not be read again.
+  if (fillings > 1 || hasBrokenOff_) {
+    filled_ = 0;
+    lseek(descriptor(), 0, SEEK_SET);
+  }
+  return isFound;
+}
+
 std::optional<DirectoryEntry> DirectoryListing::next() noexcept {
   for (;;) {
-    if (position_ == filled_) {
-      const ssize_t size =
-          uninterrupted(&SystemCalls::listEntries, descriptor(), buffer_.get(), bufferSize);
-      hasBrokenOff_ = size < 0;
-      if (size <= 0)
-        return std::nullopt;
-      position_ = 0;
-      filled_ = static_cast<std::size_t>(size);
-    }
-    const auto *entry = reinterpret_cast<const dirent64 *>(buffer_.get() + position_);
-    position_ += entry->d_reclen;
-    const std::string_view name = entry->d_name;
-    if (name != "." && name != "..")
-      return DirectoryEntry{name, kindOfEntryType(entry->d_type)};
+    if (position_ == filled_ && !fill())
+      return std::nullopt;
+    const DirectoryEntry entry = takeEntry();
+    if (entry.name != "." && entry.name != "..")
+      return entry;
   }
 }
 

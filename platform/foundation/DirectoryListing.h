@@ -35,6 +35,10 @@ public:
   /// file's. Valid as long as that name.
   [[nodiscard]] std::optional<std::string_view> nextRegularFile() const noexcept;
 
+  /// Whether a name ends in `ending`, in any case of ASCII letters; also where they cannot all be
+  /// read. Reads all names, and then begins anew.
+  [[nodiscard]] bool mayHoldNameEndingIn(std::string_view ending) noexcept;
+
   /// Whether reading has failed, so that names may be missing.
   [[nodiscard]] bool hasBrokenOff() const noexcept { return hasBrokenOff_; }
 
@@ -55,6 +59,11 @@ public:
 
 private:
   DirectoryListing() noexcept = default;
+
+  /// Reads names into the buffer; false at the end and on failure.
+  [[nodiscard]] bool fill() noexcept;
+  /// The next entry in the buffer, which must hold one.
+  [[nodiscard]] DirectoryEntry takeEntry() noexcept;
 
   FileDescriptor descriptor_;
   std::size_t pathLength_ = 0;

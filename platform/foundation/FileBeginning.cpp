@@ -22,13 +22,22 @@ std::optional<FileBeginning> FileBeginning::open(FileItem &item,
   if (!file)
     return std::nullopt;
   const std::optional<FileStatus> &status = item.status();
-  const auto size =
-      static_cast<std::size_t>(status ? std::min<std::uint64_t>(status->size, mostBytes) : 0);
+  std::optional<FileBeginning> beginning =
+      ofOpenFile(file.number(), status ? status->size : 0, isStopped);
+  if (beginning)
+    beginning->ownFile_ = std::move(file);
+  return beginning;
+}
+
+std::optional<FileBeginning>
+FileBeginning::ofOpenFile(int file, std::uint64_t size,
+                          const std::atomic<char> *isStopped) noexcept {
   // The same size for all files, so that one buffer serves them all.
   Ref<NSData> data;
-  if (size == 0 || !tryTwice([&] { data = NSData::withCapacity(mostBytes); }))
+  if (size == 0 || isSet(isStopped) || !tryTwice([&] { data = NSData::withCapacity(mostBytes); }))
     return std::nullopt;
-  return FileBeginning(std::move(file), size, std::move(data), isStopped);
+  const auto most = static_cast<std::size_t>(std::min<std::uint64_t>(size, mostBytes));
+  return FileBeginning(file, most, std::move(data), isStopped);
 }
 
 std::size_t FileBeginning::readPart(std::size_t offset, std::size_t size) noexcept {
@@ -56,7 +65,7 @@ void FileBeginning::readSteps(std::size_t begin, std::size_t end) noexcept {
     const ssize_t count =
         isSet(isStopped_)
             ? -1
-            : uninterrupted(&SystemCalls::readAt, file_.number(), data_->mutableBytes() + place,
+            : uninterrupted(&SystemCalls::readAt, file_, data_->mutableBytes() + place,
                             stop - place, static_cast<off_t>(place));
     if (count <= 0) {
       size_ = count < 0 ? 0 : place;

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <bitset>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
@@ -17,7 +18,7 @@ namespace searchsystem {
 /// for a link to a file, the link's. Bytes are read in steps, each when one of its bytes is first
 /// requested, and none twice.
 ///
-/// Ownership: owns the open file and the bytes. Threads: one at a time.
+/// Ownership: owns the bytes, and the open file unless it is lent. Threads: one at a time.
 class FileBeginning {
 public:
   /// Holds the longest segment of a JPEG file, without its marker.
@@ -29,6 +30,10 @@ public:
   /// opened and every read fails; the flag may be null and must outlive the object.
   static std::optional<FileBeginning> open(FileItem &item,
                                            const std::atomic<char> *isStopped) noexcept;
+
+  /// The same of a file of that size that is open already, and must stay so.
+  static std::optional<FileBeginning> ofOpenFile(int file, std::uint64_t size,
+                                                 const std::atomic<char> *isStopped) noexcept;
 
   /// The number of bytes; it shrinks if the file proves shorter, and to 0 after a failed read.
   [[nodiscard]] std::size_t size() const noexcept { return size_; }
@@ -53,9 +58,9 @@ public:
 private:
   static constexpr std::size_t mostSteps = (mostBytes + stepSize - 1) / stepSize;
 
-  FileBeginning(FileDescriptor &&file, std::size_t size, Ref<NSData> data,
+  FileBeginning(int file, std::size_t size, Ref<NSData> data,
                 const std::atomic<char> *isStopped) noexcept
-      : file_(std::move(file)), size_(size), data_(std::move(data)), isStopped_(isStopped) {}
+      : file_(file), size_(size), data_(std::move(data)), isStopped_(isStopped) {}
 
   /// Whether the bytes have been read; may be false for ones in several steps.
   [[nodiscard]] bool isRead(std::size_t offset, std::size_t size) const noexcept {
@@ -66,7 +71,8 @@ private:
   /// Reads the steps from `begin` to before `end`.
   void readSteps(std::size_t begin, std::size_t end) noexcept;
 
-  FileDescriptor file_;
+  int file_;
+  FileDescriptor ownFile_;
   std::size_t size_;
   Ref<NSData> data_;
   std::bitset<mostSteps> isRead_;

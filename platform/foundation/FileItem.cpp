@@ -17,13 +17,13 @@ constexpr int readingFlags = O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
 
 } // namespace
 
-FileItem::FileItem(const NSString &path) noexcept
+FileItem::FileItem(const NSString &path, FileKind listedKind) noexcept
     : listing_(nullptr), folder_(currentFolder), path_(path.UTF8String()),
-      name_(lastPathComponent(path.view())), listedKind_(FileKind::Unknown), isNameable_(true) {}
+      name_(lastPathComponent(path.view())), listedKind_(listedKind), isNameable_(true) {}
 
 bool FileItem::isListedAsPlainFolder() noexcept {
   if (!isPlainFolder_)
-    isPlainFolder_ = listedKind_ == FileKind::Folder && isNameable_ &&
+    isPlainFolder_ = listedKind_ == FileKind::Folder && isNameable_ && listing_ != nullptr &&
                      listing_->canReachEntries() && !listing_->mayBeMountPoint(name_);
   return *isPlainFolder_;
 }
@@ -34,7 +34,7 @@ FileItem::Existence FileItem::existence() noexcept {
   switch (listedKind_) {
   case FileKind::Regular:
   case FileKind::Other:
-    return listing_->canReachEntries() ? Existence::File : Existence::None;
+    return listing_ == nullptr || listing_->canReachEntries() ? Existence::File : Existence::None;
   case FileKind::Folder:
     return isListedAsPlainFolder() || status() ? Existence::Folder : Existence::None;
   case FileKind::Unknown:

@@ -16,7 +16,8 @@ namespace searchsystem {
 /// Ownership: borrows the path, or the listing and the entry's name. Threads: one at a time.
 class FileItem {
 public:
-  explicit FileItem(const NSString &path) noexcept;
+  /// `listedKind` is what a listing has shown, which is not asked for again.
+  explicit FileItem(const NSString &path, FileKind listedKind = FileKind::Unknown) noexcept;
   FileItem(DirectoryListing &listing, const DirectoryEntry &entry) noexcept
       : listing_(&listing), folder_(listing.descriptor()), path_(entry.name.data()),
         name_(entry.name), listedKind_(entry.kind), isNameable_(listing.canNameEntry(entry.name)) {}
@@ -28,6 +29,9 @@ public:
   [[nodiscard]] bool isListedAsNoFolder() const noexcept {
     return listedKind_ != FileKind::Unknown && listedKind_ != FileKind::Folder;
   }
+
+  /// What a listing shows.
+  [[nodiscard]] FileKind listedKind() const noexcept { return listedKind_; }
 
   /// Whether a listing shows that the item is a folder to search: not a link, accessible, and not
   /// the root of a mounted file system.

@@ -68,11 +68,11 @@ protected:
     std::vector<PhotographContent> found;
     onThread([&] {
       std::vector<Ref<const NSString>> strings;
-      std::vector<const NSString *> pointers;
+      std::vector<PhotographToRead> photographs;
       for (const std::string &path : paths)
-        pointers.push_back(strings.emplace_back(string(path)).get());
+        photographs.push_back({.path = strings.emplace_back(string(path)).get()});
       const Ref<const NSString> text = string(keyword);
-      service.readPhotographs(pointers, {.keyword = text.get(), .wantsDate = wantsDate},
+      service.readPhotographs(photographs, {.keyword = text.get(), .wantsDate = wantsDate},
                               [&](std::size_t place, const PhotographContent &content) {
                                 EXPECT_EQ(place, found.size());
                                 found.push_back(content);

@@ -110,10 +110,10 @@ TEST_F(ServiceTest, TheMainThreadHasNothingRead) {
   EXPECT_EQ(service.documentHolds(*string(path), *string("word"), false).reason,
             UnreadReason::noReader);
   const auto keyword = string("word"), photograph = string(path);
-  const NSString *const paths[] = {photograph.get()};
+  PhotographToRead photographs[] = {{.path = photograph.get()}};
   UnreadReason reason{};
   service.readPhotographs(
-      paths, {.keyword = keyword.get()},
+      photographs, {.keyword = keyword.get()},
       [&](std::size_t, const PhotographContent &content) { reason = content.reason; });
   EXPECT_EQ(reason, UnreadReason::noReader);
 }
