@@ -143,16 +143,17 @@ def measure(options, tools, photos):
     rounds = {"exiftool": 1}
     few = photos.make("few", jpegs=options.jpegs, tiffs=options.jpegs // 10, keyword=0.01,
                       taken=0.01)
+    warm(tools, few)
+    measure_deep(report, options, tools, photos, few, options.jpegs + options.jpegs // 10)
+    measure_names(report, options, tools, photos, few)
+    if options.deep:
+        return report.finish()
     half = photos.make("half", jpegs=options.jpegs, tiffs=options.jpegs // 10, keyword=0.01,
                        taken=0.5)
     flat = photos.make("flat", jpegs=options.jpegs, tiffs=0, keyword=0.01, taken=0.01,
                        per_folder=options.jpegs)
     for folder in (few, half, flat):
         warm(tools, folder)
-    measure_deep(report, options, tools, photos, few, options.jpegs + options.jpegs // 10)
-    measure_names(report, options, tools, photos, few)
-    if options.deep:
-        return report.finish()
     by_keyword, by_date = searches(tools, True), searches(tools, False)
     floor = f"floor, {THREADS} threads"
     for title, programs, folder, most in (

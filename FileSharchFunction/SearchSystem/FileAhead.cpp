@@ -65,9 +65,12 @@ ContentVerdict FileAhead::judge(PhotographToRead &photograph) noexcept {
 }
 
 void FileAhead::end(bool matches) noexcept {
-  const LockGuard guard(lock_);
-  matches_ = matches;
-  isTested_.store(true);
+  {
+    const LockGuard guard(lock_);
+    matches_ = matches;
+    isTested_.store(true);
+  }
+  // Whoever has taken the file holds it. The sleeper need not wait for the lock.
   tested_.signal();
 }
 

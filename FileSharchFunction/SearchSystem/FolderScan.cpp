@@ -162,9 +162,10 @@ void FolderScan::takeFirstAhead() noexcept {
 
 void FolderScan::test(const Ref<FileAhead> &file) noexcept {
   std::array<Ref<FileAhead>, FileAhead::mostTogether> files{file};
+  const std::size_t most = std::min(together_, mostOpenPhotographs());
   std::size_t count = 1;
   for (const Ref<FileAhead> &next : ahead_) {
-    if (count >= together_ || !file->isPhotograph() || !next->isPhotograph() || !next->take())
+    if (count >= most || !file->isPhotograph() || !next->isPhotograph() || !next->take())
       break;
     files[count++] = next;
   }

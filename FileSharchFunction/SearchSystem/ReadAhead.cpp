@@ -1,6 +1,7 @@
 #include "FileSharchFunction/SearchSystem/ReadAhead.h"
 
 #include "FileSharchFunction/SearchSystem/SearchItem.h"
+#include "platform/content/OpenedPhotograph.h"
 #include "platform/foundation/TryTwice.h"
 
 #include <algorithm>
@@ -86,7 +87,8 @@ void ReadAhead::add(const Ref<FileAhead> &file) noexcept {
 std::size_t ReadAhead::takeUntested(std::span<Ref<FileAhead>> files) noexcept {
   const LockGuard guard(lock_);
   // The others get their share.
-  const std::size_t most = std::min(files.size(), untested_.size() / mostThreads + 1);
+  const std::size_t most =
+      std::min({files.size(), untested_.size() / mostThreads + 1, mostOpenPhotographs()});
   std::size_t count = 0;
   while (!untested_.empty() && count < most &&
          (count == 0 || (files[0]->isPhotograph() && untested_.front()->isPhotograph()))) {

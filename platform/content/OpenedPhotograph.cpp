@@ -1,9 +1,12 @@
 #include "platform/content/OpenedPhotograph.h"
 
 #include "platform/foundation/PathComponents.h"
+#include "readers/ReaderProtocol.h"
 
+#include <algorithm>
 #include <optional>
 #include <string>
+#include <sys/resource.h>
 #include <utility>
 
 namespace searchsystem {
@@ -47,6 +50,16 @@ OpenPhotograph openedPhotograph(PhotographToRead photograph) {
   if (open.photograph && photograph.mayHaveSidecar)
     open.sidecar = openedSidecar(photograph.path->view());
   return open;
+}
+
+std::size_t mostOpenPhotographs() noexcept {
+  // Ten threads hold photographs open, and five of them sidecars, too.
+  constexpr rlim_t share = 64;
+  rlimit files{};
+  if (getrlimit(RLIMIT_NOFILE, &files) != 0)
+    return 1;
+  return static_cast<std::size_t>(
+      std::clamp<rlim_t>(files.rlim_cur / share, 1, PhotographBatch::mostPhotographs));
 }
 
 } // namespace searchsystem

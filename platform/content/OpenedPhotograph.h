@@ -3,6 +3,7 @@
 #include "platform/content/PhotographContent.h"
 #include "platform/foundation/FileItem.h"
 
+#include <cstddef>
 #include <string_view>
 
 namespace searchsystem {
@@ -17,5 +18,9 @@ constexpr std::string_view sidecarEnding = ".xmp";
 /// that is `a.jpg.xmp`, or else `a.xmp`. What cannot be opened is left out. Throws
 /// `std::bad_alloc`. Any thread.
 [[nodiscard]] OpenPhotograph openedPhotograph(PhotographToRead photograph);
+
+/// How many photographs a thread may hold open: few where the host may open few files, so that all
+/// threads together take no more than a quarter of these. Any thread.
+[[nodiscard]] std::size_t mostOpenPhotographs() noexcept;
 
 } // namespace searchsystem

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
 #include <latch>
 #include <list>
 #include <sys/wait.h>
@@ -171,6 +172,25 @@ TEST_F(DeepTest, Photographs) {
   };
   for (const auto &row : rows)
     EXPECT_EQ(found(row.words), row.found) << row.words;
+}
+
+/// In folders that are listed at once, and in pieces.
+TEST_F(DeepTest, WhatStandsBesideAPhotograph) {
+  useScriptedReader();
+  tree.file("1.jpg", "sidecar");
+  tree.file("2.jpg", "sidecar");
+  tree.file("3.jpg", "text\nharbour");
+  for (const int others : {0, 1'200}) {
+    for (int i = 0; i < others; ++i)
+      tree.file("a file of another kind, with a long name " + std::to_string(i), "");
+    EXPECT_EQ(found("c=harbour x"), "3.jpg") << others;
+    tree.file("1.xmp", "\nharbour");
+    EXPECT_EQ(found("c=harbour x"), "1.jpg 3.jpg") << others;
+    tree.file("2.jpg.xmp", "\nharbour");
+    EXPECT_EQ(found("c=harbour x"), "1.jpg 2.jpg 3.jpg") << others;
+    std::filesystem::remove(tree.path("1.xmp"));
+    std::filesystem::remove(tree.path("2.jpg.xmp"));
+  }
 }
 
 TEST_F(DeepTest, WhatAHostMayDoWhenToldOfAFile) {
