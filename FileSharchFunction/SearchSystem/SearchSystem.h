@@ -4,10 +4,9 @@
 /* Searching for image and document files: the whole interface of libSearchSystem.so.
  *
  * A host fills a SearchPredicate, calls SS_SearchStart, and lets the main loop run
- * (platform/foundation/CoreFoundation.h, or MainLoop.h for a host with a loop of its own). The
- * callback in the record is then called on the main thread with (path, 1) for each matching file
- * and, at the end, exactly once with (NULL, 0). Nothing is ever reported from inside
- * SS_SearchStart or SS_SearchCancel.
+ * (CoreFoundation.h, or MainLoop.h for a host with a loop of its own). The callback in the record
+ * is then called on the main thread with (path, 1) for each matching file and, at the end, exactly
+ * once with (NULL, 0). Nothing is ever reported from inside SS_SearchStart or SS_SearchCancel.
  *
  *     static void found(CFStringRef path, int32_t state) {
  *       if (state == 1)
@@ -17,12 +16,24 @@
  *     }
  *
  * All three functions and both variables belong to the main thread, which is the process's first
- * unless PFMainLoopBindToCurrentThread has named another. A child of fork() has none of the
- * library's threads, and its locks in any state: it may only execute a program or call _exit.
+ * unless PFMainLoopBindToCurrentThread has named another. A child of fork() that was made before
+ * the host's first search and first use of the main loop may use both. One made later has none of
+ * the library's threads, shares the main loop's descriptor with its parent, and finds locks in any
+ * state: it may only execute a program or call _exit.
+ *
+ * Several plug-ins of one host may load the library. What they load from one file is one library
+ * with one engine, where one plug-in's start during another's search is a cancel, as described at
+ * SS_SearchStart. Copies of the file in different folders have an engine and globals each, and
+ * report to their own users; they all use the platform library that was loaded first, and so share
+ * the main loop, its clock, and what Content.h sets. If that is of another version, the loader
+ * refuses the later copy: dlopen fails, and dlerror names a version SEARCHSYSTEM_PRIVATE_.... No
+ * copy is ever unloaded. Functions and variables of other libraries, whatever their names, do not
+ * take the place of the library's own, unless their names hold `searchsystem` or are one of the
+ * five below.
  *
  * Searched are files whose extension is tif, jpg, pdf or pct, in any case; the longer spellings
  * (jpeg, tiff, pict) are not. Deep searches, which a host has to ask for, know many more kinds and
- * find text in documents of any make: platform/content/Content.h. Names that begin with a dot,
+ * find text in documents of any make: Content.h. Names that begin with a dot,
  * links to folders, packages, and the roots of other file systems mounted below the folder are left
  * out with all they hold. What cannot be read is left out without notice, unless the host asks a
  * deep search for it. Results come in no order. */

@@ -49,7 +49,7 @@ Examples:
   ssfind -k invoice --in pdf ~/Documents      documents with that word
   ssfind -m 2024-05-17T10:30.. --long         all that changed since then
   ssfind --sort modified --limit 10           the ten newest
-  ssfind ~/Scans -0 | xargs -0 cp -t /backup  safe for names with line ends
+  ssfind ~/Scans -0 | xargs -0r cp -t /disk   safe for names with line ends
   git ls-files -z | ssfind --files-from - -0 -n logo
   ssfind -q -n invoice ~/Documents && echo "there are invoices")";
 

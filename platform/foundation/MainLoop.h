@@ -10,7 +10,13 @@
  *     ... whenever fd is readable, on the main thread: PFMainLoopDispatch();
  *
  * The main thread is the process's first thread, unless PFMainLoopBindToCurrentThread binds
- * another. */
+ * another.
+ *
+ * The library reports the end of a search half a second to one and a half seconds after its last
+ * result. A host whose users wait for it, with a sign that turns, may use the virtual clock (see
+ * PFMainLoopSetClock) from the start on: the end then follows the last result at once. Nothing else
+ * changes: the host's own timers are not of this loop, and the descriptor becomes readable when the
+ * clock may jump. */
 
 #include "Symbol.h"
 
@@ -35,7 +41,7 @@ enum {
   /* Delays take real time. */
   PFMainLoopClockReal = 0,
   /* Delays take no time: when nothing is queued and no thread of the library is working, the clock
-   * jumps to the next timer. For tests, and for programs that only wait for a search to end. */
+   * jumps to the next timer. For tests, and for hosts that have no use for the delays. */
   PFMainLoopClockVirtual = 1
 };
 

@@ -1,9 +1,9 @@
 /* Searches as a host written in C makes them, of the folder that it is given, which holds A.pdf and
  * b.jpg: one through the folder and, started when that has ended, one of a list. */
 
-#include "FileSharchFunction/SearchSystem/SearchSystem.h"
-#include "platform/foundation/MainLoop.h"
-#include "platform/foundation/Version.h"
+#include <searchsystem/MainLoop.h>
+#include <searchsystem/SearchSystem.h>
+#include <searchsystem/Version.h>
 
 #include <stdio.h>
 #include <stdlib.h>
