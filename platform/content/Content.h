@@ -12,8 +12,9 @@
  * exif:DateTimeOriginal, photoshop:DateCreated, xmp:CreateDate, IPTC created, PNG creation.
  *
  * It has them read by a program of its own, searchsystem-reader, in processes that can do nothing
- * but read what they were lent: one for each document, or for some dozens of photographs. The host
- * sees no child and no signal of theirs. (Where the host adopts orphans, as the first process of a
+ * but read what they were lent: one for each document, or for some dozens of photographs. The
+ * program lies beside the platform library, or where it was installed with it. The host sees no
+ * child and no signal of theirs. (Where the host adopts orphans, as the first process of a
  * container does or one that has asked for it with PR_SET_CHILD_SUBREAPER, it gets SIGCHLD when the
  * program ends, some ten seconds after the last search, and has to reap it like the others.)
  *
