@@ -7,7 +7,6 @@
 #include "faults/Process.h"
 #include "faults/Searches.h"
 #include "faults/Verdict.h"
-#include "platform/foundation/MountPoints.h"
 #include "platform/foundation/SystemCalls.h"
 #include "platform/metadata/IndexPlace.h"
 #include "platform/metadata/MetadataIndex.h"
@@ -239,7 +238,6 @@ public:
 private:
   Paths search() {
     ++searches_;
-    MountPoints::forgetForTesting();
     return Host::search(*record_);
   }
 

@@ -78,11 +78,17 @@ std::unique_ptr<Record> photographs(const std::string &tree) {
   }
 }
 
-/// SQLite's log, which is not yet in the index.
-std::uintmax_t sizeOfLog() {
+/// Whether an index is in the making.
+bool isBeingMade() {
   std::error_code error;
-  const std::uintmax_t size =
-      std::filesystem::file_size(std::string(PFMetadataIndexGetPath()) + "-wal", error);
+  return std::filesystem::exists(
+      std::filesystem::path(PFMetadataIndexGetPath()).replace_extension("new"), error);
+}
+
+/// Of the index; 0 if there is none.
+std::uintmax_t sizeOfIndex() {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(PFMetadataIndexGetPath(), error);
   return error ? 0 : size;
 }
 
@@ -117,7 +123,7 @@ public:
     doing = "writer " + std::to_string(++writers_);
     if (!killOne(seed))
       return;
-    if (sizeOfLog() > 0)
+    if (isBeingMade())
       ++interrupted_;
     std::this_thread::sleep_for(settlingTime);
     useIndex(false);
@@ -135,7 +141,7 @@ public:
   }
 
   [[nodiscard]] int writers() const noexcept { return writers_; }
-  /// How many were killed before they had closed the index.
+  /// How many were killed while they made an index anew.
   [[nodiscard]] int interrupted() const noexcept { return interrupted_; }
 
 private:
@@ -156,9 +162,10 @@ private:
       std::this_thread::sleep_for(std::chrono::milliseconds(random_() % 300));
     } else {
       const Clock::time_point end = Clock::now() + std::chrono::seconds(5);
-      for (const std::uintmax_t size = sizeOfLog(); sizeOfLog() == size && Clock::now() < end;)
+      const std::uintmax_t size = sizeOfIndex();
+      while (!isBeingMade() && sizeOfIndex() == size && Clock::now() < end)
         std::this_thread::yield();
-      std::this_thread::sleep_for(std::chrono::microseconds(random_() % 10'000));
+      std::this_thread::sleep_for(std::chrono::microseconds(random_() % 3'000));
     }
     kill(child, SIGKILL);
     int status = 0;
@@ -203,5 +210,5 @@ int main(int argc, char **argv) {
   doing = "in all";
   check(writers.interrupted() > 0, "nobody was killed while writing");
   return verdict(std::to_string(writers.writers()) + " writers killed, " +
-                 std::to_string(writers.interrupted()) + " of them with the index open");
+                 std::to_string(writers.interrupted()) + " of them while they made the index anew");
 }

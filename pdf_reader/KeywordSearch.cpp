@@ -66,7 +66,7 @@ std::size_t KeywordSearch::wholeCharacters(std::string_view text,
 std::optional<bool> KeywordSearch::occursIn(std::string_view text, std::size_t index) const {
   // Most texts are ASCII, which is the same in encodings that can be cut, but for a backslash.
   if (canBeCut() && isASCII(text) && (isSameInASCII_ || text.find('\\') == std::string_view::npos))
-    return pattern_.findInASCII(text).length != 0;
+    return pattern_.isASCII() && pattern_.findBytes(text).length != 0;
   const auto converted = decodeText(text, encodings_[index]);
   if (!converted)
     return std::nullopt;

@@ -26,8 +26,8 @@ class SystemCallsGuard {
 public:
   struct Counts {
     std::atomic<int> openAt{0}, listEntries{0}, statusAt{0}, openMountTable{0}, fileSystemOf{0},
-        fileSystemAt{0}, resolve{0}, makeFolder{0}, setMode{0}, removeFile{0}, read{0}, readAt{0},
-        startThread{0};
+        fileSystemAt{0}, resolve{0}, makeFolder{0}, setMode{0}, removeFile{0}, createFile{0},
+        lockFile{0}, writeAt{0}, setSize{0}, renameFile{0}, read{0}, readAt{0}, startThread{0};
   };
 
   explicit SystemCallsGuard(const SystemCalls &replaced = {}) {
@@ -41,6 +41,11 @@ public:
     put<&SystemCalls::makeFolder, &Counts::makeFolder>(replaced);
     put<&SystemCalls::setMode, &Counts::setMode>(replaced);
     put<&SystemCalls::removeFile, &Counts::removeFile>(replaced);
+    put<&SystemCalls::createFile, &Counts::createFile>(replaced);
+    put<&SystemCalls::lockFile, &Counts::lockFile>(replaced);
+    put<&SystemCalls::writeAt, &Counts::writeAt>(replaced);
+    put<&SystemCalls::setSize, &Counts::setSize>(replaced);
+    put<&SystemCalls::renameFile, &Counts::renameFile>(replaced);
     put<&SystemCalls::read, &Counts::read>(replaced);
     put<&SystemCalls::readAt, &Counts::readAt>(replaced);
     put<&SystemCalls::startThread, &Counts::startThread>(replaced);
@@ -59,6 +64,7 @@ public:
     Counts &c = state().counts;
     c.openAt = c.listEntries = c.statusAt = c.openMountTable = c.fileSystemOf = 0;
     c.fileSystemAt = c.resolve = c.makeFolder = c.setMode = c.removeFile = 0;
+    c.createFile = c.lockFile = c.writeAt = c.setSize = c.renameFile = 0;
     c.read = c.readAt = c.startThread = 0;
   }
 

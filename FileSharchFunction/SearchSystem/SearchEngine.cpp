@@ -3,6 +3,7 @@
 #include "FileSharchFunction/SearchSystem/EntryFilters.h"
 #include "FileSharchFunction/SearchSystem/LocaleEncoding.h"
 #include "platform/foundation/Gestalt.h"
+#include "platform/foundation/MountPoints.h"
 #include "platform/foundation/NSClass.h"
 #include "platform/foundation/TryTwice.h"
 
@@ -77,6 +78,7 @@ void SearchEngine::startFileSearch(const SearchPredicate *predicate) noexcept {
     return;
   }
   chooseDepth();
+  MountPoints::forget();
   // The index knows no content, and a deep search for it is the walk's alone.
   const bool mustWalk =
       predicate->fileList != nullptr || (contentService() != nullptr && hasContentCondition());

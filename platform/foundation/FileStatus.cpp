@@ -56,6 +56,7 @@ std::optional<FileStatus> statusOf(int folder, const char *path, int flags) noex
   result.size = status.stx_size;
   result.device = deviceOf(status);
   result.inode = status.stx_ino;
+  result.links = status.stx_nlink;
   result.changeTime = {status.stx_ctime.tv_sec, status.stx_ctime.tv_nsec};
   result.isSettled = isSettled(result.changeTime, earliestMomentOfChange(), settlingTime);
   result.isEncrypted = (status.stx_attributes & STATX_ATTR_ENCRYPTED) != 0;

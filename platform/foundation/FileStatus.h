@@ -36,6 +36,7 @@ struct FileStatus {
   /// The entry's file system, and its number there.
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
+  std::uint32_t links = 0;
   /// When content or status last changed. Programs cannot set it.
   FileMoment changeTime;
   /// The last change is old enough that any change after this status alters the change time.

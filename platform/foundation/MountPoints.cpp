@@ -17,7 +17,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A search may miss a mount this recent: it might as well have read the folder just before.
+/// A search may miss a mount made while it runs: it might have read the folder just before.
 constexpr std::chrono::milliseconds validity{10};
 
 constexpr int mountPointField = 4;
@@ -111,7 +111,7 @@ std::shared_ptr<const MountPoints> MountPoints::recent() noexcept {
   return latest.mounts;
 }
 
-void MountPoints::forgetForTesting() noexcept {
+void MountPoints::forget() noexcept {
   Latest &latest = sharedLatest();
   const LockGuard guard(latest.lock);
   latest.readAt = {};

@@ -16,8 +16,9 @@ public:
   /// The mounts as of the last few milliseconds; null if they cannot be read or memory is short.
   [[nodiscard]] static std::shared_ptr<const MountPoints> recent() noexcept;
 
-  /// Makes the next call of `recent` read the table again.
-  static void forgetForTesting() noexcept;
+  /// Makes the next call of `recent` read the table again: a search that starts must see every
+  /// mount made before it.
+  static void forget() noexcept;
 
   /// The mount points in `table`, a text in the form of /proc/self/mountinfo (proc(5)).
   /// Throws `std::bad_alloc`.

@@ -1,9 +1,11 @@
 #include "platform/foundation/SystemCalls.h"
 
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 namespace searchsystem {
@@ -24,6 +26,12 @@ constexpr SystemCalls realCalls{
     .makeFolder = mkdir,
     .setMode = chmod,
     .removeFile = unlink,
+    .createFile = [](const char *path, int flags,
+                     mode_t mode) { return open(path, flags | O_CREAT, mode); },
+    .lockFile = flock,
+    .writeAt = pwrite,
+    .setSize = ftruncate,
+    .renameFile = rename,
     .read = read,
     .readAt = pread,
     .startThread = pthread_create,
@@ -47,6 +55,32 @@ std::size_t readFully(int file, void *buffer, std::size_t size) noexcept {
     count += static_cast<std::size_t>(result);
   }
   return count;
+}
+
+bool readFullyAt(int file, void *buffer, std::size_t size, std::uint64_t offset) noexcept {
+  for (auto *at = static_cast<char *>(buffer); size > 0;) {
+    const ssize_t count =
+        uninterrupted(&SystemCalls::readAt, file, at, size, static_cast<off_t>(offset));
+    if (count <= 0)
+      return false;
+    at += count;
+    size -= static_cast<std::size_t>(count);
+    offset += static_cast<std::uint64_t>(count);
+  }
+  return true;
+}
+
+bool writeFullyAt(int file, const void *bytes, std::size_t size, std::uint64_t offset) noexcept {
+  for (const auto *at = static_cast<const char *>(bytes); size > 0;) {
+    const ssize_t count =
+        uninterrupted(&SystemCalls::writeAt, file, at, size, static_cast<off_t>(offset));
+    if (count <= 0)
+      return false;
+    at += count;
+    size -= static_cast<std::size_t>(count);
+    offset += static_cast<std::uint64_t>(count);
+  }
+  return true;
 }
 
 const SystemCalls &realSystemCalls() noexcept { return realCalls; }

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
@@ -29,6 +30,12 @@ struct SystemCalls {
   int (*makeFolder)(const char *path, mode_t mode) = nullptr;
   int (*setMode)(const char *path, mode_t mode) = nullptr;
   int (*removeFile)(const char *path) = nullptr;
+  /// open(2) with O_CREAT, flock(2), pwrite(2), ftruncate(2) and rename(2).
+  int (*createFile)(const char *path, int flags, mode_t mode) = nullptr;
+  int (*lockFile)(int file, int operation) = nullptr;
+  ssize_t (*writeAt)(int file, const void *buffer, std::size_t size, off_t offset) = nullptr;
+  int (*setSize)(int file, off_t size) = nullptr;
+  int (*renameFile)(const char *from, const char *to) = nullptr;
   ssize_t (*read)(int file, void *buffer, std::size_t size) = nullptr;
   /// pread(2).
   ssize_t (*readAt)(int file, void *buffer, std::size_t size, off_t offset) = nullptr;
@@ -61,6 +68,16 @@ Result uninterrupted(Result (*SystemCalls::*call)(Parameters...),
 /// Reads until the buffer is full or the file ends; the number of bytes read, 0 on failure. Any
 /// thread.
 [[nodiscard]] std::size_t readFully(int file, void *buffer, std::size_t size) noexcept;
+
+/// The same from an offset of the file on; false also where it ends before the buffer is full. Any
+/// thread.
+[[nodiscard]] bool readFullyAt(int file, void *buffer, std::size_t size,
+                               std::uint64_t offset) noexcept;
+
+/// Writes all bytes at an offset of the file; false on failure, when some may be written. Any
+/// thread.
+[[nodiscard]] bool writeFullyAt(int file, const void *bytes, std::size_t size,
+                                std::uint64_t offset) noexcept;
 
 /// The real calls, to forward to. Any thread.
 const SystemCalls &realSystemCalls() noexcept;

@@ -4,6 +4,7 @@
 #include "platform/foundation/FoldedText.h"
 #include "platform/foundation/PatternEnds.h"
 
+#include <algorithm>
 #include <bit>
 #include <limits>
 #include <new>
@@ -53,7 +54,7 @@ constexpr char caseBitOf(char c) noexcept { return c >= 'a' && c <= 'z' ? 'a' ^ 
 } // namespace
 
 TextPattern::TextPattern(std::string_view text, unsigned options)
-    : options_(options), isASCII_(isASCII(text)) {
+    : options_(options), isASCII_(searchsystem::isASCII(text)) {
   if (isASCII_) {
     const bool foldCase = (options & NSCaseInsensitiveSearch) != 0;
     units_.reserve(text.size());
@@ -65,6 +66,7 @@ TextPattern::TextPattern(std::string_view text, unsigned options)
     units_.reserve(folded.units.size());
     for (const FoldedText::Unit &unit : folded.units)
       units_.push_back(unit.codePoint);
+    isASCII_ = std::ranges::all_of(units_, [](std::int32_t unit) { return unit < 0x80; });
   }
   fallback_ = fallbackLengths(units_);
 }
@@ -78,13 +80,10 @@ NSRange TextPattern::find(std::string_view text) const {
   return findFolded(text);
 }
 
-NSRange TextPattern::findInASCII(std::string_view text) const {
-  // Folded, other patterns may be ASCII, too: an sz is two letters s.
-  return isASCII_ && !units_.empty() ? findBytes(text) : find(text);
-}
-
 NSRange TextPattern::findBytes(std::string_view text) const noexcept {
   NSRange range;
+  if (units_.empty() || text.empty())
+    return range;
   const auto accept = [&](std::size_t end) {
     if ((options_ & NSLiteralSearch) == 0 && FoldedText::continuesCharacterAt(text, end))
       return false;

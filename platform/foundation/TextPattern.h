@@ -28,14 +28,18 @@ public:
   /// Throws `std::bad_alloc` when `text` is not ASCII, else nothing.
   [[nodiscard]] NSRange find(std::string_view text) const;
 
-  /// The same for a text that is known to be ASCII.
-  [[nodiscard]] NSRange findInASCII(std::string_view text) const;
+  /// Whether it is ASCII after folding. If not, it does not occur in an ASCII text.
+  [[nodiscard]] bool isASCII() const noexcept { return isASCII_; }
+
+  /// Where the bytes of an ASCII pattern first occur; length 0 if they do not. In any text that
+  /// `FoldedText::holdsItsASCII` this is `find`, and so it is in texts one behind the other with
+  /// NULs between them, if the pattern holds none.
+  [[nodiscard]] NSRange findBytes(std::string_view text) const noexcept;
 
   /// The most code points that an occurrence takes.
   [[nodiscard]] std::size_t longestOccurrence() const noexcept { return units_.size(); }
 
 private:
-  [[nodiscard]] NSRange findBytes(std::string_view text) const noexcept;
   [[nodiscard]] std::size_t findCandidate(std::string_view text) const noexcept;
   [[nodiscard]] NSRange findFolded(std::string_view text) const;
 

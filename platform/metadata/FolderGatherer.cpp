@@ -6,40 +6,68 @@
 #include "platform/foundation/PathComponents.h"
 #include "platform/foundation/ResolvedPath.h"
 #include "platform/foundation/TryTwice.h"
-#include "platform/metadata/FolderKey.h"
+#include "platform/metadata/CheckSum.h"
+#include "platform/metadata/FolderPath.h"
 #include "platform/metadata/FolderRecord.h"
 #include "platform/metadata/FolderStatus.h"
+#include "platform/metadata/NameScan.h"
+#include "platform/metadata/ProcessRights.h"
 
+#include <chrono>
 #include <utility>
 
 namespace searchsystem {
 
 namespace {
 
-void setPath(std::string &path, std::string_view folder, std::string_view name) {
-  path.assign(pathWithoutTrailingSlashes(folder));
-  path.append("/").append(name);
+/// Whether the folder at `path`, of that name, is a package.
+bool isPackage(std::string_view path, std::string_view name, bool mayHoldContents) {
+  if (!mayHoldContents || extensionOfName(name).empty())
+    return false;
+  return isFilePackage(FileItem(*NSString::create(path)));
 }
 
-/// A file whose date is read only if it matters.
+/// The files of a folder, one after the other. Their status is read only if it matters.
 class FileInFolder final : public MetadataCandidate {
 public:
-  FileInFolder(std::string_view folder, std::string_view fileName, std::string &path) noexcept
-      : MetadataCandidate(fileName), folder_(folder), path_(path) {}
+  FileInFolder(int folder, std::string_view below, std::string &path) noexcept
+      : folder_(folder), path_(path), prefix_(below.empty() ? 0 : below.size() + 1) {
+    path_.assign(below).append(prefix_ == 0 ? "" : "/");
+  }
+
+  void begin(std::string_view fileName) noexcept {
+    name = fileName;
+    isExamined_ = false;
+  }
 
   std::optional<double> contentChangeDate() noexcept override {
-    // Only a path that is too long for a result needs memory here.
     if (!std::exchange(isExamined_, true))
-      tryTwice([&] {
-        setPath(path_, folder_, name);
-        status_ = fileStatus(currentFolder, path_.c_str(), FollowLink::No);
-      });
+      status_ = examine(FollowLink::No);
     return status_ ? std::optional(status_->modificationTime) : std::nullopt;
   }
 
+  /// Whether it is there and no folder, if it is a link that to which it leads.
+  [[nodiscard]] bool exists() noexcept {
+    const bool isKnown = isExamined_ && (!status_ || status_->kind != FileKind::Link);
+    const std::optional<FileStatus> status = isKnown ? status_ : examine(FollowLink::Yes);
+    return status && status->kind != FileKind::Folder;
+  }
+
 private:
-  const std::string_view folder_;
+  [[nodiscard]] std::optional<FileStatus> examine(FollowLink follow) noexcept {
+    std::optional<FileStatus> status;
+    // Only a path that is too long for a result needs memory here.
+    tryTwice([&] {
+      path_.resize(prefix_);
+      path_.append(name);
+      status = fileStatus(folder_, path_.c_str(), follow);
+    });
+    return status;
+  }
+
+  const int folder_;
   std::string &path_;
+  const std::size_t prefix_;
   bool isExamined_ = false;
   std::optional<FileStatus> status_;
 };
@@ -62,7 +90,27 @@ std::string resolvedScope(const std::string &scope) {
   return resolvedFolder(scope.substr(begin, scope.find_last_not_of(blanks) + 1 - begin));
 }
 
+/// For `FolderRecord::Facts::owner`; 0 if that cannot be known.
+std::uint64_t ownerOf(std::int64_t volume) noexcept {
+  const std::uint64_t rights = ProcessRights::number();
+  return rights == 0 ? 0
+                     : std::max<std::uint64_t>(mix(rights, static_cast<std::uint64_t>(volume)), 1);
+}
+
+/// A number that no other listing of the same folder has.
+std::uint32_t numberForListing() noexcept {
+  static std::atomic<std::uint32_t> next(
+      static_cast<std::uint32_t>(std::chrono::steady_clock::now().time_since_epoch().count()));
+  return ++next;
+}
+
+/// A record that no query has found true for longer is renewed.
+constexpr int daysOfAYoungRecord = 30;
+
 } // namespace
+
+FolderGatherer::FolderGatherer(const Common &common) noexcept
+    : common_(common), textInName_(common.predicate.textInName()), today_(today()) {}
 
 void FolderGatherer::process(const FolderTask &task, FolderQueue::Tasks &tasks,
                              Results &results) noexcept {
@@ -88,7 +136,7 @@ void FolderGatherer::tryToProcess(const FolderTask &task, FolderQueue::Tasks &ta
   case FolderTask::Kind::Listing: {
     path_ = task.path;
     const std::string_view name = lastPathComponent(path_);
-    if (!isMountRoot(name) && !isPackage(name, true))
+    if (!isMountRoot(name) && !isPackage(path_, name, true))
       listWithSubFolders(tasks, results);
     return;
   }
@@ -125,11 +173,16 @@ void FolderGatherer::processRecords(const std::shared_ptr<RecordStream> &stream,
     if (!chunk->isLast && stream->mayRead())
       offerNext();
     for (RecordStream::Row &row : chunk->rows)
-      if (!isStopped())
-        row.hasFailed = !tryTwice([&] {
-          row.results.clear();
+      if (!isStopped()) {
+        row.resultsBegin = chunk->results.size();
+        const bool isDone = tryTwice([&] {
+          chunk->results.resize(row.resultsBegin);
           searchRow(*stream, *chunk, row);
         });
+        if (!isDone)
+          row.outcome = RecordStream::Row::Outcome::Open;
+        row.resultsEnd = chunk->results.size();
+      }
     if (!isStopped() && stream->merge(std::move(chunk), tasks, results))
       offerNext();
   } catch (...) {
@@ -138,55 +191,85 @@ void FolderGatherer::processRecords(const std::shared_ptr<RecordStream> &stream,
   }
 }
 
-void FolderGatherer::searchRow(const RecordStream &stream, const RecordStream::Chunk &chunk,
+void FolderGatherer::searchRow(const RecordStream &stream, RecordStream::Chunk &chunk,
                                RecordStream::Row &row) {
-  const std::string_view key = chunk.key(row);
-  const std::string &scope = stream.scopePrefix();
-  const bool isScope = key == stream.scopeKey();
-  const std::string_view keyBelow = key.substr(stream.scopeKey().size());
-  if (FolderKey::isHidden(keyBelow))
+  using Outcome = RecordStream::Row::Outcome;
+  const std::string_view path = chunk.path(row);
+  const FolderRecord &record = row.record;
+  if (!record.isWhole(path)) {
+    common_.writer.setBroken();
     return;
-  path_ = scope;
-  FolderKey::appendPath(path_, keyBelow);
-  if (path_.empty())
-    path_ = "/";
-  if (path_.size() > longestPath)
+  }
+  std::string_view below = path.substr(stream.scopePath().size());
+  const bool isScope = below.empty();
+  row.outcome = Outcome::MayNotBeSearched;
+  if (FolderPath::isHidden(below))
     return;
+  below.remove_prefix(isScope ? 0 : 1);
   const std::optional<FileStatus> status =
-      isScope ? folderStatus(currentFolder, path_.c_str())
-              : folderStatus(stream.scopeFolder(), path_.c_str() + scope.size() + 1);
-  row.isGone = !status;
+      folderStatus(stream.scopeFolder(), isScope ? "." : below.data());
+  if (!status)
+    row.outcome = Outcome::Gone;
   if (!status || (status->isMountRoot && !isScope))
     return;
-  const std::string_view name = key.substr(key.rfind('\0') + 1);
-  const std::optional<std::int64_t> volume = volumes_.volumeOf(status->device, path_.c_str());
-  std::optional<FolderNames> names;
-  if (volume && !status->isEncrypted)
-    names = FolderRecord::unpack({*volume, status->inode}, status->changeTime, chunk.record(row));
-  if (!isScope && isPackage(name, !names || names->mayHoldContents))
+  const FolderRecord::Facts &facts = record.facts();
+  const bool isOnly = facts.part == 0 && facts.isLastPart;
+  const bool counts =
+      isTrue(facts, *status, volumes_.volumeOf(status->device, isScope ? "/" : path.data()));
+  if (!isScope && isPackage(path, lastPathComponent(path),
+                            !counts || !isOnly || record.names().mayHoldContents))
     return;
-  if (names)
-    search(*names, row.results);
-  else
-    names = list(true, row.results);
-  if (!names)
+  row.outcome = Outcome::Open;
+  if (counts) {
+    search({path, stream.scopeFolder(), below, false}, record.names(), chunk.results);
+    if (today_ - facts.day >= daysOfAYoungRecord)
+      renew(path, record);
+  } else if (facts.part == 0) {
+    path_.assign(isScope && path.empty() ? "/" : path);
+    const std::optional<std::string_view> folders = list(true, chunk.results);
+    row.outcome = Outcome::MayNotBeSearched;
+    if (!folders)
+      return;
+    row.listedFolders = std::make_unique<std::string>(*folders);
+  } else {
     return;
-  row.folders = names->folders;
-  row.isSearched = true;
+  }
+  row.outcome = Outcome::Searched;
+}
+
+bool FolderGatherer::canProve(const FileStatus &status) const noexcept {
+  // Times of whole seconds prove nothing: copies of a disk, or two changes, may have the same.
+  return status.changeTime.nanoseconds != 0 && !status.isEncrypted &&
+         (status.links > 1 || !volumes_.isOverlay(status.device));
+}
+
+bool FolderGatherer::isTrue(const FolderRecord::Facts &facts, const FileStatus &status,
+                            std::optional<std::int64_t> volume) const noexcept {
+  const bool mayCount = facts.kind == FolderRecord::Kind::Names && volume && canProve(status);
+  return mayCount && facts.inode == status.inode && facts.changeTime == status.changeTime &&
+         facts.owner == ownerOf(*volume);
+}
+
+void FolderGatherer::renew(std::string_view path, const FolderRecord &record) noexcept {
+  FolderRecord::Facts facts = record.facts();
+  facts.day = today_;
+  common_.writer.add(path, facts, record.names());
 }
 
 void FolderGatherer::listWithSubFolders(FolderQueue::Tasks &tasks, Results &results) {
-  const std::optional<FolderNames> names = list(false, results);
-  if (!names)
+  const std::optional<std::string_view> folders = list(false, results);
+  if (!folders)
     return;
-  FolderNames::forEach(names->folders, [&](std::string_view name) {
+  const std::string_view above = pathWithoutTrailingSlashes(path_);
+  FolderNames::forEach(*folders, [&](std::string_view name) {
     FolderTask task;
-    setPath(task.path, path_, name);
+    task.path.reserve(above.size() + 1 + name.size());
+    task.path.append(above).append("/").append(name);
     tasks.push_back(std::move(task));
   });
 }
 
-std::optional<FolderNames> FolderGatherer::list(bool isRecorded, Results &results) {
+std::optional<std::string_view> FolderGatherer::list(bool isRecorded, Results &results) {
   const FileMoment begin = earliestMomentOfChange();
   std::optional<DirectoryListing> listing = DirectoryListing::open(path_);
   if (!listing || !listing->canReachEntries())
@@ -194,8 +277,17 @@ std::optional<FolderNames> FolderGatherer::list(bool isRecorded, Results &result
   const std::optional<FileStatus> status = fileStatus(listing->descriptor());
   const std::optional<std::int64_t> volume =
       status ? volumes_.volumeOf(status->device, listing->descriptor()) : std::nullopt;
-  bool isLasting =
-      volume && !status->isEncrypted && isSettled(status->changeTime, begin, longestTick);
+  const std::string_view path = pathWithoutTrailingSlashes(path_);
+  const Place place{path, listing->descriptor(), "", true};
+  FolderRecord::Facts facts{.isLastPart = false, .day = today_, .listing = numberForListing()};
+  bool isLasting = volume && canProve(*status) &&
+                   isSettled(status->changeTime, begin, longestTick) && common_.writer.isWanted();
+  if (isLasting) {
+    facts.owner = ownerOf(*volume);
+    facts.inode = status->inode;
+    facts.changeTime = status->changeTime;
+    isLasting = facts.owner != 0;
+  }
   listing_.clear();
   while (const std::optional<DirectoryEntry> entry = listing->next()) {
     if (isStopped())
@@ -211,50 +303,41 @@ std::optional<FolderNames> FolderGatherer::list(bool isRecorded, Results &result
       kind = found->kind;
     }
     listing_.add(kind, entry->name);
-    if (listing_.sizeOfFiles() >= FolderRecord::mostBytes) {
-      isLasting = false;
-      search(listing_.names(), results);
-      listing_.clearFiles();
-    }
+    if (listing_.sizeOfFiles() < FolderRecord::bytesInPart)
+      continue;
+    const FolderNames names = listing_.files();
+    search(place, names, results);
+    facts.entries = static_cast<std::uint32_t>(listing_.countOfFiles());
+    if (isLasting)
+      common_.writer.add(path, facts, names);
+    isLasting = isLasting && ++facts.part < FolderRecord::mostParts;
+    listing_.clearFiles();
   }
-  isLasting = isLasting && !listing->hasBrokenOff() && listing_.size() < FolderRecord::mostBytes;
+  isLasting = isLasting && !listing->hasBrokenOff() &&
+              listing_.sizeOfFolders() <= FolderRecord::mostBytesOfFolders;
   const FolderNames names = listing_.names();
-  if (volume)
-    keep(*status, *volume, isLasting, isRecorded, names);
-  search(names, results);
-  return names;
+  search(place, names, results);
+  facts.isLastPart = true;
+  facts.entries = static_cast<std::uint32_t>(listing_.count());
+  if (isLasting)
+    common_.writer.add(path, facts, names);
+  else if (volume && !isRecorded)
+    // It leads to those below it.
+    common_.writer.add(
+        path, {.kind = FolderRecord::Kind::PathOnly, .day = today_, .listing = facts.listing}, {});
+  return names.folders;
 }
 
-void FolderGatherer::keep(const FileStatus &status, std::int64_t volume, bool isLasting,
-                          bool isRecorded, const FolderNames &names) {
-  // For a folder whose record would not last only the key is kept, to lead to those below it.
-  if ((!isLasting && isRecorded) || !common_.writer.isWanted())
-    return;
-  IndexRecord record;
-  record.key = FolderKey::ofPath(path_);
-  if (isLasting) {
-    record.entries = static_cast<std::uint32_t>(listing_.count());
-    record.bytes = FolderRecord::pack({volume, status.inode}, status.changeTime, names);
-  }
-  common_.writer.add(std::move(record));
-}
-
-void FolderGatherer::search(const FolderNames &names, Results &results) {
-  const std::string_view folder = pathWithoutTrailingSlashes(path_);
-  entryPath_.reserve(longestPath);
-  const auto leadsToFile = [&](std::string_view link) {
-    setPath(entryPath_, folder, link);
-    const std::optional<FileStatus> target =
-        fileStatus(currentFolder, entryPath_.c_str(), FollowLink::Yes);
-    return target && target->kind != FileKind::Folder;
+void FolderGatherer::search(const Place &place, const FolderNames &names, Results &results) {
+  FileInFolder file(place.folder, place.below, entryPath_);
+  const auto look = [&](std::string_view name, bool isProved) {
+    file.begin(name);
+    if (!isStopped() && common_.predicate.evaluateWithObject(file) &&
+        place.path.size() + 1 + name.size() <= longestPath && (isProved || file.exists()))
+      results.push_back(NSString::join(place.path, "/", name));
   };
-  for (const bool areLinks : {false, true})
-    FolderNames::forEach(areLinks ? names.links : names.files, [&](std::string_view name) {
-      FileInFolder file(folder, name, entryPath_);
-      if (!isStopped() && common_.predicate.evaluateWithObject(file) &&
-          folder.size() + 1 + name.size() <= longestPath && (!areLinks || leadsToFile(name)))
-        results.push_back(NSString::join(folder, "/", name));
-    });
+  forEachName(names, textInName_, [&](std::string_view name) { look(name, place.isListed); });
+  FolderNames::forEach(names.links, [&](std::string_view name) { look(name, false); });
 }
 
 bool FolderGatherer::isMountRoot(std::string_view name) const noexcept {
@@ -263,12 +346,6 @@ bool FolderGatherer::isMountRoot(std::string_view name) const noexcept {
     return false;
   const std::optional<FileStatus> status = folderStatus(currentFolder, path_.c_str());
   return !status || status->isMountRoot;
-}
-
-bool FolderGatherer::isPackage(std::string_view name, bool mayHoldContents) const {
-  if (!mayHoldContents || extensionOfName(name).empty())
-    return false;
-  return isFilePackage(FileItem(*NSString::create(path_)));
 }
 
 } // namespace searchsystem

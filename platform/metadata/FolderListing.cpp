@@ -1,6 +1,7 @@
 #include "platform/metadata/FolderListing.h"
 
 #include "platform/foundation/ASCIIText.h"
+#include "platform/foundation/FoldedText.h"
 #include "platform/foundation/NSWorkspace.h"
 #include "platform/foundation/PathComponents.h"
 
@@ -31,25 +32,30 @@ bool mayBeContents(std::string_view name) {
 void FolderListing::add(FileKind kind, std::string_view name) {
   if (name.starts_with('.') || (kind == FileKind::Folder && hasPackageExtension(name)))
     return;
-  std::string &names = kind == FileKind::Folder ? folders_
-                       : kind == FileKind::Link ? links_
-                                                : files_;
+  std::string &names = kind == FileKind::Folder          ? folders_
+                       : kind == FileKind::Link          ? links_
+                       : isASCII(name)                   ? files_
+                       : FoldedText::holdsItsASCII(name) ? otherFiles_
+                                                         : foldingFiles_;
   names.reserve(std::max(names.capacity(), names.size() + name.size() + 1));
   names.append(name).push_back('\0');
-  ++count_;
+  ++(kind == FileKind::Folder ? folderCount_ : fileCount_);
   mayHoldContents_ = mayHoldContents_ || mayBeContents(name);
 }
 
 void FolderListing::clear() noexcept {
   clearFiles();
   folders_.clear();
-  count_ = 0;
+  folderCount_ = 0;
   mayHoldContents_ = false;
 }
 
 void FolderListing::clearFiles() noexcept {
-  files_.clear();
   links_.clear();
+  files_.clear();
+  otherFiles_.clear();
+  foldingFiles_.clear();
+  fileCount_ = 0;
 }
 
 FolderNames FolderListing::names() {
@@ -63,7 +69,7 @@ FolderNames FolderListing::names() {
       folders.append(name).push_back('\0');
     folders_ = std::move(folders);
   }
-  return {folders_, files_, links_, mayHoldContents_};
+  return {folders_, links_, files_, otherFiles_, foldingFiles_, mayHoldContents_};
 }
 
 } // namespace searchsystem

@@ -14,7 +14,10 @@ namespace searchsystem {
 ///
 /// Ownership: borrows the names. Threads: one at a time.
 struct FolderNames {
-  std::string_view folders, files, links;
+  std::string_view folders, links;
+  /// Files with ASCII names; with other names in which ASCII text is found by its bytes
+  /// (`FoldedText::holdsItsASCII`); with all other names.
+  std::string_view files, otherFiles, foldingFiles;
   /// Whether the folder may hold an entry "Contents", as packages do.
   bool mayHoldContents = false;
 
@@ -41,19 +44,28 @@ public:
   /// Forgets all names except those of sub-folders.
   void clearFiles() noexcept;
 
-  /// The bytes of all names, and of those that are not of sub-folders.
-  [[nodiscard]] std::size_t size() const noexcept { return folders_.size() + sizeOfFiles(); }
-  [[nodiscard]] std::size_t sizeOfFiles() const noexcept { return files_.size() + links_.size(); }
+  /// The bytes of the names of sub-folders, and of all others.
+  [[nodiscard]] std::size_t sizeOfFolders() const noexcept { return folders_.size(); }
+  [[nodiscard]] std::size_t sizeOfFiles() const noexcept {
+    return links_.size() + files_.size() + otherFiles_.size() + foldingFiles_.size();
+  }
 
-  [[nodiscard]] std::size_t count() const noexcept { return count_; }
+  /// How many names there are; forgotten ones do not count.
+  [[nodiscard]] std::size_t count() const noexcept { return folderCount_ + fileCount_; }
+  [[nodiscard]] std::size_t countOfFiles() const noexcept { return fileCount_; }
 
   /// The names, once all have been added; valid until the listing is cleared. Throws
   /// `std::bad_alloc`.
   [[nodiscard]] FolderNames names();
 
+  /// Those of files and links so far.
+  [[nodiscard]] FolderNames files() const noexcept {
+    return {{}, links_, files_, otherFiles_, foldingFiles_, false};
+  }
+
 private:
-  std::string folders_, files_, links_;
-  std::size_t count_ = 0;
+  std::string folders_, links_, files_, otherFiles_, foldingFiles_;
+  std::size_t folderCount_ = 0, fileCount_ = 0;
   bool mayHoldContents_ = false;
 };
 

@@ -1,12 +1,15 @@
 #pragma once
 
+#include "platform/foundation/FileDescriptor.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace searchsystem {
 
-/// Where the index is stored: a file in its own folder, which only the user can read, in the user's
+/// Where the library keeps files of its own: in a folder that only the user can read, in the user's
 /// cache folder (`$XDG_CACHE_HOME`, else `~/.cache`).
 ///
 /// Ownership: owns the paths. Threads: one at a time, unless a member says otherwise.
@@ -16,7 +19,16 @@ public:
   /// Throws `std::bad_alloc`. Main thread.
   static std::optional<IndexPlace> current();
 
+  /// The index. Beside it lie the file that a writer locks, and those that are being made.
   [[nodiscard]] const std::string &file() const noexcept { return file_; }
+  [[nodiscard]] std::string lockFile() const { return folder_ + "/folders-2.lock"; }
+  [[nodiscard]] std::string newFile() const { return folder_ + "/folders-2.new"; }
+  [[nodiscard]] std::string partsFile() const { return folder_ + "/folders-2.parts"; }
+
+  /// Another file in the folder.
+  [[nodiscard]] std::string file(std::string_view name) const {
+    return std::string(folder_).append("/").append(name);
+  }
 
   /// What is on the disk.
   enum class Finding {
@@ -36,11 +48,16 @@ public:
   /// `std::bad_alloc`.
   [[nodiscard]] bool makeFolder() const;
 
-  /// The bytes that the index takes on the disk. Throws `std::bad_alloc`.
-  [[nodiscard]] std::int64_t sizeOnDisk() const;
+  /// The bytes that the index takes on the disk.
+  [[nodiscard]] std::int64_t sizeOnDisk() const noexcept;
 
-  /// Removes the index; false if something is left of it. Throws `std::bad_alloc`.
+  /// Removes the index, what was left of one in the making, and `removeOldFiles`; false if
+  /// something is left of it. The file that writers lock stays. Throws `std::bad_alloc`.
   bool removeFiles() const;
+
+  /// Removes what an older version of the library left; false if something is left. Throws
+  /// `std::bad_alloc`.
+  bool removeOldFiles() const;
 
   /// Sets the user's cache folder; none restores the real one. Main thread.
   static void setCacheFolderForTesting(std::optional<std::string> cacheFolder);
@@ -52,5 +69,14 @@ private:
   std::string folder_;
   std::string file_;
 };
+
+/// Opens a file of the library's own without waiting: none if that is a link, is no regular file,
+/// belongs to another user, can be used by others, or has another link. `flags` are those of
+/// open(2); with O_CREAT it is made for the user alone. Any thread.
+[[nodiscard]] FileDescriptor openOwnFile(const std::string &path, int flags) noexcept;
+
+/// Whether `bytes` more may be written to the disk of an open file: so that others are not in want,
+/// a twentieth of the disk stays free, but no more than 256 MiB. Any thread.
+[[nodiscard]] bool hasRoomFor(std::uint64_t bytes, int file) noexcept;
 
 } // namespace searchsystem

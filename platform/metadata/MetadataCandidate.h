@@ -10,7 +10,7 @@ namespace searchsystem {
 /// Ownership: borrows the name. Threads: one at a time.
 class MetadataCandidate {
 public:
-  explicit MetadataCandidate(std::string_view fileName) noexcept : name(fileName) {}
+  explicit MetadataCandidate(std::string_view fileName = {}) noexcept : name(fileName) {}
   MetadataCandidate(const MetadataCandidate &) = delete;
   MetadataCandidate &operator=(const MetadataCandidate &) = delete;
 
@@ -18,7 +18,7 @@ public:
   [[nodiscard]] virtual std::optional<double> contentChangeDate() noexcept = 0;
 
   /// The last component of the file's path.
-  const std::string_view name;
+  std::string_view name;
 
 protected:
   ~MetadataCandidate() = default;

@@ -1,10 +1,11 @@
 #include "platform/metadata/MetadataIndex.h"
 
 #include "platform/foundation/NeverDestroyed.h"
-#include "platform/metadata/IndexDatabase.h"
+#include "platform/metadata/IndexMerge.h"
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace searchsystem {
 
@@ -39,15 +40,20 @@ int PFMetadataIndexGetStatus(PFMetadataIndexStatus *status) {
   *status = {};
   return atIndexPlace([status](const IndexPlace &place) {
     status->size = place.sizeOnDisk();
-    IndexFault fault = IndexFault::None;
-    const std::unique_ptr<IndexDatabase> index = IndexDatabase::openToRead(place, fault);
-    if (!index)
-      return fault == IndexFault::Missing ? 1 : 0;
-    const std::optional<IndexDatabase::Totals> totals = index->totals();
-    if (!totals)
+    if (place.look() == IndexPlace::Finding::Nothing)
+      return 1;
+    bool isBroken = false;
+    const std::shared_ptr<const IndexFile> file = IndexFile::open(place, isBroken);
+    if (!file)
       return 0;
-    status->folders = totals->folders;
-    status->entries = totals->entries;
+    IndexMerge index({file}, "");
+    for (std::string last; index.next();) {
+      if (!index.record().isWhole(index.path()))
+        continue;
+      status->folders +=
+          std::exchange(last, index.path()) == index.path() && status->folders > 0 ? 0 : 1;
+      status->entries += index.record().facts().entries;
+    }
     return 1;
   });
 }

@@ -29,6 +29,15 @@ Ref<const NSPredicate> NSCompoundPredicate::join(Subpredicates subpredicates, bo
   return Ref<const NSPredicate>::adopt(new NSCompoundPredicate(std::move(subpredicates), isOr));
 }
 
+const TextPattern *NSCompoundPredicate::textInName() const noexcept {
+  if (isOr_ && subpredicates_.size() != 1)
+    return nullptr;
+  for (const Ref<const NSPredicate> &predicate : subpredicates_)
+    if (const TextPattern *const text = predicate->textInName())
+      return text;
+  return nullptr;
+}
+
 bool NSCompoundPredicate::evaluateWithObject(MetadataCandidate &file) const {
   for (const Ref<const NSPredicate> &predicate : subpredicates_)
     if (predicate->evaluateWithObject(file) == isOr_)

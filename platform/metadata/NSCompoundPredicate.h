@@ -29,6 +29,7 @@ public:
 
   [[nodiscard]] bool evaluateWithObject(MetadataCandidate &file) const override;
   [[nodiscard]] bool needsNameOnly() const noexcept override { return needsNameOnly_; }
+  [[nodiscard]] const TextPattern *textInName() const noexcept override;
 
 private:
   NSCompoundPredicate(Subpredicates subpredicates, bool isOr);

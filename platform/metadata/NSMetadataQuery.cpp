@@ -1,10 +1,11 @@
 #include "platform/metadata/NSMetadataQuery.h"
 
 #include "platform/foundation/MainRunLoop.h"
+#include "platform/foundation/MountPoints.h"
 #include "platform/foundation/NSClass.h"
 #include "platform/foundation/TryTwice.h"
-#include "platform/metadata/FolderRecord.h"
 #include "platform/metadata/MetadataGathering.h"
+#include "platform/metadata/ProcessRights.h"
 
 #include <cassert>
 #include <string>
@@ -49,7 +50,8 @@ char NSMetadataQuery::startQuery() noexcept {
     arePaths = !scopes.empty();
     if (!arePaths)
       return;
-    learnRightsOfProcess();
+    ProcessRights::learn();
+    MountPoints::forget();
     gathering_ =
         MetadataGathering::create(*this, predicate_, std::move(scopes), IndexPlace::current());
   });

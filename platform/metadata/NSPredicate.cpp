@@ -32,6 +32,21 @@ private:
   const Test test_;
 };
 
+/// The text occurs in the name.
+class TextInName final : public NSPredicate {
+public:
+  TextInName(std::string_view text, unsigned options) : pattern_(text, options) {}
+
+  bool evaluateWithObject(MetadataCandidate &file) const override {
+    return pattern_.find(file.name).length != 0;
+  }
+  bool needsNameOnly() const noexcept override { return true; }
+  const TextPattern *textInName() const noexcept override { return &pattern_; }
+
+private:
+  const TextPattern pattern_;
+};
+
 template <class Test> Ref<const NSPredicate> condition(bool needsNameOnly, Test test) {
   return Ref<const NSPredicate>::adopt(new Condition<Test>(needsNameOnly, std::move(test)));
 }
@@ -103,10 +118,8 @@ Ref<const NSPredicate> NSPredicate::predicateWithFormat(std::string_view format,
                      [pattern = LikePattern(*text, regardsCase)](const MetadataCandidate &file) {
                        return pattern.matches(file.name);
                      });
-  const unsigned options = regardsCase ? NSLiteralSearch : NSCaseInsensitiveSearch;
-  return condition(true, [pattern = TextPattern(*text, options)](const MetadataCandidate &file) {
-    return pattern.find(file.name).length != 0;
-  });
+  return Ref<const NSPredicate>::adopt(
+      new TextInName(*text, regardsCase ? NSLiteralSearch : NSCaseInsensitiveSearch));
 }
 
 } // namespace searchsystem

@@ -2,6 +2,7 @@
 
 #include "platform/foundation/NSObject.h"
 #include "platform/foundation/Ref.h"
+#include "platform/foundation/TextPattern.h"
 #include "platform/metadata/MetadataCandidate.h"
 
 #include <initializer_list>
@@ -36,6 +37,10 @@ public:
 
   /// Whether the name alone decides, without a look at the disk.
   [[nodiscard]] virtual bool needsNameOnly() const noexcept = 0;
+
+  /// A text that occurs in the name of every file that meets the condition; null if none is known.
+  /// The predicate owns it.
+  [[nodiscard]] virtual const TextPattern *textInName() const noexcept { return nullptr; }
 
 protected:
   NSPredicate() noexcept = default;

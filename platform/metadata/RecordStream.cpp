@@ -2,10 +2,10 @@
 
 #include "platform/foundation/FileStatus.h"
 #include "platform/foundation/PathComponents.h"
-#include "platform/metadata/FolderKey.h"
+#include "platform/metadata/FolderPath.h"
 #include "platform/metadata/FolderStatus.h"
 
-#include <new>
+#include <iterator>
 #include <utility>
 
 namespace searchsystem {
@@ -13,7 +13,7 @@ namespace searchsystem {
 namespace {
 
 /// Searching a chunk takes a quarter of a millisecond, so threads rarely wait for each other.
-constexpr std::size_t rowsInChunk = 64;
+constexpr std::size_t rowsInChunk = 128;
 constexpr std::size_t bytesInChunk = std::size_t{64} << 10;
 
 /// How far the other threads may run ahead of one that waits for a disk.
@@ -23,31 +23,26 @@ constexpr std::size_t mostChunksAhead = 64;
 
 std::shared_ptr<RecordStream> RecordStream::open(const std::string &scope, const IndexPlace &place,
                                                  IndexWriter &writer) {
-  IndexFault fault = IndexFault::None;
-  std::unique_ptr<IndexDatabase> index = IndexDatabase::openToRead(place, fault);
-  if (index) {
-    const std::string key = FolderKey::ofPath(scope);
-    index->selectTree(key);
-    const std::optional<RecordGroup::Record> first = index->next();
-    fault = index->fault();
-    if (first && first->key == key) {
-      std::shared_ptr<RecordStream> stream(new RecordStream(scope, std::move(index), writer));
-      stream->scopeFolder_ = openToExamine(scope.c_str());
-      if (!stream->scopeFolder_)
-        return nullptr;
-      stream->nextRecord_ = first;
-      return stream;
-    }
+  bool isBroken = false;
+  std::shared_ptr<RecordStream> stream;
+  if (const std::shared_ptr<const IndexFile> file = IndexFile::open(place, isBroken)) {
+    std::string path(pathWithoutTrailingSlashes(scope));
+    auto index = std::make_unique<IndexMerge>(std::vector{file}, path);
+    if (index->next() && index->path() == path)
+      stream.reset(new RecordStream(std::move(path), std::move(index), writer));
+    else
+      isBroken = index->isBroken();
   }
-  if (fault == IndexFault::Broken)
+  if (isBroken)
     writer.setBroken();
-  return nullptr;
+  if (stream)
+    stream->scopeFolder_ = openToExamine(scope.c_str());
+  return stream && stream->scopeFolder_ ? stream : nullptr;
 }
 
-RecordStream::RecordStream(const std::string &scope, std::unique_ptr<IndexDatabase> index,
-                           IndexWriter &writer)
-    : scopeKey_(FolderKey::ofPath(scope)), scopePrefix_(pathWithoutTrailingSlashes(scope)),
-      writer_(writer), index_(std::move(index)) {}
+RecordStream::RecordStream(std::string scopePath, std::unique_ptr<IndexMerge> index,
+                           IndexWriter &writer) noexcept
+    : scopePath_(std::move(scopePath)), writer_(writer), index_(std::move(index)) {}
 
 std::unique_ptr<RecordStream::Chunk> RecordStream::read() {
   {
@@ -56,18 +51,22 @@ std::unique_ptr<RecordStream::Chunk> RecordStream::read() {
       return nullptr;
   }
   auto chunk = std::make_unique<Chunk>();
-  chunk->bytes.reserve(bytesInChunk);
   chunk->rows.reserve(rowsInChunk);
-  while (nextRecord_ && chunk->rows.size() < rowsInChunk && chunk->bytes.size() < bytesInChunk) {
-    chunk->rows.push_back({.keyBegin = chunk->bytes.size(),
-                           .keySize = nextRecord_->key.size(),
-                           .recordSize = nextRecord_->bytes.size()});
-    chunk->bytes.append(nextRecord_->key).append(nextRecord_->bytes);
-    nextRecord_ = index_->next();
+  for (std::size_t bytes = 0;
+       hasRecord_ && chunk->rows.size() < rowsInChunk && bytes < bytesInChunk;) {
+    const std::string &path = index_->path();
+    const FolderRecord &record = index_->record();
+    chunk->rows.push_back(
+        {.pathBegin = chunk->paths.size(), .pathSize = path.size(), .record = record});
+    chunk->paths.append(path).push_back('\0');
+    if (chunk->pieces.empty() || chunk->pieces.back() != index_->piece())
+      chunk->pieces.push_back(index_->piece());
+    bytes += path.size() + record.size();
+    hasRecord_ = index_->next();
   }
-  if (!nextRecord_) {
+  if (!hasRecord_) {
     chunk->isLast = true;
-    if (index_->fault() == IndexFault::Broken)
+    if (index_->isBroken())
       writer_.setBroken();
     index_.reset();
   }
@@ -105,7 +104,7 @@ bool RecordStream::mergeInOrder(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks
     const std::unique_ptr<Chunk> next = std::move(searched_.begin()->second);
     searched_.erase(searched_.begin());
     ++mergedCount_;
-    for (Row &row : next->rows)
+    for (const Row &row : next->rows)
       mergeRow(*next, row, tasks, results);
     if (next->isLast)
       addRest(tasks);
@@ -128,48 +127,69 @@ void RecordStream::stopMerging(FolderQueue::Tasks &tasks) noexcept {
   }
 }
 
-void RecordStream::mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &tasks,
+void RecordStream::mergeRow(Chunk &chunk, const Row &row, FolderQueue::Tasks &tasks,
                             Results &results) {
-  const std::string_view key = chunk.key(row);
-  if (key == scopeKey_) {
-    // Without the scope nothing can be merged.
-    if (row.hasFailed)
-      throw std::bad_alloc();
-    mergeFolder(key, row, results);
-    isBegun_ = true;
+  const std::string_view path = chunk.path(row);
+  if (path == scopePath_) {
+    isBegun_ = mergeFolder(chunk, row, results) || isBegun_;
     return;
   }
-  while (!way_.empty() && !FolderKey::isBelow(key, wayKey_))
+  while (!way_.empty() && !FolderPath::isBelow(path, wayPath_))
     leaveFolder(tasks);
+  if (row.outcome == Row::Outcome::Gone)
+    writer_.addGone(path);
   if (way_.empty())
     return;
-  const std::string_view name = key.substr(wayKey_.size() + 1);
-  // A folder in between may not be searched, or has no record and is listed from the disk.
-  if (name.find('\0') != std::string_view::npos)
-    return;
-  if (!isExpected(name, tasks)) {
-    // If the folder exists after all, another task searches it.
-    if (row.isGone)
-      writer_.addGone(key);
-    return;
+  const std::string_view name = path.substr(wayPath_.size() + 1);
+  // A folder in between may not be searched, or has no record and is listed from the disk. What is
+  // not expected is searched by another task if it exists after all, and what is left open is
+  // listed when its turn is over.
+  if (name.find('/') == std::string_view::npos && isExpected(name, tasks)) {
+    const std::size_t above = way_.size() - 1;
+    if (mergeFolder(chunk, row, results))
+      way_[above].skipName();
   }
-  const std::size_t above = way_.size() - 1;
-  if (row.hasFailed)
-    addTask(name, tasks);
-  else
-    mergeFolder(key, row, results);
-  way_[above].skipName();
 }
 
-void RecordStream::mergeFolder(std::string_view key, Row &row, Results &results) {
-  if (!row.isSearched)
-    return;
+bool RecordStream::mergeFolder(Chunk &chunk, const Row &row, Results &results) {
+  if (row.outcome != Row::Outcome::Searched)
+    return row.outcome != Row::Outcome::Open;
+  const FolderRecord::Facts &facts = row.record.facts();
+  const bool isPart = !row.listedFolders && !(facts.part == 0 && facts.isLastPart);
+  if (isPart && !mergePart(chunk, row))
+    return false;
+  const std::string_view path = chunk.path(row);
+  // The scope's own place in the way shows that it has been begun.
+  const bool isOnWay = way_.empty() || !row.folders().empty();
+  Folder folder{path.size(), std::string(row.folders())};
   way_.reserve(way_.size() + 1);
-  wayKey_.reserve(key.size());
-  results.insert(results.end(), std::make_move_iterator(row.results.begin()),
-                 std::make_move_iterator(row.results.end()));
-  way_.push_back({key.size(), std::move(row.folders)});
-  wayKey_ = key;
+  wayPath_.reserve(path.size());
+  Results &found = isPart ? parts_.results : chunk.results;
+  const auto begin = found.begin() + static_cast<std::ptrdiff_t>(isPart ? 0 : row.resultsBegin);
+  const auto end =
+      isPart ? found.end() : begin + static_cast<std::ptrdiff_t>(row.resultsEnd - row.resultsBegin);
+  results.insert(results.end(), std::make_move_iterator(begin), std::make_move_iterator(end));
+  if (isOnWay) {
+    way_.push_back(std::move(folder));
+    wayPath_ = path;
+  }
+  return true;
+}
+
+bool RecordStream::mergePart(Chunk &chunk, const Row &row) {
+  const FolderRecord::Facts &facts = row.record.facts();
+  const std::string_view path = chunk.path(row);
+  if (facts.part == 0)
+    parts_ = {std::string(path), facts.listing, 0, {}};
+  if (path != parts_.path || facts.listing != parts_.listing || facts.part != parts_.count)
+    return false;
+  const auto begin = chunk.results.begin();
+  parts_.results.insert(
+      parts_.results.end(),
+      std::make_move_iterator(begin + static_cast<std::ptrdiff_t>(row.resultsBegin)),
+      std::make_move_iterator(begin + static_cast<std::ptrdiff_t>(row.resultsEnd)));
+  ++parts_.count;
+  return facts.isLastPart;
 }
 
 bool RecordStream::isExpected(std::string_view name, FolderQueue::Tasks &tasks) {
@@ -183,13 +203,13 @@ void RecordStream::leaveFolder(FolderQueue::Tasks &tasks) {
   for (Folder &folder = way_.back(); !folder.isDone(); folder.skipName())
     addTask(folder.name(), tasks);
   way_.pop_back();
-  wayKey_.resize(way_.empty() ? 0 : way_.back().keySize);
+  wayPath_.resize(way_.empty() ? 0 : way_.back().pathSize);
 }
 
 void RecordStream::addRest(FolderQueue::Tasks &tasks) {
   if (!isBegun_)
-    tasks.push_back({.kind = FolderTask::Kind::ScopeListing,
-                     .path = scopePrefix_.empty() ? "/" : scopePrefix_});
+    tasks.push_back(
+        {.kind = FolderTask::Kind::ScopeListing, .path = scopePath_.empty() ? "/" : scopePath_});
   isBegun_ = true;
   while (!way_.empty())
     leaveFolder(tasks);
@@ -197,8 +217,8 @@ void RecordStream::addRest(FolderQueue::Tasks &tasks) {
 
 void RecordStream::addTask(std::string_view name, FolderQueue::Tasks &tasks) {
   FolderTask task;
-  FolderKey::appendPath(task.path, wayKey_);
-  task.path.append("/").append(name);
+  task.path.reserve(wayPath_.size() + 1 + name.size());
+  task.path.append(wayPath_).append("/").append(name);
   tasks.push_back(std::move(task));
 }
 

@@ -5,7 +5,8 @@
 #include "platform/foundation/NSString.h"
 #include "platform/foundation/Ref.h"
 #include "platform/metadata/FolderQueue.h"
-#include "platform/metadata/IndexDatabase.h"
+#include "platform/metadata/FolderRecord.h"
+#include "platform/metadata/IndexMerge.h"
 #include "platform/metadata/IndexWriter.h"
 
 #include <cstddef>
@@ -24,34 +25,40 @@ namespace searchsystem {
 /// records have no folder. If memory runs short the stream is given up: what has not been merged is
 /// listed from the disk.
 ///
-/// Ownership: shared; owns the connection. Threads: any, unless a member says otherwise.
+/// Ownership: shared; owns what it opens. Threads: any, unless a member says otherwise.
 class RecordStream {
 public:
   using Results = std::vector<Ref<const NSString>>;
 
   struct Row {
-    std::size_t keyBegin = 0, keySize = 0, recordSize = 0;
-    /// Results of the search: whether the folder is gone; whether it was searched; whether memory
-    /// was too short; the names of its sub-folders (as in `FolderNames`); the files found.
-    bool isGone = false;
-    bool isSearched = false;
-    bool hasFailed = false;
-    std::string folders{};
-    Results results{};
+    [[nodiscard]] std::string_view folders() const noexcept {
+      return listedFolders ? *listedFolders : record.names().folders;
+    }
+
+    std::size_t pathBegin, pathSize;
+    FolderRecord record;
+
+    /// What the search has come to. Of a folder that is left open, nothing is known.
+    enum class Outcome { Open, MayNotBeSearched, Gone, Searched } outcome = Outcome::Open;
+    /// The files found, among those of the chunk.
+    std::size_t resultsBegin = 0, resultsEnd = 0;
+    /// The names of the sub-folders (as in `FolderNames`) of a folder that had to be listed.
+    std::unique_ptr<std::string> listedFolders{};
   };
 
   struct Chunk {
-    [[nodiscard]] std::string_view key(const Row &row) const noexcept {
-      return std::string_view(bytes).substr(row.keyBegin, row.keySize);
-    }
-    [[nodiscard]] std::string_view record(const Row &row) const noexcept {
-      return std::string_view(bytes).substr(row.keyBegin + row.keySize, row.recordSize);
+    /// A NUL follows it.
+    [[nodiscard]] std::string_view path(const Row &row) const noexcept {
+      return std::string_view(paths).substr(row.pathBegin, row.pathSize);
     }
 
     std::size_t number = 0;
     bool isLast = false;
-    std::string bytes;
+    std::string paths;
     std::vector<Row> rows;
+    Results results;
+    /// They hold the names of the records.
+    std::vector<std::shared_ptr<const char[]>> pieces;
   };
 
   /// The records of the folder at `scope`, a path without links; null if the folder itself has
@@ -59,10 +66,9 @@ public:
   static std::shared_ptr<RecordStream> open(const std::string &scope, const IndexPlace &place,
                                             IndexWriter &writer);
 
-  /// The scope's key, its path without a slash at the end, and a descriptor of the folder, for
-  /// calls that take a path relative to it.
-  [[nodiscard]] const std::string &scopeKey() const noexcept { return scopeKey_; }
-  [[nodiscard]] const std::string &scopePrefix() const noexcept { return scopePrefix_; }
+  /// The scope's path without a slash at the end, and a descriptor of the folder, for calls that
+  /// take a path relative to it.
+  [[nodiscard]] const std::string &scopePath() const noexcept { return scopePath_; }
   [[nodiscard]] int scopeFolder() const noexcept { return scopeFolder_.number(); }
 
   /// The next chunk; null when the stream has been given up. One thread at a time, and not after
@@ -87,7 +93,7 @@ public:
 private:
   /// A folder that may be searched, above the record to be merged.
   struct Folder {
-    std::size_t keySize;
+    std::size_t pathSize;
     std::string names;
     /// Where the first name begins that has not been dealt with.
     std::size_t next = 0;
@@ -97,15 +103,26 @@ private:
     void skipName() noexcept { next += name().size() + 1; }
   };
 
-  RecordStream(const std::string &scope, std::unique_ptr<IndexDatabase> index, IndexWriter &writer);
+  /// The parts of a listing that have been searched, up to the last one.
+  struct Parts {
+    std::string path;
+    std::uint32_t listing = 0;
+    std::size_t count = 0;
+    Results results;
+  };
+
+  RecordStream(std::string scopePath, std::unique_ptr<IndexMerge> index,
+               IndexWriter &writer) noexcept;
 
   // When one of these throws, what it has not done is still ahead of `way_`, and the stream must be
   // given up before the lock is released.
   [[nodiscard]] bool mergeInOrder(std::unique_ptr<Chunk> chunk, FolderQueue::Tasks &tasks,
                                   Results &results) PF_REQUIRES(lock_);
-  void mergeRow(const Chunk &chunk, Row &row, FolderQueue::Tasks &tasks, Results &results)
+  void mergeRow(Chunk &chunk, const Row &row, FolderQueue::Tasks &tasks, Results &results)
       PF_REQUIRES(lock_);
-  void mergeFolder(std::string_view key, Row &row, Results &results) PF_REQUIRES(lock_);
+  /// Whether a folder has been dealt with: not before the last part of its listing.
+  [[nodiscard]] bool mergeFolder(Chunk &chunk, const Row &row, Results &results) PF_REQUIRES(lock_);
+  [[nodiscard]] bool mergePart(Chunk &chunk, const Row &row) PF_REQUIRES(lock_);
   /// Skips to the sub-folder of that name in the last folder of the way; false if there is none.
   [[nodiscard]] bool isExpected(std::string_view name, FolderQueue::Tasks &tasks)
       PF_REQUIRES(lock_);
@@ -115,14 +132,13 @@ private:
   void addTask(std::string_view name, FolderQueue::Tasks &tasks) PF_REQUIRES(lock_);
 
   // Constant.
-  const std::string scopeKey_;
-  const std::string scopePrefix_;
+  const std::string scopePath_;
   FileDescriptor scopeFolder_;
   IndexWriter &writer_;
 
   // The reading thread's.
-  std::unique_ptr<IndexDatabase> index_;
-  std::optional<RecordGroup::Record> nextRecord_;
+  std::unique_ptr<IndexMerge> index_;
+  bool hasRecord_ = true;
 
   NSLock lock_;
   std::size_t readCount_ PF_GUARDED_BY(lock_) = 0;
@@ -132,9 +148,10 @@ private:
   /// The scope itself has been merged.
   bool isBegun_ PF_GUARDED_BY(lock_) = false;
   std::map<std::size_t, std::unique_ptr<Chunk>> searched_ PF_GUARDED_BY(lock_);
-  /// The folders from the scope down, and the key of the last one.
+  /// The folders from the scope down, and the path of the last one.
   std::vector<Folder> way_ PF_GUARDED_BY(lock_);
-  std::string wayKey_ PF_GUARDED_BY(lock_);
+  std::string wayPath_ PF_GUARDED_BY(lock_);
+  Parts parts_ PF_GUARDED_BY(lock_);
 };
 
 } // namespace searchsystem

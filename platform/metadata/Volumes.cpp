@@ -40,13 +40,13 @@ bool isReliableFileSystem(long type) noexcept {
 }
 
 const Volumes::Known *Volumes::find(std::uint64_t device) const noexcept {
-  const auto known = std::ranges::find(known_, device, &Known::first);
+  const auto known = std::ranges::find(known_, device, &Known::device);
   return known != known_.end() ? &*known : nullptr;
 }
 
 std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, const char *path) {
   if (const Known *const known = find(device))
-    return known->second;
+    return known->volume;
   const FileDescriptor folder = openToExamine(path);
   if (!folder)
     return std::nullopt;
@@ -57,15 +57,20 @@ std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, const char *
 
 std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, int folder) {
   if (const Known *const known = find(device))
-    return known->second;
+    return known->volume;
   struct statfs fileSystem {};
   if (uninterrupted(&SystemCalls::fileSystemOf, folder, &fileSystem) != 0)
     return std::nullopt;
   std::optional<std::int64_t> volume;
   if (isReliableFileSystem(static_cast<long>(fileSystem.f_type)))
     volume = identityOf(fileSystem, device);
-  known_.emplace_back(device, volume);
+  known_.push_back({device, volume, fileSystem.f_type == OVERLAYFS_SUPER_MAGIC});
   return volume;
+}
+
+bool Volumes::isOverlay(std::uint64_t device) const noexcept {
+  const Known *const known = find(device);
+  return known != nullptr && known->isOverlay;
 }
 
 } // namespace searchsystem

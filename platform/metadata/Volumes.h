@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <utility>
 #include <vector>
 
 namespace searchsystem {
@@ -24,8 +23,17 @@ public:
   /// The same for an open folder.
   [[nodiscard]] std::optional<std::int64_t> volumeOf(std::uint64_t device, int folder);
 
+  /// Whether a file system that was asked for lies on top of others. A folder there that is merged
+  /// from several shows the identity and the change time of the topmost alone, and one link: a
+  /// change below it, or another layer, does not show.
+  [[nodiscard]] bool isOverlay(std::uint64_t device) const noexcept;
+
 private:
-  using Known = std::pair<std::uint64_t, std::optional<std::int64_t>>;
+  struct Known {
+    std::uint64_t device;
+    std::optional<std::int64_t> volume;
+    bool isOverlay;
+  };
 
   [[nodiscard]] const Known *find(std::uint64_t device) const noexcept;
 

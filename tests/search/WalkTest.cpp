@@ -1,4 +1,3 @@
-#include "platform/foundation/MountPoints.h"
 #include "testing/SystemCallsGuard.h"
 #include "tests/search/SearchFixture.h"
 
@@ -193,7 +192,6 @@ TEST_F(WalkTest, AsksTheSystemForNoMoreThanItNeeds) {
        {std::pair(false, false), {true, false}, {false, true}, {true, true}}) {
     const SystemCallsGuard calls(
         {.openMountTable = areMountsTold ? nullptr : +[](int) { return -1; }});
-    MountPoints::forgetForTesting();
     EXPECT_EQ(found(hasDate ? "s=0" : "n="), "a.jpg c.pdf link.jpg one/d.jpg two/f.jpg");
     EXPECT_EQ(calls.counts().openAt, folders);
     EXPECT_EQ(calls.counts().listEntries, 2 * folders);

@@ -1,6 +1,7 @@
 #include "testing/PhotoFile.h"
 #include "tests/ssfind/command/Command.h"
 
+#include <filesystem>
 #include <poll.h>
 #include <pty.h>
 
@@ -174,14 +175,16 @@ TEST_F(OutputTest, TheFirstInterruptPrintsWhatWasFoundTheSecondEndsAtOnce) {
 }
 
 TEST_F(OutputTest, StatusOfTheIndexAndItsRemoval) {
-  const std::string index = cache.path("SearchSystem/folders-1.sqlite");
+  const std::string index = cache.path("SearchSystem/folders-2.index");
   const Outcome none{0, "index    " + index + "\nsize     0 bytes\nfolders  0\nentries  0\n"};
   EXPECT_EQ(run({"--index-status"}), none);
-  cache.file("SearchSystem/folders-1.sqlite", "a file of another program");
+  cache.file("SearchSystem/folders-2.index", "a file of another program");
   EXPECT_EQ(run({"--index-status"}),
             (Outcome{2, "", "ssfind: " + index + ": the index cannot be read at present\n"}));
+  cache.file("SearchSystem/folders-1.sqlite", "of an older version");
   EXPECT_EQ(run({"--index-clear"}), (Outcome{0}));
   EXPECT_EQ(run({"--index-status"}), none);
+  EXPECT_TRUE(std::filesystem::is_empty(cache.path("SearchSystem")));
   tree.file("a.jpg");
   const auto runAt = [this](const char *home, std::vector<std::string> arguments) {
     Command command(tree.path(), std::move(arguments));
