@@ -70,6 +70,11 @@ FoldedText::FoldedText(std::string_view text, bool foldCase, bool decompose) {
   std::string_view rest = text;
   while (!rest.empty()) {
     const std::size_t position = text.size() - rest.size();
+    if (static_cast<unsigned char>(rest.front()) < 0x80) {
+      units.push_back({foldCase ? lowerASCII(rest.front()) : rest.front(), true, position});
+      rest.remove_prefix(1);
+      continue;
+    }
     const std::int32_t codePoint = takeCodePoint(rest);
     if (codePoint < 0) {
       units.push_back({firstByteUnit + static_cast<unsigned char>(text[position]), true, position});

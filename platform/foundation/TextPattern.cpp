@@ -68,6 +68,13 @@ TextPattern::TextPattern(std::string_view text, unsigned options)
       units_.push_back(unit.codePoint);
     isASCII_ = std::ranges::all_of(units_, [](std::int32_t unit) { return unit < 0x80; });
   }
+  // No character that is not ASCII becomes another ASCII one as a whole: see `mayBecomeASCII`.
+  constexpr std::string_view mayStandForOthers = "fiklst;`";
+  isFoundByBytes_ =
+      isASCII_ &&
+      (options == NSLiteralSearch || std::ranges::none_of(units_, [&](std::int32_t unit) {
+         return mayStandForOthers.find(static_cast<char>(unit)) != std::string_view::npos;
+       }));
   fallback_ = fallbackLengths(units_);
 }
 
@@ -75,7 +82,7 @@ NSRange TextPattern::find(std::string_view text) const {
   if (units_.empty() || text.empty())
     return {};
   // In UTF-8 an ASCII byte is always a whole character, so that bytes can be compared.
-  if (isASCII_ && (options_ == NSLiteralSearch || FoldedText::holdsItsASCII(text)))
+  if (isFoundByBytes_ || (isASCII_ && FoldedText::holdsItsASCII(text)))
     return findBytes(text);
   return findFolded(text);
 }

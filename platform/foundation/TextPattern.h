@@ -31,9 +31,10 @@ public:
   /// Whether it is ASCII after folding. If not, it does not occur in an ASCII text.
   [[nodiscard]] bool isASCII() const noexcept { return isASCII_; }
 
-  /// Where the bytes of an ASCII pattern first occur; length 0 if they do not. In any text that
-  /// `FoldedText::holdsItsASCII` this is `find`, and so it is in texts one behind the other with
-  /// NULs between them, if the pattern holds none.
+  /// Where the bytes of an ASCII pattern first occur; length 0 if they do not. This is `find` in
+  /// any text that `FoldedText::holdsItsASCII`, and in every text if `isFoundByBytes`; also in such
+  /// texts one behind the other with NULs between them, if the pattern holds none.
+  [[nodiscard]] bool isFoundByBytes() const noexcept { return isFoundByBytes_; }
   [[nodiscard]] NSRange findBytes(std::string_view text) const noexcept;
 
   /// The most code points that an occurrence takes.
@@ -47,6 +48,7 @@ private:
   /// The text's code points, folded as the options ask.
   std::vector<std::int32_t> units_;
   bool isASCII_;
+  bool isFoundByBytes_;
   /// For each length of a matched beginning, the length of the next shorter one (Knuth, Morris
   /// and Pratt).
   std::vector<std::uint32_t> fallback_;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -23,18 +22,24 @@ namespace searchsystem {
   constexpr std::uint64_t factor = 0xC2B2'AE3D'27D4'EB4F;
   // Four sums that do not wait for one another.
   std::array<std::uint64_t, 4> sums{1, 2, 3, 4};
-  const auto add = [&](std::size_t lane, const char *from, std::size_t size) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, from, size);
+  const auto add = [&](std::size_t lane, std::uint64_t word) {
     sums[lane] = std::rotl(sums[lane] + word * factor, 31) * factor;
   };
   const std::size_t size = bytes.size();
   std::size_t at = 0;
-  for (; size - at >= sizeof sums; at += sizeof sums)
-    for (std::size_t lane = 0; lane < sums.size(); ++lane)
-      add(lane, bytes.data() + at + lane * sizeof(std::uint64_t), sizeof(std::uint64_t));
-  for (std::size_t lane = 0; at < size; at += sizeof(std::uint64_t), ++lane)
-    add(lane, bytes.data() + at, std::min(sizeof(std::uint64_t), size - at));
+  for (std::array<std::uint64_t, 4> words; size - at >= sizeof words; at += sizeof words) {
+    std::memcpy(words.data(), bytes.data() + at, sizeof words);
+    for (std::size_t lane = 0; lane < words.size(); ++lane)
+      add(lane, words[lane]);
+  }
+  std::size_t lane = 0;
+  for (std::uint64_t word; size - at >= sizeof word; at += sizeof word) {
+    std::memcpy(&word, bytes.data() + at, sizeof word);
+    add(lane++, word);
+  }
+  std::uint64_t word = 0;
+  std::memcpy(&word, bytes.data() + at, size - at);
+  add(lane, word);
   return mix(mix(mix(sums[0], sums[1]), mix(sums[2], sums[3])), size);
 }
 

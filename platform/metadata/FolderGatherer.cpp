@@ -56,6 +56,14 @@ public:
 private:
   [[nodiscard]] std::optional<FileStatus> examine(FollowLink follow) noexcept {
     std::optional<FileStatus> status;
+    if (prefix_ != 0 && ++count_ == manyFiles) {
+      path_.resize(prefix_ - 1);
+      opened_ = openToExamine(folder_, path_.c_str());
+      if (opened_) {
+        folder_ = opened_.number();
+        prefix_ = 0;
+      }
+    }
     // Only a path that is too long for a result needs memory here.
     tryTwice([&] {
       path_.resize(prefix_);
@@ -65,9 +73,14 @@ private:
     return status;
   }
 
-  const int folder_;
+  /// To open the folder costs as much as the longer way to some files.
+  static constexpr int manyFiles = 5;
+
+  int folder_;
+  FileDescriptor opened_;
   std::string &path_;
-  const std::size_t prefix_;
+  std::size_t prefix_;
+  int count_ = 0;
   bool isExamined_ = false;
   std::optional<FileStatus> status_;
 };

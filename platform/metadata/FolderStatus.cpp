@@ -11,8 +11,8 @@ std::optional<FileStatus> folderStatus(int folder, const char *path) noexcept {
   return status && status->kind == FileKind::Folder ? status : std::nullopt;
 }
 
-FileDescriptor openToExamine(const char *path) noexcept {
-  return FileDescriptor(uninterrupted(&SystemCalls::openAt, currentFolder, path,
+FileDescriptor openToExamine(int folder, const char *path) noexcept {
+  return FileDescriptor(uninterrupted(&SystemCalls::openAt, folder, path,
                                       O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 

@@ -11,8 +11,9 @@ namespace searchsystem {
 /// folder or a link. `path` ends with a NUL. Any thread.
 [[nodiscard]] std::optional<FileStatus> folderStatus(int folder, const char *path) noexcept;
 
-/// Opens a folder for calls that do not read it; none on failure, and if it is a link. Any thread.
-[[nodiscard]] FileDescriptor openToExamine(const char *path) noexcept;
+/// Opens the folder at `path`, relative to the open folder `folder`, for calls that do not read it;
+/// none on failure, and if it is a link. Any thread.
+[[nodiscard]] FileDescriptor openToExamine(int folder, const char *path) noexcept;
 
 /// Longer than a tick of any clock that stamps the changes of folders.
 constexpr std::chrono::milliseconds longestTick{20};

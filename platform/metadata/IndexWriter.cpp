@@ -7,7 +7,7 @@ namespace searchsystem {
 namespace {
 
 /// Beyond this, records are put aside on the disk.
-constexpr std::size_t bytesAtOnce = std::size_t{2} << 20;
+constexpr std::size_t bytesAtOnce = std::size_t{1} << 20;
 
 /// How much is collected while the disk is slow. What exceeds it is dropped.
 constexpr std::size_t mostBytes = std::size_t{8} << 20;

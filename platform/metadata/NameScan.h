@@ -26,15 +26,16 @@ void forEachNameWithBytes(std::string_view names, const TextPattern &text, Look 
 /// null. Names with characters that become others in the comparison may always hold it.
 template <class Look>
 void forEachName(const FolderNames &names, const TextPattern *text, Look look) {
-  if (text != nullptr && text->isASCII()) {
-    forEachNameWithBytes(names.files, *text, look);
-    forEachNameWithBytes(names.otherFiles, *text, look);
-  } else {
-    if (text == nullptr)
-      FolderNames::forEach(names.files, look);
-    FolderNames::forEach(names.otherFiles, look);
-  }
-  FolderNames::forEach(names.foldingFiles, look);
+  const auto scan = [&](std::string_view block, bool mayHoldText, bool isFoundByBytes) {
+    if (isFoundByBytes)
+      forEachNameWithBytes(block, *text, look);
+    else if (mayHoldText)
+      FolderNames::forEach(block, look);
+  };
+  const bool isASCII = text != nullptr && text->isASCII();
+  scan(names.files, text == nullptr, isASCII);
+  scan(names.otherFiles, true, isASCII);
+  scan(names.foldingFiles, true, isASCII && text->isFoundByBytes());
 }
 
 } // namespace searchsystem

@@ -36,7 +36,7 @@ std::shared_ptr<RecordStream> RecordStream::open(const std::string &scope, const
   if (isBroken)
     writer.setBroken();
   if (stream)
-    stream->scopeFolder_ = openToExamine(scope.c_str());
+    stream->scopeFolder_ = openToExamine(currentFolder, scope.c_str());
   return stream && stream->scopeFolder_ ? stream : nullptr;
 }
 

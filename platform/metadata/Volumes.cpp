@@ -47,7 +47,7 @@ const Volumes::Known *Volumes::find(std::uint64_t device) const noexcept {
 std::optional<std::int64_t> Volumes::volumeOf(std::uint64_t device, const char *path) {
   if (const Known *const known = find(device))
     return known->volume;
-  const FileDescriptor folder = openToExamine(path);
+  const FileDescriptor folder = openToExamine(currentFolder, path);
   if (!folder)
     return std::nullopt;
   // Another folder may have replaced it since `device` was read.

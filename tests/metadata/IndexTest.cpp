@@ -3,11 +3,14 @@
 #include "platform/metadata/FolderStatus.h"
 #include "tests/metadata/QueryFixture.h"
 
+#include <cerrno>
 #include <climits>
 #include <csignal>
 #include <fstream>
+#include <linux/magic.h>
 #include <random>
 #include <sys/file.h>
+#include <sys/statfs.h>
 
 namespace searchsystem {
 
@@ -78,10 +81,24 @@ TEST(FolderRecord, ShowsDamageOfAnyByte) {
     }
 }
 
-/// The calls that change files; all fail from one on.
-struct Changing {
-  static inline int left = INT_MAX;
+/// A system that a test makes strange.
+struct Strange {
+  /// Those that change files fail from one on.
+  static inline int left;
   static inline bool hasFailed;
+  /// All folders are on an overlay, merged from several layers, or have times of whole seconds.
+  static inline bool isOverlay, areMerged, areTimesWhole;
+  static inline bool isDiskFull;
+  /// An entry that is gone though its folder has not changed.
+  static inline std::string lost;
+  /// What the table of users' numbers holds.
+  static inline std::string userTable;
+
+  static void reset() {
+    left = INT_MAX;
+    hasFailed = isOverlay = areMerged = areTimesWhole = isDiskFull = false;
+    lost = userTable = {};
+  }
 
   static bool fail() {
     if (--left > 0)
@@ -89,8 +106,34 @@ struct Changing {
     errno = ENOSPC;
     return hasFailed = true;
   }
+
   static constexpr SystemCalls calls{
-      .statusAt = statusAnHourAgo,
+      .openAt =
+          [](int folder, const char *path, int flags) {
+            const bool isTable = !userTable.empty() && std::string_view(path).ends_with("uid_map");
+            return openat(folder, isTable ? userTable.c_str() : path, flags);
+          },
+      .statusAt =
+          [](int folder, const char *path, int flags, struct statx *status) {
+            if (!lost.empty() && std::string_view(path).ends_with(lost))
+              return errno = ENOENT, -1;
+            const int result = statusAnHourAgo(folder, path, flags, status);
+            if (areTimesWhole)
+              status->stx_ctime.tv_nsec = 0;
+            if (areMerged && S_ISDIR(status->stx_mode))
+              status->stx_nlink = 1;
+            return result;
+          },
+      .fileSystemOf =
+          [](int file, struct statfs *disk) {
+            const int result = fstatfs(file, disk);
+            if (isOverlay)
+              disk->f_type = OVERLAYFS_SUPER_MAGIC;
+            if (isDiskFull)
+              disk->f_bavail =
+                  std::min<fsblkcnt_t>(disk->f_blocks / 20, (256 << 20) / disk->f_bsize);
+            return result;
+          },
       .removeFile = [](const char *path) { return fail() ? -1 : unlink(path); },
       .writeAt = [](int file, const void *bytes, std::size_t size, off_t offset) -> ssize_t {
         return fail() ? -1 : pwrite(file, bytes, size, offset);
@@ -103,6 +146,7 @@ struct Changing {
 class IndexTest : public QueryFixture {
 protected:
   IndexTest() {
+    Strange::reset();
     for (int i = 0; i < 40; ++i)
       tree.file("folder " + std::to_string(i % 7) + "/in " + std::to_string(i) + "/a.jpg");
     all = find();
@@ -120,7 +164,7 @@ protected:
   }
 
   static constexpr int folders = 1 + 7 + 40;
-  const SystemCallsGuard guard{Changing::calls};
+  const SystemCallsGuard guard{Strange::calls};
   std::string all;
 };
 
@@ -237,12 +281,113 @@ TEST_F(IndexTest, WhereThereCanBeNone) {
   cache.folder("1/SearchSystem/folders-2.index");
   cache.file("2/SearchSystem");
   cache.link("3/SearchSystem", cache.path("1"));
-  for (const char *const folder : {"file", "link", "1", "2", "3", "missing/missing", "/proc"}) {
+  cache.folder("pipe/SearchSystem");
+  cache.folder("lock/SearchSystem");
+  cache.fifo("pipe/SearchSystem/folders-2.index");
+  cache.fifo("lock/SearchSystem/folders-2.lock");
+  cache.link("linked/SearchSystem/folders-2.index", file());
+  cache.folder("new/SearchSystem/folders-2.new");
+  for (const char *const folder : {"file", "link", "1", "2", "3", "pipe", "lock", "linked", "new",
+                                   "missing/missing", "/proc"}) {
     SCOPED_TRACE(folder);
     IndexPlace::setCacheFolderForTesting(*folder == '/' ? folder : cache.path(folder));
     EXPECT_EQ(listed(), folders);
     EXPECT_EQ(listed(), folders);
+    PFMetadataIndexStatus none{};
+    EXPECT_LE(PFMetadataIndexGetStatus(&none) + none.folders, 1);
   }
+}
+
+TEST_F(IndexTest, FoldersThatProveNothingAreListed) {
+  const std::string otherUsers = cache.file("table", "0 1000 1\n");
+  const struct {
+    const char *name;
+    std::function<void()> become;
+    bool isStrange;
+  } rows[] = {
+      {"overlay, not merged", [] { Strange::isOverlay = true; }, false},
+      {"overlay, merged", [] { Strange::isOverlay = Strange::areMerged = true; }, true},
+      {"one link", [] { Strange::areMerged = true; }, false},
+      {"times of whole seconds", [] { Strange::areTimesWhole = true; }, true},
+      {"a table of users that cannot be read", [] { Strange::userTable = "/missing"; }, true},
+      {"a full disk", [] { Strange::isDiskFull = true; }, true},
+  };
+  for (const auto &row : rows) {
+    SCOPED_TRACE(row.name);
+    // With records of before, and without.
+    for (const bool isCleared : {false, true}) {
+      Strange::reset();
+      listed();
+      ASSERT_EQ(listed(), 0);
+      row.become();
+      if (isCleared || Strange::isOverlay)
+        PFMetadataIndexClear();
+      const bool isKept = Strange::isDiskFull && !isCleared;
+      listed();
+      EXPECT_EQ(listed(), row.isStrange && !isKept ? folders : 0);
+    }
+  }
+  Strange::reset();
+  PFMetadataIndexClear();
+  listed();
+  Strange::userTable = otherUsers;
+  EXPECT_EQ(listed(), folders) << "the same user in another namespace";
+  EXPECT_EQ(listed(), 0);
+}
+
+TEST_F(IndexTest, FilesThatAreGoneThoughNothingShowsIt) {
+  Strange::lost = "in 8/a.jpg";
+  const std::size_t begin = all.find("folder 1/in 8/a.jpg ");
+  ASSERT_NE(begin, std::string::npos);
+  all.erase(begin, sizeof "folder 1/in 8/a.jpg " - 1);
+  EXPECT_EQ(listed(), 0);
+}
+
+TEST_F(IndexTest, FolderWithVeryManyFiles) {
+  for (int i = 0; i < 3000; ++i)
+    tree.file("many/" + std::string(100, 'n') + std::to_string(i) + (i % 9 == 0 ? ".jpg" : ""));
+  tree.file("many/in/b.jpg");
+  tree.folder("many/more");
+  all = find();
+  EXPECT_EQ(status().folders, folders + 3);
+  EXPECT_EQ(status().entries, folders - 1 + 40 + 1 + 3000 + 2 + 1);
+  listed();
+  EXPECT_EQ(listed(), 0);
+  tree.file("many/new");
+  EXPECT_GE(listed(), 1);
+  EXPECT_EQ(listed(), 0);
+  // One of its parts is damaged.
+  std::string bytes(std::filesystem::file_size(file()), '\0');
+  std::fstream index(file());
+  index.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  for (const std::size_t damaged : {bytes.size() / 4, bytes.size() / 2, bytes.size() * 3 / 4}) {
+    const char changed = bytes[damaged] == 'x' ? 'y' : 'x';
+    std::fstream(file()).seekp(static_cast<std::streamoff>(damaged)).put(changed);
+    EXPECT_GE(listed(), 1);
+    EXPECT_EQ(listed(), 0);
+  }
+}
+
+/// A small index, each byte of which is damaged, and which is cut off at each.
+TEST_F(IndexTest, DamageOfAnyByteIsRepaired) {
+  tree.file("small/in/a.jpg");
+  tree.file("small/\xc3\xa9.jpg");
+  const std::string small = tree.path("small");
+  PFMetadataIndexClear();
+  find({small});
+  std::string good(std::filesystem::file_size(file()), '\0');
+  std::ifstream(file()).read(good.data(), static_cast<std::streamsize>(good.size()));
+  ASSERT_LT(good.size(), 1000U);
+  for (std::size_t i = 0; i < good.size(); ++i)
+    for (const bool isCut : {false, true}) {
+      std::string bytes = good;
+      bytes[i] ^= 1 << i % 8;
+      std::ofstream(file()) << (isCut ? bytes.substr(0, i) : bytes);
+      EXPECT_EQ(find({small}), "small/in/a.jpg small/\xc3\xa9.jpg") << i;
+      guard.resetCounts();
+      find({small});
+      ASSERT_EQ(guard.counts().listEntries, 0) << i << (isCut ? " cut" : "");
+    }
 }
 
 TEST_F(IndexTest, OthersAndTheirRecordsAreNotReliedOn) {
@@ -353,23 +498,23 @@ TEST_F(IndexTest, DiskFullOrProcessKilledAtAnyChange) {
   all = find();
   int count = 0;
   for (const bool isThere : {false, true}) {
-    Changing::hasFailed = true;
-    for (int number = 1; Changing::hasFailed; ++number) {
+    Strange::hasFailed = true;
+    for (int number = 1; Strange::hasFailed; ++number) {
       SCOPED_TRACE(std::to_string(number) + (isThere ? ", with an index" : ""));
-      Changing::left = INT_MAX;
+      Strange::left = INT_MAX;
       if (!isThere)
         PFMetadataIndexClear();
       tree.file("folder 1/new " + std::to_string(++count));
-      Changing::left = number;
-      Changing::hasFailed = false;
+      Strange::left = number;
+      Strange::hasFailed = false;
       EXPECT_EQ(find(), all);
-      const bool hasFailed = Changing::hasFailed;
-      Changing::left = INT_MAX;
+      const bool hasFailed = Strange::hasFailed;
+      Strange::left = INT_MAX;
       EXPECT_EQ(find(), all);
       guard.resetCounts();
       EXPECT_EQ(find(), all);
       ASSERT_EQ(guard.counts().listEntries, 0) << "repaired";
-      Changing::hasFailed = hasFailed;
+      Strange::hasFailed = hasFailed;
     }
   }
 }
