@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Measures the search through the index side by side with the walk, fd and plocate.
+"""Measures the search through the index side by side with the walk, fd, plocate, and a bare loop of
+status calls.
 
 Prints tables in Markdown. The exit code shows whether all programs gave the same answers; no limit
 on time or space makes it fail, since the machine may be busy.
@@ -9,15 +10,18 @@ import os
 import re
 import shutil
 import sys
+import time
 
 from comparison import (Report, add_scratch_options, compare, measure_in_scratch, option_parser,
                         print_machine, print_table)
 from measuring import Series, figures, run, side_by_side, timed
 from programs import EXTENSIONS, WORD, Program, installed, programs
 
-PROGRAMS = ["ssfind", "make_tree", "listing_floor", "run_timed"]
+PROGRAMS = ["ssfind", "make_tree", "listing_floor", "run_timed", "status_floor"]
 # What the index may take on the disk, per name that it records.
-MOST_BYTES_PER_ENTRY = 64
+MOST_BYTES_PER_ENTRY = 30
+# Half of the names in the trees are not ASCII; this keyword is in many of them.
+FOREIGN_WORD = "été"
 
 
 class Cache:
@@ -60,8 +64,85 @@ def measure_first(report, tools, cache, by_name, tree, rounds):
     print_table(["search", "median ms", "least ms", "least CPU ms", "lrrr"],
                 [[label, f"{one.median():.1f}", f"{one.minimum():.1f}",
                   f"{one.minimum('cpu_ms'):.1f}"] for label, one in series.items()])
-    report.limit("first search: of the walk's time", 1.3, first.median() / second.median(),
-                 note=f"by the least times {first.minimum() / second.minimum():.2f}")
+    limit_cpu(report, "first search: of the walk's", 1.2, first, second)
+
+
+def limit_cpu(report, what, most, ours, peer):
+    """A limit on processor time, by the medians of both."""
+    report.limit(f"{what} processor time", most, ours.median("cpu_ms") / peer.median("cpu_ms"),
+                 note=f"by the least {ours.minimum('cpu_ms') / peer.minimum('cpu_ms'):.2f}, "
+                      f"of the time {ours.median() / peer.median():.2f}")
+
+
+def visible_paths(tree):
+    """The folders that a search meets, and the files with one of the extensions."""
+    folders, candidates = [], []
+    for folder, names, files in os.walk(tree):
+        names[:] = [name for name in names if not name.startswith(".")]
+        folders.append(folder)
+        candidates += [os.path.join(folder, name) for name in files
+                       if not name.startswith(".") and
+                       name.rpartition(".")[2].lower() in EXTENSIONS]
+    return folders, candidates
+
+
+def measure_floor(report, what, tools, by_name, tree, scratch, rounds):
+    """The second search beside one status call for each folder, or each candidate of the dates."""
+    folders, candidates = visible_paths(tree)
+    lists = {}
+    for name, paths in (("folders", folders), ("candidates", candidates)):
+        lists[name] = scratch / f"{name}.list"
+        lists[name].write_bytes(b"\n".join(os.fsencode(path) for path in paths) + b"\n")
+    floor = [[tools["status_floor"], lists[name]] for name in lists]
+    search = by_name[0]
+    by_date = searches(tools, has_word=False)[0]
+    foreign = [FOREIGN_WORD if part == WORD else part for part in search.on(tree)]
+    run(timed(tools, search.on(tree)))
+    series = side_by_side({"name": timed(tools, search.on(tree)),
+                           f"name, {FOREIGN_WORD}": timed(tools, foreign),
+                           "a status for each folder": floor[0],
+                           "dates": timed(tools, by_date.on(tree)),
+                           "a status for each candidate": floor[1]}, rounds)
+    for path in lists.values():
+        path.unlink()
+    print(f"## Beside bare status calls, {what}: {len(folders):,} folders, "
+          f"{len(candidates):,} candidates")
+    print_table(["search", "median ms", "median CPU ms", "least CPU ms", "lrrr"],
+                [[label, f"{one.median():.1f}", f"{one.median('cpu_ms'):.1f}",
+                  f"{one.minimum('cpu_ms'):.1f}"] for label, one in series.items()])
+    name, other, per_folder, dates, per_candidate = series.values()
+    limit_cpu(report, f"name, {what}: of a status for each folder, the", 1.8, name, per_folder)
+    limit_cpu(report, f"keyword that is not ASCII, {what}: of an ASCII one's", 1.5, other, name)
+    limit_cpu(report, f"dates, {what}: of a status for each candidate, the", 1.15, dates,
+              per_candidate)
+
+
+def measure_changed(report, what, tools, by_name, tree, rounds):
+    """A search after one folder in a thousand has changed, and after none; one of a single folder,
+    and its walk."""
+    search, walk = by_name[:2]
+    folders = visible_paths(tree)[0]
+    one = folders[len(folders) // 2]
+    commands = {"after none": search.on(tree), "one folder": search.on(one),
+                "its walk": walk.on(one)}
+    series = {label: Series() for label in ["after a change", *commands]}
+    for number in range(rounds):
+        for folder in folders[number::1000]:
+            path = os.path.join(folder, ".changed")
+            os.close(os.open(path, os.O_CREAT | os.O_WRONLY))
+            os.unlink(path)
+        time.sleep(0.1)
+        series["after a change"].add(figures(timed(tools, search.on(tree))))
+        for label, command in commands.items():
+            series[label].add(figures(timed(tools, command)))
+    print(f"## Changes and a small scope, {what}")
+    print_table(["search", "median ms", "median CPU ms", "least CPU ms", "lrrr"],
+                [[label, f"{one.median():.1f}", f"{one.median('cpu_ms'):.1f}",
+                  f"{one.minimum('cpu_ms'):.1f}"] for label, one in series.items()])
+    limit_cpu(report, f"after a change, {what}: of that after none, the", 1.3,
+              series["after a change"], series["after none"])
+    limit_cpu(report, f"one folder, {what}: of its walk's", 1.2, series["one folder"],
+              series["its walk"])
 
 
 def limit_second(report, what, series, most):
@@ -83,7 +164,7 @@ def plocate_programs(plocate, database, tree):
             Program("plocate, the word alone", [*common, "-b", WORD], gives_paths=False)]
 
 
-def measure_plocate(report, tools, by_name, tree, entries, scratch, rounds):
+def measure_plocate(report, tools, by_name, tree, entries, scratch, rounds, most):
     """plocate answers from its database alone; ours looks at the disk."""
     plocate, updatedb = installed("plocate"), installed("updatedb.plocate", "updatedb")
     if not plocate or not updatedb:
@@ -97,8 +178,11 @@ def measure_plocate(report, tools, by_name, tree, entries, scratch, rounds):
                                      "-U", tree, "-o", database]))
         print(f"updatedb has made a database of {database.stat().st_size / entries:.1f} bytes per "
               f"entry in {made['total_ms']:.0f} ms.\n")
-        compare(report, f"Name, second search in {entries:,} entries, beside plocate", tools,
-                scratch, [by_name[0], *plocate_programs(plocate, database, tree)], tree, rounds)
+        series, _ = compare(report, f"Name, second search in {entries:,} entries, beside plocate",
+                            tools, scratch,
+                            [by_name[0], *plocate_programs(plocate, database, tree)], tree, rounds)
+        limit_cpu(report, f"name, {entries:,}: of plocate's", most, series["ssfind"],
+                  series["plocate, the word alone"])
     finally:
         database.unlink(missing_ok=True)
 
@@ -125,18 +209,24 @@ def measure_with(cache, options, tools, trees):
     series, _ = compare(report, f"Name, second search in {options.entries:,} entries", tools,
                         trees.scratch, by_name, few, options.rounds)
     limit_second(report, "name search", series, 0.2)
-    report.limit("peak memory", 24, series["ssfind"].maximum("peak_kib") / 1024, "MB")
     compare(report, f"Modification date, second search in {options.entries:,} entries", tools,
             trees.scratch, searches(tools, has_word=False), few, options.rounds)
 
-    measure_plocate(report, tools, by_name, few, options.entries, trees.scratch, options.rounds)
+    measure_plocate(report, tools, by_name, few, options.entries, trees.scratch, options.rounds, 0.8)
+    measure_floor(report, f"{options.entries:,}", tools, by_name, few, trees.scratch,
+                  options.rounds)
     if options.large:
         large = trees.make("large", entries=5 * options.entries)
-        run(timed(tools, by_name[0].on(large)))
-        compare(report, f"Name, second search in {5 * options.entries:,} entries", tools,
-                trees.scratch, by_name, large, options.rounds)
-        measure_plocate(report, tools, by_name, large, 5 * options.entries, trees.scratch,
-                        options.rounds)
+        entries = 5 * options.entries
+        first = figures(timed(tools, by_name[0].on(large)))
+        series, _ = compare(report, f"Name, second search in {entries:,} entries", tools,
+                            trees.scratch, by_name, large, options.rounds)
+        report.limit(f"peak memory, {entries:,}", 20,
+                     max(first["peak_kib"], series["ssfind"].maximum("peak_kib")) / 1024, "MB",
+                     "the first search included")
+        measure_plocate(report, tools, by_name, large, entries, trees.scratch, options.rounds, 0.6)
+        measure_floor(report, f"{entries:,}", tools, by_name, large, trees.scratch, options.rounds)
+        measure_changed(report, f"{entries:,}", tools, by_name, large, options.rounds)
     return report.finish()
 
 

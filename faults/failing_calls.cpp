@@ -38,6 +38,11 @@ enum Call : std::uint8_t {
   MakeFolder,
   SetMode,
   RemoveFile,
+  CreateFile,
+  LockFile,
+  WriteAt,
+  SetSize,
+  RenameFile,
   Read,
   Thread
 };
@@ -46,13 +51,13 @@ struct CallFaults {
   Call call;
   const char *name;
   /// The first is the one that is tried when time is short, beside an interruption. -1 stands for a
-  /// read that gives less than was asked for.
+  /// read or write of less than was asked for.
   std::vector<int> errors;
 };
 
-constexpr int shortRead = -1;
+constexpr int shortCall = -1;
 
-const std::array<CallFaults, 12> callFaults{{
+const std::array<CallFaults, 17> callFaults{{
     {Open, "open", {EMFILE, EINTR, ENFILE, EACCES, ENOENT, ENOMEM, EIO, ELOOP, ENOTDIR, ESTALE}},
     {List, "list", {EIO, EINTR, ENOENT, ENOMEM, ESTALE}},
     {Status, "status", {EACCES, EINTR, ENOENT, EIO, ENOMEM, ELOOP, ENAMETOOLONG, ESTALE}},
@@ -63,7 +68,12 @@ const std::array<CallFaults, 12> callFaults{{
     {MakeFolder, "make folder", {EACCES, EINTR, ENOSPC, EROFS, EEXIST}},
     {SetMode, "set mode", {EPERM, EINTR, EROFS, ENOENT}},
     {RemoveFile, "remove file", {EACCES, EINTR, EROFS, EBUSY}},
-    {Read, "read", {EIO, EINTR, shortRead, EISDIR, ESTALE}},
+    {CreateFile, "create file", {EACCES, EINTR, EMFILE, ENOSPC, EROFS}},
+    {LockFile, "lock file", {EWOULDBLOCK, EINTR, ENOLCK}},
+    {WriteAt, "write", {ENOSPC, EINTR, shortCall, EDQUOT, EIO}},
+    {SetSize, "set size", {EIO, EINTR, EROFS}},
+    {RenameFile, "rename file", {ENOSPC, EINTR, EACCES, EIO}},
+    {Read, "read", {EIO, EINTR, shortCall, EISDIR, ESTALE}},
     {Thread, "thread", {EAGAIN, ENOMEM, EPERM}},
 }};
 
@@ -156,10 +166,33 @@ SystemCalls faultyCalls() {
     return failing.fails(RemoveFile) ? (errno = failing.error, -1)
                                      : realSystemCalls().removeFile(path);
   };
+  calls.createFile = [](const char *path, int flags, mode_t mode) {
+    return failing.fails(CreateFile) ? (errno = failing.error, -1)
+                                     : realSystemCalls().createFile(path, flags, mode);
+  };
+  calls.lockFile = [](int file, int operation) {
+    return failing.fails(LockFile) ? (errno = failing.error, -1)
+                                   : realSystemCalls().lockFile(file, operation);
+  };
+  calls.writeAt = [](int file, const void *bytes, std::size_t size, off_t offset) -> ssize_t {
+    if (!failing.fails(WriteAt))
+      return realSystemCalls().writeAt(file, bytes, size, offset);
+    if (failing.error == shortCall)
+      return realSystemCalls().writeAt(file, bytes, std::min<std::size_t>(size, 1), offset);
+    return errno = failing.error, -1;
+  };
+  calls.setSize = [](int file, off_t size) {
+    return failing.fails(SetSize) ? (errno = failing.error, -1)
+                                  : realSystemCalls().setSize(file, size);
+  };
+  calls.renameFile = [](const char *from, const char *to) {
+    return failing.fails(RenameFile) ? (errno = failing.error, -1)
+                                     : realSystemCalls().renameFile(from, to);
+  };
   calls.read = [](int file, void *buffer, std::size_t size) -> ssize_t {
     if (!failing.fails(Read))
       return realSystemCalls().read(file, buffer, size);
-    if (failing.error == shortRead)
+    if (failing.error == shortCall)
       return realSystemCalls().read(file, buffer, std::min<std::size_t>(size, 1));
     failing.noteFile(file);
     return errno = failing.error, -1;
@@ -167,7 +200,7 @@ SystemCalls faultyCalls() {
   calls.readAt = [](int file, void *buffer, std::size_t size, off_t offset) -> ssize_t {
     if (!failing.fails(Read))
       return realSystemCalls().readAt(file, buffer, size, offset);
-    if (failing.error == shortRead)
+    if (failing.error == shortCall)
       return realSystemCalls().readAt(file, buffer, std::min<std::size_t>(size, 1), offset);
     failing.noteFile(file);
     return errno = failing.error, -1;
@@ -290,7 +323,7 @@ private:
   void failCalls(const CallFaults &faults, int error, const Way &way) {
     failing.call = faults.call;
     failing.error = error;
-    const std::string what = error == shortRead ? "short" : strerrorname_np(error);
+    const std::string what = error == shortCall ? "short" : strerrorname_np(error);
     for (const bool lasts : {false, true}) {
       // Nobody sends signals without a pause.
       if (lasts && error == EINTR)
@@ -321,7 +354,7 @@ private:
     for (const std::string &path : without(found, all_))
       check(mayPass && (lasts || isAbout(failing.path, path)), "finds what it should not: " + path);
     const bool mayBeLost =
-        failing.error != EINTR && failing.error != shortRead &&
+        failing.error != EINTR && failing.error != shortCall &&
         (call == Open || call == List || call == Status || call == Resolve || call == Read);
     // Without a thread of its own a worker has nothing read deep, and says so.
     const Paths told = call == Thread ? Host::unread() : Paths();

@@ -1,6 +1,6 @@
 // Searches trees that are made to break a search: pipes and devices with the names of files, loops,
 // folders a thousand levels deep, many files in one folder, names of any bytes, trees that change
-// under the search; and an index whose disk is full or cannot be written.
+// under the search; and an index that may not grow.
 //
 //     strange_trees [--files COUNT] [--seconds OF_CHANGES]
 
@@ -25,14 +25,11 @@
 #include <functional>
 #include <iterator>
 #include <random>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -406,49 +403,6 @@ void fullDisk() {
   }
 }
 
-/// A disk of its own for the index: too small, then one that cannot be written. In a child, whose
-/// mounts nobody else sees; for root only.
-void mountedCache(const std::string &mountPoint) {
-  const pid_t child = fork();
-  if (child == 0) {
-    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
-      _exit(77);
-    const auto remount = [&](unsigned long flags, const char *options) {
-      return mount("tmpfs", mountPoint.c_str(), "tmpfs", flags, options) == 0;
-    };
-    if (!remount(0, "size=40k"))
-      _exit(77);
-    const VirtualClock clock;
-    IndexPlace::setCacheFolderForTesting(mountPoint);
-    doing = "an index on a small disk";
-    int faults = 0;
-    TemporaryTree tree;
-    makeSmallTree(tree);
-    for (int i = 0; i < 600; ++i)
-      tree.file("a folder with a long name " + std::to_string(i) + "/file.txt");
-    const auto isAllFound = [&] {
-      return search(tree.path(), Wanted{.name = "beach"}, true).size() == 6;
-    };
-    for (int i = 0; i < 3; ++i)
-      faults += check(isAllFound(), "does not find all") ? 0 : 1;
-    doing = "an index that cannot be written";
-    check(remount(MS_REMOUNT | MS_RDONLY, "size=40k"), "cannot be remounted");
-    tree.file("new beach.jpg");
-    for (int i = 0; i < 3; ++i)
-      faults +=
-          check(search(tree.path(), Wanted{.name = "beach"}, true).size() == 7, "does not find all")
-              ? 0
-              : 1;
-    std::exit(faults == 0 ? 0 : 1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  if (WIFEXITED(status) && WEXITSTATUS(status) == 77)
-    std::printf("disks cannot be mounted here: the small and the unwritable one are left out\n");
-  else
-    check(status == 0, "ends with status " + std::to_string(status));
-}
-
 } // namespace
 
 } // namespace searchsystem
@@ -460,9 +414,6 @@ int main(int argc, char **argv) {
   for (int i = 1; i + 1 < argc; i += 2)
     (std::strcmp(argv[i], "--files") == 0 ? files : seconds) = std::atoi(argv[i + 1]);
   TemporaryTree cache;
-  doing = "an index's disk";
-  // Before this process has used the library: a child has none of its threads.
-  mountedCache(cache.folder("disk"));
   const int threadsBefore = threadsAtRest();
   const VirtualClock clock;
   IndexPlace::setCacheFolderForTesting(cache.path());
