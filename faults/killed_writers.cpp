@@ -1,5 +1,5 @@
-// Kills a process at a random time while it writes the index, again and again, and searches with
-// the index it leaves.
+// Kills some processes at a random time while they write the index, again and again, and searches
+// with the index they leave.
 //
 //     killed_writers [--seconds S] [--seed FIRST]
 
@@ -26,6 +26,7 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace searchsystem {
 
@@ -119,9 +120,8 @@ public:
   KilledWriters &operator=(const KilledWriters &) = delete;
 
   void run() {
-    const std::uint32_t seed = random_();
-    doing = "writer " + std::to_string(++writers_);
-    if (!killOne(seed))
+    doing = "after " + std::to_string(writers_) + " writers";
+    if (!killSome())
       return;
     if (isBeingMade())
       ++interrupted_;
@@ -130,7 +130,7 @@ public:
     const Paths all = Host::search(*record_);
     useIndex(true);
     for (const char *const which : {" left", ", second search", ", third search"}) {
-      doing = "writer " + std::to_string(writers_) + which;
+      doing = "after " + std::to_string(writers_) + " writers," + which;
       listings = 0;
       check(Host::search(*record_) == all, "finds something else than the walk");
     }
@@ -141,23 +141,31 @@ public:
   }
 
   [[nodiscard]] int writers() const noexcept { return writers_; }
-  /// How many were killed while they made an index anew.
+  /// How often an index was left in the making.
   [[nodiscard]] int interrupted() const noexcept { return interrupted_; }
 
 private:
-  /// Runs this program as a writer and kills it after a while.
-  bool killOne(std::uint32_t seed) {
+  /// Starts this program as a writer; 0 if that fails.
+  [[nodiscard]] pid_t startOne() {
     std::array<std::string, 5> words{program_, "--write", tree_.path(), cache_.path(),
-                                     std::to_string(seed)};
+                                     std::to_string(random_())};
     std::array<char *, 6> arguments{};
     std::transform(words.begin(), words.end(), arguments.begin(),
                    [](std::string &word) { return word.data(); });
     pid_t child = 0;
-    if (!check(posix_spawn(&child, program_.c_str(), nullptr, nullptr, arguments.data(), environ) ==
-                   0,
-               "cannot be started"))
-      return false;
-    // At any time, or soon after it has begun to write.
+    const bool isStarted =
+        posix_spawn(&child, program_.c_str(), nullptr, nullptr, arguments.data(), environ) == 0;
+    return check(isStarted, "cannot be started") ? child : 0;
+  }
+
+  /// Runs up to four writers at once and kills them after a while, one soon after the other.
+  bool killSome() {
+    std::vector<pid_t> children(1 + random_() % 4);
+    for (pid_t &child : children)
+      if (child = startOne(); child == 0)
+        return false;
+    writers_ += static_cast<int>(children.size());
+    // At any time, or soon after one has begun to write.
     if (random_() % 4 == 0) {
       std::this_thread::sleep_for(std::chrono::milliseconds(random_() % 300));
     } else {
@@ -167,10 +175,14 @@ private:
         std::this_thread::yield();
       std::this_thread::sleep_for(std::chrono::microseconds(random_() % 3'000));
     }
-    kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    return check(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL, "has ended by itself");
+    bool areKilled = true;
+    for (const pid_t child : children) {
+      kill(child, SIGKILL);
+      int status = 0;
+      waitpid(child, &status, 0);
+      areKilled &= check(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL, "has ended by itself");
+    }
+    return areKilled;
   }
 
   const std::string program_;
@@ -210,5 +222,5 @@ int main(int argc, char **argv) {
   doing = "in all";
   check(writers.interrupted() > 0, "nobody was killed while writing");
   return verdict(std::to_string(writers.writers()) + " writers killed, " +
-                 std::to_string(writers.interrupted()) + " of them while they made the index anew");
+                 std::to_string(writers.interrupted()) + " times while the index was made anew");
 }

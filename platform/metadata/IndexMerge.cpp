@@ -167,6 +167,7 @@ bool IndexMerge::next() {
     const FolderRecord::Facts &facts = record().facts();
     if (!listing_ || listedPath_ != path()) {
       listedPath_ = path();
+      nextPart_ = 0;
       const auto others = std::find_if(runs_.rbegin(), runs_.rend(),
                                        [&](const auto &run) { return run->path() != listedPath_; });
       listing_ =
@@ -176,7 +177,11 @@ bool IndexMerge::next() {
               .facts()
               .listing;
     }
-    if (facts.listing == *listing_ && facts.kind != FolderRecord::Kind::Gone)
+    // A part may have been renewed: the newest comes first.
+    if (facts.listing != *listing_ || facts.part < nextPart_)
+      continue;
+    nextPart_ = facts.part + 1U;
+    if (facts.kind != FolderRecord::Kind::Gone)
       return true;
   }
 }

@@ -52,6 +52,7 @@ private:
   /// The folder that the records belong to, and the listing that counts.
   std::string listedPath_;
   std::optional<std::uint32_t> listing_;
+  unsigned nextPart_ = 0;
 };
 
 } // namespace searchsystem

@@ -131,7 +131,7 @@ void RecordStream::mergeRow(Chunk &chunk, const Row &row, FolderQueue::Tasks &ta
                             Results &results) {
   const std::string_view path = chunk.path(row);
   if (path == scopePath_) {
-    isBegun_ = mergeFolder(chunk, row, results) || isBegun_;
+    isBegun_ = isBegun_ || mergeFolder(chunk, row, results);
     return;
   }
   while (!way_.empty() && !FolderPath::isBelow(path, wayPath_))

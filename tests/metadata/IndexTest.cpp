@@ -431,6 +431,38 @@ TEST_F(IndexTest, TellsItsSizeAndIsCleared) {
   EXPECT_FALSE(std::filesystem::exists(file()));
 }
 
+TEST_F(IndexTest, RecordsThatNoQueryFindsTrueEnd) {
+  const auto records = [] {
+    bool isBroken = false;
+    return std::make_unique<IndexMerge>(
+        std::vector{IndexFile::open(*IndexPlace::current(), isBroken)}, "");
+  };
+  // As if all had been made some days ago, and one of a folder that is gone.
+  const auto age = [&](int days) {
+    RecordBatch batch;
+    for (const auto index = records(); index->next();) {
+      FolderRecord::Facts facts = index->record().facts();
+      facts.day = static_cast<std::uint16_t>(today() - days);
+      batch.add(index->path(), facts, index->record().names());
+    }
+    batch.add(
+        "/gone",
+        {.kind = FolderRecord::Kind::PathOnly, .day = static_cast<std::uint16_t>(today() - days)},
+        {});
+    batch.sort();
+    const IndexPlace place = *IndexPlace::current();
+    EXPECT_TRUE(IndexUpdate::begin(place)->finish(batch, true));
+  };
+  age(89);
+  EXPECT_EQ(status().folders, folders + 1);
+  EXPECT_EQ(listed(), 0);
+  for (const auto index = records(); index->next();)
+    EXPECT_EQ(index->record().facts().day, today() - (index->path() == "/gone" ? 89 : 0));
+  age(91);
+  EXPECT_EQ(status().folders, 0);
+  EXPECT_EQ(listed(), folders);
+}
+
 TEST_F(IndexTest, AnotherThatWritesIsNotWaitedFor) {
   const int other =
       open((std::filesystem::path(file()).parent_path() / "folders-2.lock").c_str(), O_RDONLY);
