@@ -105,7 +105,8 @@ std::string clockAt(std::time_t time) {
 }
 
 void testRange(const std::string &text) {
-  const auto parsed = parseDateRange(text);
+  constexpr std::int64_t now = 1711879200;
+  const auto parsed = parseDateRange(text, now);
   if (const auto *error = std::get_if<TextError>(&parsed)) {
     require(!error->message.empty() && error->column <= text.size());
     const std::string shown = MarkedText::withMarkAt(text, error->column).text();
@@ -113,7 +114,9 @@ void testRange(const std::string &text) {
     return;
   }
   const auto [start, end] = std::get<DateRange>(parsed);
-  require(std::isfinite(start) && std::isfinite(end) && start <= end && hasFormOfRange(text));
+  require(std::isfinite(start) && std::isfinite(end) && start <= end);
+  if (!hasFormOfRange(text))
+    return;
   const std::size_t dots = text.find("..");
   const std::string from = text.substr(0, dots);
   const std::string to = dots == text.npos ? text : text.substr(dots + 2);

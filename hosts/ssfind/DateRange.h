@@ -1,5 +1,7 @@
 #pragma once
 
+#include "hosts/ssfind/LocalTime.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -24,12 +26,18 @@ struct TextError {
   std::size_t column;
 };
 
-/// Reads FROM..TO, FROM.., ..TO, or a single date, in local time. A date is a year, month, day,
-/// minute or second (2024, 2024-05, 2024-05-17, 2024-05-17T10:30, 2024-05-17T10:30:15), from the
-/// year 1 to 9999, and means all of it: TO includes its last second.
+/// Reads FROM..TO, FROM.., ..TO, or a single date, in local time.
+///
+/// A date is a year, month, day, minute, second or part of one, from the year 1 to 9999, and means
+/// all of it, so that TO includes its last second: 2024, 2024-05, 2024-05-17, 2024/05/17, 20240517,
+/// 2024-05-17T10:30, 2024-05-17 10:30:15.25, these two also with Z or an offset such as +02:00, and
+/// @SECONDS since 1970. Or it is one by the calendar, where weeks begin on Monday: today,
+/// yesterday, this week, last month, 3 days ago. A length of time (3d, 2 weeks) is the time so long
+/// before `now`; alone it means all since then.
 ///
 /// Where daylight saving skips a time, it means the end of the gap; where it doubles one, FROM
 /// means the first and TO the second.
-[[nodiscard]] std::variant<DateRange, TextError> parseDateRange(std::string_view text);
+[[nodiscard]] std::variant<DateRange, TextError> parseDateRange(std::string_view text,
+                                                                UnixTime now);
 
 } // namespace searchsystem::ssfind

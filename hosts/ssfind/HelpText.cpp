@@ -18,9 +18,15 @@ a dot, packages and links to folders are not searched; nor are, even with
 --mounts, the kernel's own file systems such as /proc. What cannot be read below
 it is passed over, and so is what --files-from lists and is not there.
 
-RANGE is FROM..TO, FROM.., ..TO or a single date, in local time. A date is a
-year, month, day, minute or second (2024, 2024-05, 2024-05-17, 2024-05-17T10:30
-or 2024-05-17T10:30:15) and means all of it: TO includes its last second.
+RANGE is FROM..TO, FROM.., ..TO or a single date, in local time. A date means
+all of it, so that TO includes its last second, and is
+  a year, month, day, minute or second: 2024, 2024-05, 2024-05-17, 2024/05/17,
+    20240517, 2024-05-17T10:30, "2024-05-17 10:30:15", a time also with Z or an
+    offset as in 10:30+02:00; or the seconds since 1970: @1715934600;
+  one by the calendar: today, yesterday, "this week" (from Monday), "last month",
+    "3 days ago", "2 years ago";
+  a time so long ago: 3d, "2 weeks", with s, min, h, d, w, mo or y; alone it means
+    all since then.
 
 A keyword is looked for in the text that a PDF document shows, forms and
 annotations included, and in what a photograph says of itself in Exif, IPTC, XMP
@@ -48,6 +54,7 @@ Examples:
   ssfind -k beach -t 2024-07 ~/Pictures       photographs of that month
   ssfind -k invoice --in pdf ~/Documents      documents with that word
   ssfind -m 2024-05-17T10:30.. --long         all that changed since then
+  ssfind -m 3d                                in the last three days
   ssfind --sort modified --limit 10           the ten newest
   ssfind ~/Scans -0 | xargs -0r cp -t /disk   safe for names with line ends
   git ls-files -z | ssfind --files-from - -0 -n logo

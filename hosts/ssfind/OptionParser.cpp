@@ -10,6 +10,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
+#include <ctime>
 #include <functional>
 #include <map>
 #include <memory>
@@ -346,7 +347,7 @@ std::optional<DateRange> OptionTable::dateRange(const CLI::Option *option) const
   if (option->count() == 0)
     return std::nullopt;
   const std::string &text = option->results().back();
-  const auto range = parseDateRange(text);
+  const auto range = parseDateRange(text, std::time(nullptr));
   if (const auto *error = std::get_if<TextError>(&range)) {
     throw UsageError{programMessage(option->get_name() + ": " + error->message) + '\n' +
                      MarkedText::withMarkAt(text, error->column).text() + tryHelp};
