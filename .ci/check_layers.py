@@ -15,7 +15,7 @@ LAYERS = [SEARCH, "hosts", "pdf_reader", "streams", "platform/foundation", "plat
 # What each layer may include besides itself; tests and the like may include anything.
 ALLOWED = {
     "hosts": {SEARCH + "/SearchSystem.h", "platform/content/Content.h",
-              "platform/foundation/CoreFoundation.h",
+              "platform/foundation/CoreFoundation.h", "platform/foundation/FilePackage.h",
               "platform/foundation/LocalTime.h", "platform/foundation/MainLoop.h",
               "platform/foundation/Version.h",
               "platform/imagetag/ShootingDate.h", "platform/metadata/MetadataIndex.h"},

@@ -90,5 +90,5 @@ build_preset() {
 
 build_packages=(cmake ninja-build g++ pkg-config libutf8proc-dev libsqlite3-dev
   libcli11-dev zlib1g-dev nettle-dev libseccomp-dev libexpat1-dev
-  libbrotli-dev)
+  libbrotli-dev libre2-dev)
 test_packages=(libgtest-dev python3 binutils)

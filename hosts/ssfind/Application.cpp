@@ -5,10 +5,8 @@
 #include "hosts/ssfind/Interrupt.h"
 #include "hosts/ssfind/OptionParser.h"
 #include "hosts/ssfind/Output.h"
-#include "hosts/ssfind/Results.h"
 #include "hosts/ssfind/SearchPlan.h"
-#include "hosts/ssfind/SearchStrategy.h"
-#include "hosts/ssfind/VisibleText.h"
+#include "hosts/ssfind/SearchRunner.h"
 #include "platform/content/Content.h"
 
 #include <cerrno>
@@ -31,44 +29,6 @@ void occupyStandardDescriptors() noexcept {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
     if (fcntl(descriptor, F_GETFD) < 0)
       open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
-}
-
-void searchFolder(const Conditions &conditions, const Folder &folder, Results &results) {
-  results.expectFrom(folder);
-  for (const Conditions &part : searchesFor(conditions)) {
-    if (results.isOver())
-      return;
-    SearchRequest request = SearchRequest::ofFolder(part, folder.path);
-    useSpotlight(mayUseIndex(part, folder.path) ? 1 : 0);
-    search(request, results);
-  }
-}
-
-void searchFolders(const Options &options, const std::vector<FolderSearch> &folders,
-                   Results &results, StandardError &errors) {
-  for (const FolderSearch &next : folders) {
-    if (results.isOver())
-      return;
-    if (options.output.report != Report::Nothing)
-      for (const Folder &mount : next.skippedMounts)
-        errors.report(visible(mount.shown) + ": another file system, not searched (use --mounts)");
-    searchFolder(options.conditions, next.folder, results);
-    for (const Folder &mount : next.mounts)
-      if (!results.isOver())
-        searchFolder(options.conditions, mount, results);
-  }
-}
-
-void searchFiles(const Options &options, const FileList &files, Results &results) {
-  if (!options.list)
-    return;
-  results.expectFrom(files);
-  for (const Conditions &part : searchesFor(options.conditions)) {
-    if (results.isOver())
-      return;
-    SearchRequest request = SearchRequest::ofFiles(part, files.paths());
-    search(request, results);
-  }
 }
 
 /// Whether all output has been written, or its reader is gone.
@@ -117,10 +77,8 @@ ExitCode runSearches(const Options &options) {
   StandardError errors(options.output.report != Report::Nothing);
   Output output(STDOUT_FILENO);
   const SearchPlan plan = planSearch(options, errors);
-  Results results(options.output, plan.hasOverlap, output, errors);
-  searchFolders(options, plan.folders, results, errors);
-  searchFiles(options, plan.files, results);
-  searchFolders(options, plan.listedFolders, results, errors);
+  Results results(options.output, SearchRunner::mayRepeat(options, plan), output, errors);
+  SearchRunner(options, plan, results, errors).run();
   // A reader that closed the pipe early does not learn that nothing matched; nor is that certain.
   const bool isGivenUp = output.error() == EPIPE;
   results.finish();

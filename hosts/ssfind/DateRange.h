@@ -1,9 +1,8 @@
 #pragma once
 
 #include "hosts/ssfind/LocalTime.h"
+#include "hosts/ssfind/TextError.h"
 
-#include <cstddef>
-#include <string>
 #include <string_view>
 #include <variant>
 
@@ -18,12 +17,6 @@ namespace searchsystem::ssfind {
 struct DateRange {
   double start;
   double end;
-};
-
-/// An error in a text, and its byte.
-struct TextError {
-  std::string message;
-  std::size_t column;
 };
 
 /// Reads FROM..TO, FROM.., ..TO, or a single date, in local time.

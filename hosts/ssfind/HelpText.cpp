@@ -28,6 +28,14 @@ all of it, so that TO includes its last second, and is
   a time so long ago: 3d, "2 weeks", with s, min, h, d, w, mo or y; alone it means
     all since then.
 
+SIZES is such a range of sizes: 1.5M..20M, 100k.. or +100k, ..2Gi or -2Gi, or a
+single size, which means just that. k, M, G and T are powers of 1000; ki, Mi, Gi
+and Ti of 1024.
+
+With several names and keywords each must be met, or with --any one of all
+conditions. --extension, --size, --max-depth and --exclude must be met in any
+case. No file is read that a condition on its name or size leaves out.
+
 A keyword is looked for in the text that a PDF document shows, forms and
 annotations included, and in what a photograph says of itself in Exif, IPTC, XMP
 and texts of its container, or in an XMP file beside it (of a.jpg a.jpg.xmp or
@@ -55,6 +63,7 @@ Examples:
   ssfind -k invoice --in pdf ~/Documents      documents with that word
   ssfind -m 2024-05-17T10:30.. --long         all that changed since then
   ssfind -m 3d                                in the last three days
+  ssfind -g -n "IMG_*.jpg" -E trash -S 5M..   large ones, not in such a folder
   ssfind --sort modified --limit 10           the ten newest
   ssfind ~/Scans -0 | xargs -0r cp -t /disk   safe for names with line ends
   git ls-files -z | ssfind --files-from - -0 -n logo

@@ -75,16 +75,23 @@ private:
   std::optional<IndexTask> indexTask() const;
   Options options() const;
   void readOperands(Options &options) const;
-  void readConditions(Conditions &conditions) const;
-  void readKeyword(Conditions &conditions) const;
+  void readConditions(Options &options) const;
+  void readNames(Options &options) const;
+  void readKeywords(Options &options) const;
+  void readRestrictions(Options &options) const;
   std::optional<DateRange> dateRange(const CLI::Option *option) const;
+  [[nodiscard]] bool isGiven(const CLI::Option *option) const { return option->count() != 0; }
   [[nodiscard]] std::vector<std::string> extensions() const;
   void readOutput(OutputOptions &output) const;
   template <class Value>
   Value choice(const CLI::Option *option, const std::map<std::string_view, Value> &choices) const;
   std::uint64_t positiveNumber(const CLI::Option *option) const;
 
+  [[noreturn]] void failText(const CLI::Option *option, const std::string &text,
+                             const TextError &error) const;
   [[noreturn]] void failValue(const CLI::Option *option, const std::string &message) const;
+  [[noreturn]] void failValue(const CLI::Option *option, const std::string &value,
+                              const std::string &message) const;
   [[nodiscard]] std::vector<std::size_t> placesOf(const CLI::Option *option) const;
   [[nodiscard]] UsageFault faultOf(const CLI::ParseError &error) const;
   [[nodiscard]] UsageFault faultOfValue(const CLI::ArgumentMismatch &error) const;
@@ -94,6 +101,8 @@ private:
   const CommandLine commandLine_;
 
   CLI::Option *name_ = nullptr;
+  CLI::Option *glob_ = nullptr;
+  CLI::Option *regex_ = nullptr;
   CLI::Option *modified_ = nullptr;
   CLI::Option *keyword_ = nullptr;
   CLI::Option *in_ = nullptr;
@@ -102,6 +111,10 @@ private:
   CLI::Option *caseSensitive_ = nullptr;
   CLI::Option *plain_ = nullptr;
   CLI::Option *extensions_ = nullptr;
+  CLI::Option *size_ = nullptr;
+  CLI::Option *exclude_ = nullptr;
+  CLI::Option *hidden_ = nullptr;
+  CLI::Option *maxDepth_ = nullptr;
   CLI::Option *noSubfolders_ = nullptr;
   CLI::Option *mounts_ = nullptr;
   CLI::Option *filesFrom_ = nullptr;
@@ -141,9 +154,20 @@ CLI::Option *OptionTable::addValue(const std::string &names, const std::string &
 
 void OptionTable::addConditions() {
   app_.option_defaults()->group("Conditions (without any, all files match)");
-  name_ = addValue("-n,--name", "TEXT", "TEXT occurs in the file's name, in any case");
+  name_ = addValue("-n,--name", "TEXT",
+                   "TEXT occurs in the file's name, in any case; may be\n"
+                   "repeated, as may --keyword: all must hold")
+              ->take_all();
+  glob_ = addFlag("-g,--glob", "each --name is a pattern of the whole name: * is any\n"
+                               "text, ? a character, [a-z] one of these, {a,b} either");
+  regex_ = addFlag("--regex", "each --name is a regular expression for a part of the\n"
+                              "name, in the syntax of RE2");
+  glob_->excludes(regex_);
+  for (CLI::Option *const syntax : {glob_, regex_})
+    syntax->needs(name_);
   modified_ = addValue("-m,--modified", "RANGE", "last changed in RANGE (see below)");
-  keyword_ = addValue("-k,--keyword", "TEXT", "TEXT occurs in the file, where --in says");
+  keyword_ =
+      addValue("-k,--keyword", "TEXT", "TEXT occurs in the file, where --in says")->take_all();
   in_ = addValue("--in", "KINDS",
                  "pdf: the text of documents; exif: what photographs\n"
                  "say of themselves; default: pdf,exif");
@@ -157,6 +181,7 @@ void OptionTable::addConditions() {
                                         "and date")
           ->option_text("EXT")
           ->take_all();
+  size_ = addValue("-S,--size", "SIZES", "of that size (see below), whatever --any says");
   plain_ = addFlag("--plain", "four kinds of files only, and PDF files of the simplest\n"
                               "make: as the library searches by itself (see below)");
 }
@@ -164,6 +189,15 @@ void OptionTable::addConditions() {
 void OptionTable::addPlaces() {
   app_.option_defaults()->group("Where to look");
   noSubfolders_ = addFlag("--no-subfolders", "leave out what lies in folders below FOLDER");
+  maxDepth_ = addValue("-d,--max-depth", "N", "at most N folders deep; with 1 only FOLDER itself");
+  exclude_ = addValue("-E,--exclude", "GLOB",
+                      "leave out files and folders of that name, with all\n"
+                      "below; with a / in it, of that path below FOLDER; may\n"
+                      "be repeated")
+                 ->take_all();
+  hidden_ = addFlag("-H,--hidden", "look into folders whose names begin with a dot, too\n"
+                                   "(files whose own names do are never found)");
+  noSubfolders_->excludes(maxDepth_);
   mounts_ = addFlag("--mounts", "search other file systems mounted below FOLDER too\n"
                                 "(default: name each on standard error)");
   filesFrom_ = addValue("--files-from", "FILE",
@@ -278,12 +312,13 @@ std::optional<IndexTask> OptionTable::indexTask() const {
 }
 
 Options OptionTable::options() const {
-  for (const CLI::Option *option : {name_, modified_, keyword_, in_, taken_, filesFrom_})
+  for (const CLI::Option *option : {modified_, in_, taken_, size_, maxDepth_, filesFrom_})
     if (option->count() > 1)
       throw UsageFault{option->get_name() + " is given twice", placesOf(option)};
   Options options;
   readOperands(options);
-  readConditions(options.conditions);
+  readConditions(options);
+  readRestrictions(options);
   readOutput(options.output);
   options.output.hasShootingDate = options.conditions.taken.has_value();
   options.searchesMounts = mounts_->count() != 0;
@@ -312,26 +347,49 @@ void OptionTable::readOperands(Options &options) const {
   }
 }
 
-void OptionTable::readConditions(Conditions &conditions) const {
-  conditions.isAnyEnough = any_->count() != 0;
-  conditions.isCaseSensitive = caseSensitive_->count() != 0;
-  conditions.searchesSubfolders = noSubfolders_->count() == 0;
-  conditions.usesIndex = noIndex_->count() == 0;
-  if (name_->count() != 0)
-    conditions.name = name_->results().back();
-  if (conditions.isAnyEnough && conditions.name && conditions.name->empty())
-    failValue(name_, "--name: with --any an empty text would match nothing");
-  readKeyword(conditions);
+void OptionTable::readConditions(Options &options) const {
+  Conditions &conditions = options.conditions;
+  conditions.isAnyEnough = isGiven(any_);
+  conditions.isCaseSensitive = isGiven(caseSensitive_);
+  conditions.searchesSubfolders = !isGiven(noSubfolders_);
+  conditions.usesIndex = !isGiven(noIndex_);
+  readNames(options);
+  readKeywords(options);
   conditions.modified = dateRange(modified_);
   conditions.taken = dateRange(taken_);
 }
 
-void OptionTable::readKeyword(Conditions &conditions) const {
-  if (keyword_->count() == 0)
-    return;
-  conditions.keyword = keyword_->results().back();
-  if (conditions.keyword->empty())
-    failValue(keyword_, "--keyword: an empty text would match nothing");
+void OptionTable::readNames(Options &options) const {
+  Conditions &conditions = options.conditions;
+  NameSyntax syntax = NameSyntax::Text;
+  if (isGiven(glob_) || isGiven(regex_))
+    syntax = isGiven(glob_) ? NameSyntax::Glob : NameSyntax::Regex;
+  for (const std::string &text : name_->results()) {
+    if (text.empty() && (conditions.isAnyEnough || syntax == NameSyntax::Glob))
+      failValue(name_, text,
+                conditions.isAnyEnough ? "--name: with --any an empty text would match nothing"
+                                       : "--name: an empty pattern would match nothing");
+    if (syntax == NameSyntax::Text && !conditions.name) {
+      conditions.name = text;
+      continue;
+    }
+    auto pattern = NamePattern::parse(text, syntax, conditions.isCaseSensitive);
+    if (const auto *error = std::get_if<TextError>(&pattern))
+      failText(name_, text, *error);
+    options.furtherNames.push_back(std::get<NamePattern>(std::move(pattern)));
+  }
+}
+
+void OptionTable::readKeywords(Options &options) const {
+  Conditions &conditions = options.conditions;
+  for (const std::string &text : keyword_->results()) {
+    if (text.empty())
+      failValue(keyword_, text, "--keyword: an empty text would match nothing");
+    if (!conditions.keyword)
+      conditions.keyword = text;
+    else
+      options.furtherKeywords.push_back(text);
+  }
   if (in_->count() == 0)
     return;
   conditions.isKeywordInPDF = conditions.isKeywordInExif = false;
@@ -348,11 +406,32 @@ std::optional<DateRange> OptionTable::dateRange(const CLI::Option *option) const
     return std::nullopt;
   const std::string &text = option->results().back();
   const auto range = parseDateRange(text, std::time(nullptr));
-  if (const auto *error = std::get_if<TextError>(&range)) {
-    throw UsageError{programMessage(option->get_name() + ": " + error->message) + '\n' +
-                     MarkedText::withMarkAt(text, error->column).text() + tryHelp};
-  }
+  if (const auto *error = std::get_if<TextError>(&range))
+    failText(option, text, *error);
   return std::get<DateRange>(range);
+}
+
+void OptionTable::readRestrictions(Options &options) const {
+  Restrictions &restrictions = options.restrictions;
+  options.searchesHidden = isGiven(hidden_) && !isGiven(noSubfolders_);
+  for (const std::string &pattern : exclude_->results())
+    if (const auto error = restrictions.excluded.add(pattern, isGiven(caseSensitive_)))
+      failText(exclude_, pattern, *error);
+  if (isGiven(size_)) {
+    const std::string &text = size_->results().back();
+    const auto range = parseSizeRange(text);
+    if (const auto *error = std::get_if<TextError>(&range))
+      failText(size_, text, *error);
+    restrictions.size = std::get<SizeRange>(range);
+  }
+  if (!isGiven(maxDepth_))
+    return;
+  restrictions.depth = positiveNumber(maxDepth_);
+  // The library itself can leave out all folders.
+  if (restrictions.depth == 1) {
+    restrictions.depth.reset();
+    options.conditions.searchesSubfolders = options.searchesHidden = false;
+  }
 }
 
 std::vector<std::string> OptionTable::extensions() const {
@@ -409,15 +488,28 @@ std::uint64_t OptionTable::positiveNumber(const CLI::Option *option) const {
   return number;
 }
 
+void OptionTable::failText(const CLI::Option *option, const std::string &text,
+                           const TextError &error) const {
+  throw UsageError{programMessage(option->get_name() + ": " + error.message) + '\n' +
+                   MarkedText::withMarkAt(text, error.column).text() + tryHelp};
+}
+
 void OptionTable::failValue(const CLI::Option *option, const std::string &message) const {
+  failValue(option, option->results().back(), message);
+}
+
+void OptionTable::failValue(const CLI::Option *option, const std::string &value,
+                            const std::string &message) const {
   std::vector<std::size_t> places = placesOf(option);
-  if (!places.empty()) {
-    const std::vector<std::string> &arguments = commandLine_.arguments();
-    const std::size_t last = places.back();
-    const bool isApart =
-        last + 1 < arguments.size() && arguments[last + 1] == option->results().back();
-    places = {isApart ? last + 1 : last};
-  }
+  const std::vector<std::string> &arguments = commandLine_.arguments();
+  const auto isApart = [&](std::size_t place) {
+    return place + 1 < arguments.size() && arguments[place + 1] == value;
+  };
+  const auto found = std::find_if(places.begin(), places.end(), isApart);
+  if (found != places.end())
+    places = {*found + 1};
+  else if (!places.empty())
+    places = {places.back()};
   throw UsageFault{message, places};
 }
 

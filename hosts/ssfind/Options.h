@@ -1,6 +1,9 @@
 #pragma once
 
 #include "hosts/ssfind/DateRange.h"
+#include "hosts/ssfind/ExcludedPaths.h"
+#include "hosts/ssfind/NamePattern.h"
+#include "hosts/ssfind/SizeRange.h"
 
 #include <cstdint>
 #include <optional>
@@ -9,7 +12,8 @@
 
 namespace searchsystem::ssfind {
 
-/// The conditions for files, and which files to examine.
+/// The conditions for files, and which files to examine, as far as one search of the library can
+/// have them.
 struct Conditions {
   std::optional<std::string> name;
   std::optional<DateRange> modified;
@@ -23,6 +27,19 @@ struct Conditions {
   bool isCaseSensitive = false;
   bool searchesSubfolders = true;
   bool usesIndex = true;
+
+  [[nodiscard]] bool hasContent() const noexcept { return keyword || taken; }
+};
+
+/// What a file must also be, whether all conditions must hold or any.
+struct Restrictions {
+  ExcludedPaths excluded;
+  std::optional<SizeRange> size;
+  /// How many folders and files a path may have below the folder searched.
+  std::optional<std::uint64_t> depth;
+
+  [[nodiscard]] bool dependOnFolder() const noexcept { return depth || !excluded.isEmpty(); }
+  [[nodiscard]] bool isAny() const noexcept { return size || dependOnFolder(); }
 };
 
 enum class Format { Path, Long, Json };
@@ -51,11 +68,17 @@ struct Options {
   std::optional<std::string> list;
   char listSeparator = '\n';
   bool searchesMounts = false;
+  /// Whether to look into folders whose names begin with a dot.
+  bool searchesHidden = false;
   /// Whether all kinds of files are looked at, and documents and photographs of any make read.
   bool isDeep = true;
   /// Only files with these extensions; empty for no such choice.
   std::vector<std::string> extensions;
   Conditions conditions;
+  /// Conditions beside those, of the same kinds, that need searches of their own or tests here.
+  std::vector<NamePattern> furtherNames;
+  std::vector<std::string> furtherKeywords;
+  Restrictions restrictions;
   OutputOptions output;
 };
 

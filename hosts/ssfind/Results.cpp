@@ -1,7 +1,6 @@
 #include "hosts/ssfind/Results.h"
 
 #include "hosts/ssfind/Interrupt.h"
-#include "hosts/ssfind/Paths.h"
 #include "hosts/ssfind/Terminal.h"
 
 #include <algorithm>
@@ -41,16 +40,6 @@ Results::Results(const OutputOptions &options, bool mayRepeat, Output &output,
       collects_(options.report == Report::All && options.order != Order::AsFound),
       enough_(enoughFor(options, collects_)) {}
 
-void Results::expectFrom(const Folder &folder) {
-  folder_ = &folder;
-  files_ = nullptr;
-}
-
-void Results::expectFrom(const FileList &files) {
-  folder_ = nullptr;
-  files_ = &files;
-}
-
 SearchFollower::Next Results::found(std::string_view path) {
   if (count_ >= enough_ || output_.error() != 0)
     return Next::Stop;
@@ -68,12 +57,12 @@ SearchFollower::Next Results::found(std::string_view path) {
 }
 
 void Results::unread(std::string_view path, std::int32_t reason) {
-  showPath(path);
+  place_.show(path, shown_);
   unread_.add(path, shown_, reason);
 }
 
 void Results::take(std::string_view path) {
-  showPath(path);
+  place_.show(path, shown_);
   const MatchDetails details = detailsOf(std::string(path));
   if (collects_)
     collected_.push_back({shown_, details});
@@ -88,17 +77,6 @@ MatchDetails Results::detailsOf(const std::string &path) const {
   if (printer_.needsPhotograph())
     details.photograph = photographDetailsOf(path, options_.isDeep);
   return details;
-}
-
-void Results::showPath(std::string_view path) {
-  if (files_ != nullptr) {
-    shown_ = files_->shown(path);
-    return;
-  }
-  shown_ = folder_->shown;
-  if (!shown_.ends_with('/'))
-    shown_ += '/';
-  shown_ += pathBelow(path, folder_->path);
 }
 
 SearchFollower::Next Results::takeTurn() {

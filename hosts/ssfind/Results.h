@@ -3,6 +3,7 @@
 #include "hosts/ssfind/EntryStatus.h"
 #include "hosts/ssfind/Options.h"
 #include "hosts/ssfind/Output.h"
+#include "hosts/ssfind/Place.h"
 #include "hosts/ssfind/ResultPrinter.h"
 #include "hosts/ssfind/Search.h"
 #include "hosts/ssfind/SearchPlan.h"
@@ -22,9 +23,8 @@ public:
   /// `mayRepeat`: several searches may find the same file; it counts once.
   Results(const OutputOptions &options, bool mayRepeat, Output &output, StandardError &errors);
 
-  /// The next matches come from a search of `folder`, or of `files`, which must stay alive.
-  void expectFrom(const Folder &folder);
-  void expectFrom(const FileList &files);
+  /// The next matches come from there.
+  void expectFrom(const Place &place) { place_ = place; }
 
   Next found(std::string_view path) override;
   void unread(std::string_view path, std::int32_t reason) override;
@@ -48,7 +48,6 @@ private:
     MatchDetails details;
   };
 
-  void showPath(std::string_view path);
   void take(std::string_view path);
   [[nodiscard]] MatchDetails detailsOf(const std::string &path) const;
   void flush();
@@ -64,8 +63,7 @@ private:
   /// The count that is enough.
   const std::uint64_t enough_;
 
-  const Folder *folder_ = nullptr;
-  const FileList *files_ = nullptr;
+  Place place_;
   /// The path of the newest match as printed.
   std::string shown_;
   std::uint64_t count_ = 0;

@@ -122,7 +122,8 @@ bool Planner::isCovered(const std::string &path) const {
   // The search of a folder enters its sub-folders unless they are hidden, packages or mounts. A
   // name without a dot is neither of the first two.
   const std::string_view name = std::string_view(path).substr(path.rfind('/') + 1);
-  if (!searchesSubfolders() || mounts_.empty() || name.find('.') != name.npos)
+  if (!searchesSubfolders() || mounts_.empty() || name.find('.') != name.npos ||
+      options_.restrictions.dependOnFolder())
     return false;
   const bool isMount = std::any_of(mounts_.begin(), mounts_.end(),
                                    [&](const Mount &mount) { return mount.path == path; });

@@ -99,9 +99,10 @@ CFRange CFStringFind(CFStringRef string, CFStringRef sought, CFStringCompareFlag
   if (string == nullptr || sought == nullptr)
     return notFound;
   const bool foldCase = (options & kCFCompareCaseInsensitive) != 0;
+  const bool isLiteral = (options & kCFCompareNonliteral) == 0;
   try {
     const NSRange range = string->rangeOfString(
-        *sought, foldCase ? NSLiteralSearch | NSCaseInsensitiveSearch : NSLiteralSearch);
+        *sought, (isLiteral ? NSLiteralSearch : 0U) | (foldCase ? NSCaseInsensitiveSearch : 0U));
     if (range.length == 0)
       return notFound;
     return {static_cast<CFIndex>(range.location), static_cast<CFIndex>(range.length)};

@@ -85,11 +85,16 @@ typedef struct {
 } CFRange;
 
 typedef CFIndex CFStringCompareFlags;
-enum { kCFCompareCaseInsensitive = 1 };
+enum {
+  kCFCompareCaseInsensitive = 1,
+  /* Accents composed or not are equal, and nothing is found inside a composed character. */
+  kCFCompareNonliteral = 16
+};
 
-/* Where `sought` first occurs in `string`, compared by code points, or after full case folding with
- * kCFCompareCaseInsensitive, the only option. {kCFNotFound, 0} if it does not occur or is empty, if
- * either is NULL, or if memory is short. */
+/* Where `sought` first occurs in `string`, compared by code points, or as the options say: after
+ * full case folding, by canonical equivalence. Searches compare names with both, or with none where
+ * texts must agree to the letter. {kCFNotFound, 0} if it does not occur or is empty, if either is
+ * NULL, or if memory is short. */
 CFRange CFStringFind(CFStringRef string, CFStringRef sought, CFStringCompareFlags options)
     SEARCHSYSTEM_SYMBOL(CFStringFind);
 

@@ -56,6 +56,8 @@ TEST(CFString, IsFoundLiterally) {
       {"case", "aBc", "b", 0, kCFNotFound, 0},
       {"any case", "a\u00c9b", "\u00e9B", kCFCompareCaseInsensitive, 1, 3},
       {"base of an accent", "e\u0301", "e", kCFCompareCaseInsensitive, 0, 1},
+      {"composed or not", "ae\u0301", "\u00c9", kCFCompareCaseInsensitive | kCFCompareNonliteral, 1,
+       3},
       {"nothing", "a", "", 0, kCFNotFound, 0},
   };
   for (const auto &row : rows) {

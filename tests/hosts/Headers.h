@@ -3,6 +3,7 @@
 
 #include <searchsystem/Content.h>
 #include <searchsystem/CoreFoundation.h>
+#include <searchsystem/FilePackage.h>
 #include <searchsystem/LocalTime.h>
 #include <searchsystem/MainLoop.h>
 #include <searchsystem/MetadataIndex.h>
