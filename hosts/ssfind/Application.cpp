@@ -85,6 +85,8 @@ ExitCode runSearches(const Options &options) {
 
   if (wasInterrupted())
     return ExitCode::Interrupted;
+  if (!options.hint.empty() && !results.hasMatches() && options.output.report != Report::Nothing)
+    errors.report(options.hint);
   const bool isAnswered = options.output.report == Report::Nothing && results.hasMatches();
   if (!wasWritten(output, errors) || (plan.hasFailures && !isAnswered))
     return ExitCode::Trouble;

@@ -2,6 +2,7 @@
 
 #include "hosts/ssfind/CommandLine.h"
 #include "hosts/ssfind/HelpText.h"
+#include "hosts/ssfind/Hints.h"
 #include "hosts/ssfind/MarkedText.h"
 #include "hosts/ssfind/StandardError.h"
 #include "hosts/ssfind/VisibleText.h"
@@ -70,6 +71,7 @@ private:
                         const std::string &help);
 
   [[nodiscard]] std::vector<std::string> argumentsForParser() const;
+  void refuseWordOfOneDash(const std::string &argument) const;
   [[nodiscard]] bool takesValue(const std::string &option) const;
   [[nodiscard]] bool isValueBehind(const std::string &argument) const;
   std::optional<IndexTask> indexTask() const;
@@ -270,6 +272,8 @@ std::vector<std::string> OptionTable::argumentsForParser() const {
   for (const std::string &argument : commandLine_.arguments()) {
     areOptionsOver |= !isValue && argument == "--";
     const bool mayBeOption = !areOptionsOver && !isValue;
+    if (mayBeOption)
+      refuseWordOfOneDash(argument);
     const std::string option = argument.substr(0, argument.find('='));
     // The parser would take the next argument in place of the empty value.
     const bool hasEmptyValue =
@@ -281,6 +285,18 @@ std::vector<std::string> OptionTable::argumentsForParser() const {
   }
   std::reverse(arguments.begin(), arguments.end());
   return arguments;
+}
+
+/// As in -name, which would be -n with the text "ame".
+void OptionTable::refuseWordOfOneDash(const std::string &argument) const {
+  if (argument.size() < 4 || argument[0] != '-' || argument[1] == '-')
+    return;
+  const std::string word = argument.substr(1, argument.find('=') - 1);
+  const std::string_view other = longOptionForWord(word);
+  const std::string option = "--" + (other.empty() ? word : std::string(other));
+  if (app_.get_option_no_throw(option) != nullptr)
+    throw UsageFault{"the option is " + option + ", with two dashes",
+                     commandLine_.placesOfUnknown(argument)};
 }
 
 bool OptionTable::takesValue(const std::string &option) const {
@@ -319,6 +335,13 @@ Options OptionTable::options() const {
   readOperands(options);
   readConditions(options);
   readRestrictions(options);
+  const auto hasStar = [](const std::string &text) { return text.find('*') != text.npos; };
+  const auto haveStar = [&](const CLI::Option *option) {
+    const std::vector<std::string> texts = option->results();
+    return std::any_of(texts.begin(), texts.end(), hasStar);
+  };
+  options.hint =
+      hintForWildcards(haveStar(name_) && !isGiven(glob_) && !isGiven(regex_), haveStar(keyword_));
   readOutput(options.output);
   options.output.hasShootingDate = options.conditions.taken.has_value();
   options.searchesMounts = mounts_->count() != 0;

@@ -79,6 +79,8 @@ struct Options {
   std::vector<NamePattern> furtherNames;
   std::vector<std::string> furtherKeywords;
   Restrictions restrictions;
+  /// What to say if nothing matches, if anything.
+  std::string hint;
   OutputOptions output;
 };
 

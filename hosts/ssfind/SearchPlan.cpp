@@ -1,5 +1,6 @@
 #include "hosts/ssfind/SearchPlan.h"
 
+#include "hosts/ssfind/Hints.h"
 #include "hosts/ssfind/Interrupt.h"
 #include "hosts/ssfind/Mounts.h"
 #include "hosts/ssfind/PathList.h"
@@ -88,7 +89,8 @@ void Planner::addFolder(const std::string &typed, std::vector<FolderSearch> &sea
   const int error = path ? errorOfReading(*path) : errno;
   if (error != 0) {
     plan_.hasFailures = true;
-    errors_.reportFailure(typed, error);
+    errors_.reportFailure(typed, error,
+                          error == ENOENT ? hintForMissingFolder(typed, options_) : "");
     return;
   }
   const bool isNew = !isCovered(*path);

@@ -31,8 +31,8 @@ void StandardError::write(std::string_view lines) {
 
 void StandardError::report(std::string_view message) { write(programMessage(message) + '\n'); }
 
-void StandardError::reportFailure(std::string_view path, int error) {
-  report((path.empty() ? "''" : visible(path)) + ": " + std::strerror(error));
+void StandardError::reportFailure(std::string_view path, int error, std::string_view addition) {
+  report(((path.empty() ? "''" : visible(path)) + ": " + std::strerror(error)).append(addition));
 }
 
 void StandardError::showProgress(std::uint64_t matches, Clock::time_point now) {

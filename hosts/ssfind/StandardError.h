@@ -18,8 +18,8 @@ public:
   /// Writes complete lines as they are.
   void write(std::string_view lines);
   void report(std::string_view message);
-  /// Reports a failure of the system's about a file or folder.
-  void reportFailure(std::string_view path, int error);
+  /// Reports a failure of the system's about a file or folder, and what else there is to say.
+  void reportFailure(std::string_view path, int error, std::string_view addition = "");
 
   /// Shows the number of matches, at most ten times a second, and not in a short search.
   void showProgress(std::uint64_t matches, Clock::time_point now);

@@ -68,7 +68,8 @@ TEST_F(OutputTest, FormatsOrderAndLimit) {
   tree.setModified("old.jpg", 4102444800);
   EXPECT_EQ(run({"--sort", "path", "nowhere", "new", "."}),
             (Outcome{2, "./new-b.jpg\n./old.jpg\nnew/a.tif\nnew/b.pdf\n",
-                     "ssfind: nowhere: No such file or directory\n"}));
+                     "ssfind: nowhere: No such file or directory (to search for a name: ssfind -n "
+                     "nowhere)\n"}));
   EXPECT_EQ(run({"--sort", "modified"}),
             (Outcome{0, "./old.jpg\n./new-b.jpg\n./new/a.tif\n./new/b.pdf\n"}));
 }

@@ -7,7 +7,8 @@ namespace searchsystem {
 
 namespace {
 
-constexpr const char *nowhere = "ssfind: nowhere: No such file or directory\n";
+constexpr const char *nowhere = "ssfind: nowhere: No such file or directory (to search for a name: "
+                                "ssfind -n nowhere)\n";
 
 class SearchTest : public CommandTest {
 protected:
@@ -100,6 +101,32 @@ TEST_F(SearchTest, FoldersThatCannotBeReadOrAreMounted) {
   EXPECT_EQ(find("--mounts"), (Outcome{0, "Q/disk/scan.pdf\n"}));
 }
 
+TEST_F(SearchTest, Hints) {
+  const std::string missing = ": No such file or directory";
+  const std::string star = "ssfind: a * in --name stands for itself; with --glob it is any text\n";
+  tree.file("P/a*b.jpg");
+  expect({
+      {{"my beach"},
+       "",
+       "ssfind: my beach" + missing + " (to search for a name: ssfind -n 'my beach')\n",
+       2},
+      {{"*.tif"},
+       "",
+       "ssfind: *.tif" + missing + " (to search for a name: ssfind -g -n '*.tif')\n",
+       2},
+      {{"b/c"}, "", "ssfind: b/c" + missing + '\n', 2},
+      {{"-n", "x", "b"}, "", "ssfind: b" + missing + '\n', 2},
+      {{"-n", "*.jpg"}, "", star, 1},
+      {{"-n", "a*"}, "./P/a*b.jpg\n"},
+      {{"-q", "-n", "*.jpg"}, "", "", 1},
+      {{"-g", "-n", "*x"}, "", "", 1},
+      {{"-k", "*", "-e", "tif", "Q", "-n", "x"},
+       "",
+       "ssfind: a * in --keyword stands for itself\n",
+       1},
+  });
+}
+
 TEST_F(SearchTest, Lists) {
   tree.link("link", "P/a");
   tree.file("R\r/c.jpg");
@@ -126,7 +153,10 @@ TEST_F(SearchTest, Lists) {
   EXPECT_EQ(closed.run(), (Outcome{2, "", "ssfind: standard input: Bad file descriptor\n"}));
   tree.file("zeros", std::string("P\0Q\0", 4));
   const char *const zeros = "ssfind: zeros: paths are separated by NUL, which needs -0\n";
-  expect({{{"--files-from", "nowhere", "Q"}, "Q/beach.tif\n", nowhere, 2},
+  expect({{{"--files-from", "nowhere", "Q"},
+           "Q/beach.tif\n",
+           "ssfind: nowhere: No such file or directory\n",
+           2},
           {{"--files-from", "P"}, "", "ssfind: P: Is a directory\n", 2},
           {{"--files-from", "zeros"}, "", zeros, 2}});
 }

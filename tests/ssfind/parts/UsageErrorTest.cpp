@@ -21,6 +21,8 @@ TEST(UsageErrorTest, PointsAtTheArgument) {
   } rows[] = {
       {{"a", "--naem", "x"}, "there is no option --naem", "a --naem x", "  ^^^^^^"},
       {{"\xC3\xA9\n", "--\x1b"}, R"(there is no option --\x1b)", "é\\n --\\x1b", "    ^^^^^^"},
+      {{"P", "-name", "x"}, "the option is --name, with two dashes", "P -name x", "  ^^^^^"},
+      {{"-iname=x"}, "the option is --name, with two dashes", "-iname=x", "^^^^^^^^"},
       {{"-n"}, "--name needs a value", "-n", "^^"},
       {{"--limit=1x"}, "--limit is a whole number from 1", "--limit=1x", "^^^^^^^^^^"},
       {{"--sort", "size", "a"}, "--sort is one of modified, path", "--sort size a", "       ^^^^"},
