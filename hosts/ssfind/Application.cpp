@@ -88,7 +88,8 @@ ExitCode runSearches(const Options &options) {
   if (!options.hint.empty() && !results.hasMatches() && options.output.report != Report::Nothing)
     errors.report(options.hint);
   const bool isAnswered = options.output.report == Report::Nothing && results.hasMatches();
-  if (!wasWritten(output, errors) || (plan.hasFailures && !isAnswered))
+  if (!wasWritten(output, errors) || (plan.hasFailures && !isAnswered) ||
+      results.hasFailedCommand())
     return ExitCode::Trouble;
   return results.hasMatches() || isGivenUp ? ExitCode::Matched : ExitCode::NothingMatched;
 }

@@ -54,8 +54,13 @@ date, where they stand in the first 65,535 bytes.
 
 Names are escaped on a terminal, and written as they are to a file or pipe.
 
+COMMAND is run without a shell, with its output as it comes, or with several at a
+time written when each has ended. A path that begins with a dash gets ./ before
+it. An interrupt, and an output that nobody reads any more, end all commands.
+
 Exit codes: 0 something matched; 1 nothing matched; 2 bad usage, a FOLDER or
-list that cannot be read, or output that cannot be written; 130 interrupted.
+list that cannot be read, output that cannot be written, or a COMMAND that
+failed; 130 interrupted.
 
 Examples:
   ssfind ~/Pictures --name beach --modified 2023-06..2024-05
@@ -65,6 +70,8 @@ Examples:
   ssfind -m 3d                                in the last three days
   ssfind -g -n "IMG_*.jpg" -E trash -S 5M..   large ones, not in such a folder
   ssfind --sort modified --limit 10           the ten newest
+  ssfind -e tif -x convert {} {.}.png         in parallel
+  ssfind -k invoice -X zip invoices.zip       all in one command
   ssfind ~/Scans -0 | xargs -0r cp -t /disk   safe for names with line ends
   git ls-files -z | ssfind --files-from - -0 -n logo
   ssfind -q -n invoice ~/Documents && echo "there are invoices")";

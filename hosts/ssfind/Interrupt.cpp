@@ -1,6 +1,7 @@
 #include "hosts/ssfind/Interrupt.h"
 
 #include "hosts/ssfind/ExitCode.h"
+#include "hosts/ssfind/RunningChildren.h"
 
 #include <csignal>
 #include <initializer_list>
@@ -13,8 +14,10 @@ namespace {
 volatile std::sig_atomic_t interrupted = 0;
 
 void interrupt(int /*signal*/) {
-  if (interrupted != 0)
+  if (interrupted != 0) {
+    runningChildren::sendToAll(SIGKILL);
     _exit(static_cast<int>(ExitCode::Interrupted));
+  }
   interrupted = 1;
 }
 
@@ -25,7 +28,7 @@ void watchForInterrupts() noexcept {
   struct sigaction action {};
   action.sa_handler = interrupt;
   sigemptyset(&action.sa_mask);
-  for (const int signal : {SIGINT, SIGTERM}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction previous {};
     if (sigaction(signal, nullptr, &previous) == 0 && previous.sa_handler != SIG_IGN)
       sigaction(signal, &action, nullptr);

@@ -16,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -65,12 +66,15 @@ private:
   void addConditions();
   void addPlaces();
   void addOutput();
+  void addCommands();
   void addOthers();
   CLI::Option *addFlag(const std::string &names, const std::string &help);
   CLI::Option *addValue(const std::string &names, const std::string &value,
                         const std::string &help);
 
-  [[nodiscard]] std::vector<std::string> argumentsForParser() const;
+  /// Takes a command to run out of them.
+  [[nodiscard]] std::vector<std::string> argumentsForParser();
+  [[nodiscard]] bool isCommandBehind(const std::string &argument) const;
   void refuseWordOfOneDash(const std::string &argument) const;
   [[nodiscard]] bool takesValue(const std::string &option) const;
   [[nodiscard]] bool isValueBehind(const std::string &argument) const;
@@ -101,6 +105,9 @@ private:
 
   CLI::App app_{helpHeader, "ssfind"};
   const CommandLine commandLine_;
+  /// The arguments of --exec or --exec-batch, and where they stand.
+  std::vector<std::string> command_;
+  std::set<std::size_t> placesOfCommand_;
 
   CLI::Option *name_ = nullptr;
   CLI::Option *glob_ = nullptr;
@@ -130,6 +137,9 @@ private:
   CLI::Option *unread_ = nullptr;
   CLI::Option *limit_ = nullptr;
   CLI::Option *color_ = nullptr;
+  CLI::Option *exec_ = nullptr;
+  CLI::Option *execBatch_ = nullptr;
+  CLI::Option *jobs_ = nullptr;
   CLI::Option *indexStatus_ = nullptr;
   CLI::Option *indexClear_ = nullptr;
 };
@@ -142,6 +152,7 @@ OptionTable::OptionTable(CommandLine commandLine) : commandLine_(std::move(comma
   addConditions();
   addPlaces();
   addOutput();
+  addCommands();
   addOthers();
 }
 
@@ -236,6 +247,24 @@ void OptionTable::addOutput() {
     unread_->excludes(other);
 }
 
+void OptionTable::addCommands() {
+  app_.option_defaults()->group("Commands in place of output");
+  exec_ = addFlag("-x,--exec", "run COMMAND for each match; it ends with the line or a\n"
+                               "';'. In it {} is the path (added if it is nowhere),\n"
+                               "{/} its name, {//} its folder, {.} the path and {/.} the\n"
+                               "name without extension")
+              ->option_text("COMMAND");
+  execBatch_ = addFlag("-X,--exec-batch", "run COMMAND once, with as many paths as fit")
+                   ->option_text("COMMAND");
+  jobs_ = addValue("-j,--jobs", "N",
+                   "commands of --exec at a time (default: one on each\n"
+                   "processor); with 1 they have the terminal, too");
+  for (CLI::Option *const other : {count_, quiet_, unread_, json_, long_, color_})
+    exec_->excludes(other), execBatch_->excludes(other);
+  exec_->excludes(execBatch_);
+  jobs_->needs(exec_);
+}
+
 void OptionTable::addOthers() {
   app_.option_defaults()->group("Other options");
   indexStatus_ = addFlag("--index-status", "where the metadata index is, and what it holds");
@@ -265,11 +294,20 @@ ParsedOptions OptionTable::parse() {
   }
 }
 
-std::vector<std::string> OptionTable::argumentsForParser() const {
+std::vector<std::string> OptionTable::argumentsForParser() {
   std::vector<std::string> arguments;
   bool areOptionsOver = false;
   bool isValue = false;
-  for (const std::string &argument : commandLine_.arguments()) {
+  bool isOfCommand = false;
+  for (std::size_t i = 0; i < commandLine_.arguments().size(); ++i) {
+    const std::string &argument = commandLine_.arguments()[i];
+    if (isOfCommand) {
+      placesOfCommand_.insert(i);
+      isOfCommand = argument != ";";
+      if (isOfCommand)
+        command_.push_back(argument);
+      continue;
+    }
     areOptionsOver |= !isValue && argument == "--";
     const bool mayBeOption = !areOptionsOver && !isValue;
     if (mayBeOption)
@@ -282,9 +320,21 @@ std::vector<std::string> OptionTable::argumentsForParser() const {
     if (hasEmptyValue)
       arguments.emplace_back();
     isValue = mayBeOption && isValueBehind(argument);
+    isOfCommand = mayBeOption && isCommandBehind(argument);
   }
   std::reverse(arguments.begin(), arguments.end());
   return arguments;
+}
+
+bool OptionTable::isCommandBehind(const std::string &argument) const {
+  if (argument == exec_->get_name() || argument == execBatch_->get_name())
+    return true;
+  const bool hasLetters = argument.size() > 1 && argument[0] == '-' && argument[1] != '-';
+  if (!hasLetters || (argument.back() != 'x' && argument.back() != 'X'))
+    return false;
+  return std::none_of(argument.begin() + 1, argument.end(), [&](char letter) {
+    return takesValue({'-', letter});
+  });
 }
 
 /// As in -name, which would be -n with the text "ame".
@@ -328,7 +378,8 @@ std::optional<IndexTask> OptionTable::indexTask() const {
 }
 
 Options OptionTable::options() const {
-  for (const CLI::Option *option : {modified_, in_, taken_, size_, maxDepth_, filesFrom_})
+  for (const CLI::Option *option :
+       {modified_, in_, taken_, size_, maxDepth_, filesFrom_, exec_, execBatch_})
     if (option->count() > 1)
       throw UsageFault{option->get_name() + " is given twice", placesOf(option)};
   Options options;
@@ -488,6 +539,15 @@ void OptionTable::readOutput(OutputOptions &output) const {
         {{"auto", Coloring::Auto}, {"always", Coloring::Always}, {"never", Coloring::Never}});
   if (limit_->count() != 0)
     output.limit = positiveNumber(limit_);
+  if (isGiven(exec_) || isGiven(execBatch_)) {
+    const CLI::Option *const option = isGiven(exec_) ? exec_ : execBatch_;
+    auto command = CommandTemplate::parse(command_, option == execBatch_);
+    if (const auto *message = std::get_if<std::string>(&command))
+      throw UsageFault{option->get_name() + ' ' + *message, placesOf(option)};
+    output.command = std::get<CommandTemplate>(std::move(command));
+  }
+  if (isGiven(jobs_))
+    output.jobs = positiveNumber(jobs_);
 }
 
 template <class Value>
@@ -538,8 +598,10 @@ void OptionTable::failValue(const CLI::Option *option, const std::string &value,
 
 std::vector<std::size_t> OptionTable::placesOf(const CLI::Option *option) const {
   const std::vector<std::string> &letters = option->get_snames();
-  return commandLine_.placesOf(option->get_lnames().front(),
-                               letters.empty() ? '\0' : letters.front().front());
+  std::vector<std::size_t> places = commandLine_.placesOf(
+      option->get_lnames().front(), letters.empty() ? '\0' : letters.front().front());
+  std::erase_if(places, [&](std::size_t place) { return placesOfCommand_.contains(place); });
+  return places;
 }
 
 UsageFault OptionTable::faultOf(const CLI::ParseError &error) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hosts/ssfind/CommandTemplate.h"
 #include "hosts/ssfind/DateRange.h"
 #include "hosts/ssfind/ExcludedPaths.h"
 #include "hosts/ssfind/NamePattern.h"
@@ -55,6 +56,10 @@ struct OutputOptions {
   Coloring coloring = Coloring::Auto;
   Report report = Report::All;
   std::optional<std::uint64_t> limit;
+  /// What to run with the matches in place of printing them.
+  std::optional<CommandTemplate> command;
+  /// How many of these at a time; none for one on each processor.
+  std::optional<std::uint64_t> jobs;
   /// Whether formats with details have the shooting date among them, in a deep search with the
   /// camera.
   bool hasShootingDate = false;

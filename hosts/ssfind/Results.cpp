@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <thread>
 #include <tuple>
 #include <unistd.h>
 
@@ -38,10 +39,15 @@ Results::Results(const OutputOptions &options, bool mayRepeat, Output &output,
     : options_(options), mayRepeat_(mayRepeat), output_(output), errors_(errors),
       printer_(options, hasColors(options.coloring), isTerminal(STDOUT_FILENO)),
       collects_(options.report == Report::All && options.order != Order::AsFound),
-      enough_(enoughFor(options, collects_)) {}
+      enough_(enoughFor(options, collects_)) {
+  if (options_.command)
+    commands_.emplace(*options_.command,
+                      options_.jobs.value_or(std::thread::hardware_concurrency()), output_,
+                      errors_);
+}
 
 SearchFollower::Next Results::found(std::string_view path) {
-  if (count_ >= enough_ || output_.error() != 0)
+  if (isOver())
     return Next::Stop;
   if (mayRepeat_ && !seen_.emplace(path).second)
     return Next::Continue;
@@ -67,7 +73,14 @@ void Results::take(std::string_view path) {
   if (collects_)
     collected_.push_back({shown_, details});
   else
-    printer_.print(output_.text(), shown_, details);
+    deliver(shown_, details);
+}
+
+void Results::deliver(const std::string &shown, const MatchDetails &details) {
+  if (commands_)
+    commands_->run(shown);
+  else
+    printer_.print(output_.text(), shown, details);
 }
 
 MatchDetails Results::detailsOf(const std::string &path) const {
@@ -81,6 +94,8 @@ MatchDetails Results::detailsOf(const std::string &path) const {
 
 SearchFollower::Next Results::takeTurn() {
   const Clock::time_point now = Clock::now();
+  if (commands_)
+    commands_->collect();
   if (!output_.isEmpty() && now - lastFlush_ >= flushInterval)
     flush();
   else
@@ -95,7 +110,8 @@ std::chrono::duration<double> Results::timeToNextTurn() {
 }
 
 bool Results::isOver() const {
-  return count_ >= enough_ || wasInterrupted() || output_.error() != 0;
+  return count_ >= enough_ || wasInterrupted() || output_.error() != 0 ||
+         (commands_ && commands_->isOver());
 }
 
 void Results::flush() {
@@ -110,6 +126,8 @@ void Results::finish() {
   if (options_.report == Report::Count)
     output_.text() += std::to_string(count_) + '\n';
   printCollected();
+  if (commands_)
+    commands_->finish();
   if (options_.report == Report::Unread)
     printUnread();
   flush();
@@ -143,7 +161,7 @@ void Results::printCollected() {
     std::sort(collected_.begin(), collected_.end(), isByPath);
   const auto size = std::min<std::uint64_t>(collected_.size(), options_.limit.value_or(unlimited));
   for (std::size_t i = 0; i < size; ++i) {
-    printer_.print(output_.text(), collected_[i].path, collected_[i].details);
+    deliver(collected_[i].path, collected_[i].details);
     if (output_.isFull())
       flush();
   }

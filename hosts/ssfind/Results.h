@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hosts/ssfind/CommandRunner.h"
 #include "hosts/ssfind/EntryStatus.h"
 #include "hosts/ssfind/Options.h"
 #include "hosts/ssfind/Output.h"
@@ -39,6 +40,10 @@ public:
   void finish();
 
   [[nodiscard]] bool hasMatches() const noexcept { return count_ != 0; }
+  /// Whether a command that was to run with a match has failed.
+  [[nodiscard]] bool hasFailedCommand() const noexcept {
+    return commands_ && commands_->hasFailed();
+  }
 
 private:
   using Clock = StandardError::Clock;
@@ -49,6 +54,7 @@ private:
   };
 
   void take(std::string_view path);
+  void deliver(const std::string &shown, const MatchDetails &details);
   [[nodiscard]] MatchDetails detailsOf(const std::string &path) const;
   void flush();
   void printCollected();
@@ -70,6 +76,7 @@ private:
   std::unordered_set<std::string> seen_;
   std::vector<Collected> collected_;
   UnreadFiles unread_;
+  std::optional<CommandRunner> commands_;
 
   Clock::time_point lastFlush_;
   bool isWaitingLong_ = false;
