@@ -70,6 +70,7 @@ Examples:
   ssfind -m 3d                                in the last three days
   ssfind -g -n "IMG_*.jpg" -E trash -S 5M..   large ones, not in such a folder
   ssfind --sort modified --limit 10           the ten newest
+  ssfind --sort size --format "{size} {path}" the largest first
   ssfind -e tif -x convert {} {.}.png         in parallel
   ssfind -k invoice -X zip invoices.zip       all in one command
   ssfind ~/Scans -0 | xargs -0r cp -t /disk   safe for names with line ends

@@ -132,6 +132,8 @@ private:
   CLI::Option *json_ = nullptr;
   CLI::Option *long_ = nullptr;
   CLI::Option *sort_ = nullptr;
+  CLI::Option *reverse_ = nullptr;
+  CLI::Option *format_ = nullptr;
   CLI::Option *count_ = nullptr;
   CLI::Option *quiet_ = nullptr;
   CLI::Option *unread_ = nullptr;
@@ -225,12 +227,18 @@ void OptionTable::addOutput() {
                                 "the output and in the list of --files-from");
   json_ = addFlag("--json", "a JSON object a line: path, size, modified; a path\n"
                             "that is not UTF-8 is {\"bytes\":\"<base64>\"};\n"
-                            "with --taken also taken, maker and model, or null");
+                            "with --taken or --sort taken also taken, maker and\n"
+                            "model, or null");
   long_ = addFlag("-l,--long", "size, date of change and, with --taken, shooting date\n"
                                "and camera before each path");
   sort_ = addValue("--sort", "ORDER",
-                   "path (byte by byte) or modified (newest first);\n"
-                   "default: as found");
+                   "path or name (byte by byte), size (largest first),\n"
+                   "modified or taken (newest first); default: as found");
+  reverse_ = addFlag("--reverse", "the other way round; what has no such date is last");
+  format_ = addValue("--format", "FORMAT",
+                     "FORMAT for each match, with {path} {name} {size}\n"
+                     "{modified} {taken}, {{ and }} for braces, \\t and \\n");
+  reverse_->needs(sort_);
   count_ = addFlag("--count", "only the number of matches");
   quiet_ = addFlag("-q,--quiet", "nothing; end with code 0 at the first match");
   unread_ = addFlag("--unread", "in place of the matches the files that could not\n"
@@ -243,6 +251,8 @@ void OptionTable::addOutput() {
   json_->excludes(long_);
   count_->excludes(json_)->excludes(long_);
   quiet_->excludes(json_)->excludes(long_)->excludes(count_);
+  for (CLI::Option *const other : {json_, long_, count_, quiet_, unread_})
+    format_->excludes(other);
   for (CLI::Option *const other : {json_, long_, sort_, count_, quiet_, limit_, plain_})
     unread_->excludes(other);
 }
@@ -259,7 +269,7 @@ void OptionTable::addCommands() {
   jobs_ = addValue("-j,--jobs", "N",
                    "commands of --exec at a time (default: one on each\n"
                    "processor); with 1 they have the terminal, too");
-  for (CLI::Option *const other : {count_, quiet_, unread_, json_, long_, color_})
+  for (CLI::Option *const other : {count_, quiet_, unread_, json_, long_, format_, color_})
     exec_->excludes(other), execBatch_->excludes(other);
   exec_->excludes(execBatch_);
   jobs_->needs(exec_);
@@ -394,7 +404,8 @@ Options OptionTable::options() const {
   options.hint =
       hintForWildcards(haveStar(name_) && !isGiven(glob_) && !isGiven(regex_), haveStar(keyword_));
   readOutput(options.output);
-  options.output.hasShootingDate = options.conditions.taken.has_value();
+  options.output.hasShootingDate =
+      options.conditions.taken || options.output.order == Order::LatestShotFirst;
   options.searchesMounts = mounts_->count() != 0;
   options.isDeep = options.output.isDeep = plain_->count() == 0;
   options.extensions = extensions();
@@ -531,8 +542,19 @@ void OptionTable::readOutput(OutputOptions &output) const {
   else if (unread_->count() != 0)
     output.report = Report::Unread;
   if (sort_->count() != 0)
-    output.order =
-        choice<Order>(sort_, {{"path", Order::ByPath}, {"modified", Order::NewestFirst}});
+    output.order = choice<Order>(sort_, {{"path", Order::ByPath},
+                                         {"name", Order::ByName},
+                                         {"size", Order::LargestFirst},
+                                         {"modified", Order::NewestFirst},
+                                         {"taken", Order::LatestShotFirst}});
+  output.isReversed = isGiven(reverse_);
+  if (isGiven(format_)) {
+    const std::string &text = format_->results().back();
+    auto format = FormatTemplate::parse(text);
+    if (const auto *error = std::get_if<TextError>(&format))
+      failText(format_, text, *error);
+    output.formatTemplate = std::get<FormatTemplate>(std::move(format));
+  }
   if (color_->count() != 0)
     output.coloring = choice<Coloring>(
         color_,

@@ -3,6 +3,7 @@
 #include "hosts/ssfind/CommandTemplate.h"
 #include "hosts/ssfind/DateRange.h"
 #include "hosts/ssfind/ExcludedPaths.h"
+#include "hosts/ssfind/FormatTemplate.h"
 #include "hosts/ssfind/NamePattern.h"
 #include "hosts/ssfind/SizeRange.h"
 
@@ -44,7 +45,7 @@ struct Restrictions {
 };
 
 enum class Format { Path, Long, Json };
-enum class Order { AsFound, ByPath, NewestFirst };
+enum class Order { AsFound, ByPath, ByName, LargestFirst, NewestFirst, LatestShotFirst };
 enum class Coloring { Auto, Always, Never };
 
 /// What is reported: all matches, their number, nothing, or the files that could not be read.
@@ -52,7 +53,10 @@ enum class Report { All, Count, Nothing, Unread };
 
 struct OutputOptions {
   Format format = Format::Path;
+  /// In place of that format.
+  std::optional<FormatTemplate> formatTemplate;
   Order order = Order::AsFound;
+  bool isReversed = false;
   Coloring coloring = Coloring::Auto;
   Report report = Report::All;
   std::optional<std::uint64_t> limit;

@@ -53,10 +53,6 @@ void appendCameraColumn(std::string &out, const PhotographDetails &photograph) {
   out.append(text).append(width - std::min(width, length) + 2, ' ');
 }
 
-std::optional<std::timespec> modificationTime(const MatchDetails &details) {
-  return details.status ? std::optional(details.status->modified) : std::nullopt;
-}
-
 } // namespace
 
 void ResultPrinter::print(std::string &out, std::string_view path,
@@ -65,9 +61,13 @@ void ResultPrinter::print(std::string &out, std::string_view path,
     appendJson(out, path, details);
     return;
   }
-  if (format_ == Format::Long)
-    appendColumns(out, details);
-  appendPath(out, path);
+  if (template_) {
+    template_->append(out, path, details, isForTerminal_);
+  } else {
+    if (format_ == Format::Long)
+      appendColumns(out, details);
+    appendPath(out, path);
+  }
   out += separator_;
 }
 
@@ -86,7 +86,7 @@ void ResultPrinter::appendJson(std::string &out, std::string_view path,
   out += ",\"size\":";
   out += details.status ? std::to_string(details.status->size) : "null";
   out += ",\"modified\":";
-  appendJsonTime(out, modificationTime(details));
+  appendJsonTime(out, details.modified());
   if (hasShootingDate_) {
     out += ",\"taken\":";
     appendJsonTime(out, details.photograph.taken);
@@ -105,7 +105,7 @@ void ResultPrinter::appendColumns(std::string &out, const MatchDetails &details)
   constexpr std::size_t sizeWidth = 12;
   const std::string size = details.status ? std::to_string(details.status->size) : "-";
   out.append(sizeWidth - std::min(sizeWidth, size.size()), ' ').append(size).append("  ");
-  appendTimeColumn(out, modificationTime(details));
+  appendTimeColumn(out, details.modified());
   if (hasShootingDate_)
     appendTimeColumn(out, details.photograph.taken);
   if (hasCamera_)

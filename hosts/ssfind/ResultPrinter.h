@@ -1,8 +1,7 @@
 #pragma once
 
-#include "hosts/ssfind/EntryStatus.h"
+#include "hosts/ssfind/MatchDetails.h"
 #include "hosts/ssfind/Options.h"
-#include "hosts/ssfind/PhotographDetails.h"
 
 #include <optional>
 #include <string>
@@ -10,26 +9,22 @@
 
 namespace searchsystem::ssfind {
 
-/// Details of a match besides its path, as far as they can be read.
-struct MatchDetails {
-  std::optional<EntryStatus> status;
-  PhotographDetails photograph;
-};
-
 /// Writes matches in the requested format.
 class ResultPrinter {
 public:
   /// With `isForTerminal` names are escaped; otherwise their bytes are written as they are.
   ResultPrinter(const OutputOptions &options, bool hasColors, bool isForTerminal)
-      : format_(options.format), separator_(options.separator),
+      : format_(options.format), template_(options.formatTemplate), separator_(options.separator),
         hasShootingDate_(options.hasShootingDate),
         hasCamera_(options.hasShootingDate && options.isDeep), hasColors_(hasColors),
         isForTerminal_(isForTerminal) {}
 
   /// Whether print() needs these details.
-  [[nodiscard]] bool needsStatus() const noexcept { return format_ != Format::Path; }
-  [[nodiscard]] bool needsPhotograph() const noexcept {
-    return hasShootingDate_ && format_ != Format::Path;
+  [[nodiscard]] bool needsStatus() const {
+    return template_ ? template_->needsStatus() : format_ != Format::Path;
+  }
+  [[nodiscard]] bool needsPhotograph() const {
+    return template_ ? template_->needsPhotograph() : hasShootingDate_ && format_ != Format::Path;
   }
 
   void print(std::string &out, std::string_view path, const MatchDetails &details) const;
@@ -44,6 +39,7 @@ private:
   void appendName(std::string &out, std::string_view name) const;
 
   const Format format_;
+  const std::optional<FormatTemplate> template_;
   const char separator_;
   const bool hasShootingDate_;
   const bool hasCamera_;

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <limits>
 #include <thread>
-#include <tuple>
 #include <unistd.h>
 
 namespace searchsystem::ssfind {
@@ -85,9 +84,10 @@ void Results::deliver(const std::string &shown, const MatchDetails &details) {
 
 MatchDetails Results::detailsOf(const std::string &path) const {
   MatchDetails details;
-  if (printer_.needsStatus() || options_.order == Order::NewestFirst)
+  const Order order = options_.order;
+  if (printer_.needsStatus() || order == Order::NewestFirst || order == Order::LargestFirst)
     details.status = statusOf(path.c_str());
-  if (printer_.needsPhotograph())
+  if (printer_.needsPhotograph() || order == Order::LatestShotFirst)
     details.photograph = photographDetailsOf(path, options_.isDeep);
   return details;
 }
@@ -145,20 +145,7 @@ void Results::printUnread() {
 }
 
 void Results::printCollected() {
-  const auto isByPath = [](const Collected &a, const Collected &b) { return a.path < b.path; };
-  const auto isNewer = [](const Collected &a, const Collected &b) {
-    const auto age = [](const Collected &match) {
-      const std::optional<EntryStatus> &status = match.details.status;
-      const std::timespec time = status ? status->modified : std::timespec{};
-      return std::tuple(status.has_value(), time.tv_sec, time.tv_nsec);
-    };
-    const auto ageOfA = age(a), ageOfB = age(b);
-    return ageOfA != ageOfB ? ageOfA > ageOfB : a.path < b.path;
-  };
-  if (options_.order == Order::NewestFirst)
-    std::sort(collected_.begin(), collected_.end(), isNewer);
-  else
-    std::sort(collected_.begin(), collected_.end(), isByPath);
+  sortMatches(collected_, options_.order, options_.isReversed);
   const auto size = std::min<std::uint64_t>(collected_.size(), options_.limit.value_or(unlimited));
   for (std::size_t i = 0; i < size; ++i) {
     deliver(collected_[i].path, collected_[i].details);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "hosts/ssfind/CommandRunner.h"
-#include "hosts/ssfind/EntryStatus.h"
+#include "hosts/ssfind/MatchOrder.h"
 #include "hosts/ssfind/Options.h"
 #include "hosts/ssfind/Output.h"
 #include "hosts/ssfind/Place.h"
@@ -48,11 +48,6 @@ public:
 private:
   using Clock = StandardError::Clock;
 
-  struct Collected {
-    std::string path;
-    MatchDetails details;
-  };
-
   void take(std::string_view path);
   void deliver(const std::string &shown, const MatchDetails &details);
   [[nodiscard]] MatchDetails detailsOf(const std::string &path) const;
@@ -74,7 +69,7 @@ private:
   std::string shown_;
   std::uint64_t count_ = 0;
   std::unordered_set<std::string> seen_;
-  std::vector<Collected> collected_;
+  std::vector<CollectedMatch> collected_;
   UnreadFiles unread_;
   std::optional<CommandRunner> commands_;
 

@@ -64,6 +64,15 @@ TEST_F(OutputTest, FormatsOrderAndLimit) {
       {{"-q", "-n", "x"}, "", "", 1},
       {{"--sort", "modified", "--limit", "2"}, "./new/a.tif\n./new/b.pdf\n"},
   });
+  EXPECT_EQ(run({"--format", "{name}\t{size} {{{modified}}} {taken}", "--sort", "size"}).out,
+            "b.pdf\t1234567 {2024-05-17 10:30:00} -\na.tif\t10 {2024-05-17 10:30:00} -\n"
+            "old.jpg\t5 {2024-01-01 13:00:00} -\n");
+  const std::string name = "./new/a.tif\n./new/b.pdf\n./old.jpg\n";
+  EXPECT_EQ(run({"--sort", "name"}).out, name);
+  EXPECT_EQ(run({"--sort", "taken", "--reverse"}).out, name) << "none has a date";
+  EXPECT_EQ(run({"--sort", "size", "--reverse", "--limit", "1"}).out, "./old.jpg\n");
+  EXPECT_EQ(run({"--sort", "modified", "--reverse", "-0", "--format", "{path}\\0"}).out,
+            std::string("./old.jpg\0\0./new/a.tif\0\0./new/b.pdf\0\0", 37));
   tree.file("new-b.jpg");
   tree.setModified("old.jpg", 4102444800);
   EXPECT_EQ(run({"--sort", "path", "nowhere", "new", "."}),
@@ -104,6 +113,8 @@ TEST_F(OutputTest, ShootingDatesAndCameras) {
                              "  2024-07-31 23:59:59  -                         ./b.tif"
                              "                    -  -                         ./e.pdf"
                              "  2024-01-02 03:04:05  Maker Model of twenty-four  ./f.JPEG");
+  EXPECT_EQ(run({"--sort", "taken", "--format", "{name} {taken}", "-n", ".j"}).out,
+            "a.jpg 2024-01-02 03:04:05\nf.JPEG 2024-01-02 03:04:05\nc.jpg -\n");
   EXPECT_EQ(run({"-t", "2024", "--sort", "path", "--json", "--plain"}).out.find("maker"),
             std::string::npos);
   EXPECT_EQ(run({"--json", "-n", "e"}).out.find("taken"), std::string::npos);

@@ -1,3 +1,4 @@
+#include "hosts/ssfind/FormatTemplate.h"
 #include "hosts/ssfind/JsonText.h"
 #include "hosts/ssfind/TimeText.h"
 #include "hosts/ssfind/VisibleText.h"
@@ -34,6 +35,26 @@ TEST(TextTest, NamesAreEscapedForTerminalsAndJson) {
     EXPECT_EQ(json, row.json);
     EXPECT_EQ(visible(row.bytes), row.visible);
   }
+}
+
+TEST(TextTest, FormatsOfTheUser) {
+  const auto shown = [](const char *text, bool isForTerminal = false) {
+    const auto format = FormatTemplate::parse(text);
+    if (const auto *error = std::get_if<TextError>(&format))
+      return std::to_string(error->column) + ": " + error->message;
+    std::string out;
+    const MatchDetails details{EntryStatus{7, {0, 0}}, {}};
+    std::get<FormatTemplate>(format).append(out, "a/b\n", details, isForTerminal);
+    return out;
+  };
+  const TimeZone zone("UTC");
+  EXPECT_EQ(shown("{name}|{path}|{size}|{modified}|{taken}"), "b\n|a/b\n|7|1970-01-01 00:00:00|-");
+  EXPECT_EQ(shown(R"({{{name}}}\t\\n)", true), "{b\\n}\t\\n");
+  EXPECT_EQ(shown("a{page}"),
+            "1: in braces are path, name, size, modified or taken; {{ is a brace");
+  EXPECT_EQ(shown("{"), "0: in braces are path, name, size, modified or taken; {{ is a brace");
+  EXPECT_EQ(shown("a}"), "1: this brace closes nothing; }} is a brace");
+  EXPECT_EQ(shown("a\\"), R"(1: a backslash begins \t, \n, \0 or \\)");
 }
 
 TEST(TextTest, TimesAreLocal) {
