@@ -1,5 +1,6 @@
 #include "FileSharchFunction/SearchSystem/FileAhead.h"
 
+#include "platform/content/SearchProgress.h"
 #include "platform/foundation/PathComponents.h"
 #include "platform/foundation/TryTwice.h"
 
@@ -65,6 +66,7 @@ ContentVerdict FileAhead::judge(PhotographToRead &photograph) noexcept {
 }
 
 void FileAhead::end(bool matches) noexcept {
+  SearchProgress::count(SearchProgress::shared().files);
   {
     const LockGuard guard(lock_);
     matches_ = matches;

@@ -1,6 +1,7 @@
 #include "FileSharchFunction/SearchSystem/FolderScan.h"
 
 #include "platform/content/OpenedPhotograph.h"
+#include "platform/content/SearchProgress.h"
 #include "platform/foundation/MainRunLoop.h"
 #include "platform/foundation/NSArray.h"
 #include "platform/foundation/PathComponents.h"
@@ -62,8 +63,10 @@ void FolderScan::searchFolder(const NSString &folder) noexcept {
     if (std::optional<DirectoryListing> opened = DirectoryListing::open(folder.view()))
       listing.emplace(*std::move(opened));
   });
-  if (listing && testsAhead_)
+  if (listing && testsAhead_) {
+    SearchProgress::count(SearchProgress::shared().folders);
     mayHoldSidecars_ = listing->mayHoldNameEndingIn(sidecarEnding);
+  }
   while (listing && search_._bCancel == 0) {
     const std::optional<DirectoryEntry> entry = listing->next();
     if (!entry)

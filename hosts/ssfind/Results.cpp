@@ -31,6 +31,12 @@ std::uint64_t enoughFor(const OutputOptions &options, bool collects) {
   return collects ? unlimited : options.limit.value_or(unlimited);
 }
 
+PFContentProgress progressNow() {
+  PFContentProgress progress{};
+  PFContentGetProgress(&progress);
+  return progress;
+}
+
 } // namespace
 
 Results::Results(const OutputOptions &options, bool mayRepeat, Output &output,
@@ -43,6 +49,11 @@ Results::Results(const OutputOptions &options, bool mayRepeat, Output &output,
     commands_.emplace(*options_.command,
                       options_.jobs.value_or(std::thread::hardware_concurrency()), output_,
                       errors_);
+}
+
+void Results::expectFiles(std::optional<std::uint64_t> count) {
+  progress_.filesBefore = progressNow().files;
+  progress_.expectedFiles = count;
 }
 
 SearchFollower::Next Results::found(std::string_view path) {
@@ -100,7 +111,7 @@ SearchFollower::Next Results::takeTurn() {
     flush();
   else
     output_.checkReader();
-  errors_.showProgress(count_, now);
+  errors_.showProgress(progress_.text(count_, progressNow()), now);
   return isOver() ? Next::Stop : Next::Continue;
 }
 

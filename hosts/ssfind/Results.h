@@ -5,6 +5,7 @@
 #include "hosts/ssfind/Options.h"
 #include "hosts/ssfind/Output.h"
 #include "hosts/ssfind/Place.h"
+#include "hosts/ssfind/ProgressText.h"
 #include "hosts/ssfind/ResultPrinter.h"
 #include "hosts/ssfind/Search.h"
 #include "hosts/ssfind/SearchPlan.h"
@@ -26,6 +27,8 @@ public:
 
   /// The next matches come from there.
   void expectFrom(const Place &place) { place_ = place; }
+  /// As many files are to be looked at in the next searches, if that is known.
+  void expectFiles(std::optional<std::uint64_t> count);
 
   Next found(std::string_view path) override;
   void unread(std::string_view path, std::int32_t reason) override;
@@ -71,6 +74,7 @@ private:
   std::unordered_set<std::string> seen_;
   std::vector<CollectedMatch> collected_;
   UnreadFiles unread_;
+  ProgressText progress_;
   std::optional<CommandRunner> commands_;
 
   Clock::time_point lastFlush_;

@@ -88,6 +88,8 @@ void SearchRunner::runStages(Source source) {
     if (&stage != &stages_.back())
       follower = kept.emplace_back(std::make_unique<Candidates>(source.place, results_)).get();
     results_.expectFrom(source.place);
+    results_.expectFiles(source.files != nullptr ? std::optional(source.files->paths().size())
+                                                 : std::nullopt);
     for (const Pass &pass : stage)
       run(pass, isFirst ? &options_.restrictions : nullptr, source, *follower);
     if (!kept.empty())

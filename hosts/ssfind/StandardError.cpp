@@ -35,12 +35,12 @@ void StandardError::reportFailure(std::string_view path, int error, std::string_
   report(((path.empty() ? "''" : visible(path)) + ": " + std::strerror(error)).append(addition));
 }
 
-void StandardError::showProgress(std::uint64_t matches, Clock::time_point now) {
+void StandardError::showProgress(std::string_view line, Clock::time_point now) {
   if (!showsProgress_ || now < nextShowing_)
     return;
   nextShowing_ = now + interval;
   isShowing_ = true;
-  writeError("\r\x1b[Ksearching… " + std::to_string(matches) + " found");
+  writeError(std::string("\r\x1b[K").append(line));
 }
 
 void StandardError::clearProgress() {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -21,8 +20,8 @@ public:
   /// Reports a failure of the system's about a file or folder, and what else there is to say.
   void reportFailure(std::string_view path, int error, std::string_view addition = "");
 
-  /// Shows the number of matches, at most ten times a second, and not in a short search.
-  void showProgress(std::uint64_t matches, Clock::time_point now);
+  /// Shows a line for a while, at most ten times a second, and not in a short search.
+  void showProgress(std::string_view line, Clock::time_point now);
   /// Removes the progress line, so that something else can be written to the terminal.
   void clearProgress();
 

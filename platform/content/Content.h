@@ -22,8 +22,8 @@
  * finds all that a plain one does. With such a condition it walks through the folder, or the list,
  * and asks no metadata index.
  *
- * All functions belong to the main thread. What they set is process-wide and in force from the next
- * start of a search on. */
+ * All functions but the last belong to the main thread. What they set is process-wide and
+ * in force from the next start of a search on. */
 
 #include "../foundation/CoreFoundation.h"
 #include "../foundation/Symbol.h"
@@ -84,6 +84,20 @@ typedef struct {
  * be called in a search's callback. */
 int PFContentCopyPhotograph(CFStringRef path, PFPhotograph *photograph)
     SEARCHSYSTEM_SYMBOL(PFContentCopyPhotograph);
+
+/* How far deep searches with a condition on content have come since the process began; what the
+ * running one adds is the difference to an earlier call. */
+typedef struct {
+  /* That were listed. */
+  uint64_t folders;
+  /* Whose content was tested, one that could not be read included. */
+  uint64_t files;
+  /* That could not be read. */
+  uint64_t unread;
+} PFContentProgress;
+
+/* Any thread. */
+void PFContentGetProgress(PFContentProgress *progress) SEARCHSYSTEM_SYMBOL(PFContentGetProgress);
 
 #ifdef __cplusplus
 }

@@ -3,6 +3,7 @@
 #include "platform/content/DocumentReading.h"
 #include "platform/content/OpenedPhotograph.h"
 #include "platform/content/ReaderConnection.h"
+#include "platform/content/SearchProgress.h"
 #include "platform/content/TextComparison.h"
 #include "platform/content/WorkerSlots.h"
 #include "platform/foundation/FileDescriptor.h"
@@ -149,7 +150,8 @@ void ContentService::noteUnread(const NSString &path, UnreadReason reason) noexc
     return;
   tryTwice([&] {
     const LockGuard guard(lock_);
-    unread_.try_emplace(std::string(path.view()), reason);
+    if (unread_.try_emplace(std::string(path.view()), reason).second)
+      SearchProgress::count(SearchProgress::shared().unread);
   });
 }
 

@@ -72,7 +72,8 @@ TEST_F(ExecTest, NoCommandIsLeftBehind) {
       close(alive[1]), close(output[1]);
       char byte = 0;
       ASSERT_EQ(read(alive[0], &byte, 1), 1);
-      close(output[0]);
+      if (how[0] == 'c')
+        close(std::exchange(output[0], -1));
       pollfd ended{alive[0], 0, 0};
       for (int i = 0; how[0] != 'c' && i < 1000 && poll(&ended, 1, 20) == 0; ++i)
         if (i == 0 || how[0] == 't')
@@ -80,7 +81,7 @@ TEST_F(ExecTest, NoCommandIsLeftBehind) {
       while (read(alive[0], &byte, 1) == 1) {
       }
       EXPECT_EQ(command.finish().code, how[0] == 'c' ? 0 : 130);
-      close(alive[0]);
+      close(alive[0]), close(output[0]);
     }
 }
 

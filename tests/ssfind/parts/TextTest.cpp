@@ -1,5 +1,6 @@
 #include "hosts/ssfind/FormatTemplate.h"
 #include "hosts/ssfind/JsonText.h"
+#include "hosts/ssfind/ProgressText.h"
 #include "hosts/ssfind/TimeText.h"
 #include "hosts/ssfind/VisibleText.h"
 #include "tests/support/TimeZone.h"
@@ -55,6 +56,14 @@ TEST(TextTest, FormatsOfTheUser) {
   EXPECT_EQ(shown("{"), "0: in braces are path, name, size, modified or taken; {{ is a brace");
   EXPECT_EQ(shown("a}"), "1: this brace closes nothing; }} is a brace");
   EXPECT_EQ(shown("a\\"), R"(1: a backslash begins \t, \n, \0 or \\)");
+}
+
+TEST(TextTest, ProgressSaysWhatIsKnown) {
+  EXPECT_EQ(ProgressText().text(3, {0, 0, 0}), "searching… 3 found");
+  EXPECT_EQ(ProgressText().text(0, {2, 90, 1}),
+            "searching… 0 found, 90 files read (1 could not be) in 2 folders");
+  EXPECT_EQ((ProgressText{500, 10}).text(1, {0, 90, 0}),
+            "searching… 1 found, 80 of 500 files read");
 }
 
 TEST(TextTest, TimesAreLocal) {
