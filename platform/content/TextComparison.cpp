@@ -1,11 +1,9 @@
 #include "platform/content/TextComparison.h"
 
-#include "platform/foundation/ASCIIText.h"
 #include "readers/ComparedCharacters.h"
 #include "readers/ReaderProtocol.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -16,30 +14,8 @@ namespace searchsystem {
 
 namespace {
 
-constexpr std::size_t longestCharacter = 4;
 /// U+2010, what normalisation makes of other hyphens.
 constexpr std::string_view properHyphen = "\xE2\x80\x90";
-
-void appendCodePoint(std::string &text, utf8proc_int32_t codePoint) {
-  std::array<utf8proc_uint8_t, longestCharacter> bytes{};
-  const auto size = utf8proc_encode_char(codePoint, bytes.data());
-  text.append(reinterpret_cast<const char *>(bytes.data()), static_cast<std::size_t>(size));
-}
-
-/// Appends `codePoint` with its case folded. Normalised text is folded character by character.
-void appendFoldedCodePoint(std::string &text, utf8proc_int32_t codePoint) {
-  constexpr std::uint16_t foldsToItself = UINT16_MAX;
-  if (utf8proc_get_property(codePoint)->casefold_seqindex == foldsToItself) {
-    appendCodePoint(text, codePoint);
-    return;
-  }
-  std::array<utf8proc_int32_t, 8> folded{};
-  int boundClass = 0;
-  const auto count = utf8proc_decompose_char(codePoint, folded.data(), folded.size(),
-                                             UTF8PROC_CASEFOLD, &boundClass);
-  for (utf8proc_ssize_t i = 0; i < count; ++i)
-    appendCodePoint(text, folded[static_cast<std::size_t>(i)]);
-}
 
 /// The text after compatibility normalisation.
 std::string normalised(std::string_view text) {
@@ -56,29 +32,19 @@ std::string normalised(std::string_view text) {
   return {reinterpret_cast<const char *>(result), static_cast<std::size_t>(size)};
 }
 
-/// Takes the next character off `text`; -1 for what is not UTF-8.
-utf8proc_int32_t takeCodePoint(std::string_view &text) noexcept {
-  utf8proc_int32_t codePoint = -1;
-  const utf8proc_ssize_t length =
-      utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t *>(text.data()),
-                       static_cast<utf8proc_ssize_t>(text.size()), &codePoint);
-  text.remove_prefix(static_cast<std::size_t>(std::max<utf8proc_ssize_t>(length, 1)));
-  return length > 0 ? codePoint : -1;
-}
-
 /// Without what counts for nothing, and with white space as blanks; empty when it is not UTF-8,
 /// which no text equals.
 std::string cleaned(std::string_view keyword) {
   std::string result;
   while (!keyword.empty()) {
-    const utf8proc_int32_t codePoint = takeCodePoint(keyword);
+    const std::int32_t codePoint = TextFolding::takeCodePoint(keyword);
     if (codePoint < 0)
       return {};
     const auto c = static_cast<char32_t>(codePoint);
     if (isWhiteSpace(c))
       result.push_back(' ');
     else if (c != softHyphen && !isDropped(c))
-      appendCodePoint(result, codePoint);
+      TextFolding::appendCodePoint(result, codePoint);
   }
   return result;
 }
@@ -88,42 +54,18 @@ std::string comparable(std::string_view keyword, bool isDistinct) {
   const std::string whole = normalised(cleaned(keyword));
   std::string result;
   for (std::string_view text = whole; !text.empty();) {
-    const utf8proc_int32_t codePoint = takeCodePoint(text);
+    const std::int32_t codePoint = TextFolding::takeCodePoint(text);
     if (codePoint == ' ') {
       // Normalisation makes blanks, too.
       if (!result.ends_with(' '))
         result.push_back(' ');
     } else if (isDistinct) {
-      appendCodePoint(result, codePoint);
+      TextFolding::appendCodePoint(result, codePoint);
     } else {
-      appendFoldedCodePoint(result, codePoint);
+      TextFolding::appendFoldedCodePoint(result, codePoint);
     }
   }
   return result;
-}
-
-/// How many bytes at the end of `text` begin a character that does not end there.
-std::size_t lengthOfCutCharacter(std::string_view text) noexcept {
-  const std::size_t most = std::min(text.size(), longestCharacter - 1);
-  for (std::size_t i = 1; i <= most; ++i) {
-    const auto byte = static_cast<unsigned char>(text[text.size() - i]);
-    if (byte < 0x80)
-      return 0;
-    if (byte >= 0xC0) {
-      const std::size_t length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : 2;
-      return length > i ? i : 0;
-    }
-  }
-  return 0;
-}
-
-void appendLowered(std::string &text, std::string_view ascii) {
-  const std::size_t start = text.size();
-  text.append(ascii);
-  for (std::size_t i = start; i < text.size(); ++i) {
-    const char c = text[i];
-    text[i] = static_cast<char>(c | ((c >= 'A' && c <= 'Z') ? 0x20 : 0));
-  }
 }
 
 constexpr std::size_t bitsPerWord = 64;
@@ -131,9 +73,10 @@ constexpr std::size_t bitsPerWord = 64;
 } // namespace
 
 TextComparison::TextComparison(std::string_view keyword, bool isDistinct)
-    : keyword_(comparable(keyword, isDistinct)), isDistinct_(isDistinct),
+    : keyword_(comparable(keyword, isDistinct)),
       hasHyphen_(keyword_.find('-') != std::string::npos ||
-                 keyword_.find(properHyphen) != std::string::npos) {
+                 keyword_.find(properHyphen) != std::string::npos),
+      folding_(isDistinct, hasHyphen_) {
   if (!hasHyphen_)
     return;
   const std::size_t words = keyword_.size() / bitsPerWord + 1;
@@ -145,80 +88,16 @@ TextComparison::TextComparison(std::string_view keyword, bool isDistinct)
 }
 
 void TextComparison::restart() noexcept {
+  folding_.restart();
   text_.clear();
-  cutCharacter_.clear();
-  dropsBlanks_ = isAfterBlank_ = false;
   std::ranges::fill(matched_, 0);
 }
 
 bool TextComparison::take(std::string_view piece) {
   if (isEmpty())
     return false;
-  std::string joined;
-  if (!cutCharacter_.empty()) {
-    joined = std::move(cutCharacter_).append(piece);
-    piece = joined;
-  }
-  const std::size_t cut = isDistinct_ ? 0 : lengthOfCutCharacter(piece);
-  cutCharacter_ = piece.substr(piece.size() - cut);
-  append(piece.substr(0, piece.size() - cut));
+  folding_.append(piece, text_);
   return hasHyphen_ ? findWithHyphens() : findPlainly();
-}
-
-void TextComparison::append(std::string_view piece) {
-  constexpr std::string_view marks{"\x01\x0C", 2};
-  static_assert(marks[0] == lineEndHyphen && marks[1] == pageEnd);
-  std::size_t start = 0, hyphen = piece.find(marks[0]), page = piece.find(marks[1]);
-  while (true) {
-    const std::size_t mark = std::min(hyphen, page);
-    appendPlain(piece.substr(start, mark - start));
-    if (mark == std::string_view::npos)
-      return;
-    start = mark + 1;
-    if (mark == page) {
-      page = piece.find(marks[1], start);
-      appendBlank();
-    } else {
-      hyphen = piece.find(marks[0], start);
-      if (hasHyphen_)
-        text_.push_back(lineEndHyphen);
-    }
-    dropsBlanks_ = true;
-  }
-}
-
-void TextComparison::appendPlain(std::string_view piece) {
-  if (dropsBlanks_) {
-    piece.remove_prefix(std::min(piece.find_first_not_of(' '), piece.size()));
-    dropsBlanks_ = piece.empty();
-  }
-  if (piece.empty())
-    return;
-  isAfterBlank_ = piece.back() == ' ';
-  if (isDistinct_)
-    text_.append(piece);
-  else
-    appendFolded(piece);
-}
-
-void TextComparison::appendBlank() {
-  if (!dropsBlanks_ && !isAfterBlank_)
-    text_.push_back(' ');
-}
-
-void TextComparison::appendFolded(std::string_view text) {
-  while (!text.empty()) {
-    const std::size_t ascii = lengthOfASCIIRun(text);
-    appendLowered(text_, text.substr(0, ascii));
-    text.remove_prefix(ascii);
-    while (!text.empty() && static_cast<unsigned char>(text.front()) >= 0x80) {
-      const char byte = text.front();
-      if (const utf8proc_int32_t codePoint = takeCodePoint(text); codePoint >= 0)
-        appendFoldedCodePoint(text_, codePoint);
-      else
-        text_.push_back(byte);
-    }
-  }
 }
 
 bool TextComparison::findPlainly() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/content/TextFolding.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -24,6 +26,9 @@ public:
   /// Whether nothing of the keyword is left to look for: it is then never found.
   [[nodiscard]] bool isEmpty() const noexcept { return keyword_.empty(); }
 
+  /// The keyword as it is compared; in UTF-8.
+  [[nodiscard]] const std::string &keyword() const noexcept { return keyword_; }
+
   /// Takes the next piece of the text; whether the keyword has been found in it, or reaches from
   /// earlier pieces into it. Throws `std::bad_alloc`.
   [[nodiscard]] bool take(std::string_view piece);
@@ -35,27 +40,18 @@ private:
   /// For each byte, at which places of the keyword it stands; as one bit a place.
   using Places = std::vector<std::uint64_t>;
 
-  void append(std::string_view piece);
-  void appendPlain(std::string_view piece);
-  void appendFolded(std::string_view text);
-  void appendBlank();
   [[nodiscard]] bool findPlainly();
   [[nodiscard]] bool findWithHyphens();
   void step(Places &places, unsigned char byte) const noexcept;
 
   /// As the text is compared; in UTF-8.
   std::string keyword_;
-  const bool isDistinct_;
   /// Only then it matters that a hyphen at the end of a line may be meant.
-  bool hasHyphen_ = false;
+  const bool hasHyphen_;
 
+  TextFolding folding_;
   /// What of the text has yet to be compared.
   std::string text_;
-  /// The beginning of a character whose rest is in the next piece.
-  std::string cutCharacter_;
-  /// Behind the hyphen of a line's end, or a page's end.
-  bool dropsBlanks_ = false;
-  bool isAfterBlank_ = false;
   /// For a keyword with hyphens: which beginnings of the keyword the text ends in at present.
   Places matched_;
   Places placesOfByte_;
