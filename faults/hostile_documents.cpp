@@ -150,7 +150,7 @@ void addBodies(std::vector<Document> &documents) {
   for (const Body &body : bodies())
     for (const bool arePages : {false, true})
       for (const auto &[order, orderName] : orders) {
-        const Make make = [=, order = order](std::size_t size) {
+        const Make make = [=, placing = order](std::size_t size) {
           HostileDocument document;
           const auto sizeOf = [size](double part) {
             return static_cast<std::size_t>(static_cast<double>(size) * part);
@@ -162,7 +162,7 @@ void addBodies(std::vector<Document> &documents) {
             document.repeat(body.desertPart, document.text.size() + sizeOf(body.desert));
           document.add("\n");
           const std::size_t used = document.text.size();
-          const Places named = some(places, used < size ? size - used : 0, order);
+          const Places named = some(places, used < size ? size - used : 0, placing);
           return arePages ? document.endWithPages(named) : document.endWithContents(named);
         };
         documents.push_back(

@@ -18,6 +18,7 @@
 #include <cerrno>
 #include <chrono>
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
@@ -30,6 +31,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/un.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 
@@ -186,6 +188,12 @@ void changeOnce(const std::string &name) {
     change(name);
 }
 
+/// Folders stay as they are.
+void resize(TemporaryTree &tree, const std::string &name, std::uintmax_t size) {
+  std::error_code ignored;
+  std::filesystem::resize_file(tree.path(name), size, ignored);
+}
+
 /// Everything that can happen to one file or folder between its listing and its reading.
 void changesInBetween() {
   using Act = void (*)(TemporaryTree &, const std::string &);
@@ -193,11 +201,11 @@ void changesInBetween() {
       {"vanishes", [](TemporaryTree &tree,
                       const std::string &name) { std::filesystem::remove_all(tree.path(name)); }},
       {"becomes empty",
-       [](TemporaryTree &tree, const std::string &name) { truncate(tree.path(name).c_str(), 0); }},
+       [](TemporaryTree &tree, const std::string &name) { resize(tree, name, 0); }},
       {"is cut short",
-       [](TemporaryTree &tree, const std::string &name) { truncate(tree.path(name).c_str(), 40); }},
-      {"grows", [](TemporaryTree &tree,
-                   const std::string &name) { truncate(tree.path(name).c_str(), 50'000'000); }},
+       [](TemporaryTree &tree, const std::string &name) { resize(tree, name, 40); }},
+      {"grows",
+       [](TemporaryTree &tree, const std::string &name) { resize(tree, name, 50'000'000); }},
       {"becomes a pipe",
        [](TemporaryTree &tree, const std::string &name) {
          std::filesystem::remove_all(tree.path(name));
@@ -366,7 +374,8 @@ void noDescriptors() {
       Paths known = found;
       known.insert(known.end(), unread.begin(), unread.end());
       std::sort(known.begin(), known.end());
-      // A deep search holds sockets and descriptors of its workers besides, more or fewer as they run.
+      // A deep search holds sockets and descriptors of its workers besides, more or fewer as they
+      // run.
       if (left >= (way.isDeep ? 28 : 10))
         check(std::includes(known.begin(), known.end(), all.begin(), all.end()),
               "finds less: " + relative(found, tree.path()));
