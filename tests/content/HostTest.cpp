@@ -216,7 +216,7 @@ TEST_F(HostTest, TheProgramEndsWithItsHost) {
   EXPECT_TRUE(isAlive(started));
   end(host);
   waitpid(host, nullptr, 0);
-  EXPECT_TRUE(eventually([started = started] { return !isAlive(started); }));
+  EXPECT_TRUE(eventually([process = started] { return !isAlive(process); }));
   EXPECT_TRUE(isAlive(fork));
   end(fork);
   close(ends[0]);
