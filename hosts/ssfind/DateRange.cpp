@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 namespace searchsystem::ssfind {
@@ -27,7 +28,10 @@ struct Moment {
   /// Within that second.
   int microsecond = 0;
 
-  auto operator<=>(const Moment &) const = default;
+  bool operator==(const Moment &) const = default;
+  bool operator<=(const Moment &other) const {
+    return std::tie(second, microsecond) <= std::tie(other.second, other.microsecond);
+  }
 
   [[nodiscard]] Moment plus(int microseconds) const {
     const int sum = microsecond + microseconds;

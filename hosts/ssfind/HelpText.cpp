@@ -23,10 +23,10 @@ all of it, so that TO includes its last second, and is
   a year, month, day, minute or second: 2024, 2024-05, 2024-05-17, 2024/05/17,
     20240517, 2024-05-17T10:30, "2024-05-17 10:30:15", a time also with Z or an
     offset as in 10:30+02:00; or the seconds since 1970: @1715934600;
-  one by the calendar: today, yesterday, "this week" (from Monday), "last month",
-    "3 days ago", "2 years ago";
-  a time so long ago: 3d, "2 weeks", with s, min, h, d, w, mo or y; alone it means
-    all since then.
+  one by the calendar: today, yesterday, "this week" (from Monday), "last year",
+    "3 days ago";
+  a time so long ago: 3d, "2 weeks", with s, min, h, d, w, mo or y, which alone
+    means all since then.
 
 SIZES is such a range of sizes: 1.5M..20M, 100k.. or +100k, ..2Gi or -2Gi, or a
 single size, which means just that. k, M, G and T are powers of 1000; ki, Mi, Gi
@@ -54,9 +54,9 @@ date, where they stand in the first 65,535 bytes.
 
 Names are escaped on a terminal, and written as they are to a file or pipe.
 
-COMMAND is run without a shell, with its output as it comes, or with several at a
-time written when each has ended. A path that begins with a dash gets ./ before
-it. An interrupt, and an output that nobody reads any more, end all commands.
+COMMAND is run without a shell. The output of several at a time is written when
+each has ended. A path that begins with a dash gets ./ before it. An interrupt,
+and an output that nobody reads any more, end all commands.
 
 Exit codes: 0 something matched; 1 nothing matched; 2 bad usage, a FOLDER or
 list that cannot be read, output that cannot be written, or a COMMAND that

@@ -261,8 +261,8 @@ void OptionTable::addCommands() {
   app_.option_defaults()->group("Commands in place of output");
   exec_ = addFlag("-x,--exec", "run COMMAND for each match; it ends with the line or a\n"
                                "';'. In it {} is the path (added if it is nowhere),\n"
-                               "{/} its name, {//} its folder, {.} the path and {/.} the\n"
-                               "name without extension")
+                               "{/} its name, {//} its folder, {.} the path without\n"
+                               "the extension and {/.} the name without it")
               ->option_text("COMMAND");
   execBatch_ = addFlag("-X,--exec-batch", "run COMMAND once, with as many paths as fit")
                    ->option_text("COMMAND");

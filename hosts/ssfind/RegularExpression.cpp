@@ -1,6 +1,7 @@
 #include "hosts/ssfind/RegularExpression.h"
 
 #include "hosts/ssfind/Utf8.h"
+#include "hosts/ssfind/VisibleText.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -62,7 +63,7 @@ std::variant<RegularExpression, TextError> RegularExpression::compile(std::strin
   if (compiled->ok())
     return RegularExpression(std::move(compiled));
   const std::size_t column = text.find(compiled->error_arg());
-  return TextError{compiled->error(), column != text.npos ? column : 0};
+  return TextError{visible(compiled->error()), column != text.npos ? column : 0};
 }
 
 bool RegularExpression::occursIn(std::string_view text) const {

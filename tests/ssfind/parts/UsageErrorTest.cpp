@@ -77,6 +77,13 @@ TEST(UsageErrorTest, PointsAtTheArgument) {
   }
 }
 
+TEST(UsageErrorTest, MessagesOfOthersAreEscaped) {
+  const auto parsed = parse({"--regex", "-n", "a(?\x1b\xFF"});
+  EXPECT_EQ(std::get<UsageError>(parsed).text,
+            "ssfind: --name: invalid perl operator: (?\\x1b\n  a(?\\x1b\\xff\n   ^\nTry 'ssfind "
+            "--help'.\n");
+}
+
 TEST(UsageErrorTest, UnusualArgumentsThatAreRight) {
   const auto options = [](std::vector<const char *> arguments) {
     return std::get<Options>(parse(std::move(arguments)));
