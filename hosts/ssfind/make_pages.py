@@ -11,15 +11,17 @@ import sys
 
 # What may stand for each value in the help: words, or what a shell completes by itself.
 VALUES = {"TEXT": [], "RANGE": [], "EXT": [], "N": [], "FILE": "files",
-          "KINDS": ["pdf", "exif", "pdf,exif"], "ORDER": ["path", "modified"],
+          "KINDS": ["pdf", "exif", "pdf,exif"],
+          "ORDER": ["path", "name", "size", "modified", "taken"],
+          "SIZES": [], "GLOB": [], "FORMAT": [], "COMMAND": "commands",
           "WHEN": ["always", "never", "auto"]}
 
-OPTION = re.compile(r"^  (?:-(\w), |    )--([\w-]+)(?: ([A-Z]+))?\s+(.*)")
+OPTION = re.compile(r"^  (?:-(\w), |    )--([\w-]+)(?: ([A-Z]+))?(?:\s+(.*))?$")
 
 
 class Option:
     def __init__(self, letter, name, value, text):
-        self.letter, self.name, self.value, self.text = letter, name, value, text
+        self.letter, self.name, self.value, self.text = letter, name, value, text or ""
 
     def names(self):
         return ([f"-{self.letter}"] if self.letter else []) + [f"--{self.name}"]
@@ -44,7 +46,7 @@ def read_help(program):
                 option = Option(*match.groups())
                 options.append(option)
             else:
-                option.text += " " + line.strip()
+                option.text = f"{option.text} {line.strip()}".lstrip()
     is_option = [any(OPTION.match(line) for line in block.split("\n")) for block in blocks]
     first, last = is_option.index(True), len(is_option) - is_option[::-1].index(True)
     return blocks[:first], groups, blocks[last:]
@@ -91,8 +93,8 @@ def bash_completion(options):
     cases = []
     for value, words in VALUES.items():
         chosen = [option for option in options if option.value == value]
-        if words == "files":
-            answer = 'mapfile -t COMPREPLY < <(compgen -f -- "$word")'
+        if words in ("files", "commands"):
+            answer = f'mapfile -t COMPREPLY < <(compgen -{words[0]} -- "$word")'
         else:
             answer = f'mapfile -t COMPREPLY < <(compgen -W "{" ".join(words)}" -- "$word")'
         cases.append(f"    {patterns(chosen)}) {answer}; return ;;")
@@ -123,10 +125,11 @@ def zsh_completion(options):
     lines = []
     for option in options:
         words = VALUES[option.value] if option.value else []
-        action = "_files" if words == "files" else f"({' '.join(words)})" if words else " "
+        ready = {"files": "_files", "commands": "_command_names -e"}
+        action = ready[words] if isinstance(words, str) else f"({' '.join(words)})" if words else " "
         value = f":{option.value}:{action}" if option.value else ""
         for name in option.names():
-            equals = "=" if option.value and name.startswith("--") else ""
+            equals = "=" if option.value not in (None, "COMMAND") and name.startswith("--") else ""
             lines.append(f"  '*{name}{equals}[{quoted(option.summary())}]{value}' \\")
     return "\n".join(["#compdef ssfind", "_arguments -s -S \\", *lines, "  '*:folder:_files -/'", ""])
 
@@ -142,6 +145,8 @@ def fish_completion(options):
         words = VALUES[option.value] if option.value else []
         if words == "files":
             line += " -r -F"
+        elif words == "commands":
+            line += " -x -a '(__fish_complete_command)'"
         elif option.value:
             line += " -x" + (f" -a {quoted(' '.join(words))}" if words else "")
         lines.append(f"{line} -d {quoted(option.summary())}")
