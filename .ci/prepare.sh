@@ -42,12 +42,12 @@ has_contents_of() {
     binutils) command -v nm ;;
     libcli11-dev) echo '#include <CLI/CLI.hpp>' | c++ -std=c++20 -x c++ -E - ;;
     libgtest-dev) pkg-config --exists gtest_main ;;
-    libutf8proc-dev | libseccomp-dev) pkg-config --exists "${1%-dev}" ;;
     libsqlite3-dev) pkg-config --exists sqlite3 ;;
     zlib1g-dev) pkg-config --exists zlib ;;
     nettle-dev) pkg-config --exists nettle ;;
     libexpat1-dev) pkg-config --exists expat ;;
     libbrotli-dev) pkg-config --exists libbrotlidec ;;
+    lib*-dev) pkg-config --exists "${1%-dev}" || pkg-config --exists "$(expr "$1" : 'lib\(.*\)-dev')" ;;
     *) command -v "$1" ;;
   esac
 }

@@ -9,12 +9,8 @@ import re
 import subprocess
 import sys
 
-# What may stand for each value in the help: words, or what a shell completes by itself.
-VALUES = {"TEXT": [], "RANGE": [], "EXT": [], "N": [], "FILE": "files",
-          "KINDS": ["pdf", "exif", "pdf,exif"],
-          "ORDER": ["path", "name", "size", "modified", "taken"],
-          "SIZES": [], "GLOB": [], "FORMAT": [], "COMMAND": "commands",
-          "WHEN": ["always", "never", "auto"]}
+# What a shell completes by itself, and words that the program does not list.
+COMPLETIONS = {"FILE": "files", "COMMAND": "commands", "KINDS": ["pdf", "exif", "pdf,exif"]}
 
 OPTION = re.compile(r"^  (?:-(\w), |    )--([\w-]+)(?: ([A-Z]+))?(?:\s+(.*))?$")
 
@@ -22,6 +18,7 @@ OPTION = re.compile(r"^  (?:-(\w), |    )--([\w-]+)(?: ([A-Z]+))?(?:\s+(.*))?$")
 class Option:
     def __init__(self, letter, name, value, text):
         self.letter, self.name, self.value, self.text = letter, name, value, text or ""
+        self.words = COMPLETIONS.get(value, [])
 
     def names(self):
         return ([f"-{self.letter}"] if self.letter else []) + [f"--{self.name}"]
@@ -29,6 +26,13 @@ class Option:
     def summary(self):
         """What fits on one line of a list of options."""
         return re.split(r"; | \(", self.text)[0]
+
+
+def read_words(program, option):
+    """The words that the option takes, as the program lists them when it is given another."""
+    answer = subprocess.run([program, f"--{option.name}", "?"], check=False, capture_output=True, text=True)
+    found = re.search(rf"--{option.name} is one of (.*)", answer.stderr)
+    return found[1].split(", ")
 
 
 def read_help(program):
@@ -87,17 +91,15 @@ def manual_page(before, groups, behind, version):
 
 
 def bash_completion(options):
-    def patterns(chosen):
-        return "|".join(name for option in chosen for name in option.names())
-
     cases = []
-    for value, words in VALUES.items():
-        chosen = [option for option in options if option.value == value]
-        if words in ("files", "commands"):
-            answer = f'mapfile -t COMPREPLY < <(compgen -{words[0]} -- "$word")'
+    for option in options:
+        if option.value is None:
+            continue
+        if option.words in ("files", "commands"):
+            answer = f'mapfile -t COMPREPLY < <(compgen -{option.words[0]} -- "$word")'
         else:
-            answer = f'mapfile -t COMPREPLY < <(compgen -W "{" ".join(words)}" -- "$word")'
-        cases.append(f"    {patterns(chosen)}) {answer}; return ;;")
+            answer = f'mapfile -t COMPREPLY < <(compgen -W "{" ".join(option.words)}" -- "$word")'
+        cases.append(f"    {'|'.join(option.names())}) {answer}; return ;;")
     names = " ".join(name for option in options for name in option.names())
     return f"""# Completion of ssfind in bash.
 _ssfind() {{
@@ -124,9 +126,9 @@ def zsh_completion(options):
 
     lines = []
     for option in options:
-        words = VALUES[option.value] if option.value else []
         ready = {"files": "_files", "commands": "_command_names -e"}
-        action = ready[words] if isinstance(words, str) else f"({' '.join(words)})" if words else " "
+        action = (ready[option.words] if isinstance(option.words, str) else
+                  f"({' '.join(option.words)})" if option.words else " ")
         value = f":{option.value}:{action}" if option.value else ""
         for name in option.names():
             equals = "=" if option.value not in (None, "COMMAND") and name.startswith("--") else ""
@@ -142,13 +144,12 @@ def fish_completion(options):
     for option in options:
         line = f"complete -c ssfind -l {option.name}"
         line += f" -s {option.letter}" if option.letter else ""
-        words = VALUES[option.value] if option.value else []
-        if words == "files":
+        if option.words == "files":
             line += " -r -F"
-        elif words == "commands":
+        elif option.words == "commands":
             line += " -x -a '(__fish_complete_command)'"
         elif option.value:
-            line += " -x" + (f" -a {quoted(' '.join(words))}" if words else "")
+            line += " -x" + (f" -a {quoted(' '.join(option.words))}" if option.words else "")
         lines.append(f"{line} -d {quoted(option.summary())}")
     return "\n".join(lines) + "\n"
 
@@ -159,6 +160,9 @@ def main():
                              text=True).stdout.split()[1]
     before, groups, behind = read_help(program)
     options = [option for group in groups.values() for option in group]
+    for option in options:
+        if option.value in ("ORDER", "WHEN"):
+            option.words = read_words(program, option)
     pages = {"ssfind.1": manual_page(before, groups, behind, version),
              "ssfind.bash": bash_completion(options), "_ssfind": zsh_completion(options),
              "ssfind.fish": fish_completion(options)}

@@ -15,7 +15,7 @@ import sys
 import time
 
 # A command line, and what a shell must make of its end or offer.
-LINES = {"ssfind --so": "--sort", "ssfind --sort mod": "modified", "ssfind --color ne": "never",
+LINES = {"ssfind --so": "--sort", "ssfind --sort mod": "modified", "ssfind --exclude x --sort na": "name", "ssfind --color ne": "never",
          "ssfind --files-from lis": "list.txt", "ssfind fold": "folder/", "ssfind --no-su": "--no-subfolders"}
 
 
