@@ -15,7 +15,7 @@ std::string quoted(std::string_view text) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
            std::string_view("-_.,+@%").find(c) != std::string_view::npos || (c & 0x80) != 0;
   };
-  const std::string shown = visible(text);
+  std::string shown = visible(text);
   if (std::all_of(shown.begin(), shown.end(), isPlain))
     return shown;
   return shown.find('\'') == shown.npos ? '\'' + shown + '\'' : '"' + shown + '"';

@@ -52,8 +52,8 @@ void sortMatches(std::vector<CollectedMatch> &matches, Order order, bool isRever
     if (hasA != hasB)
       return hasA;
     const std::strong_ordering result = hasA ? compare(a, b, order) : std::strong_ordering::equal;
-    if (result != 0)
-      return isReversed ? result > 0 : result < 0;
+    if (std::is_neq(result))
+      return isReversed ? std::is_gt(result) : std::is_lt(result);
     return a.path < b.path;
   });
 }

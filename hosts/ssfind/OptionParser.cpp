@@ -398,7 +398,7 @@ Options OptionTable::options() const {
   readRestrictions(options);
   const auto hasStar = [](const std::string &text) { return text.find('*') != text.npos; };
   const auto haveStar = [&](const CLI::Option *option) {
-    const std::vector<std::string> texts = option->results();
+    const std::vector<std::string> &texts = option->results();
     return std::any_of(texts.begin(), texts.end(), hasStar);
   };
   options.hint =
