@@ -44,8 +44,11 @@ std::string reported;
 StandardError::StandardError(bool /*isTelling*/) : showsProgress_(false) {}
 void StandardError::write(std::string_view lines) { reported += lines; }
 void StandardError::report(std::string_view message) { write(programMessage(message) + '\n'); }
-void StandardError::reportFailure(std::string_view path, int /*error*/) { report(path); }
-void StandardError::showProgress(std::uint64_t /*matches*/, Clock::time_point /*now*/) {
+void StandardError::reportFailure(std::string_view path, int /*error*/,
+                                  std::string_view /*addition*/) {
+  report(path);
+}
+void StandardError::showProgress(std::string_view /*line*/, Clock::time_point /*now*/) {
   isShowing_ = showsProgress_;
 }
 void StandardError::clearProgress() {}
