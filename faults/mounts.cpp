@@ -65,6 +65,7 @@ void write(const std::string &path) { std::ofstream(path).put('x'); }
 
 /// The names found below `folder`, by the index.
 std::string found(const std::string &folder) {
+  const VirtualClock clock;
   useIndex(true);
   Record record(folder, Wanted{.name = "beach"}, Host::take);
   std::string names;
@@ -168,6 +169,7 @@ void mountedJustBefore(const std::string &place) {
   for (const bool byIndex : {true, false})
     for (int i = 0; i < 50; ++i) {
       const auto look = [&] {
+        const VirtualClock clock;
         useIndex(byIndex);
         Record record(tree, Wanted{.name = "beach"}, Host::take);
         return Host::search(record).size();
@@ -189,7 +191,8 @@ void userNamespace(const std::string &place) {
   need(chown((place + "/tree/closed").c_str(), 1, 1) == 0);
   settle();
   IndexPlace::setCacheFolderForTesting(place + "/cache");
-  // Only a process with one thread may enter a namespace.
+  // Only a process with one thread may enter a namespace, and none that has used the library may
+  // fork and use it.
   const pid_t child = fork();
   if (child == 0) {
     expect(place + "/tree", "beach.jpg");
@@ -213,7 +216,6 @@ void run(const char *name, const std::function<void(const std::string &)> &test)
   if (child == 0) {
     need(unshare(CLONE_NEWNS) == 0 &&
          mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0);
-    const VirtualClock clock;
     test(disk.path());
     endChild();
   }
