@@ -20,7 +20,10 @@ struct FileMoment {
   std::int64_t seconds = 0;
   std::uint32_t nanoseconds = 0;
 
-  friend auto operator<=>(const FileMoment &, const FileMoment &) = default;
+  bool operator==(const FileMoment &) const = default;
+  bool operator<=(const FileMoment &other) const noexcept {
+    return seconds != other.seconds ? seconds < other.seconds : nanoseconds <= other.nanoseconds;
+  }
 };
 
 /// The status of one file system entry.
