@@ -51,11 +51,8 @@ bool CPDFFile::open(const char *path) {
   chunks_ = FileChunks(size_);
   bounds_ = ReadBounds(size_);
   isOpen_ = true;
-  hasFailedToRead_ = false;
-  if (!openDocument()) {
-    mayHoldText_ = hasFailedToRead_;
+  if (!openDocument())
     return false;
-  }
   boundsForSearch_ = bounds_;
   return true;
 }
@@ -138,21 +135,10 @@ bool CPDFFile::findText(const NSString *keyword, bool isCaseSensitive, unsigned 
   if (keyword == nullptr || !isOpen_)
     return false;
   bounds_ = boundsForSearch_;
-  mayHoldText_ = true;
   const KeywordSearch search(*keyword, isCaseSensitive, encoding);
   const std::vector<long> starts = startsOfContents();
-  bool isFound = false;
-  bool hasText = false;
-  if (search.canBeCut()) {
-    ContentSearch contents(*this, search, bounds_.contents, starts);
-    isFound = contents.isFound();
-    hasText = contents.hasText();
-  } else {
-    isFound = findInEach(starts, search, hasText);
-  }
-  mayHoldText_ =
-      hasText || hasFailedToRead_ || bounds_.file.hasRefused() || bounds_.contents.hasRefused();
-  return isFound;
+  return search.canBeCut() ? ContentSearch(*this, search, bounds_.contents, starts).isFound()
+                           : findInEach(starts, search);
 }
 
 /// The positions of the contents in the order of pages, up to the first unreadable page.
@@ -178,8 +164,7 @@ std::vector<long> CPDFFile::startsOfContents() {
 }
 
 /// Looks for a keyword in each text as a whole, if texts cannot be cut (`KeywordSearch::canBeCut`).
-bool CPDFFile::findInEach(const std::vector<long> &starts, const KeywordSearch &search,
-                          bool &hasText) {
+bool CPDFFile::findInEach(const std::vector<long> &starts, const KeywordSearch &search) {
   CPDFContents contents;
   std::unordered_set<long> visited;
   for (const long start : starts) {
@@ -187,7 +172,6 @@ bool CPDFFile::findInEach(const std::vector<long> &starts, const KeywordSearch &
       continue;
     if (Seek(start, streamSeekBegin) != 1 || contents.read(*this) != 1)
       return false;
-    hasText |= !contents.text().empty();
     std::optional<bool> occurs;
     for (std::size_t i = 0; i < search.encodingCount() && !occurs; ++i)
       occurs = search.occursIn(contents.text(), i);
@@ -240,7 +224,6 @@ int CPDFFile::Release() {
   xrefTable_.Release();
   pages_.Release();
   size_ = position_ = 0;
-  mayHoldText_ = true;
   return 1;
 }
 
@@ -271,21 +254,16 @@ int CPDFFile::Read(void *buffer, long count, long *done) {
 }
 
 bool CPDFFile::loadChunk(std::size_t number, const char *&bytes) {
-  if (isStopped_ != nullptr && *isStopped_ != 0) {
-    hasFailedToRead_ = true;
+  if (isStopped_ != nullptr && *isStopped_ != 0)
     return false;
-  }
   bytes = chunks_.find(number);
   if (bytes != nullptr)
     return true;
   char *const room = chunks_.replaceOldest(number);
   const long start = static_cast<long>(number * FileChunks::chunkSize);
   const long size = std::min(static_cast<long>(FileChunks::chunkSize), size_ - start);
-  if (CFileStream::Seek(start, streamSeekBegin) != 1 ||
-      CFileStream::Read(room, size, nullptr) != 1) {
-    hasFailedToRead_ = true;
+  if (CFileStream::Seek(start, streamSeekBegin) != 1 || CFileStream::Read(room, size, nullptr) != 1)
     return false;
-  }
   chunks_.keep();
   bytes = room;
   return true;

@@ -45,10 +45,6 @@ public:
   bool open(const char *path);
   bool findText(const NSString *keyword, bool isCaseSensitive, unsigned long encoding);
 
-  /// After `open` or `findText` have answered no: false if no other keyword can be found either.
-  /// All that matters was read, and has no text.
-  [[nodiscard]] bool mayHoldText() const noexcept { return mayHoldText_; }
-
   /// Whether a content stream of the first page bears the mark of `CPDFStrmObjVorda`: 1 or 0.
   int IsVordaPDF();
 
@@ -77,7 +73,7 @@ private:
     return static_cast<long>(xrefTable_.GetOffset(object));
   }
   std::vector<long> startsOfContents();
-  bool findInEach(const std::vector<long> &starts, const KeywordSearch &search, bool &hasText);
+  bool findInEach(const std::vector<long> &starts, const KeywordSearch &search);
   bool loadChunk(std::size_t number, const char *&bytes);
 
   bool isOpen_ = false;
@@ -91,8 +87,6 @@ private:
   /// As the opening left them: each search may read as much.
   ReadBounds boundsForSearch_;
   const std::atomic<char> *isStopped_ = nullptr;
-  bool hasFailedToRead_ = false;
-  bool mayHoldText_ = true;
 };
 
 } // namespace searchsystem

@@ -147,15 +147,11 @@ public:
 
   /// Appends the first `size` bytes of the reading's room to its text.
   void show(ContentReading &reading, std::size_t size) {
-    hasText_ |= size != 0;
     reading.textSize_ += size;
     reading.wholeSize_ += search_.wholeCharacters(reading.cut());
     if (reading.textSize_ >= textAtOnce)
       search(reading);
   }
-
-  /// Whether there was any text.
-  [[nodiscard]] bool hasText() const noexcept { return hasText_; }
 
 private:
   using PastPointer = std::shared_ptr<ContentPast>;
@@ -181,7 +177,6 @@ private:
   const std::size_t keptText_;
   std::vector<std::unique_ptr<ContentReading>> live_;
   std::uint64_t changes_ = 0;
-  bool hasText_ = false;
 };
 
 } // namespace searchsystem

@@ -32,9 +32,6 @@ public:
   /// Whether a content holds the keyword and none before it fails. Call it once.
   bool isFound();
 
-  /// Whether what was read has any text.
-  [[nodiscard]] bool hasText() const noexcept { return readings_.hasText(); }
-
 private:
   using Result = SearchedContent::Result;
 

@@ -16,7 +16,6 @@ public:
   bool take(long bytes) noexcept {
     const bool isAllowed = bytes <= left_;
     left_ -= isAllowed ? bytes : 0;
-    hasRefused_ |= !isAllowed;
     return isAllowed;
   }
 
@@ -24,12 +23,9 @@ public:
   void note(long bytes) noexcept { left_ = std::max(left_ - bytes, 0L); }
 
   [[nodiscard]] bool isSpent() const noexcept { return left_ == 0; }
-  /// Whether bytes exceeded it.
-  [[nodiscard]] bool hasRefused() const noexcept { return hasRefused_; }
 
 private:
   long left_;
-  bool hasRefused_ = false;
 };
 
 /// Bounds on reading: a damaged document may ask for the same bytes again and again. Sound
